@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "pictures/Picture.h"
+
+namespace zvgentl::tool {
+
+enum class FileFormat { png, tiff };
+
+/// Writes pictures as files of one format. Threads may share a writer.
+class PictureWriter {
+public:
+    virtual ~PictureWriter() = default;
+
+    /// What its files' names end in, with the dot.
+    virtual const char* extension() const noexcept = 0;
+
+    /// Writes the file, in place of one of that name. Throws std::runtime_error, and leaves no part of a file
+    /// behind.
+    void write(const std::filesystem::path& file, const Picture& picture) const;
+
+protected:
+    virtual void write_to(const std::filesystem::path& file, const Picture& picture) const = 0;
+};
+
+std::unique_ptr<PictureWriter> make_writer(FileFormat format);
+
+} // namespace zvgentl::tool

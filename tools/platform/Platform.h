@@ -1,0 +1,44 @@
+/// \file Platform.h
+/// What the tools need from the operating system; the bodies lie in one folder per system.
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+namespace zvgentl::tool {
+
+/// A dynamic library, loaded for as long as the object lives.
+class DynamicLibrary {
+public:
+    /// Throws std::runtime_error with the system's own reason when the file cannot be loaded.
+    explicit DynamicLibrary(const std::filesystem::path& file);
+    ~DynamicLibrary();
+    DynamicLibrary(const DynamicLibrary&) = delete;
+    DynamicLibrary& operator=(const DynamicLibrary&) = delete;
+
+    /// The address of an exported symbol, or null.
+    void* find(const char* symbol) const noexcept;
+
+private:
+    void* m_library = nullptr;
+};
+
+/// Separates the folders in a variable such as GENICAM_GENTL64_PATH.
+extern const char path_list_separator;
+
+/// The folder that holds the running program.
+std::filesystem::path program_folder();
+
+/// The value of an environment variable; empty when it is not set.
+std::string environment(const char* name);
+/// Sets an environment variable of this process; an empty value removes it. Call before threads are started.
+void set_environment(const char* name, const std::string& value);
+
+/// Creates a new folder that only this user can enter, below the system's folder for temporary files.
+std::filesystem::path make_private_folder(const std::string& prefix);
+
+/// Whether the stream shows on a terminal.
+bool is_terminal(std::FILE* stream) noexcept;
+
+} // namespace zvgentl::tool

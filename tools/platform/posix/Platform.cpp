@@ -1,0 +1,56 @@
+#include "platform/Platform.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <stdexcept>
+#include <system_error>
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+namespace zvgentl::tool {
+
+const char path_list_separator = ':';
+
+DynamicLibrary::DynamicLibrary(const std::filesystem::path& file)
+    // An absolute path, because a bare name would be looked for in the system's library folders.
+    : m_library(dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL))
+{
+    if (m_library == nullptr)
+        throw std::runtime_error(dlerror());
+}
+
+DynamicLibrary::~DynamicLibrary() { dlclose(m_library); }
+
+void* DynamicLibrary::find(const char* symbol) const noexcept { return dlsym(m_library, symbol); }
+
+std::filesystem::path program_folder()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
+std::string environment(const char* name)
+{
+    const char* const value = std::getenv(name);
+    return value == nullptr ? std::string() : value;
+}
+
+void set_environment(const char* name, const std::string& value)
+{
+    if (value.empty())
+        unsetenv(name);
+    else
+        setenv(name, value.c_str(), 1);
+}
+
+std::filesystem::path make_private_folder(const std::string& prefix)
+{
+    std::string name = (std::filesystem::temp_directory_path() / (prefix + "XXXXXX")).string();
+    if (mkdtemp(name.data()) == nullptr)
+        throw std::system_error(errno, std::generic_category(), "cannot create the folder " + name);
+    return name;
+}
+
+bool is_terminal(std::FILE* stream) noexcept { return isatty(fileno(stream)) != 0; }
+
+} // namespace zvgentl::tool

@@ -1,0 +1,106 @@
+#include "zvgentl/ProducerTree.h"
+
+#include <exception>
+
+#include <GenTL/GenTL.h>
+
+#include "gentl/System.h"
+
+namespace zvgentl::tool {
+
+using namespace GenTL;
+
+namespace {
+
+std::string access_name(std::uint64_t status)
+{
+    switch (status) {
+    case DEVICE_ACCESS_STATUS_READWRITE:
+        return "read/write";
+    case DEVICE_ACCESS_STATUS_READONLY:
+        return "read only";
+    case DEVICE_ACCESS_STATUS_NOACCESS:
+        return "none";
+    case DEVICE_ACCESS_STATUS_BUSY:
+        return "busy";
+    case DEVICE_ACCESS_STATUS_OPEN_READWRITE:
+        return "open, read/write";
+    case DEVICE_ACCESS_STATUS_OPEN_READONLY:
+        return "open, read only";
+    default:
+        return "unknown";
+    }
+}
+
+DeviceEntry read_device(const Interface& iface, const std::string& id, Streams streams)
+{
+    DeviceEntry entry;
+    entry.id = id;
+    try {
+        const auto text = [&](DEVICE_INFO_CMD command) {
+            return iface.device_text(id, command).value_or("");
+        };
+        entry.vendor = text(DEVICE_INFO_VENDOR);
+        entry.model = text(DEVICE_INFO_MODEL);
+        entry.display_name = text(DEVICE_INFO_DISPLAYNAME);
+        entry.user_defined_name = text(DEVICE_INFO_USER_DEFINED_NAME);
+        entry.serial_number = text(DEVICE_INFO_SERIAL_NUMBER);
+        entry.version = text(DEVICE_INFO_VERSION);
+        entry.transport = text(DEVICE_INFO_TLTYPE);
+        entry.access = access_name(iface.device_number(id, DEVICE_INFO_ACCESS_STATUS).value_or(0));
+        entry.timestamp_frequency = iface.device_number(id, DEVICE_INFO_TIMESTAMP_FREQUENCY);
+        if (streams == Streams::listed)
+            entry.streams = Device(iface, id).stream_ids();
+    } catch (const std::exception& reason) {
+        entry.problem = reason.what();
+    }
+    return entry;
+}
+
+InterfaceEntry read_interface(const System& system, const std::string& id, Streams streams)
+{
+    InterfaceEntry entry;
+    entry.id = id;
+    try {
+        entry.display_name = system.interface_text(id, INTERFACE_INFO_DISPLAYNAME).value_or("");
+        entry.transport = system.interface_text(id, INTERFACE_INFO_TLTYPE).value_or("");
+        const Interface iface(system, id);
+        for (const auto& device : iface.device_ids())
+            entry.devices.push_back(read_device(iface, device, streams));
+    } catch (const std::exception& reason) {
+        entry.problem = reason.what();
+    }
+    return entry;
+}
+
+std::string gentl_version(const Producer& producer)
+{
+    const auto major = producer.number(TL_INFO_GENTL_VER_MAJOR);
+    const auto minor = producer.number(TL_INFO_GENTL_VER_MINOR);
+    return major && minor ? std::to_string(*major) + "." + std::to_string(*minor) : std::string();
+}
+
+} // namespace
+
+ProducerEntry read_producer(const std::filesystem::path& file, Streams streams)
+{
+    ProducerEntry entry;
+    entry.file = file.string();
+    try {
+        const Producer producer(file);
+        entry.display_name = producer.text(TL_INFO_DISPLAYNAME).value_or("");
+        entry.vendor = producer.text(TL_INFO_VENDOR).value_or("");
+        entry.model = producer.text(TL_INFO_MODEL).value_or("");
+        entry.version = producer.text(TL_INFO_VERSION).value_or("");
+        entry.transport = producer.text(TL_INFO_TLTYPE).value_or("");
+        entry.gentl_version = gentl_version(producer);
+        const System system(producer);
+        for (const auto& iface : system.interface_ids())
+            entry.interfaces.push_back(read_interface(system, iface, streams));
+    } catch (const std::exception& reason) {
+        entry.problem = reason.what();
+    }
+    return entry;
+}
+
+} // namespace zvgentl::tool

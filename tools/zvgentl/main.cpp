@@ -1,0 +1,3 @@
+#include "zvgentl/Command.h"
+
+int main(int argc, char** argv) { return zvgentl::tool::run_program(argc, argv); }
