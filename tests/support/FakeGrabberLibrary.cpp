@@ -1,0 +1,365 @@
+#include "support/FakeGrabberLibrary.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace zvtest {
+
+namespace {
+
+// Runs test code from inside a fake function with allocation faults as the test has set them.
+class ResumedAllocationFaults {
+public:
+    ResumedAllocationFaults() : m_paused(std::exchange(allocation_state().paused, 0)) {}
+    ~ResumedAllocationFaults() { allocation_state().paused = m_paused; }
+    ResumedAllocationFaults(const ResumedAllocationFaults&) = delete;
+    ResumedAllocationFaults& operator=(const ResumedAllocationFaults&) = delete;
+
+private:
+    int m_paused;
+};
+
+} // namespace
+
+FakeGrabberLibrary::FakeGrabberLibrary() = default;
+
+FakeGrabberLibrary& FakeGrabberLibrary::instance()
+{
+    // Never destroyed: what the producer destroys at exit may still call.
+    static FakeGrabberLibrary* const fake = new FakeGrabberLibrary;
+    return *fake;
+}
+
+void FakeGrabberLibrary::reset()
+{
+    m_script.clear();
+    const std::lock_guard<std::mutex> guard(m_lock);
+    auto dead = std::move(m_world.dead);
+    for (const auto& entry : m_world.grabbers)
+        dead[entry.first] = false;
+    for (const auto& entry : m_world.cameras)
+        dead[entry.first] = true;
+    for (const auto& entry : m_world.streams)
+        dead[entry.first] = true;
+    m_world = FakeWorld();
+    m_world.dead = std::move(dead); // so that a handle of an earlier test counts as stale, not as unknown
+    m_calls.clear();
+    m_allowed.clear();
+    m_allowed_for.clear();
+    m_allow_stale = false;
+}
+
+void FakeGrabberLibrary::has_grabbers(uint32_t count)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_world.scanned = count;
+}
+
+GrabberSetup& FakeGrabberLibrary::grabber(uint32_t position)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_world.setup(position);
+}
+
+Value FakeGrabberLibrary::grabber_int(uint32_t handle, const std::string& name)
+{
+    return {*this, "ZVGR_GetGrabberValueInt", handle, name};
+}
+
+Value FakeGrabberLibrary::grabber_enum(uint32_t handle, const std::string& name)
+{
+    return {*this, "ZVGR_GetGrabberValueEnum", handle, name};
+}
+
+Value FakeGrabberLibrary::camera_int(uint32_t handle, const std::string& name)
+{
+    return {*this, "ZVGR_GetCameraValueInt", handle, name};
+}
+
+Value FakeGrabberLibrary::camera_enum(uint32_t handle, const std::string& name)
+{
+    return {*this, "ZVGR_GetCameraValueEnum", handle, name};
+}
+
+void FakeGrabberLibrary::set_value(const ValueKey& key, int64_t value)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_world.values[key] = value;
+}
+
+void FakeGrabberLibrary::stream_info(uint32_t command, uint64_t value)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_world.stream_info[command] = value;
+}
+
+void FakeGrabberLibrary::set_xml_url(uint64_t handle, const std::string& url)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_world.xml_urls[handle] = url;
+}
+
+Calls FakeGrabberLibrary::calls() const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_calls;
+}
+
+Calls FakeGrabberLibrary::calls_of(const std::string& function) const
+{
+    return calls_of(std::set<std::string>{function});
+}
+
+Calls FakeGrabberLibrary::calls_of(const std::set<std::string>& functions) const
+{
+    Calls found;
+    for (const Call& made : calls()) {
+        if (functions.count(made.function) > 0)
+            found.push_back(made);
+    }
+    return found;
+}
+
+size_t FakeGrabberLibrary::count(const std::string& function) const { return calls_of(function).size(); }
+
+void FakeGrabberLibrary::clear_calls()
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_calls.clear();
+}
+
+void FakeGrabberLibrary::allow_handle(uint64_t handle)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_allowed.insert(handle);
+}
+
+void FakeGrabberLibrary::allow_handle(const std::string& function, uint64_t handle)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_allowed_for.emplace(function, handle);
+}
+
+void FakeGrabberLibrary::allow_stale_handles()
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_allow_stale = true;
+}
+
+size_t FakeGrabberLibrary::open_grabbers() const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_world.grabbers.size();
+}
+
+size_t FakeGrabberLibrary::open_streams() const { return streams().size(); }
+
+uint32_t FakeGrabberLibrary::grabber_handle(uint32_t position) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    for (const auto& [handle, open] : m_world.grabbers) {
+        if (open.position == position)
+            return handle;
+    }
+    return ZV_NO_HANDLE;
+}
+
+uint32_t FakeGrabberLibrary::camera_handle(uint32_t grabber_position, uint32_t camera_position) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    for (const auto& [handle, camera] : m_world.cameras) {
+        if (camera.grabber_position == grabber_position && camera.position == camera_position)
+            return handle;
+    }
+    return ZV_NO_HANDLE;
+}
+
+uint32_t FakeGrabberLibrary::last_stream() const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_world.last_stream;
+}
+
+std::vector<uint32_t> FakeGrabberLibrary::streams() const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    std::vector<uint32_t> handles;
+    for (const auto& entry : m_world.streams)
+        handles.push_back(entry.first);
+    return handles;
+}
+
+uint64_t FakeGrabberLibrary::last_buffer() const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_world.last_buffer;
+}
+
+uint64_t FakeGrabberLibrary::buffer_at(const void* memory) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    for (const auto& [handle, buffer] : m_world.buffers) {
+        if (buffer.memory == memory)
+            return handle;
+    }
+    return 0;
+}
+
+std::vector<uint64_t> FakeGrabberLibrary::buffers(uint32_t stream) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    std::vector<uint64_t> handles;
+    for (const auto& [handle, buffer] : m_world.buffers) {
+        if (buffer.stream == stream)
+            handles.push_back(handle);
+    }
+    return handles;
+}
+
+const void* FakeGrabberLibrary::memory_of(uint64_t buffer) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    const auto found = m_world.buffers.find(buffer);
+    return found == m_world.buffers.end() ? nullptr : found->second.memory;
+}
+
+int FakeGrabberLibrary::queue_of(uint64_t buffer) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    const auto found = m_world.buffers.find(buffer);
+    return found == m_world.buffers.end() ? -1 : found->second.queue;
+}
+
+bool FakeGrabberLibrary::is_acquiring(uint32_t stream) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    const auto found = m_world.streams.find(stream);
+    return found != m_world.streams.end() && m_world.cameras.at(found->second.camera).acquiring == stream;
+}
+
+uint32_t FakeGrabberLibrary::frames_requested(uint32_t stream) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_world.streams.at(stream).frames_requested;
+}
+
+bool FakeGrabberLibrary::has_callback(uint32_t stream) const
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    const auto found = m_world.streams.find(stream);
+    if (found == m_world.streams.end())
+        return false;
+    return found->second.ring_frames > 0 ? m_world.cameras.at(found->second.camera).callback != nullptr
+                                         : found->second.callback != nullptr;
+}
+
+uint8_t* FakeGrabberLibrary::ring_frame(uint32_t stream, uint32_t index)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    return m_world.streams.at(stream).ring.get() + index * ring_frame_bytes;
+}
+
+void FakeGrabberLibrary::deliver_cyclic(uint32_t stream, uint32_t index, const Frame& frame)
+{
+    ZvCameraCallback callback = nullptr;
+    void* context = nullptr;
+    {
+        const PausedAllocationFaults pause;
+        const std::lock_guard<std::mutex> guard(m_lock);
+        const auto found = m_world.streams.find(stream);
+        if (found == m_world.streams.end() || m_world.cameras.at(found->second.camera).callback == nullptr ||
+            index >= found->second.ring_frames) {
+            ADD_FAILURE() << "ring frame " << index << " of stream " << stream << " has nowhere to go";
+            return;
+        }
+        const LiveCamera& camera = m_world.cameras.at(found->second.camera);
+        callback = camera.callback;
+        context = camera.context;
+        found->second.last_frame = index;
+        ++m_world.frames;
+        found->second.aux[index].timestamp = frame.timestamp != 0 ? frame.timestamp : m_world.frames * 1000;
+        if (frame.fill >= 0)
+            std::memset(found->second.ring.get() + index * ring_frame_bytes, frame.fill, ring_frame_bytes);
+    }
+    callback(context, stream);
+}
+
+void FakeGrabberLibrary::deliver_queued(uint64_t buffer, const Frame& frame)
+{
+    uint32_t stream = ZV_NO_HANDLE;
+    {
+        const PausedAllocationFaults pause;
+        const std::lock_guard<std::mutex> guard(m_lock);
+        const auto alive = m_world.buffers.find(buffer);
+        const auto dead = m_world.dead_buffers.find(buffer);
+        if (alive == m_world.buffers.end() && dead == m_world.dead_buffers.end()) {
+            ADD_FAILURE() << "buffer " << buffer << " was never announced";
+            return;
+        }
+        ++m_world.frames;
+        stream = alive != m_world.buffers.end() ? alive->second.stream : dead->second;
+        if (alive != m_world.buffers.end()) {
+            LiveBuffer& filled = alive->second;
+            filled.queue = zv_queue_output;
+            filled.timestamp = frame.timestamp != 0 ? frame.timestamp : m_world.frames * 1000;
+            filled.frame_id = frame.frame_id != 0 ? frame.frame_id : m_world.frames;
+            filled.image_id = frame.image_id != 0 ? frame.image_id : m_world.frames + 1000000;
+            if (frame.fill >= 0)
+                std::memset(filled.memory, frame.fill, filled.size);
+        }
+    }
+    call_back(stream, buffer);
+}
+
+void FakeGrabberLibrary::deliver_queued_to(uint32_t stream, uint64_t buffer) { call_back(stream, buffer); }
+
+void FakeGrabberLibrary::call_back(uint32_t stream, uint64_t buffer)
+{
+    ZvStreamBufferCallback callback = nullptr;
+    void* context = nullptr;
+    {
+        const PausedAllocationFaults pause;
+        const std::lock_guard<std::mutex> guard(m_lock);
+        const auto found = m_world.streams.find(stream);
+        if (found == m_world.streams.end() || found->second.callback == nullptr) {
+            ADD_FAILURE() << "buffer " << buffer << " of stream " << stream << " has nowhere to go";
+            return;
+        }
+        callback = found->second.callback;
+        context = found->second.context;
+    }
+    callback(buffer, context);
+}
+
+void FakeGrabberLibrary::verify_finished() const
+{
+    for (const std::string& function : m_script.unused())
+        ADD_FAILURE() << "the scripted answer of " << function << " was never asked for";
+    EXPECT_EQ(0U, open_grabbers()) << "a grabber was left open";
+}
+
+void FakeGrabberLibrary::complain(const Call& made, uint64_t handle, bool stale) const
+{
+    if (m_allowed.count(handle) > 0 || m_allowed_for.count({made.function, handle}) > 0 ||
+        (stale && m_allow_stale))
+        return;
+    ADD_FAILURE() << made << " was called with a handle that " << (stale ? "is dead" : "was never given out");
+}
+
+void FakeGrabberLibrary::record(const Call& made)
+{
+    const std::lock_guard<std::mutex> guard(m_lock);
+    m_calls.push_back(made);
+}
+
+void FakeGrabberLibrary::run(const std::vector<Script::Hook>& hooks, const Call& made)
+{
+    if (hooks.empty())
+        return;
+    const ResumedAllocationFaults resumed;
+    for (const Script::Hook& hook : hooks)
+        hook(made);
+}
+
+} // namespace zvtest

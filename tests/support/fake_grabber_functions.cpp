@@ -1,0 +1,213 @@
+// The functions of ZVGRLib.h over FakeGrabberLibrary: grabbers, cameras and values.
+#include "support/fake_grabber_checks.h"
+
+#include "zvgr/ZVGRLib.h"
+
+#include <cstring>
+
+using namespace zvtest;
+
+extern "C" {
+
+uint32_t ZVGR_CALL ZV_DeviceScan(uint32_t* count)
+{
+    const PausedAllocationFaults pause;
+    return perform_status(call("ZV_DeviceScan"), count, [&](FakeWorld& world) {
+        *count = world.scanned;
+        return succeeded;
+    });
+}
+
+uint32_t ZVGR_CALL ZV_DeviceInfo(uint32_t index, ZvDeviceInfo* info)
+{
+    const PausedAllocationFaults pause;
+    return perform_status(call("ZV_DeviceInfo", index, info->version), &info->protocol,
+                          [&](FakeWorld& world) {
+                              if (index >= world.scanned)
+                                  return any_failure;
+                              info->protocol = world.setup(index).protocol;
+                              return succeeded;
+                          });
+}
+
+const char* ZVGR_CALL ZV_DeviceDisplayName(uint32_t index)
+{
+    const PausedAllocationFaults pause;
+    return fake().perform<const char*>(
+        call("ZV_DeviceDisplayName", index), nullptr,
+        [&](FakeWorld& world) -> const char* {
+            return index < world.scanned ? world.setup(index).display_name.c_str() : nullptr;
+        },
+        no_output);
+}
+
+uint32_t ZVGR_CALL ZVGR_Open(uint32_t index)
+{
+    const PausedAllocationFaults pause;
+    return fake().perform<uint32_t>(
+        call("ZVGR_Open", index), ZV_NO_HANDLE,
+        [&](FakeWorld& world) { return index < world.scanned ? world.open_grabber(index) : ZV_NO_HANDLE; },
+        no_output);
+}
+
+uint32_t ZVGR_CALL ZVGR_Close(uint32_t grabber)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_Close", grabber);
+    return perform_status(made, no_memory, [&](FakeWorld& world) {
+        if (!is_live(made, world.grabbers, grabber))
+            return any_failure;
+        world.close_grabber(grabber);
+        return succeeded;
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_UpdateCameraList(uint32_t grabber, uint32_t* cameras, uint32_t* count)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_UpdateCameraList", grabber, *count);
+    return perform_status(made, count, [&](FakeWorld& world) {
+        if (!is_live(made, world.grabbers, grabber))
+            return any_failure;
+        const uint32_t found = world.setup(world.grabbers.at(grabber).position).cameras;
+        for (uint32_t i = 0; i < found && i < *count && i < zv_max_cameras; ++i)
+            cameras[i] = world.find_camera(grabber, i);
+        *count = found;
+        return succeeded;
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_CameraInfo2(uint32_t camera, ZvCameraInfo* info)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_CameraInfo2", camera, info->version);
+    return perform_status(made, no_memory, [&](FakeWorld& world) {
+        if (!is_live(made, world.cameras, camera))
+            return any_failure;
+        *info = setup_of(world, camera).info;
+        return succeeded;
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_CameraOpen2(uint32_t camera, const char* description_file)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_CameraOpen2", camera, description_file);
+    return perform_status(made, no_memory, [&](FakeWorld& world) {
+        if (!is_live(made, world.cameras, camera))
+            return any_failure;
+        world.cameras.at(camera).open = true;
+        return succeeded;
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_CameraClose(uint32_t camera)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_CameraClose", camera);
+    return perform_status(made, no_memory, [&](FakeWorld& world) {
+        if (!is_live(made, world.cameras, camera))
+            return any_failure;
+        world.cameras.at(camera).open = false;
+        world.cameras.at(camera).acquiring = ZV_NO_HANDLE;
+        return succeeded;
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_GrabberReadReg(uint32_t grabber, uint64_t address, void* buffer, uint32_t* size)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_GrabberReadReg", grabber, address, buffer, *size);
+    return perform_status(made, size, [&](FakeWorld& world) {
+        if (!is_live(made, world.grabbers, grabber))
+            return any_failure;
+        return read_registers(world.setup(world.grabbers.at(grabber).position).registers, address, buffer,
+                              *size);
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_GrabberWriteReg(uint32_t grabber, uint64_t address, const void* buffer,
+                                        uint32_t* size)
+{
+    const PausedAllocationFaults pause;
+    const Call made = with_data(call("ZVGR_GrabberWriteReg", grabber, address, buffer, *size), buffer, *size);
+    return perform_status(made, size, [&](FakeWorld& world) {
+        if (!is_live(made, world.grabbers, grabber))
+            return any_failure;
+        return write_registers(world.setup(world.grabbers.at(grabber).position).registers, address,
+                               made.data);
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_CameraReadReg(uint32_t camera, uint64_t address, void* buffer, uint32_t* size)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_CameraReadReg", camera, address, buffer, *size);
+    return perform_status(made, size, [&](FakeWorld& world) {
+        if (!is_live(made, world.cameras, camera))
+            return any_failure;
+        return read_registers(setup_of(world, camera).registers, address, buffer, *size);
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_CameraWriteReg(uint32_t camera, uint64_t address, const void* buffer, uint32_t* size)
+{
+    const PausedAllocationFaults pause;
+    const Call made = with_data(call("ZVGR_CameraWriteReg", camera, address, buffer, *size), buffer, *size);
+    return perform_status(made, size, [&](FakeWorld& world) {
+        if (!is_live(made, world.cameras, camera))
+            return any_failure;
+        return write_registers(setup_of(world, camera).registers, address, made.data);
+    });
+}
+
+int64_t ZVGR_CALL ZVGR_GetGrabberValueInt(uint32_t handle, const char* name)
+{
+    return named_value("ZVGR_GetGrabberValueInt", handle, name);
+}
+
+int64_t ZVGR_CALL ZVGR_GetGrabberValueEnum(uint32_t handle, const char* name)
+{
+    return named_value("ZVGR_GetGrabberValueEnum", handle, name);
+}
+
+int64_t ZVGR_CALL ZVGR_GetCameraValueInt(uint32_t handle, const char* name)
+{
+    return named_value("ZVGR_GetCameraValueInt", handle, name);
+}
+
+int64_t ZVGR_CALL ZVGR_GetCameraValueEnum(uint32_t handle, const char* name)
+{
+    return named_value("ZVGR_GetCameraValueEnum", handle, name);
+}
+
+uint32_t ZVGR_CALL ZVGR_CameraCallbackRegister(uint32_t camera, ZvCameraCallback callback, void* context)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_CameraCallbackRegister", camera, code_address(callback), context);
+    return perform_status(made, no_memory, [&](FakeWorld& world) {
+        if (!is_live(made, world.cameras, camera))
+            return any_failure;
+        world.cameras.at(camera).callback = callback;
+        world.cameras.at(camera).context = context;
+        return succeeded;
+    });
+}
+
+uint32_t ZVGR_CALL ZVGR_GetXmlUrl(uint32_t handle, char* url, uint64_t* size)
+{
+    const PausedAllocationFaults pause;
+    const Call made = call("ZVGR_GetXmlUrl", handle, *size);
+    return perform_status(made, size, [&](FakeWorld& world) {
+        if (!is_live_anywhere(made, world, handle))
+            return any_failure;
+        const std::string text = world.xml_url(handle);
+        if (text.size() + 1 > *size)
+            return any_failure;
+        std::memcpy(url, text.c_str(), text.size() + 1);
+        *size = text.size() + 1;
+        return succeeded;
+    });
+}
+
+} // extern "C"
