@@ -1,0 +1,143 @@
+#include "modules/BufferPool.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zvgentl {
+
+PinnedBuffer::PinnedBuffer(PinnedBuffer&& other) noexcept
+    : m_pool(std::exchange(other.m_pool, nullptr)), m_buffer(std::exchange(other.m_buffer, nullptr))
+{
+}
+
+PinnedBuffer& PinnedBuffer::operator=(PinnedBuffer&& other) noexcept
+{
+    std::swap(m_pool, other.m_pool);
+    std::swap(m_buffer, other.m_buffer);
+    return *this;
+}
+
+PinnedBuffer::~PinnedBuffer()
+{
+    if (m_buffer != nullptr)
+        m_pool->unpin(*m_buffer);
+}
+
+size_t BufferPool::size() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_pool.size();
+}
+
+bool BufferPool::holds(const void* handle) const
+{
+    return count_if([handle](const BufferModule& buffer) { return &buffer == handle; }) != 0;
+}
+
+template <class Condition>
+PinnedBuffer BufferPool::pin_first(Condition condition)
+{
+    const std::lock_guard lock(m_mutex);
+    for (const auto& buffer : m_pool) {
+        if (condition(*buffer)) {
+            ++buffer->m_pins;
+            return PinnedBuffer(*this, *buffer);
+        }
+    }
+    return {};
+}
+
+PinnedBuffer BufferPool::find(const void* handle)
+{
+    return pin_first([handle](const BufferModule& buffer) { return &buffer == handle; });
+}
+
+PinnedBuffer BufferPool::at(size_t position)
+{
+    return pin_first([&position](const BufferModule&) { return position-- == 0; });
+}
+
+PinnedBuffer BufferPool::find_memory(const void* memory, uint64_t size)
+{
+    return pin_first([memory, size](const BufferModule& buffer) {
+        return buffer.get_Memory() == memory && buffer.get_Size() == size;
+    });
+}
+
+PinnedBuffer BufferPool::find_library_handle(uint64_t grabber_handle)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto entry = m_StreamBufferMap.find(grabber_handle);
+    if (entry == m_StreamBufferMap.end())
+        return {};
+    ++entry->second->m_pins;
+    return PinnedBuffer(*this, *entry->second);
+}
+
+PinnedBuffer BufferPool::take_first_input()
+{
+    return pin_first([](BufferModule& buffer) {
+        if (buffer.get_Queue() != BUFFER_QUEUE_TYPE::INPUT)
+            return false;
+        buffer.set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
+        return true;
+    });
+}
+
+BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer)
+{
+    const std::lock_guard lock(m_mutex);
+    m_pool.push_back(std::move(buffer));
+    return m_pool.back().get();
+}
+
+BufferModule* BufferPool::add_mapped(std::unique_ptr<BufferModule> buffer)
+{
+    const std::lock_guard lock(m_mutex);
+    m_StreamBufferMap.insert_or_assign(buffer->get_GrabberHandle(), buffer.get());
+    m_pool.push_back(std::move(buffer));
+    return m_pool.back().get();
+}
+
+bool BufferPool::remove(const BufferModule* buffer)
+{
+    std::unique_lock lock(m_mutex);
+    const auto position = std::find_if(m_pool.begin(), m_pool.end(),
+                                       [buffer](const auto& entry) { return entry.get() == buffer; });
+    if (position == m_pool.end())
+        return false;
+    std::unique_ptr<BufferModule> found = std::move(*position);
+    m_pool.erase(position);
+    destroy(std::move(found), lock);
+    return true;
+}
+
+void BufferPool::clear()
+{
+    std::unique_lock lock(m_mutex);
+    while (!m_pool.empty()) {
+        std::unique_ptr<BufferModule> first = std::move(m_pool.front());
+        m_pool.pop_front();
+        destroy(std::move(first), lock);
+    }
+}
+
+void BufferPool::unpin(BufferModule& buffer) noexcept
+{
+    const std::lock_guard lock(m_mutex);
+    if (--buffer.m_pins == 0)
+        m_unpinned.notify_all();
+}
+
+void BufferPool::destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<std::mutex>& lock)
+{
+    const auto entry = m_StreamBufferMap.find(buffer->get_GrabberHandle());
+    if (entry != m_StreamBufferMap.end() && entry->second == buffer.get())
+        m_StreamBufferMap.erase(entry);
+    m_unpinned.wait(lock, [&buffer] { return buffer->m_pins == 0; });
+    lock.unlock();
+    buffer.reset();
+    lock.lock();
+}
+
+} // namespace zvgentl

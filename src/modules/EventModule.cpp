@@ -1,0 +1,213 @@
+#include "modules/EventModule.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "log/Log.h"
+#include "log/text.h"
+#include "log/unit_loggers.h"
+#include "modules/BufferModule.h"
+#include "modules/StreamModule.h"
+#include "modules/settings.h"
+
+namespace zvgentl {
+
+using namespace GenTL;
+using platform::WaitResult;
+
+namespace {
+
+constexpr size_t first_capacity = 256;
+
+uint32_t milliseconds_to_wait(uint64_t timeout)
+{
+    return timeout < platform::wait_forever ? static_cast<uint32_t>(timeout) : platform::wait_forever;
+}
+
+SerialLock::Serialise serialise_setting()
+{
+    return read(settings::serialize_stream_event) != 0 ? SerialLock::Serialise::yes
+                                                       : SerialLock::Serialise::no;
+}
+
+} // namespace
+
+PointerQueue::PointerQueue() : m_ring(first_capacity) {}
+
+void PointerQueue::push(BufferModule* buffer)
+{
+    if (m_size == m_ring.size()) {
+        std::vector<BufferModule*> larger(m_ring.size() * 2);
+        for (size_t i = 0; i < m_size; ++i)
+            larger[i] = m_ring[(m_first + i) % m_ring.size()];
+        m_ring.swap(larger);
+        m_first = 0;
+    }
+    m_ring[(m_first + m_size) % m_ring.size()] = buffer;
+    ++m_size;
+}
+
+void PointerQueue::pop() noexcept
+{
+    m_first = (m_first + 1) % m_ring.size();
+    --m_size;
+}
+
+void PointerQueue::clear() noexcept
+{
+    m_first = 0;
+    m_size = 0;
+}
+
+EventModule::EventModule(StreamModule& source, EVENT_TYPE type)
+    : m_source(source), m_queue_lock(serialise_setting()), m_type(type)
+{
+}
+
+EventModule::~EventModule() { close(); }
+
+std::string EventModule::getId() const
+{
+    char id[32];
+    std::snprintf(id, sizeof id, "Event0x%llx", address(this));
+    return id;
+}
+
+size_t EventModule::get_DataSize() const noexcept
+{
+    return m_type == EVENT_NEW_BUFFER ? sizeof(EVENT_NEW_BUFFER_DATA) : 0;
+}
+
+size_t EventModule::get_QueueLength() const
+{
+    const std::lock_guard container(m_container);
+    return m_queue.size();
+}
+
+void EventModule::append(BufferModule* buffer)
+{
+    const std::lock_guard lock(m_queue_lock);
+    m_fired.fetch_add(1, std::memory_order_relaxed);
+    const std::lock_guard container(m_container);
+    m_queue.push(buffer);
+}
+
+void EventModule::flush()
+{
+    const std::lock_guard lock(m_queue_lock);
+    const std::lock_guard container(m_container);
+    m_queue.clear();
+}
+
+void EventModule::kill() noexcept
+{
+    m_abort.store(true);
+    m_os_event.set();
+}
+
+void EventModule::close() noexcept
+{
+    m_closing.store(true);
+    m_os_event.set();
+}
+
+bool EventModule::try_take(void* destination)
+{
+    BufferModule* buffer = nullptr;
+    {
+        const std::lock_guard lock(m_queue_lock);
+        const std::lock_guard container(m_container);
+        if (m_queue.empty())
+            return false;
+        const bool is_removed =
+            destination == nullptr || m_type == EVENT_NEW_BUFFER || m_type == EVENT_REMOTE_DEVICE;
+        if (!is_removed)
+            return false;
+        buffer = m_queue.front();
+        m_queue.pop();
+    }
+    if (destination != nullptr && m_type == EVENT_NEW_BUFFER) {
+        // The entry may name a buffer that has been revoked since; only its stream knows.
+        const EVENT_NEW_BUFFER_DATA datum{buffer, m_source.private_of(buffer)};
+        std::memcpy(destination, &datum, sizeof datum);
+    }
+    return true;
+}
+
+void EventModule::drop_front()
+{
+    const std::lock_guard container(m_container);
+    if (!m_queue.empty())
+        m_queue.pop();
+}
+
+/// An auto-reset event wakes one waiter, and a reset may swallow the closing signal of another: pass it on.
+void EventModule::reset_os_event() noexcept
+{
+    m_os_event.reset();
+    if (m_closing.load())
+        m_os_event.set();
+}
+
+GC_ERROR EventModule::get_event_data(void* destination, uint64_t timeout)
+{
+    if (m_closing.load())
+        return GC_ERR_ABORT;
+    if (take_abort()) {
+        // Contract: a kill also drops one entry. Pinned by EventKill.DropsOneEntryOfTheAbortedCall.
+        const std::lock_guard lock(m_queue_lock);
+        drop_front();
+        reset_os_event();
+        return GC_ERR_ABORT;
+    }
+    if (try_take(destination)) {
+        reset_os_event();
+        return GC_ERR_SUCCESS;
+    }
+
+    const WaitResult result = m_os_event.wait(milliseconds_to_wait(timeout));
+    if (result != WaitResult::signalled) {
+        static std::atomic<bool> is_reported{false};
+        if (!is_reported.exchange(true))
+            log_error(event_module_logger, "EventModule::get_event_data", At{120},
+                      "Event wait timeout with error=0x%X for timeout=%u", static_cast<unsigned>(result),
+                      static_cast<unsigned>(timeout));
+        return GC_ERR_TIMEOUT;
+    }
+
+    if (take_abort()) {
+        const std::lock_guard lock(m_queue_lock);
+        drop_front();
+        if (m_closing.load())
+            m_os_event.set();
+        return GC_ERR_ABORT;
+    }
+    if (m_closing.load()) {
+        m_os_event.set(); // the next waiter's turn
+        return GC_ERR_ABORT;
+    }
+    // The signal of an entry that was flushed, or taken by another consumer, ends the wait all the same.
+    return try_take(destination) ? GC_ERR_SUCCESS : GC_ERR_TIMEOUT;
+}
+
+EventRef::EventRef(EventModule* event) noexcept : m_event(event)
+{
+    if (m_event != nullptr)
+        m_event->m_references.fetch_add(1, std::memory_order_relaxed);
+}
+
+EventRef& EventRef::operator=(EventRef other) noexcept
+{
+    std::swap(m_event, other.m_event);
+    return *this;
+}
+
+EventRef::~EventRef()
+{
+    if (m_event != nullptr && m_event->m_references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete m_event;
+}
+
+} // namespace zvgentl

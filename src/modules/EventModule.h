@@ -1,0 +1,112 @@
+#pragma once
+
+#include "modules/Quarantine.h"
+#include "modules/SerialLock.h"
+#include "platform/AutoResetEvent.h"
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "GenTL/GenTL.h"
+
+namespace zvgentl {
+
+class BufferModule;
+class StreamModule;
+
+/// A queue of pointers that allocates only when it is full: frames are appended without an allocation.
+class PointerQueue {
+public:
+    PointerQueue();
+    bool empty() const noexcept { return m_size == 0; }
+    size_t size() const noexcept { return m_size; }
+    BufferModule* front() const noexcept { return m_ring[m_first]; }
+    void push(BufferModule* buffer);
+    void pop() noexcept;
+    void clear() noexcept;
+
+private:
+    std::vector<BufferModule*> m_ring;
+    size_t m_first = 0;
+    size_t m_size = 0;
+};
+
+/// A registered event: its queue of delivered buffers and the operating-system event that consumers wait for.
+/// Its address is the event handle.
+///
+/// Owned by whoever holds a reference (EventRef): the stream's event list from registration to unregistration
+/// or close, a consumer inside a call, a callback while it delivers. So a waiter outlives the closing of its
+/// event. The queue never owns buffers and may hold handles of revoked ones. Entered by consumer and callback
+/// threads.
+class EventModule final : public QuarantinedModule<retired_events> {
+public:
+    EventModule(StreamModule& source, GenTL::EVENT_TYPE type);
+    ~EventModule();
+
+    std::string getId() const override;
+
+    StreamModule& get_Source() const noexcept { return m_source; }
+    GenTL::EVENT_TYPE get_Type() const noexcept { return m_type; }
+    /// Bytes of one datum: 16 for a new-buffer event, 0 for every other.
+    size_t get_DataSize() const noexcept;
+    /// Entries ever appended.
+    uint64_t get_FiredCount() const noexcept { return m_fired.load(std::memory_order_relaxed); }
+    size_t get_QueueLength() const;
+
+    /// Adds a buffer at the back of the queue. Does not signal.
+    void append(BufferModule* buffer);
+    void signal() noexcept { m_os_event.set(); }
+    /// Drops every entry; a pending signal stays.
+    void flush();
+    /// Aborts one wait: the present one, or the next.
+    void kill() noexcept;
+    /// Aborts every wait, now and later.
+    void close() noexcept;
+    /// True once: when a kill waits for a consumer to see it.
+    bool take_abort() noexcept { return m_abort.exchange(false); }
+
+    /// Takes the oldest entry, as a datum at `destination` unless that is null. False when there is none.
+    bool try_take(void* destination);
+    /// Waits for an entry: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT. `timeout` in milliseconds.
+    GenTL::GC_ERROR get_event_data(void* destination, uint64_t timeout);
+
+private:
+    friend class EventRef;
+
+    void drop_front();
+    void reset_os_event() noexcept;
+
+    StreamModule& m_source;
+    std::atomic<bool> m_closing{false};
+    mutable SerialLock m_queue_lock;
+    platform::AutoResetEvent m_os_event;
+    const GenTL::EVENT_TYPE m_type;
+    std::atomic<uint64_t> m_fired{0};
+    std::atomic<bool> m_abort{false};
+    mutable std::mutex m_container; // guards the queue also when a setting turns the queue lock off
+    PointerQueue m_queue;
+    std::atomic<int32_t> m_references{0};
+};
+
+/// A counted reference to an event; the last one destroys it. Empty by default.
+class EventRef {
+public:
+    EventRef() = default;
+    explicit EventRef(EventModule* event) noexcept;
+    EventRef(const EventRef& other) noexcept : EventRef(other.m_event) {}
+    EventRef(EventRef&& other) noexcept : m_event(other.m_event) { other.m_event = nullptr; }
+    EventRef& operator=(EventRef other) noexcept;
+    ~EventRef();
+
+    explicit operator bool() const noexcept { return m_event != nullptr; }
+    EventModule* get() const noexcept { return m_event; }
+    EventModule* operator->() const noexcept { return m_event; }
+    EventModule& operator*() const noexcept { return *m_event; }
+
+private:
+    EventModule* m_event = nullptr;
+};
+
+} // namespace zvgentl

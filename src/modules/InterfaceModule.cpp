@@ -1,0 +1,90 @@
+#include "modules/InterfaceModule.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <tuple>
+#include <utility>
+
+#include "modules/DeviceModule.h"
+#include "modules/DeviceStore.h"
+
+namespace zvgentl {
+
+namespace {
+
+/// Null when there is no memory for it.
+DeviceModule* make_device(InterfaceModule& parent, const std::string& id)
+{
+    try {
+        return device_store.keep(std::make_unique<DeviceModule>(&parent, id));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+InterfaceModule::InterfaceModule(SystemModule& parent, std::string id) : m_id(std::move(id)), m_parent(parent)
+{
+}
+
+InterfaceModule::~InterfaceModule()
+{
+    if (is_Open())
+        std::ignore = ZVGR_Close(get_GrabberHandle()); // nothing can be done about a failure
+}
+
+void InterfaceModule::set_Open(bool open)
+{
+    m_open.store(open);
+    if (open)
+        return;
+    for (const DeviceModule* device : m_devices)
+        device->get_Camera()->set_Open(false);
+}
+
+DeviceModule* InterfaceModule::get_Device(uint32_t index) const noexcept
+{
+    const auto position = static_cast<int32_t>(index);
+    const bool is_listed = position >= 0 && static_cast<size_t>(position) < m_devices.size();
+    return is_listed ? m_devices[index] : nullptr;
+}
+
+CameraModule* InterfaceModule::get_Camera(uint32_t index) const noexcept
+{
+    const DeviceModule* const device = get_Device(index);
+    return device != nullptr ? device->get_Camera() : nullptr;
+}
+
+bool InterfaceModule::has_Device(const void* device) const noexcept
+{
+    return std::any_of(m_devices.begin(), m_devices.end(),
+                       [device](const DeviceModule* listed) { return listed == device; });
+}
+
+bool InterfaceModule::has_Camera(const void* camera) const noexcept { return get_CameraIndex(camera) != -1; }
+
+int32_t InterfaceModule::get_CameraIndex(const void* camera) const noexcept
+{
+    const auto position =
+        std::find_if(m_devices.begin(), m_devices.end(),
+                     [camera](const DeviceModule* listed) { return listed->get_Camera() == camera; });
+    return position == m_devices.end() ? -1 : static_cast<int32_t>(position - m_devices.begin());
+}
+
+size_t InterfaceModule::init_Cameras(const uint32_t* handles, const ZvCameraInfo* infos, size_t count)
+{
+    m_devices.clear();
+    const std::string prefix = "Device" + number_of_id(m_id);
+    for (size_t i = 0; i < count; ++i) {
+        DeviceModule* const device = make_device(*this, prefix + std::to_string(i));
+        if (device == nullptr)
+            continue;
+        device->get_Camera()->init_Camera(handles[i], infos[i]);
+        m_devices.push_back(device);
+    }
+    return m_devices.size();
+}
+
+} // namespace zvgentl

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "modules/Quarantine.h"
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "zvgr/ZVGRLib.h"
+
+namespace zvgentl {
+
+class CameraModule;
+class DeviceModule;
+class SystemModule;
+
+/// One frame grabber. Lists the devices of its last scan, which belong to the device store. Made, closed, by
+/// the system's list and owned by it; consumer threads call it and must not rebuild the list under one
+/// another.
+class InterfaceModule final : public QuarantinedModule<retired_interfaces> {
+public:
+    InterfaceModule(SystemModule& parent, std::string id);
+    /// Closes an open grabber. Devices are only dropped.
+    ~InterfaceModule();
+
+    std::string getId() const override { return m_id; }
+    SystemModule& get_Parent() const noexcept { return m_parent; }
+
+    bool is_Open() const noexcept { return m_open.load(); }
+    /// Closing also closes every listed camera.
+    void set_Open(bool open);
+    uint32_t get_GrabberHandle() const noexcept { return m_grabber_handle.load(); }
+    void set_GrabberHandle(uint32_t handle) noexcept { m_grabber_handle.store(handle); }
+
+    size_t get_CameraAmount() const noexcept { return m_devices.size(); }
+    /// Null for an index outside the list; indexes are read as signed.
+    DeviceModule* get_Device(uint32_t index) const noexcept;
+    CameraModule* get_Camera(uint32_t index) const noexcept;
+    bool has_Device(const void* device) const noexcept;
+    bool has_Camera(const void* camera) const noexcept;
+    /// The list index of the device with this camera, or -1.
+    int32_t get_CameraIndex(const void* camera) const noexcept;
+    const std::vector<DeviceModule*>& get_Devices() const noexcept { return m_devices; }
+
+    /// Drops the listed devices, without closing them, and lists one new closed device per camera. Answers
+    /// the size of the list, smaller than asked for when memory ran out.
+    size_t init_Cameras(const uint32_t* handles, const ZvCameraInfo* infos, size_t count);
+
+private:
+    const std::string m_id;
+    std::atomic<bool> m_open{false};
+    std::atomic<uint32_t> m_grabber_handle{0};
+    SystemModule& m_parent;
+    std::vector<DeviceModule*> m_devices;
+};
+
+} // namespace zvgentl

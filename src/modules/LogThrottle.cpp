@@ -1,0 +1,23 @@
+#include "modules/LogThrottle.h"
+
+namespace zvgentl {
+
+bool LogThrottle::is_due(std::string_view function, bool is_acquiring, Mark mark, Bypass bypass)
+{
+    if (bypass == Bypass::yes)
+        return true;
+    for (Flag& flag : m_flags) {
+        if (flag.function != function)
+            continue;
+        if (!is_acquiring) {
+            flag.is_logged.store(false, std::memory_order_relaxed);
+            return true;
+        }
+        if (mark == Mark::yes)
+            return !flag.is_logged.exchange(true, std::memory_order_relaxed);
+        return !flag.is_logged.load(std::memory_order_relaxed);
+    }
+    return true;
+}
+
+} // namespace zvgentl

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <string_view>
+
+namespace zvgentl {
+
+/// Keeps per-frame functions from logging every frame while a stream acquires: of each function that it
+/// knows, one call is logged per acquisition. Owned by the stream; any thread.
+class LogThrottle {
+public:
+    /// Whether an answer of "log it" uses up the acquisition's one line.
+    enum class Mark { no, yes };
+    enum class Bypass { no, yes };
+
+    /// True when a line of the function is due. While nothing is acquired it always is, and the function
+    /// starts anew. A function that is not throttled, and a bypass, always get true and change nothing.
+    bool is_due(std::string_view function, bool is_acquiring, Mark mark, Bypass bypass = Bypass::no);
+
+private:
+    struct Flag {
+        std::string_view function;
+        std::atomic<bool> is_logged{false};
+    };
+    std::array<Flag, 3> m_flags{
+        {{"EventGetData"}, {"DSGetBufferInfo"}, {"DSQueueBuffer"}}
+    };
+};
+
+} // namespace zvgentl

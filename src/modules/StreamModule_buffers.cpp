@@ -1,0 +1,188 @@
+#include "modules/StreamModule.h"
+
+#include <memory>
+#include <new>
+#include <tuple>
+
+#include "log/Log.h"
+#include "log/text.h"
+#include "log/unit_loggers.h"
+#include "modules/grabber_status.h"
+#include "modules/queue_operations.h"
+
+namespace zvgentl {
+
+using namespace GenTL;
+
+namespace {
+
+struct OperationName {
+    int32_t operation;
+    const char* name;
+};
+
+constexpr OperationName operation_names[] = {
+    {ACQ_QUEUE_INPUT_TO_OUTPUT,   "ACQ_QUEUE_INPUT_TO_OUTPUT"  },
+    {ACQ_QUEUE_OUTPUT_DISCARD,    "ACQ_QUEUE_OUTPUT_DISCARD"   },
+    {ACQ_QUEUE_ALL_TO_INPUT,      "ACQ_QUEUE_ALL_TO_INPUT"     },
+    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT"},
+    {ACQ_QUEUE_ALL_DISCARD,       "ACQ_QUEUE_ALL_DISCARD"      },
+    {flush_all_events,            "FLUSH ALL EVENTS"           },
+};
+
+} // namespace
+
+std::string queue_operation_name(int32_t operation)
+{
+    for (const OperationName& row : operation_names) {
+        if (row.operation == operation)
+            return row.name;
+    }
+    return "UNSUPPORTED BUFFER QUEUE OPERATION " + std::to_string(operation);
+}
+
+BufferModule* StreamModule::new_buffer(void* memory, uint64_t size, void* private_pointer)
+{
+    if (const PinnedBuffer known = memory != nullptr ? m_pool.find_memory(memory, size) : PinnedBuffer()) {
+        log_debug(stream_module_logger, "StreamModule::new_buffer", At{210},
+                  "Found buffer 0x%016llX with handle=0x%llx, ptr=0x%016llX in buffer pool",
+                  address(known.get()), static_cast<unsigned long long>(known->get_GrabberHandle()),
+                  address(memory));
+        known->set_Private(private_pointer);
+        return known.get();
+    }
+    try {
+        return m_mode == StreamMode::cyclic ? announce_cyclic(memory, size, private_pointer)
+                                            : announce_queued(memory, size, private_pointer);
+    } catch (const std::bad_alloc&) {
+        // What the library announced before is released when the stream is deleted.
+        return nullptr;
+    }
+}
+
+BufferModule* StreamModule::announce_cyclic(void* memory, uint64_t size, void* private_pointer)
+{
+    constexpr uint64_t no_library_buffer = 0;
+    return m_pool.add(
+        std::make_unique<BufferModule>(*this, memory, size, no_library_buffer, private_pointer));
+}
+
+BufferModule* StreamModule::announce_queued(void* memory, uint64_t size, void* private_pointer)
+{
+    uint64_t handle = 0;
+    if (memory != nullptr) {
+        if (!succeeded(ZVGR_BufferAnnounce(get_Handle(), memory, size, private_pointer, &handle)))
+            return nullptr;
+    } else {
+        uint64_t allocated = 0;
+        if (!succeeded(ZVGR_BufferAllocAndAnnounce(get_Handle(), size, private_pointer, &handle)) ||
+            !succeeded(ZVGR_BufferGetInfo(handle, zv_buffer_address, &allocated)) || allocated == 0)
+            return nullptr;
+        memory =
+            reinterpret_cast<void*>(allocated); // NOLINT(performance-no-int-to-ptr): the library's interface
+    }
+    return m_pool.add_mapped(std::make_unique<BufferModule>(*this, memory, size, handle, private_pointer));
+}
+
+void StreamModule::queue_buffer(BufferModule& buffer)
+{
+    // The tag first: the library may fill the buffer before the call returns.
+    buffer.set_Queue(BUFFER_QUEUE_TYPE::INPUT);
+    // Contract: in both modes; a cyclic buffer's handle 0 fails and nothing more.
+    // Pinned by DSQueueBuffer.CallsTheLibraryInCyclicModeToo.
+    std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_input);
+}
+
+RevokeOutcome StreamModule::revoke(const BufferModule* buffer, uint64_t grabber_handle)
+{
+    if (!m_pool.holds(buffer))
+        return RevokeOutcome::not_in_pool;
+    // Contract: in both modes, status ignored: the buffer goes whatever the library says.
+    std::ignore = ZVGR_BufferRevoke(get_Handle(), grabber_handle);
+    return m_pool.remove(buffer) ? RevokeOutcome::revoked : RevokeOutcome::not_in_pool;
+}
+
+void StreamModule::move_to_input(BufferModule& buffer)
+{
+    buffer.set_Queue(BUFFER_QUEUE_TYPE::INPUT); // before the call, as in queue_buffer
+    if (m_mode == StreamMode::queued)
+        std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_input);
+}
+
+void StreamModule::move_to_output(BufferModule& buffer)
+{
+    if (m_mode == StreamMode::queued)
+        std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_output);
+    buffer.set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
+}
+
+bool StreamModule::buffer_operation(int32_t operation)
+{
+    const EventRef event = m_events.find(EVENT_NEW_BUFFER);
+    const bool is_flush_of_events = operation == ACQ_QUEUE_OUTPUT_DISCARD ||
+                                    operation == ACQ_QUEUE_ALL_TO_INPUT || operation == ACQ_QUEUE_ALL_DISCARD;
+    if (is_flush_of_events && event)
+        event->flush();
+
+    // Contract: an unsupported operation fails at the first buffer, so an empty pool accepts every number.
+    // Pinned by DSFlushQueue.AcceptsAnyOperationOnAnEmptyPool.
+    for (size_t i = 0; const PinnedBuffer buffer = m_pool.at(i); ++i) {
+        const BUFFER_QUEUE_TYPE queue = buffer->get_Queue();
+        log_debug(stream_module_logger, "StreamModule::buffer_operation", At{284},
+                  "Request operation '%s' for buffer 0x%016llX with handle=0x%llx, currently in queue=%s",
+                  queue_operation_name(operation).c_str(), address(buffer.get()),
+                  static_cast<unsigned long long>(buffer->get_GrabberHandle()), name_of(queue));
+        if (!apply_operation(operation, *buffer, queue, event.get())) {
+            log_error(stream_module_logger, "StreamModule::buffer_operation", At{290},
+                      "Unsupported buffer queue operation %d", operation);
+            log_error(stream_module_logger, "StreamModule::buffer_operation", At{292},
+                      "Exit, Returning error false (0x%X)", 0U);
+            return false;
+        }
+    }
+    return true;
+}
+
+bool StreamModule::apply_operation(int32_t operation, BufferModule& buffer, BUFFER_QUEUE_TYPE queue,
+                                   EventModule* event)
+{
+    switch (operation) {
+    case ACQ_QUEUE_INPUT_TO_OUTPUT:
+        if (queue != BUFFER_QUEUE_TYPE::INPUT)
+            return true;
+        move_to_output(buffer);
+        if (event != nullptr)
+            event->append(
+                &buffer); // Contract: without a signal. Pinned by DSFlushQueue.DoesNotSignalMovedBuffers.
+        return true;
+    case ACQ_QUEUE_OUTPUT_DISCARD:
+        if (queue == BUFFER_QUEUE_TYPE::OUTPUT)
+            buffer.set_Queue(BUFFER_QUEUE_TYPE::GENERAL);
+        return true;
+    case ACQ_QUEUE_ALL_TO_INPUT:
+        if (queue != BUFFER_QUEUE_TYPE::INPUT)
+            move_to_input(buffer);
+        return true;
+    case ACQ_QUEUE_UNQUEUED_TO_INPUT:
+        if (buffer.get_Queue() == BUFFER_QUEUE_TYPE::GENERAL) // as it is now, not as it was logged
+            move_to_input(buffer);
+        return true;
+    case ACQ_QUEUE_ALL_DISCARD:
+        buffer.set_Queue(BUFFER_QUEUE_TYPE::GENERAL);
+        return true;
+    case flush_all_events:
+        if (event != nullptr)
+            event->flush();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void* StreamModule::private_of(const BufferModule* buffer)
+{
+    const PinnedBuffer pinned = m_pool.find(buffer);
+    return pinned ? pinned->get_Private() : nullptr;
+}
+
+} // namespace zvgentl

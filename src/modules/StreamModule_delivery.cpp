@@ -1,0 +1,129 @@
+#include "modules/StreamModule.h"
+
+#include <cstring>
+#include <tuple>
+
+#include "log/Log.h"
+#include "log/text.h"
+#include "log/unit_loggers.h"
+#include "modules/CameraModule.h"
+#include "modules/grabber_status.h"
+
+namespace zvgentl {
+
+namespace {
+
+/// A value that the library does not set reads as 0.
+uint64_t buffer_value(uint64_t buffer_handle, uint32_t command)
+{
+    uint64_t value = 0;
+    std::ignore = ZVGR_BufferGetInfo(buffer_handle, command, &value);
+    return value;
+}
+
+} // namespace
+
+bool StreamModule::start(uint32_t frames)
+{
+    if (!succeeded(ZVGR_CameraStartAcquire_GenTL(m_camera->get_CameraHandle(), get_Handle(), frames)))
+        return false;
+    m_AcquisitionFlag.store(true);
+    m_StreamDeliveredBuffers.exchange(0);
+    m_underruns.exchange(0);
+    return true;
+}
+
+void StreamModule::stop()
+{
+    m_AcquisitionFlag.store(false);
+    // Contract: the counts read 0 after a stop. Pinned by DSStopAcquisition.ResetsTheCounters.
+    m_StreamDeliveredBuffers.exchange(0);
+    m_underruns.exchange(0);
+    // Nothing can be done about a camera that does not stop; stopping twice is no error.
+    std::ignore = ZVGR_CameraStopAcquire_GenTL(m_camera->get_CameraHandle());
+}
+
+void StreamModule::buffer_callback(uint32_t stream_handle)
+{
+    if (!m_AcquisitionFlag.load()) {
+        m_underruns.fetch_add(1);
+        return;
+    }
+    const std::lock_guard lock(m_mutex);
+    const PinnedBuffer buffer = m_pool.take_first_input();
+    if (!buffer)
+        return;
+
+    const uint32_t frame = ZVGR_StreamGetFrameIndex(stream_handle);
+    const void* const source = ZVGR_StreamGetPtr(stream_handle, frame);
+    log_trace(stream_module_logger, "StreamModule::buffer_callback", At{410},
+              "curr_BuffIndex=%d, src_BuffPtr=%016llX, curr_BuffPtr=%016llX, curr_BuffSize=%zu",
+              static_cast<int>(frame), address(source), address(buffer->get_Memory()),
+              static_cast<size_t>(buffer->get_Size()));
+    buffer->set_FillState(FillState::filling);
+    // Contract: the announced size is copied, not the frame's; the library keeps memory beyond a ring frame
+    // readable. Pinned by CyclicDelivery.CopiesTheAnnouncedSize.
+    if (source != nullptr)
+        std::memcpy(buffer->get_Memory(), source, static_cast<size_t>(buffer->get_Size()));
+    ZvFrameAux record{};
+    std::ignore = ZVGR_StreamGetAux(stream_handle, frame, &record); // a failure leaves timestamp 0
+    const auto frame_id = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(frame)));
+    buffer->set_Frame(record.timestamp, frame_id);
+    const EventRef event = m_events.find(GenTL::EVENT_NEW_BUFFER);
+    deliver(*buffer, event.get());
+}
+
+void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
+{
+    const auto handle = static_cast<unsigned long long>(buffer_handle);
+    log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{430},
+              "stream callback for handle 0x%llx, m_AcquisitionFlag=%s, m_StreamDeliveredBuffers=%lld",
+              handle, is_Acquiring() ? "true" : "false",
+              static_cast<long long>(m_StreamDeliveredBuffers.load()));
+    if (!is_Acquiring())
+        return;
+    const PinnedBuffer buffer = m_pool.find_library_handle(buffer_handle);
+    if (!buffer) {
+        if (buffer_handle == 0) // the library ended the acquisition by itself
+            m_AcquisitionFlag.store(false);
+        else
+            log_warning(stream_module_logger, "StreamModule::stream_buffer_callback", At{441},
+                        "stream handle 0x%llx wasn't found in m_StreamBufferMap", handle);
+        return;
+    }
+
+    buffer->set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
+    buffer->set_FillState(FillState::filling);
+    const uint64_t timestamp = buffer_value(buffer_handle, zv_buffer_timestamp);
+    if (m_image_id_supported.load() == 1) {
+        const uint64_t image_id = buffer_value(buffer_handle, zv_buffer_image_id);
+        buffer->set_Frame(timestamp, image_id);
+        log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{453},
+                  "New buffer handle 0x%llx with ImageId %llu", handle,
+                  static_cast<unsigned long long>(image_id));
+    } else {
+        const uint64_t frame_id = buffer_value(buffer_handle, zv_buffer_frame_id);
+        buffer->set_Frame(timestamp, frame_id);
+        log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{458},
+                  "New buffer handle 0x%llx with FrameId %u", handle, static_cast<unsigned>(frame_id));
+    }
+    const EventRef event = m_events.find(GenTL::EVENT_NEW_BUFFER);
+    if (event)
+        log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{463},
+                  "add buffer handle 0x%llx to event %016llX", handle, address(event.get()));
+    deliver(*buffer, event.get());
+}
+
+/// Publishes a frame that is complete. State and count come before the event: a consumer that it wakes finds
+/// both.
+void StreamModule::deliver(BufferModule& buffer, EventModule* event)
+{
+    m_StreamDeliveredBuffers.fetch_add(1);
+    buffer.set_FillState(FillState::filled);
+    if (event == nullptr)
+        return;
+    event->append(&buffer);
+    event->signal();
+}
+
+} // namespace zvgentl
