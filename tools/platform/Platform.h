@@ -30,6 +30,11 @@ extern const char path_list_separator;
 /// The folder that holds the running program.
 std::filesystem::path program_folder();
 
+/// The folders in which the producer's settings are looked for: the user's (empty when there is none) and the
+/// machine's.
+std::filesystem::path user_configuration_folder();
+std::filesystem::path machine_configuration_folder();
+
 /// The value of an environment variable; empty when it is not set.
 std::string environment(const char* name);
 /// Sets an environment variable of this process; an empty value removes it. Call before threads are started.

@@ -29,6 +29,17 @@ std::filesystem::path program_folder()
     return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }
 
+std::filesystem::path user_configuration_folder()
+{
+    const std::filesystem::path chosen = environment("XDG_CONFIG_HOME");
+    if (chosen.is_absolute())
+        return chosen / "zvgentl";
+    const std::filesystem::path home = environment("HOME");
+    return home.is_absolute() ? home / ".config" / "zvgentl" : std::filesystem::path();
+}
+
+std::filesystem::path machine_configuration_folder() { return "/etc/zvgentl"; }
+
 std::string environment(const char* name)
 {
     const char* const value = std::getenv(name);

@@ -1,0 +1,199 @@
+#include "zvgentl/GrabResult.h"
+
+#include <fmt/format.h>
+
+#include "pictures/PixelFormat.h"
+#include "platform/Interrupt.h"
+#include "zvgentl/Command.h"
+
+namespace zvgentl::tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+template <class Value>
+Json or_null(const std::optional<Value>& value)
+{
+    return value ? Json(*value) : Json(nullptr);
+}
+
+const char* outcome_name(Outcome outcome) noexcept
+{
+    switch (outcome) {
+    case Outcome::complete:
+        return "complete";
+    case Outcome::interrupted:
+        return "interrupted";
+    default:
+        return "timed out";
+    }
+}
+
+Json source_json(LossSource source)
+{
+    switch (source) {
+    case LossSource::frame_ids:
+        return "frame ids";
+    case LossSource::frame_counter:
+        return "frame counter";
+    default:
+        return nullptr;
+    }
+}
+
+const char* format_name(FileFormat format) noexcept { return format == FileFormat::png ? "png" : "tiff"; }
+
+Json picture_json(const std::optional<PictureKind>& picture)
+{
+    if (!picture)
+        return nullptr;
+    return {
+        {"width",             picture->width                          },
+        {"height",            picture->height                         },
+        {"pixel_format",      pixel_format_name(picture->pixel_format)},
+        {"pixel_format_code", picture->pixel_format                   }
+    };
+}
+
+Json saved_json(const GrabResult& result)
+{
+    if (result.options.output.empty())
+        return nullptr;
+    return {
+        {"files",  result.saved                      },
+        {"folder", result.options.output             },
+        {"format", format_name(result.options.format)}
+    };
+}
+
+std::string delivered_text(const GrabResult& result)
+{
+    std::string text = result.options.frames == 0
+                           ? fmt::format("{} frames", result.count.delivered())
+                           : fmt::format("{} of {} frames", result.count.delivered(), result.options.frames);
+    const auto rate = result.rate(result.seconds);
+    if (!rate)
+        return text;
+    const double bytes = *rate * static_cast<double>(result.buffer_size);
+    return text +
+           fmt::format(" in {:.2f} s: {:.1f} frames/s, {:.1f} MB/s", result.seconds, *rate, bytes / 1e6);
+}
+
+std::string lost_text(const FrameCount& count)
+{
+    const auto lost = count.lost();
+    if (!lost && count.delivered() == 0)
+        return "not known, because no frame arrived";
+    if (!lost && !count.stamps_checked())
+        return "not known, because frame counters are not read (--no-verify)";
+    if (!lost)
+        return "not known, because the frames carry no number that tells";
+    std::string text = fmt::format(
+        "{} (from the {})", *lost,
+        count.loss_source() == LossSource::frame_ids ? "frame ids" : "frame counter in the pixels");
+    if (count.late() > 0)
+        text += fmt::format(", {} came out of order", count.late());
+    if (count.repeated() > 0)
+        text += fmt::format(", {} came twice", count.repeated());
+    return text;
+}
+
+std::string checked_text(const FrameCount& count)
+{
+    if (!count.stamps_checked())
+        return "no (--no-verify)";
+    if (count.stamped() == 0)
+        return "no, the frames carry no checksum";
+    if (count.damaged() == 0)
+        return fmt::format("all {} checksums are right", count.stamped());
+    return fmt::format("{} of {} FRAMES ARE DAMAGED: their checksums are wrong or missing", count.damaged(),
+                       count.delivered());
+}
+
+std::string ending_text(const GrabResult& result)
+{
+    switch (result.outcome) {
+    case Outcome::interrupted:
+        return "\nInterrupted: stopped in good order.\n";
+    case Outcome::timed_out:
+        return fmt::format(
+            "\nNo frame arrived within {} ms. Is the camera triggered, or slower than that? A longer "
+            "wait is set with --timeout.\n",
+            result.options.timeout_ms);
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+GrabResult::GrabResult(const GrabOptions& grab_options)
+    : options(grab_options), count(grab_options.mode, grab_options.verify ? FrameCount::Stamps::checked
+                                                                          : FrameCount::Stamps::ignored)
+{
+}
+
+std::optional<double> GrabResult::rate(double span) const
+{
+    if (count.delivered() < 2 || span <= 0)
+        return std::nullopt;
+    return static_cast<double>(count.delivered() - 1) / span;
+}
+
+int GrabResult::exit_code() const
+{
+    if (count.damaged() > 0 || outcome == Outcome::timed_out)
+        return exit_failure;
+    return outcome == Outcome::interrupted ? exit_interrupted : exit_success;
+}
+
+Json to_json(const GrabResult& result)
+{
+    const FrameCount& count = result.count;
+    return {
+        {"outcome",                  outcome_name(result.outcome)                                       },
+        {"producer",                 result.producer                                                    },
+        {"interface",                result.interface_id                                                },
+        {"device",                   result.device_id                                                   },
+        {"vendor",                   result.vendor                                                      },
+        {"model",                    result.model                                                       },
+        {"serial_number",            result.serial_number                                               },
+        {"mode",                     mode_name(result.options.mode)                                     },
+        {"buffers",                  result.options.buffers                                             },
+        {"buffer_size",              result.buffer_size                                                 },
+        {"picture",                  picture_json(result.picture)                                       },
+        {"requested",                result.options.frames                                              },
+        {"delivered",                count.delivered()                                                  },
+        {"lost",                     or_null(count.lost())                                              },
+        {"lost_from",                source_json(count.loss_source())                                   },
+        {"out_of_order",             count.late()                                                       },
+        {"repeated",                 count.repeated()                                                   },
+        {"seconds",                  result.seconds                                                     },
+        {"frames_per_second",        or_null(result.rate(result.seconds))                               },
+        {"device_frames_per_second", or_null(result.rate(result.device_seconds))                        },
+        {"checksums",
+         {{"checked", count.stamps_checked()}, {"found", count.stamped()}, {"damaged", count.damaged()}}},
+        {"saved",                    saved_json(result)                                                 }
+    };
+}
+
+std::string to_text(const GrabResult& result)
+{
+    std::string text = fmt::format("Device     {}/{}  {} {}  {}\n", result.interface_id, result.device_id,
+                                   result.vendor, result.model, result.serial_number);
+    text += fmt::format("Stream     {}, {} buffers of {} bytes\n", mode_name(result.options.mode),
+                        result.options.buffers, result.buffer_size);
+    if (result.picture)
+        text += fmt::format("Picture    {} x {} {}\n", result.picture->width, result.picture->height,
+                            pixel_format_name(result.picture->pixel_format));
+    text += fmt::format("Delivered  {}\n", delivered_text(result));
+    text += fmt::format("Lost       {}\n", lost_text(result.count));
+    text += fmt::format("Verified   {}\n", checked_text(result.count));
+    if (!result.options.output.empty())
+        text += fmt::format("Saved      {} {} files in {}\n", result.saved,
+                            format_name(result.options.format), result.options.output);
+    return text + ending_text(result);
+}
+
+} // namespace zvgentl::tool
