@@ -1,0 +1,118 @@
+#include "support/FailingAllocations.h"
+#include "support/FakeGrabberLibrary.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <new>
+#include <thread>
+
+using namespace zvtest;
+
+namespace {
+
+struct alignas(64) Aligned {
+    char bytes[64];
+};
+
+// Kept from being optimised away: what is allocated escapes here.
+void* volatile last_allocation = nullptr;
+
+bool can_allocate(std::size_t size)
+{
+    void* const memory = ::operator new(size, std::nothrow);
+    last_allocation = memory;
+    ::operator delete(memory);
+    return memory != nullptr;
+}
+
+} // namespace
+
+TEST(FailingAllocations, FailTheNthAllocationOnly)
+{
+    bool first = false;
+    bool second = true;
+    bool third = false;
+    {
+        const auto faults = FailingAllocations::nth(2);
+        first = can_allocate(8);
+        EXPECT_FALSE(faults.struck());
+        second = can_allocate(8);
+        EXPECT_TRUE(faults.struck());
+        third = can_allocate(8);
+    }
+    EXPECT_TRUE(first);
+    EXPECT_FALSE(second);
+    EXPECT_TRUE(third);
+}
+
+TEST(FailingAllocations, FailLargeAllocations)
+{
+    bool small = false;
+    bool large = true;
+    {
+        const auto faults = FailingAllocations::of_at_least(1000);
+        small = can_allocate(999);
+        large = can_allocate(1000);
+    }
+    EXPECT_TRUE(small);
+    EXPECT_FALSE(large);
+    EXPECT_TRUE(can_allocate(1000));
+}
+
+TEST(FailingAllocations, ThrowFromTheOrdinaryForms)
+{
+    int thrown = 0;
+    {
+        const auto faults = FailingAllocations::of_at_least(0);
+        try {
+            last_allocation = new char;
+        } catch (const std::bad_alloc&) {
+            ++thrown;
+        }
+        try {
+            last_allocation = new Aligned;
+        } catch (const std::bad_alloc&) {
+            ++thrown;
+        }
+    }
+    EXPECT_EQ(2, thrown);
+}
+
+TEST(FailingAllocations, LeaveOtherThreadsAlone)
+{
+    bool elsewhere = false;
+    bool here = true;
+    std::thread thread;
+    {
+        const PausedAllocationFaults pause;
+        const auto faults = FailingAllocations::of_at_least(0);
+        thread = std::thread([&] { elsewhere = can_allocate(8); });
+        thread.join();
+        --allocation_state().paused;
+        here = can_allocate(8);
+        ++allocation_state().paused;
+    }
+    EXPECT_TRUE(elsewhere);
+    EXPECT_FALSE(here);
+}
+
+TEST(FailingAllocations, KeepAlignment)
+{
+    const auto aligned = std::make_unique<Aligned>();
+    EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(aligned.get()) % 64);
+}
+
+TEST(CountedAllocations, LeaveTheDoublesOut)
+{
+    FakeGrabberLibrary::instance().reset();
+    const CountedAllocations counted;
+    const uint32_t grabber = ZVGR_Open(0);
+    ZVGR_GetGrabberValueInt(grabber, "a name that does not fit into a short string of any library");
+    ZVGR_Close(grabber);
+    EXPECT_EQ(0, counted.count());
+    last_allocation = ::operator new(8);
+    EXPECT_EQ(1, counted.count());
+    ::operator delete(last_allocation);
+    FakeGrabberLibrary::instance().reset();
+}
