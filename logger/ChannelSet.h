@@ -1,0 +1,60 @@
+/// \file ChannelSet.h
+/// The channels that a logging configuration describes.
+#pragma once
+
+#include "logger/Configuration.h"
+#include "logger/RotatingFileChannel.h"
+
+#include <Poco/AutoPtr.h>
+#include <Poco/Channel.h>
+#include <Poco/Formatter.h>
+
+#include <map>
+#include <set>
+#include <string>
+
+namespace zvlog {
+
+using ChannelPtr = Poco::AutoPtr<Poco::Channel>;
+using FormatterPtr = Poco::AutoPtr<Poco::Formatter>;
+
+/// Makes the channels and formatters of a configuration. Everything is made here from classes known here:
+/// Poco's factory and registry belong to the application. Makes objects only, opens nothing. Whatever cannot
+/// be made is put into words and left out. One thread.
+class ChannelSet {
+public:
+    /// `log_folder` is where files without a folder of their own go; empty when there is no such place.
+    ChannelSet(const Configuration& configuration, std::string log_folder, Problems& problems);
+
+    /// The channel described by "logging.channels.`name`", the same one for the same name; null when there is
+    /// none.
+    ChannelPtr channel(const std::string& name);
+    /// The channel that "`key`.channel" names, or that the keys below it describe; null when there is none.
+    ChannelPtr channel_of(const std::string& key);
+
+private:
+    using Properties = std::map<std::string, std::string>;
+
+    ChannelPtr make_channel(const std::string& key);
+    ChannelPtr make_bare_channel(const std::string& key, const std::string& class_name);
+    ChannelPtr make_splitter(const std::string& key);
+    ChannelPtr make_file_channel(const std::string& key);
+    ChannelPtr make_simple_file_channel(const std::string& key);
+    ChannelPtr make_poco_file_channel(const std::string& key, const FilePolicy& policy);
+    FormatterPtr find_formatter(const std::string& key);
+    FormatterPtr make_formatter(const std::string& key);
+    bool choose_path(const std::string& key, FilePolicy& policy);
+    bool choose_path(const std::string& key, FilePolicy& policy, const std::string& wanted);
+    Properties properties(const std::string& key) const;
+    Properties channel_properties(const std::string& key) const;
+    void set_properties(Poco::Configurable& object, const std::string& key, const Properties& properties);
+    void report(const std::string& key, const std::string& problem);
+
+    const Configuration& m_configuration;
+    const std::string m_log_folder;
+    Problems& m_problems;
+    std::map<std::string, ChannelPtr> m_channels;
+    std::set<std::string> m_in_the_making;
+};
+
+} // namespace zvlog

@@ -1,0 +1,35 @@
+/// \file Configuration.h
+/// The values of a logging configuration.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zvlog {
+
+/// What is wrong with a configuration, in words; collected while it is read.
+using Problems = std::vector<std::string>;
+
+/// The values of a properties file, in the syntax of Poco's: "${key}" stands for the value of another key and
+/// "${system.env.NAME}" for an environment variable.
+class Configuration {
+public:
+    Configuration() = default;
+    Configuration(std::string_view text, Problems& problems);
+
+    /// The value of a key, with its references replaced.
+    std::optional<std::string> value(const std::string& key) const;
+    /// The names that follow "`key`." in the keys, up to the next dot, each once.
+    std::vector<std::string> children(const std::string& key) const;
+
+private:
+    std::string expanded(const std::string& text, int depth) const;
+    std::optional<std::string> referenced(const std::string& key, int depth) const;
+
+    std::map<std::string, std::string> m_values;
+};
+
+} // namespace zvlog

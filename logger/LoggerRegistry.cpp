@@ -1,0 +1,192 @@
+#include "logger/LoggerRegistry.h"
+
+#include "logger/GuardedChannel.h"
+#include "logger/RotatingFileChannel.h"
+#include "logger/platform/files.h"
+#include "logger/platform/paths.h"
+
+#include <Poco/FormattingChannel.h>
+#include <Poco/Message.h>
+#include <Poco/NullChannel.h>
+#include <Poco/PatternFormatter.h>
+#include <Poco/String.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace zvlog {
+
+namespace {
+
+constexpr const char* config_variable = "ZV_LOGGER_CONFIG";
+constexpr const char* config_name = "/logger.properties";
+constexpr const char* default_log_name = "/zvgentl.log";
+constexpr const char* default_pattern = "%Y-%m-%dT%H:%M:%S.%iZ %P %p %t";
+constexpr std::uint64_t default_log_limit = 2 * 1024 * 1024;
+constexpr unsigned default_log_archives = 4;
+constexpr int default_level = Poco::Message::PRIO_WARNING;
+constexpr std::size_t longest_notice = 2000;
+
+// Poco's numbering: the position is the level.
+constexpr std::array<const char*, 9> level_names{"none",   "fatal",       "critical", "error", "warning",
+                                                 "notice", "information", "debug",    "trace"};
+
+// -1: not a level.
+int parse_level(const std::string& text)
+{
+    for (std::size_t level = 0; level < level_names.size(); ++level) {
+        if (text == std::to_string(level) || Poco::icompare(text, std::string(level_names[level])) == 0)
+            return static_cast<int>(level);
+    }
+    return -1;
+}
+
+// Poco keeps the constructor of its loggers for derived classes.
+class OwnedLogger final : public ZVPocoLogger {
+public:
+    OwnedLogger(const std::string& name, ChannelPtr channel, int level)
+        : ZVPocoLogger(name, channel.get(), level)
+    {
+    }
+
+protected:
+    ~OwnedLogger() override = default;
+};
+
+ChannelPtr make_default_channel(const std::string& folder)
+{
+    if (folder.empty())
+        return ChannelPtr(new Poco::NullChannel);
+    FilePolicy policy;
+    policy.path = folder + default_log_name;
+    policy.archive = numbered_archives(policy.path);
+    policy.limit = default_log_limit;
+    policy.archives = default_log_archives;
+    policy.make_folder = true;
+    ChannelPtr file(new RotatingFileChannel(std::move(policy)));
+    FormatterPtr formatter(new Poco::PatternFormatter(default_pattern));
+    return ChannelPtr(new Poco::FormattingChannel(formatter, file));
+}
+
+std::string joined(const Problems& problems)
+{
+    std::string text;
+    for (const std::string& problem : problems)
+        text += (text.empty() ? "" : "; ") + problem;
+    std::replace_if(
+        text.begin(), text.end(), [](char letter) { return static_cast<unsigned char>(letter) < ' '; }, ' ');
+    if (text.size() > longest_notice)
+        text = text.substr(0, longest_notice) + "...";
+    return text;
+}
+
+} // namespace
+
+LoggerPlaces logger_places()
+{
+    LoggerPlaces places;
+    places.chosen = platform::environment(config_variable);
+    const std::string user = platform::user_config_folder();
+    places.user = user.empty() ? "" : user + config_name;
+    places.system = platform::system_config_folder() + config_name;
+    places.log_folder = platform::user_state_folder();
+    return places;
+}
+
+LoggerRegistry::LoggerRegistry(const LoggerPlaces& places)
+    : m_default_channel(make_default_channel(places.log_folder)), m_notices(m_default_channel)
+{
+    Problems problems;
+    const Configuration configuration = read_configuration(places, problems);
+    ChannelSet channels(configuration, places.log_folder, problems);
+    read_rules(configuration, channels, problems);
+    if (!problems.empty())
+        m_notices.post("the logging configuration is not fully usable: " + joined(problems));
+}
+
+LoggerRegistry::~LoggerRegistry()
+{
+    m_notices.deliver(); // unless a line has taken them along
+}
+
+Configuration LoggerRegistry::read_configuration(const LoggerPlaces& places, Problems& problems)
+{
+    for (const std::string& path : {places.chosen, places.user, places.system}) {
+        if (path.empty())
+            continue;
+        if (!platform::is_absolute(path)) {
+            problems.push_back(std::string(config_variable) + " is not an absolute path: " + path);
+            continue;
+        }
+        const platform::FileContent file = platform::read_file(path);
+        if (file.state == platform::FileState::present)
+            return Configuration(file.text, problems);
+        if (file.state == platform::FileState::unreadable)
+            problems.push_back(path + " cannot be read: " + file.reason);
+        else if (path == places.chosen)
+            problems.push_back(std::string(config_variable) + " names a file that does not exist: " + path);
+    }
+    return {};
+}
+
+void LoggerRegistry::read_rules(const Configuration& configuration, ChannelSet& channels, Problems& problems)
+{
+    for (const std::string& section : configuration.children("logging.loggers")) {
+        const std::string key = "logging.loggers." + section;
+        Rule& rule = m_rules[configuration.value(key + ".name").value_or("")]; // without a name: the root
+        if (ChannelPtr channel = channels.channel_of(key))
+            rule.channel = channel;
+        if (const auto level = configuration.value(key + ".level")) {
+            rule.level = parse_level(*level);
+            if (rule.level < 0)
+                problems.push_back(key + " has the unknown level '" + *level + "'");
+        }
+    }
+}
+
+LoggerRegistry::Rule LoggerRegistry::rule_for(const std::string& name) const
+{
+    // As with Poco, "A.B" takes from "A", and that from the root, what is not said about it. A source file's
+    // extension comes off the same way.
+    Rule result;
+    std::string current = name;
+    for (;;) {
+        const auto found = m_rules.find(current);
+        if (found != m_rules.end()) {
+            if (!result.channel)
+                result.channel = found->second.channel;
+            if (result.level < 0)
+                result.level = found->second.level;
+        }
+        if (current.empty())
+            break;
+        const std::size_t dot = current.find_last_of('.');
+        current.resize(dot == std::string::npos ? 0 : dot);
+    }
+    if (!result.channel)
+        result.channel = m_default_channel;
+    if (result.level < 0)
+        result.level = default_level;
+    return result;
+}
+
+ZVPocoLogger* LoggerRegistry::logger(const std::string& name, std::uint32_t priority)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_loggers.find(name);
+    if (found != m_loggers.end())
+        return found->second.get();
+
+    const Rule rule = rule_for(name);
+    const int level = priority == configured_level
+                          ? rule.level
+                          : static_cast<int>(std::min<std::uint32_t>(priority, Poco::Message::PRIO_TRACE));
+    ChannelPtr channel(new GuardedChannel(name, rule.channel, m_notices));
+    Poco::AutoPtr<ZVPocoLogger> made(new OwnedLogger(name, channel, level));
+    ZVPocoLogger* const logger = made.get();
+    m_loggers.emplace(name, std::move(made));
+    return logger;
+}
+
+} // namespace zvlog

@@ -1,0 +1,62 @@
+/// \file LoggerRegistry.h
+/// All loggers that the library has handed out.
+#pragma once
+
+#include "logger/ChannelSet.h"
+#include "logger/Configuration.h"
+#include "logger/Notices.h"
+
+#include "zvlog/ZVLogger.h"
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace zvlog {
+
+/// Where the configuration is looked for and where logs go. A text is empty when there is no such place.
+struct LoggerPlaces {
+    std::string chosen; ///< named by the environment
+    std::string user;
+    std::string system;
+    std::string log_folder;
+};
+
+/// The places as the environment gives them now.
+LoggerPlaces logger_places();
+
+/// The configured level means this to InitLogger.
+constexpr std::uint32_t configured_level = 0xFFFFFFFF;
+
+/// Reads the configuration once and makes the loggers asked for. Owns them until it goes. Opens nothing for
+/// writing before the first line. Any thread.
+class LoggerRegistry {
+public:
+    explicit LoggerRegistry(const LoggerPlaces& places);
+    ~LoggerRegistry();
+    LoggerRegistry(const LoggerRegistry&) = delete;
+    LoggerRegistry& operator=(const LoggerRegistry&) = delete;
+
+    /// The logger of a name: always the same one, with the level and channel of the first call.
+    ZVPocoLogger* logger(const std::string& name, std::uint32_t priority);
+
+private:
+    /// What the configuration says about a logger. A null channel and a negative level say nothing.
+    struct Rule {
+        ChannelPtr channel;
+        int level = -1;
+    };
+
+    static Configuration read_configuration(const LoggerPlaces& places, Problems& problems);
+    void read_rules(const Configuration& configuration, ChannelSet& channels, Problems& problems);
+    Rule rule_for(const std::string& name) const;
+
+    ChannelPtr m_default_channel;
+    Notices m_notices;
+    std::map<std::string, Rule> m_rules;
+    std::mutex m_mutex;
+    std::map<std::string, Poco::AutoPtr<ZVPocoLogger>> m_loggers;
+};
+
+} // namespace zvlog

@@ -1,0 +1,47 @@
+/// \file RotatingFileChannel.h
+/// The channel behind the default log file and behind every configured file that rotates by its size.
+#pragma once
+
+#include "logger/platform/append_file.h"
+
+#include <Poco/Channel.h>
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+
+namespace zvlog {
+
+/// How a file grows and what becomes of it then.
+struct FilePolicy {
+    std::string path;
+    std::function<std::string(unsigned)> archive; ///< the path of the n-th archive, the newest is 0
+    std::uint64_t limit = 0;    ///< bytes from which on it is archived; 0: it grows for ever
+    unsigned archives = 0;      ///< how many are kept; 0: all
+    bool archive_first = false; ///< start with a new file
+    bool make_folder = false;   ///< make the folder when it is missing
+};
+
+/// The path with ".0", ".1" and so on behind it.
+std::function<std::string(unsigned)> numbered_archives(const std::string& path);
+
+/// Writes the text of each message as one line. Poco's own file channel does not survive another process that
+/// rotates the same file at the same moment, which is the usual case for a log that all applications share.
+/// Opens the file at the first line. Throws Poco exceptions from `log` when it cannot write. Any thread.
+class RotatingFileChannel final : public Poco::Channel {
+public:
+    explicit RotatingFileChannel(FilePolicy policy);
+    void log(const Poco::Message& message) override;
+
+private:
+    void prepare();
+    void archive();
+
+    const FilePolicy m_policy;
+    std::mutex m_mutex;
+    platform::AppendFile m_file;
+    bool m_started = false;
+};
+
+} // namespace zvlog

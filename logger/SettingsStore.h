@@ -1,0 +1,71 @@
+/// \file SettingsStore.h
+/// The numbers that people edit in a file.
+#pragma once
+
+#include "logger/SettingsText.h"
+#include "logger/platform/files.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zvlog {
+
+/// Where settings are looked for: the first file that exists counts. New keys go into the chosen file, else
+/// the user's. A text is empty when there is no such place.
+struct SettingsPlaces {
+    std::string chosen; ///< named by the environment
+    std::string user;
+    std::string system;
+};
+
+/// The places as the environment gives them now.
+SettingsPlaces settings_places();
+
+/// Reads the file at every call, so that an edit counts from the next call on, whatever time stamp it leaves.
+/// Files change only as a whole, and one process at a time adds to them; a new file starts as a copy of the
+/// one that counted until then, so that no value changes by its appearance. When nothing can be written, keys
+/// live in memory. Each trouble is reported once. Any thread.
+class SettingsStore {
+public:
+    using Places = std::function<SettingsPlaces()>;
+    using Warn = std::function<void(const std::string&)>; ///< called without any lock held
+
+    SettingsStore(Places places, Warn warn);
+
+    /// The stored value; adds the key with the default when it is missing.
+    std::uint32_t value_or_add(const std::string& key, std::uint32_t default_value,
+                               const std::string& description);
+    /// The stored value; nothing when the key is missing or its value is not a number.
+    std::optional<std::uint32_t> value(const std::string& key);
+
+private:
+    struct ActiveFile {
+        std::string path;
+        platform::FileContent content;
+    };
+    using Warnings = std::vector<std::string>;
+
+    SettingsPlaces checked_places(Warnings& warnings) const;
+    static ActiveFile read_active_file(const SettingsPlaces& places, Warnings& warnings);
+    static std::optional<std::uint32_t> number_of(const SettingEntry& entry, const std::string& key,
+                                                  const ActiveFile& file, Warnings& warnings);
+    std::optional<std::uint32_t> remembered(const SettingsPlaces& places, const std::string& key) const;
+    SettingEntry add(const SettingsPlaces& places, const std::string& key, std::uint32_t default_value,
+                     const std::string& description, ActiveFile& file, Warnings& warnings);
+    void report(const Warnings& warnings);
+
+    const Places m_places;
+    const Warn m_warn;
+    std::mutex m_mutex;
+    std::map<std::pair<std::string, std::string>, std::uint32_t> m_memory; ///< by file and key
+    std::set<std::string> m_reported;
+};
+
+} // namespace zvlog

@@ -1,0 +1,38 @@
+/// \file files.h
+/// Whole files: reading one, and replacing one so that nobody ever sees half of it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zvlog::platform {
+
+enum class FileState { present, missing, unreadable };
+
+/// A file as it was when it was read.
+struct FileContent {
+    FileState state = FileState::missing;
+    std::string text;
+    std::string reason;       ///< why it is unreadable
+    std::uint64_t device = 0; ///< together with `node`: which file it was, whatever its name is now
+    std::uint64_t node = 0;
+};
+
+/// Reads a regular file. Anything else under that name, or a file beyond all reason in size, is unreadable.
+FileContent read_file(const std::string& path);
+
+enum class Replacement {
+    done,
+    outdated, ///< somebody changed the file after `seen` was read; nothing of theirs was lost
+    failed
+};
+
+/// Puts `text` in place of the file that was read as `seen` (or makes it, when that is missing), all or
+/// nothing. Permissions and owner stay. Not fit for a symbolic link: see `resolve_links`.
+Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
+                         std::string& reason);
+
+/// The file that a chain of symbolic links ends at, whether it exists or not.
+std::string resolve_links(const std::string& path);
+
+} // namespace zvlog::platform
