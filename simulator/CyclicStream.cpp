@@ -1,0 +1,58 @@
+#include "CyclicStream.h"
+
+#include "Library.h"
+
+#include <new>
+
+namespace zvsim {
+
+namespace {
+
+size_t frame_space_for(uint64_t payload)
+{
+    return static_cast<size_t>((payload + RingMemory::page_size - 1) / RingMemory::page_size *
+                               RingMemory::page_size);
+}
+
+size_t ring_size(size_t frame_space, uint32_t frames)
+{
+    if (frames > SIZE_MAX / frame_space)
+        throw std::bad_alloc{};
+    return frames * frame_space;
+}
+
+} // namespace
+
+CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, const CameraModel& model,
+                           uint32_t frames)
+    : Stream{library, handle, camera, model},
+      m_frame_space{frame_space_for(payload())}, m_ring{ring_size(m_frame_space, frames)},
+      m_timestamps(frames)
+{
+}
+
+bool CyclicStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& frame)
+{
+    const uint32_t next = m_last + 1 < m_timestamps.size() ? m_last + 1 : 0; // the first one after none
+    lock.unlock();
+    acquisition.source->draw(frame.id, static_cast<unsigned char*>(memory(next)),
+                             static_cast<size_t>(payload()));
+    lock.lock();
+    if (!is_current(acquisition))
+        return false;
+    m_timestamps[next] = frame.timestamp;
+    m_last = next;
+    const Camera* const owner = library().find_camera(camera());
+    if (owner == nullptr || owner->callback == nullptr)
+        return true;
+    const auto callback = owner->callback;
+    void* const context = owner->context;
+    lock.unlock();
+    callback(context, handle());
+    if (acquisition.pacer.is_free_running())
+        std::this_thread::yield(); // whoever takes the frames away needs the processor too
+    lock.lock();
+    return true;
+}
+
+} // namespace zvsim

@@ -1,0 +1,37 @@
+/// \file CyclicStream.h
+/// Cyclic mode: frames are drawn into a ring that the library allocates.
+#pragma once
+
+#include "RingMemory.h"
+#include "Stream.h"
+
+#include <vector>
+
+namespace zvsim {
+
+/// A stream with a ring of its own. Each frame is drawn into the next ring frame and reported; while the
+/// report runs nothing is drawn, so every ring frame stays intact.
+class CyclicStream final : public Stream {
+public:
+    /// Throws std::bad_alloc.
+    CyclicStream(Library& library, uint32_t handle, uint32_t camera, const CameraModel& model,
+                 uint32_t frames);
+
+    /// The ring frame last filled, or 0xFFFFFFFF.
+    uint32_t last_frame() const { return m_last; }
+    bool has_frame(uint32_t frame) const { return frame < m_timestamps.size(); }
+    void* memory(uint32_t frame) const { return m_ring.data() + frame * m_frame_space; }
+    uint64_t timestamp(uint32_t frame) const { return m_timestamps[frame]; }
+
+private:
+    bool has_room() const override { return true; }
+    bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame) override;
+    void report_end(Lock& /*lock*/) override {} // nobody waits for buffers
+
+    size_t m_frame_space; ///< From the beginning of one ring frame to that of the next.
+    RingMemory m_ring;
+    std::vector<uint64_t> m_timestamps; ///< One per ring frame.
+    uint32_t m_last = UINT32_MAX;
+};
+
+} // namespace zvsim

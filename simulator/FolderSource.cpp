@@ -1,0 +1,16 @@
+#include "FolderSource.h"
+
+#include "PictureFolder.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zvsim {
+
+void FolderSource::draw(uint64_t frame, unsigned char* target, size_t size)
+{
+    const auto& pixels = m_folder.picture(frame).pixels;
+    std::memcpy(target, pixels.data(), std::min(size, pixels.size()));
+}
+
+} // namespace zvsim

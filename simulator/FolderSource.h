@@ -1,0 +1,22 @@
+/// \file FolderSource.h
+/// Plays the pictures of a folder.
+#pragma once
+
+#include "PictureSource.h"
+
+namespace zvsim {
+
+class PictureFolder;
+
+/// The folder's pictures in a loop, bit for bit.
+class FolderSource final : public PictureSource {
+public:
+    explicit FolderSource(const PictureFolder& folder) : m_folder{folder} {}
+
+    void draw(uint64_t frame, unsigned char* target, size_t size) override;
+
+private:
+    const PictureFolder& m_folder;
+};
+
+} // namespace zvsim

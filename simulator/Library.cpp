@@ -1,0 +1,263 @@
+#include "Library.h"
+
+#include "Status.h"
+
+#include "CyclicStream.h"
+#include "Log.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace zvsim {
+
+namespace {
+
+constexpr std::chrono::seconds longest_wait_at_exit{5};
+
+/// Ends what still runs when the library is unloaded, or the process ends, without a start having registered
+/// it.
+struct AtUnload {
+    AtUnload() = default;
+    AtUnload(const AtUnload&) = delete;
+    AtUnload& operator=(const AtUnload&) = delete;
+    ~AtUnload() { Library::instance().shut_down(); }
+};
+
+const AtUnload at_unload;
+
+} // namespace
+
+Library& Library::instance()
+{
+    alignas(Library) static unsigned char storage[sizeof(Library)];
+    static auto* const library = new (storage) Library;
+    return *library;
+}
+
+uint32_t Library::new_handle() { return m_last_handle < ZV_NO_HANDLE - 1 ? ++m_last_handle : ZV_NO_HANDLE; }
+
+void Library::scan()
+{
+    const Environment environment = Environment::read();
+    Lock guard = lock();
+    release_left_streams(guard);
+    const auto is_settled = [&] {
+        return m_is_shut_down || !m_grabbers.empty() || !m_streams.empty() ||
+               (m_configuration != nullptr && m_configuration->environment == environment);
+    };
+    if (is_settled())
+        return;
+    guard.unlock();
+    auto configuration = Configuration::make(environment); // reads pictures: not under the lock
+    for (const std::string& warning : configuration->warnings)
+        log_warning(warning);
+    guard.lock();
+    if (!is_settled())
+        m_configuration.swap(configuration);
+}
+
+uint32_t Library::grabber_count() const
+{
+    return m_configuration != nullptr ? static_cast<uint32_t>(m_configuration->grabbers.size()) : 0;
+}
+
+const GrabberModel* Library::grabber_model(uint32_t index) const
+{
+    return index < grabber_count() ? &m_configuration->grabbers[index] : nullptr;
+}
+
+const char* Library::keep_text(const std::string& text) { return m_texts.insert(text).first->c_str(); }
+
+uint32_t Library::open_grabber(uint32_t index)
+{
+    const GrabberModel* const model = grabber_model(index);
+    const auto is_taken = [index](const auto& grabber) { return grabber.second.index == index; };
+    if (model == nullptr || std::any_of(m_grabbers.begin(), m_grabbers.end(), is_taken))
+        return ZV_NO_HANDLE;
+    const uint32_t handle = new_handle();
+    std::map<uint32_t, Camera> cameras;
+    Grabber grabber{index, model, {}};
+    for (const CameraModel& camera : model->cameras) {
+        grabber.cameras.push_back(new_handle());
+        cameras.emplace(grabber.cameras.back(), Camera{handle, &camera});
+    }
+    if (m_last_handle == ZV_NO_HANDLE - 1)
+        return ZV_NO_HANDLE;
+    m_grabbers.emplace(handle, std::move(grabber));
+    m_cameras.merge(cameras);
+    return handle;
+}
+
+uint32_t Library::close_grabber(Lock& lock, uint32_t handle)
+{
+    const auto grabber = m_grabbers.find(handle);
+    if (grabber == m_grabbers.end())
+        return status_bad_handle;
+    std::set<uint32_t> streams;
+    for (const auto& [stream, object] : m_streams) {
+        const auto camera = m_cameras.find(object->camera());
+        if (camera != m_cameras.end() && camera->second.grabber == handle)
+            streams.insert(stream);
+    }
+    for (const uint32_t stream : streams)
+        m_streams.at(stream)->kill();
+    for (const uint32_t camera : grabber->second.cameras)
+        m_cameras.erase(camera);
+    m_grabbers.erase(grabber);
+    retire_streams(lock, streams);
+    return status_ok;
+}
+
+Grabber* Library::find_grabber(uint32_t handle)
+{
+    const auto found = m_grabbers.find(handle);
+    return found != m_grabbers.end() ? &found->second : nullptr;
+}
+
+Camera* Library::find_camera(uint32_t handle)
+{
+    const auto found = m_cameras.find(handle);
+    return found != m_cameras.end() ? &found->second : nullptr;
+}
+
+uint32_t Library::close_camera(Lock& lock, uint32_t handle)
+{
+    Camera* const camera = find_camera(handle);
+    if (camera == nullptr)
+        return status_bad_handle;
+    if (!std::exchange(camera->is_open, false))
+        return status_not_ready;
+    stop_streams_of(lock, handle);
+    return status_ok;
+}
+
+uint32_t Library::add_stream(uint32_t camera, const MakeStream& make)
+{
+    const Camera* const owner = find_camera(camera);
+    if (owner == nullptr || !owner->is_open)
+        return ZV_NO_HANDLE;
+    const uint32_t handle = new_handle();
+    if (handle != ZV_NO_HANDLE)
+        m_streams.emplace(handle, make(handle, *owner->model));
+    return handle;
+}
+
+uint32_t Library::delete_stream(Lock& lock, uint32_t handle)
+{
+    Stream* const stream = find_stream<Stream>(handle);
+    if (stream == nullptr)
+        return status_bad_handle;
+    Camera* const camera = find_camera(stream->camera());
+    if (camera != nullptr && dynamic_cast<CyclicStream*>(stream) != nullptr)
+        camera->callback = nullptr; // its context belongs to the stream's user
+    stream->kill();
+    retire_streams(lock, {handle});
+    return status_ok;
+}
+
+Stream* Library::find_any_stream(uint32_t handle)
+{
+    const auto found = m_streams.find(handle);
+    return found != m_streams.end() ? found->second.get() : nullptr;
+}
+
+Stream* Library::acquiring_stream(uint32_t camera)
+{
+    for (const auto& entry : m_streams) {
+        if (entry.second->camera() == camera && entry.second->is_acquiring())
+            return entry.second.get();
+    }
+    return nullptr;
+}
+
+uint32_t Library::start(uint32_t camera, uint32_t stream, uint32_t frames)
+{
+    const Camera* const owner = find_camera(camera);
+    Stream* const started = find_stream<Stream>(stream);
+    if (owner == nullptr || started == nullptr || started->camera() != camera)
+        return status_bad_handle;
+    if (!owner->is_open)
+        return status_not_ready;
+    if (acquiring_stream(camera) != nullptr)
+        return status_in_use;
+    // Registered this late, it runs before the destructors of everything that exists by now: no callback
+    // finds its receiver half gone.
+    if (!m_stops_at_exit)
+        m_stops_at_exit = std::atexit([] { instance().shut_down(); }) == 0;
+    started->start(frames);
+    return status_ok;
+}
+
+uint32_t Library::stop(Lock& lock, uint32_t camera)
+{
+    if (find_camera(camera) == nullptr)
+        return status_bad_handle;
+    stop_streams_of(lock, camera);
+    return status_ok;
+}
+
+void Library::stop_streams_of(Lock& lock, uint32_t camera)
+{
+    std::map<uint32_t, uint64_t> ending;
+    for (const auto& [handle, stream] : m_streams) {
+        if (stream->camera() != camera)
+            continue;
+        stream->stop();
+        if (!stream->is_own_thread()) // a callback that stops its own stream cannot wait for itself
+            ending.emplace(handle, stream->latest_acquisition());
+    }
+    m_changed.wait(lock, [&] {
+        return std::all_of(ending.begin(), ending.end(), [&](const auto& acquisition) {
+            const Stream* const stream = find_any_stream(acquisition.first);
+            return stream == nullptr || stream->has_ended(acquisition.second);
+        });
+    });
+}
+
+void Library::retire_streams(Lock& lock, const std::set<uint32_t>& streams)
+{
+    m_changed.wait(lock, [&] {
+        return std::all_of(streams.begin(), streams.end(), [&](uint32_t handle) {
+            const Stream* const stream = find_any_stream(handle);
+            return stream == nullptr || stream->has_left() || stream->is_own_thread();
+        });
+    });
+    release_left_streams(lock);
+}
+
+void Library::release_left_streams(Lock& lock)
+{
+    std::map<uint32_t, std::unique_ptr<Stream>> left;
+    for (auto entry = m_streams.begin(); entry != m_streams.end();) {
+        const auto candidate = entry++;
+        if (candidate->second->is_dead() && candidate->second->has_left())
+            left.insert(m_streams.extract(candidate));
+    }
+    lock.unlock();
+    left.clear();
+    lock.lock();
+}
+
+void Library::shut_down()
+{
+    Lock guard = lock();
+    m_is_shut_down = true;
+    m_grabbers.clear();
+    m_cameras.clear();
+    for (const auto& entry : m_streams)
+        entry.second->kill();
+    m_changed.wait_for(guard, longest_wait_at_exit, [this] {
+        return std::all_of(m_streams.begin(), m_streams.end(), [](const auto& entry) {
+            return entry.second->has_left() || entry.second->is_own_thread();
+        });
+    });
+    release_left_streams(guard);
+    if (!m_streams.empty())
+        return;
+    m_configuration.reset();
+    m_texts.clear();
+}
+
+} // namespace zvsim

@@ -1,0 +1,108 @@
+/// \file Library.h
+/// Everything behind the handles.
+#pragma once
+
+#include "Configuration.h"
+#include "Stream.h"
+
+#include "zvgr/ZVGRLib.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zvsim {
+
+/// An open grabber.
+struct Grabber {
+    uint32_t index;
+    const GrabberModel* model;
+    std::vector<uint32_t> cameras;
+};
+
+/// A camera of an open grabber.
+struct Camera {
+    uint32_t grabber;
+    const CameraModel* model;
+    bool is_open = false;
+    ZvCameraCallback callback = nullptr;
+    void* context = nullptr;
+};
+
+/// The process-wide state: configuration, open grabbers, cameras and streams. One lock guards all of it; it
+/// is never held while frames are drawn or a callback runs. What a function answers with a pointer stays
+/// valid until the lock is given up; functions that take the lock give it up while they wait.
+class Library {
+public:
+    /// Never destroyed, so that a call that comes while the process ends finds an empty library.
+    static Library& instance();
+
+    Lock lock() { return Lock{m_mutex}; }
+    /// Signalled when an acquisition has ended, a thread has left, or a buffer has been drawn.
+    std::condition_variable& changed() { return m_changed; }
+
+    /// Reads the configuration if it is missing, or if the environment has changed and nothing is open.
+    void scan();
+    uint32_t grabber_count() const;
+    /// Null for an index beyond the last scan.
+    const GrabberModel* grabber_model(uint32_t index) const;
+    /// The same text for as long as the library is loaded.
+    const char* keep_text(const std::string& text);
+
+    /// A grabber handle, or ZV_NO_HANDLE.
+    uint32_t open_grabber(uint32_t index);
+    uint32_t close_grabber(Lock& lock, uint32_t handle);
+    Grabber* find_grabber(uint32_t handle);
+    Camera* find_camera(uint32_t handle);
+    uint32_t close_camera(Lock& lock, uint32_t handle);
+
+    using MakeStream = std::function<std::unique_ptr<Stream>(uint32_t handle, const CameraModel& model)>;
+    /// A stream handle, or ZV_NO_HANDLE.
+    uint32_t add_stream(uint32_t camera, const MakeStream& make);
+    uint32_t delete_stream(Lock& lock, uint32_t handle);
+    /// A stream that lives and is of this kind.
+    template <class Kind>
+    Kind* find_stream(uint32_t handle)
+    {
+        const auto found = m_streams.find(handle);
+        return found != m_streams.end() && !found->second->is_dead()
+                   ? dynamic_cast<Kind*>(found->second.get())
+                   : nullptr;
+    }
+    /// Any stream that is still there, dead ones too.
+    Stream* find_any_stream(uint32_t handle);
+    /// The stream on which this camera acquires, or null.
+    Stream* acquiring_stream(uint32_t camera);
+    uint32_t start(uint32_t camera, uint32_t stream, uint32_t frames);
+    uint32_t stop(Lock& lock, uint32_t camera);
+
+    /// Ends everything, for good. A callback that does not return within five seconds is left behind: a
+    /// process that ends does not wait for ever.
+    void shut_down();
+
+private:
+    uint32_t new_handle();
+    void stop_streams_of(Lock& lock, uint32_t camera);
+    void retire_streams(Lock& lock, const std::set<uint32_t>& streams);
+    void release_left_streams(Lock& lock);
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_is_shut_down = false;
+    bool m_stops_at_exit = false;
+    uint32_t m_last_handle = 0x1000;
+    std::unique_ptr<const Configuration> m_configuration;
+    std::set<std::string> m_texts;
+    std::map<uint32_t, Grabber> m_grabbers;
+    std::map<uint32_t, Camera> m_cameras;
+    std::map<uint32_t, std::unique_ptr<Stream>>
+        m_streams; ///< With the dead ones whose thread has not left yet.
+};
+
+} // namespace zvsim

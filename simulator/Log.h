@@ -1,0 +1,12 @@
+/// \file Log.h
+/// What the library tells the people who run it.
+#pragma once
+
+#include <string>
+
+namespace zvsim {
+
+void log_warning(const std::string& text);
+void log_failed_call(const char* function, const char* problem) noexcept;
+
+} // namespace zvsim

@@ -1,0 +1,69 @@
+#include "PictureFolder.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace zvsim {
+
+namespace {
+
+constexpr size_t memory_limit = size_t{1} << 30U;
+
+std::vector<std::filesystem::path> png_files(const std::filesystem::path& folder, std::error_code& error)
+{
+    std::vector<std::filesystem::path> files;
+    std::filesystem::directory_iterator entry{folder, error};
+    for (; !error && entry != std::filesystem::directory_iterator{}; entry.increment(error)) {
+        const auto extension = entry->path().extension();
+        std::error_code ignored; // a file that cannot be examined is no regular file
+        if ((extension == ".png" || extension == ".PNG") && entry->is_regular_file(ignored))
+            files.push_back(entry->path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+} // namespace
+
+std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::path& folder,
+                                                         std::vector<std::string>& warnings)
+{
+    std::error_code error;
+    const auto files = png_files(folder, error);
+    if (error) {
+        warnings.push_back("picture folder " + folder.string() + " cannot be read: " + error.message());
+        return nullptr;
+    }
+    auto pictures = std::make_unique<PictureFolder>();
+    for (const auto& file : files) {
+        std::string problem;
+        auto picture = read_png(file, problem);
+        if (picture && pictures->accepts(*picture, problem)) {
+            pictures->m_size += picture->pixels.size();
+            pictures->m_pictures.push_back(std::move(*picture));
+        } else {
+            warnings.push_back("picture " + file.string() + " is left out: " + problem);
+        }
+    }
+    if (pictures->m_pictures.empty()) {
+        warnings.push_back("picture folder " + folder.string() + " holds no usable PNG picture");
+        return nullptr;
+    }
+    return pictures;
+}
+
+bool PictureFolder::accepts(const Picture& picture, std::string& problem) const
+{
+    if (!m_pictures.empty() &&
+        (picture.width != width() || picture.height != height() || picture.format.name != format().name)) {
+        problem = "size or pixel format differ from the first picture";
+        return false;
+    }
+    if (picture.pixels.size() > memory_limit - m_size) {
+        problem = "the folder's pictures take more than 1 GiB";
+        return false;
+    }
+    return true;
+}
+
+} // namespace zvsim

@@ -1,0 +1,34 @@
+/// \file PictureFolder.h
+/// The pictures of a folder, in memory.
+#pragma once
+
+#include "PngFile.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zvsim {
+
+/// All PNG files of a folder in name order, decoded. The first one sets size and pixel format; files that
+/// differ from it, or cannot be read, are left out with a warning each. Immutable.
+class PictureFolder {
+public:
+    /// Null, with a warning in `warnings`, when the folder offers no picture.
+    static std::unique_ptr<const PictureFolder> read(const std::filesystem::path& folder,
+                                                     std::vector<std::string>& warnings);
+
+    uint32_t width() const { return m_pictures.front().width; }
+    uint32_t height() const { return m_pictures.front().height; }
+    const PixelFormat& format() const { return m_pictures.front().format; }
+    const Picture& picture(uint64_t number) const { return m_pictures[number % m_pictures.size()]; }
+
+private:
+    bool accepts(const Picture& picture, std::string& problem) const;
+
+    std::vector<Picture> m_pictures;
+    size_t m_size = 0;
+};
+
+} // namespace zvsim

@@ -1,0 +1,16 @@
+#include "PictureSource.h"
+
+#include "FolderSource.h"
+#include "Model.h"
+#include "PatternSource.h"
+
+namespace zvsim {
+
+std::unique_ptr<PictureSource> make_picture_source(const CameraModel& camera)
+{
+    if (camera.pictures != nullptr)
+        return std::make_unique<FolderSource>(*camera.pictures);
+    return std::make_unique<PatternSource>(camera);
+}
+
+} // namespace zvsim

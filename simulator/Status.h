@@ -1,0 +1,19 @@
+/// \file Status.h
+/// The status values that the exported functions answer.
+#pragma once
+
+#include "zvgr/ZVGRLib.h"
+
+#include <cstdint>
+
+namespace zvsim {
+
+constexpr uint32_t status_ok = zv_success;
+constexpr uint32_t status_bad_handle = 0x3001;
+constexpr uint32_t status_bad_argument = 0x3002;
+constexpr uint32_t status_in_use = 0x3003;    ///< Already running.
+constexpr uint32_t status_not_ready = 0x3004; ///< Needs an open camera.
+constexpr uint32_t status_unsupported = 0x3005;
+constexpr uint32_t status_failed = 0x3006; ///< Out of memory or of threads.
+
+} // namespace zvsim

@@ -1,0 +1,101 @@
+/// \file Stream.h
+/// A data stream: the thread that produces frames, and the state that starts and ends it.
+#pragma once
+
+#include "Pacer.h"
+#include "PictureSource.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace zvsim {
+
+struct CameraModel;
+class Library;
+
+using Lock = std::unique_lock<std::mutex>;
+
+/// A stream of a camera, owned by the library, in one of two modes (the subclasses). Its thread starts with
+/// the first acquisition and ends with the stream; it alone draws frames and calls back, so callbacks of one
+/// stream never overlap. Every member function is called with the library's lock held; the thread gives the
+/// lock up while it draws and while it calls back.
+///
+/// Acquisitions are numbered. One that is stopped ends as soon as its thread sees it: m_ended tells the
+/// others, through Library::changed(). A deleted stream is *dead*: it has no handle any more, and the library
+/// keeps it until its thread has left.
+class Stream {
+public:
+    Stream(Library& library, uint32_t handle, uint32_t camera, const CameraModel& model);
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+    /// Joins the thread, which must have left or never started. Without the lock.
+    virtual ~Stream();
+
+    uint32_t camera() const { return m_camera; }
+    uint64_t payload() const { return m_payload; }
+    bool is_dead() const { return m_is_dead; }
+    bool is_acquiring() const { return m_is_acquiring; }
+
+    /// Starts an acquisition of `frames` frames, 0: until stopped. Throws when there is no memory or thread.
+    void start(uint32_t frames);
+    /// Ends the acquisition; a frame on its way is not reported any more.
+    void stop();
+    /// Ends everything; the handles of the stream and of its buffers are dead from now on.
+    void kill();
+
+    /// The number of the latest acquisition, for has_ended().
+    uint64_t latest_acquisition() const { return m_started; }
+    /// True when the thread has done its last work for this acquisition.
+    bool has_ended(uint64_t acquisition) const { return m_ended >= acquisition; }
+    /// True when a dead stream's thread will not come back.
+    bool has_left() const { return m_has_left || !m_thread.joinable(); }
+    /// True on this stream's own thread, that is inside one of its callbacks.
+    bool is_own_thread() const { return m_thread.get_id() == std::this_thread::get_id(); }
+
+protected:
+    struct Acquisition {
+        uint64_t number;
+        uint32_t frames;
+        Pacer pacer;
+        std::unique_ptr<PictureSource> source;
+    };
+
+    Library& library() const { return m_library; }
+    uint32_t handle() const { return m_handle; }
+    const CameraModel& model() const { return m_model; }
+    bool is_current(const Acquisition& acquisition) const;
+    void wake() { m_wake.notify_one(); }
+
+    /// Whether a free-running camera can expose a frame now.
+    virtual bool has_room() const = 0;
+    /// Draws a frame and reports it; false when the frame was lost.
+    virtual bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame) = 0;
+    /// Reports that the acquisition has ended by itself.
+    virtual void report_end(Lock& lock) = 0;
+
+private:
+    void work();
+    void acquire(Lock& lock, Acquisition& acquisition);
+    bool wait_for_frame(Lock& lock, const Acquisition& acquisition);
+
+    Library& m_library;
+    const uint32_t m_handle;
+    const uint32_t m_camera;
+    const CameraModel& m_model;
+    const uint64_t m_payload;
+
+    std::condition_variable m_wake; ///< Wakes the thread, and nobody else.
+    std::optional<Acquisition> m_next;
+    uint64_t m_started = 0;
+    uint64_t m_ended = 0;
+    bool m_is_acquiring = false;
+    bool m_is_dead = false;
+    bool m_has_left = false;
+    std::thread m_thread;
+};
+
+} // namespace zvsim

@@ -1,0 +1,115 @@
+#include "Library.h"
+#include "Status.h"
+#include "api_call.h"
+
+#include "zvgr/ZVGRLib.h"
+
+#include <algorithm>
+#include <cstring>
+
+using namespace zvsim;
+
+namespace {
+
+template <size_t size>
+void fill(char (&field)[size], const std::string& text)
+{
+    std::memset(field, 0, size);
+    std::memcpy(field, text.data(), std::min(text.size(), size - 1));
+}
+
+} // namespace
+
+uint32_t ZVGR_UpdateCameraList(uint32_t grabber, uint32_t* cameras, uint32_t* count)
+{
+    return api_call("ZVGR_UpdateCameraList", status_failed, [&] {
+        if (cameras == nullptr || count == nullptr)
+            return status_bad_argument;
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        const Grabber* const found = library.find_grabber(grabber);
+        if (found == nullptr)
+            return status_bad_handle;
+        const size_t room = std::min(found->cameras.size(), size_t{*count});
+        std::copy_n(found->cameras.begin(), room, cameras);
+        *count = static_cast<uint32_t>(found->cameras.size());
+        return status_ok;
+    });
+}
+
+uint32_t ZVGR_CameraInfo2(uint32_t camera, ZvCameraInfo* info)
+{
+    return api_call("ZVGR_CameraInfo2", status_failed, [&] {
+        if (info == nullptr || info->version != 0)
+            return status_bad_argument;
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        const Camera* const found = library.find_camera(camera);
+        if (found == nullptr)
+            return status_bad_handle;
+        fill(info->device_version, found->model->version);
+        fill(info->vendor_name, found->model->vendor);
+        fill(info->model_name, found->model->model);
+        fill(info->serial_number, found->model->serial_number);
+        return status_ok;
+    });
+}
+
+// Opening an open camera succeeds: a consumer that rebuilt its device list opens the same camera again.
+uint32_t ZVGR_CameraOpen2(uint32_t camera, const char* description_file)
+{
+    return api_call("ZVGR_CameraOpen2", status_failed, [&] {
+        if (description_file != nullptr)
+            return status_unsupported;
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        Camera* const found = library.find_camera(camera);
+        if (found == nullptr)
+            return status_bad_handle;
+        found->is_open = true;
+        return status_ok;
+    });
+}
+
+uint32_t ZVGR_CameraClose(uint32_t camera)
+{
+    return api_call("ZVGR_CameraClose", status_failed, [&] {
+        Library& library = Library::instance();
+        Lock lock = library.lock();
+        return library.close_camera(lock, camera);
+    });
+}
+
+uint32_t ZVGR_CameraCallbackRegister(uint32_t camera, ZvCameraCallback callback, void* context)
+{
+    return api_call("ZVGR_CameraCallbackRegister", status_failed, [&] {
+        if (callback == nullptr)
+            return status_bad_argument;
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        Camera* const found = library.find_camera(camera);
+        if (found == nullptr)
+            return status_bad_handle;
+        found->callback = callback;
+        found->context = context;
+        return status_ok;
+    });
+}
+
+uint32_t ZVGR_CameraStartAcquire_GenTL(uint32_t camera, uint32_t stream, uint32_t frames)
+{
+    return api_call("ZVGR_CameraStartAcquire_GenTL", status_failed, [&] {
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        return library.start(camera, stream, frames);
+    });
+}
+
+uint32_t ZVGR_CameraStopAcquire_GenTL(uint32_t camera)
+{
+    return api_call("ZVGR_CameraStopAcquire_GenTL", status_failed, [&] {
+        Library& library = Library::instance();
+        Lock lock = library.lock();
+        return library.stop(lock, camera);
+    });
+}

@@ -1,0 +1,121 @@
+#include "CyclicStream.h"
+#include "Library.h"
+#include "QueuedStream.h"
+#include "Status.h"
+#include "api_call.h"
+
+#include "zvgr/ZVGRLib.h"
+
+using namespace zvsim;
+
+namespace {
+
+constexpr uint64_t buffer_alignment = 64; // makes drawing fast; any other address works too
+
+/// A camera has one data stream, number 0.
+uint32_t create_stream(uint32_t camera, uint32_t* stream, uint32_t index, const Library::MakeStream& make)
+{
+    if (stream == nullptr || index != 0)
+        return status_bad_argument;
+    Library& library = Library::instance();
+    const Lock lock = library.lock();
+    const uint32_t handle = library.add_stream(camera, make);
+    if (handle == ZV_NO_HANDLE)
+        return status_bad_handle;
+    *stream = handle;
+    return status_ok;
+}
+
+} // namespace
+
+uint32_t ZVGR_StreamCreate(uint32_t camera, uint32_t* stream, uint32_t index)
+{
+    return api_call("ZVGR_StreamCreate", status_failed, [&] {
+        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraModel& model) {
+            return std::make_unique<QueuedStream>(Library::instance(), handle, camera, model);
+        });
+    });
+}
+
+uint32_t ZVGR_StreamCreateAndAlloc(uint32_t camera, uint32_t* stream, uint32_t frames, uint32_t index)
+{
+    return api_call("ZVGR_StreamCreateAndAlloc", status_failed, [&] {
+        if (frames == 0)
+            return status_bad_argument;
+        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraModel& model) {
+            return std::make_unique<CyclicStream>(Library::instance(), handle, camera, model, frames);
+        });
+    });
+}
+
+uint32_t ZVGR_StreamDelete(uint32_t stream)
+{
+    return api_call("ZVGR_StreamDelete", status_failed, [&] {
+        Library& library = Library::instance();
+        Lock lock = library.lock();
+        return library.delete_stream(lock, stream);
+    });
+}
+
+uint32_t ZVGR_StreamGetInfo(uint32_t stream, uint32_t command, uint64_t* value)
+{
+    return api_call("ZVGR_StreamGetInfo", status_failed, [&] {
+        if (value == nullptr)
+            return status_bad_argument;
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        const auto* const found = library.find_stream<Stream>(stream);
+        if (found == nullptr)
+            return status_bad_handle;
+        switch (command) {
+        case zv_stream_payload_at_creation:
+            *value = found->payload();
+            return status_ok;
+        case zv_stream_buffer_alignment:
+            *value = buffer_alignment;
+            return status_ok;
+        case zv_stream_payload_now:
+            *value = library.find_camera(found->camera())->model->payload();
+            return status_ok;
+        default:
+            return status_unsupported;
+        }
+    });
+}
+
+uint32_t ZVGR_StreamGetFrameIndex(uint32_t stream)
+{
+    return api_call("ZVGR_StreamGetFrameIndex", UINT32_MAX, [&] {
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        const auto* const found = library.find_stream<CyclicStream>(stream);
+        return found != nullptr ? found->last_frame() : UINT32_MAX;
+    });
+}
+
+void* ZVGR_StreamGetPtr(uint32_t stream, uint32_t frame)
+{
+    return api_call<void*>("ZVGR_StreamGetPtr", nullptr, [&]() -> void* {
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        const auto* const found = library.find_stream<CyclicStream>(stream);
+        return found != nullptr && found->has_frame(frame) ? found->memory(frame) : nullptr;
+    });
+}
+
+uint32_t ZVGR_StreamGetAux(uint32_t stream, uint32_t frame, ZvFrameAux* record)
+{
+    return api_call("ZVGR_StreamGetAux", status_failed, [&] {
+        if (record == nullptr)
+            return status_bad_argument;
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        const auto* const found = library.find_stream<CyclicStream>(stream);
+        if (found == nullptr)
+            return status_bad_handle;
+        if (!found->has_frame(frame))
+            return status_bad_argument;
+        record->timestamp = found->timestamp(frame);
+        return status_ok;
+    });
+}

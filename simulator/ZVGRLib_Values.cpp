@@ -1,0 +1,122 @@
+#include "Library.h"
+#include "api_call.h"
+
+#include "zvgr/ZVGRLib.h"
+
+#include <string_view>
+
+using namespace zvsim;
+
+namespace {
+
+constexpr int64_t channel_idle = 1; // any number but that of "grabbing"
+
+/// What a value is read from. A grabber's handle stands for its first camera too: handles of all kinds answer
+/// all values.
+struct Subject {
+    const GrabberModel* grabber = nullptr;
+    const CameraModel* camera = nullptr;
+    bool is_grabbing = false;
+};
+
+Subject subject_of_grabber(Library& library, const Grabber& grabber)
+{
+    Subject subject{grabber.model, library.find_camera(grabber.cameras.front())->model};
+    for (const uint32_t camera : grabber.cameras)
+        subject.is_grabbing = subject.is_grabbing || library.acquiring_stream(camera) != nullptr;
+    return subject;
+}
+
+Subject subject_of(Library& library, uint32_t handle)
+{
+    if (const Grabber* const grabber = library.find_grabber(handle))
+        return subject_of_grabber(library, *grabber);
+    const auto* const stream = library.find_stream<Stream>(handle);
+    const uint32_t camera_handle = stream != nullptr ? stream->camera() : handle;
+    const Camera* const camera = library.find_camera(camera_handle);
+    if (camera == nullptr)
+        return {};
+    return {library.find_grabber(camera->grabber)->model, camera->model,
+            library.acquiring_stream(camera_handle) != nullptr};
+}
+
+struct ValueRow {
+    std::string_view name;
+    int64_t (*value)(const Subject& subject);
+};
+
+int64_t where_reported(const Subject& subject, int64_t value)
+{
+    return subject.grabber->reports_geometry ? value : ZV_NOT_AVAILABLE;
+}
+
+int64_t channel_state(const Subject& subject)
+{
+    if (subject.is_grabbing)
+        return zv_channel_grabbing;
+    return channel_idle;
+}
+
+constexpr ValueRow grabber_integers[] = {
+    {"FW_Dma_Capable_FrameImageId_Imp",  [](const Subject& s) -> int64_t { return s.grabber->has_image_ids; }},
+    {"FW_Dma_Capable_QueuedBuffers_Imp", [](const Subject&) -> int64_t { return 1; }                         },
+    {"Height",                           [](const Subject& s) { return where_reported(s, s.camera->height); }},
+    {"SegmentsPerBuffer",                [](const Subject& s) { return where_reported(s, 1); }               },
+    {"Width",                            [](const Subject& s) { return where_reported(s, s.camera->width); } },
+};
+
+constexpr ValueRow grabber_enumerations[] = {
+    {"CameraChannelState", channel_state},
+};
+
+constexpr ValueRow camera_integers[] = {
+    {"Height",  [](const Subject& s) -> int64_t { return s.camera->height; }  },
+    {"OffsetX", [](const Subject& s) -> int64_t { return s.camera->offset_x; }},
+    {"OffsetY", [](const Subject& s) -> int64_t { return s.camera->offset_y; }},
+    {"Width",   [](const Subject& s) -> int64_t { return s.camera->width; }   },
+};
+
+constexpr ValueRow camera_enumerations[] = {
+    {"PixelFormat", [](const Subject& s) -> int64_t { return s.camera->format_code(); }},
+};
+
+template <size_t rows>
+int64_t value_from(const ValueRow (&table)[rows], const char* function, uint32_t handle, const char* name)
+{
+    return api_call(function, ZV_NOT_AVAILABLE, [&]() -> int64_t {
+        if (name == nullptr)
+            return ZV_NOT_AVAILABLE;
+        Library& library = Library::instance();
+        const Lock lock = library.lock();
+        const Subject subject = subject_of(library, handle);
+        if (subject.grabber == nullptr)
+            return ZV_NOT_AVAILABLE;
+        for (const ValueRow& row : table) {
+            if (row.name == name)
+                return row.value(subject);
+        }
+        return ZV_NOT_AVAILABLE;
+    });
+}
+
+} // namespace
+
+int64_t ZVGR_GetGrabberValueInt(uint32_t handle, const char* name)
+{
+    return value_from(grabber_integers, "ZVGR_GetGrabberValueInt", handle, name);
+}
+
+int64_t ZVGR_GetGrabberValueEnum(uint32_t handle, const char* name)
+{
+    return value_from(grabber_enumerations, "ZVGR_GetGrabberValueEnum", handle, name);
+}
+
+int64_t ZVGR_GetCameraValueInt(uint32_t handle, const char* name)
+{
+    return value_from(camera_integers, "ZVGR_GetCameraValueInt", handle, name);
+}
+
+int64_t ZVGR_GetCameraValueEnum(uint32_t handle, const char* name)
+{
+    return value_from(camera_enumerations, "ZVGR_GetCameraValueEnum", handle, name);
+}

@@ -1,0 +1,26 @@
+/// \file api_call.h
+/// The frame around the body of every exported function.
+#pragma once
+
+#include "Log.h"
+
+#include <exception>
+
+namespace zvsim {
+
+/// Runs the body of the exported function of this name. No exception leaves it: one is logged and turned into
+/// the function's failure value.
+template <class Result, class Body>
+Result api_call(const char* function, Result failure, const Body& body) noexcept
+{
+    try {
+        return body();
+    } catch (const std::exception& problem) {
+        log_failed_call(function, problem.what());
+    } catch (...) {
+        log_failed_call(function, "unknown exception");
+    }
+    return failure;
+}
+
+} // namespace zvsim
