@@ -1,4 +1,4 @@
-#include "Configuration.h"
+#include "simulator/Configuration.h"
 
 #include "zvgr/ZVGRLib.h"
 

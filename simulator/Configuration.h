@@ -2,8 +2,8 @@
 /// Which grabbers and cameras the library offers.
 #pragma once
 
-#include "Model.h"
-#include "PictureFolder.h"
+#include "simulator/Model.h"
+#include "simulator/PictureFolder.h"
 
 #include <memory>
 #include <string>

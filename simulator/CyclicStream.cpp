@@ -1,6 +1,6 @@
-#include "CyclicStream.h"
+#include "simulator/CyclicStream.h"
 
-#include "Library.h"
+#include "simulator/Library.h"
 
 #include <new>
 

@@ -2,8 +2,8 @@
 /// Cyclic mode: frames are drawn into a ring that the library allocates.
 #pragma once
 
-#include "RingMemory.h"
-#include "Stream.h"
+#include "simulator/RingMemory.h"
+#include "simulator/Stream.h"
 
 #include <vector>
 

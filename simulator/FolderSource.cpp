@@ -1,6 +1,6 @@
-#include "FolderSource.h"
+#include "simulator/FolderSource.h"
 
-#include "PictureFolder.h"
+#include "simulator/PictureFolder.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 /// Plays the pictures of a folder.
 #pragma once
 
-#include "PictureSource.h"
+#include "simulator/PictureSource.h"
 
 namespace zvsim {
 

@@ -1,9 +1,9 @@
-#include "Library.h"
+#include "simulator/Library.h"
 
-#include "Status.h"
+#include "simulator/Status.h"
 
-#include "CyclicStream.h"
-#include "Log.h"
+#include "simulator/CyclicStream.h"
+#include "simulator/Log.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -2,8 +2,8 @@
 /// Everything behind the handles.
 #pragma once
 
-#include "Configuration.h"
-#include "Stream.h"
+#include "simulator/Configuration.h"
+#include "simulator/Stream.h"
 
 #include "zvgr/ZVGRLib.h"
 

@@ -1,4 +1,4 @@
-#include "Log.h"
+#include "simulator/Log.h"
 
 #include "zvlog/ZVLogger.h"
 

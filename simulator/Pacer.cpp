@@ -1,4 +1,4 @@
-#include "Pacer.h"
+#include "simulator/Pacer.h"
 
 namespace zvsim {
 

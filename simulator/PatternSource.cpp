@@ -1,6 +1,6 @@
-#include "PatternSource.h"
+#include "simulator/PatternSource.h"
 
-#include "Model.h"
+#include "simulator/Model.h"
 
 #include "zvgr/FrameStamp.h"
 

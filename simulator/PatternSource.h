@@ -2,7 +2,7 @@
 /// The moving test pattern.
 #pragma once
 
-#include "PictureSource.h"
+#include "simulator/PictureSource.h"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "PictureFolder.h"
+#include "simulator/PictureFolder.h"
 
 #include <algorithm>
 #include <system_error>

@@ -1,8 +1,8 @@
-#include "PictureSource.h"
+#include "simulator/PictureSource.h"
 
-#include "FolderSource.h"
-#include "Model.h"
-#include "PatternSource.h"
+#include "simulator/FolderSource.h"
+#include "simulator/Model.h"
+#include "simulator/PatternSource.h"
 
 namespace zvsim {
 

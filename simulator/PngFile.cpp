@@ -1,4 +1,4 @@
-#include "PngFile.h"
+#include "simulator/PngFile.h"
 
 #include <csetjmp>
 #include <cstdio>

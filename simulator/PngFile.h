@@ -2,7 +2,7 @@
 /// Reads PNG pictures without changing a bit of them.
 #pragma once
 
-#include "Model.h"
+#include "simulator/Model.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,7 +1,7 @@
-#include "QueuedStream.h"
+#include "simulator/QueuedStream.h"
 
-#include "Library.h"
-#include "Status.h"
+#include "simulator/Library.h"
+#include "simulator/Status.h"
 
 #include <tuple>
 #include <utility>
@@ -47,6 +47,8 @@ uint64_t QueuedStream::allocate_and_announce(uint64_t size)
 
 uint64_t QueuedStream::add(unsigned char* memory, uint64_t size, Memory own_memory)
 {
+    if (m_announced == UINT32_MAX)
+        return 0;
     const uint64_t buffer = uint64_t{handle()} << 32U | (m_announced + 1);
     Queue added;
     added.push_back({buffer, memory, size, std::move(own_memory), &m_unqueued, 0, 0});

@@ -2,7 +2,7 @@
 /// Queued mode: frames are drawn into announced buffers.
 #pragma once
 
-#include "Stream.h"
+#include "simulator/Stream.h"
 
 #include "zvgr/ZVGRLib.h"
 
@@ -22,9 +22,9 @@ public:
 
     void set_callback(ZvStreamBufferCallback callback, void* context);
 
-    /// Takes the consumer's memory; its handle.
+    /// Takes the consumer's memory; the new buffer's handle, or 0 when none are left.
     uint64_t announce(void* memory, uint64_t size);
-    /// Allocates the memory too; 0 when there is none.
+    /// Allocates the memory too; 0 also when there is none.
     uint64_t allocate_and_announce(uint64_t size);
     /// Forgets a buffer. Gives the lock up until the stream's thread no longer writes into it.
     uint32_t revoke(Lock& lock, uint64_t buffer);
@@ -57,7 +57,6 @@ private:
     void report_end(Lock& lock) override;
 
     uint64_t add(unsigned char* memory, uint64_t size, Memory own_memory);
-    Queue::iterator find(uint64_t buffer) const;
     void move(Queue::iterator buffer, Queue& queue, Queue::const_iterator place);
     void wait_until_drawn(Lock& lock, uint64_t buffer);
     void call_back(Lock& lock, uint64_t buffer);

@@ -1,7 +1,7 @@
-#include "Stream.h"
+#include "simulator/Stream.h"
 
-#include "Library.h"
-#include "Model.h"
+#include "simulator/Library.h"
+#include "simulator/Model.h"
 
 #include <utility>
 

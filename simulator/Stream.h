@@ -2,8 +2,8 @@
 /// A data stream: the thread that produces frames, and the state that starts and ends it.
 #pragma once
 
-#include "Pacer.h"
-#include "PictureSource.h"
+#include "simulator/Pacer.h"
+#include "simulator/PictureSource.h"
 
 #include <condition_variable>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "Library.h"
-#include "QueuedStream.h"
-#include "Status.h"
-#include "api_call.h"
+#include "simulator/Library.h"
+#include "simulator/QueuedStream.h"
+#include "simulator/Status.h"
+#include "simulator/api_call.h"
 
 #include "zvgr/ZVGRLib.h"
 
@@ -27,7 +27,10 @@ uint32_t ZVGR_BufferAnnounce(uint32_t stream, void* memory, uint64_t size, void*
         auto* const found = library.find_stream<QueuedStream>(stream);
         if (found == nullptr)
             return status_bad_handle;
-        *buffer = found->announce(memory, size);
+        const uint64_t announced = found->announce(memory, size);
+        if (announced == 0)
+            return status_failed;
+        *buffer = announced;
         return status_ok;
     });
 }

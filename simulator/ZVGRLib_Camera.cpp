@@ -1,6 +1,6 @@
-#include "Library.h"
-#include "Status.h"
-#include "api_call.h"
+#include "simulator/Library.h"
+#include "simulator/Status.h"
+#include "simulator/api_call.h"
 
 #include "zvgr/ZVGRLib.h"
 

@@ -1,4 +1,4 @@
-#include "Status.h"
+#include "simulator/Status.h"
 
 #include "zvgr/ZVGRLib.h"
 

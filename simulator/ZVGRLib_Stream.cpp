@@ -1,8 +1,8 @@
-#include "CyclicStream.h"
-#include "Library.h"
-#include "QueuedStream.h"
-#include "Status.h"
-#include "api_call.h"
+#include "simulator/CyclicStream.h"
+#include "simulator/Library.h"
+#include "simulator/QueuedStream.h"
+#include "simulator/Status.h"
+#include "simulator/api_call.h"
 
 #include "zvgr/ZVGRLib.h"
 

@@ -1,5 +1,5 @@
-#include "Library.h"
-#include "api_call.h"
+#include "simulator/Library.h"
+#include "simulator/api_call.h"
 
 #include "zvgr/ZVGRLib.h"
 

@@ -2,7 +2,7 @@
 /// The frame around the body of every exported function.
 #pragma once
 
-#include "Log.h"
+#include "simulator/Log.h"
 
 #include <exception>
 

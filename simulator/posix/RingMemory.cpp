@@ -1,4 +1,4 @@
-#include "RingMemory.h"
+#include "simulator/RingMemory.h"
 
 #include <cstdint>
 #include <new>
