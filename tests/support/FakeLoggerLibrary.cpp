@@ -165,7 +165,7 @@ void FakeLoggerLibrary::capture(const LogLine& line)
 } // namespace zvtest
 
 ZVPocoLogger::ZVPocoLogger(const std::string& name, Poco::Channel* channel, int level)
-    : Poco::Logger(name, channel, level)
+    : Poco::Logger(name, Poco::Channel::Ptr(channel, true), level) // shared with its other owners
 {
 }
 

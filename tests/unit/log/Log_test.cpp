@@ -1,0 +1,214 @@
+#include "log/Log.h"
+
+#include "platform/thread_id.h"
+#include "support/FakeLoggerLibrary.h"
+#include "support/log_expectations.h"
+
+#include <Poco/Message.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+using zvgentl::At;
+using zvtest::FakeLoggerLibrary;
+using zvtest::LogLine;
+
+namespace {
+
+// Without the attribute that checks formats, so that formats can be odd.
+using EntryPoint = void (*)(ZVPocoLogger*, const char*, At, const char*, ...);
+
+struct Entry {
+    EntryPoint log;
+    zvtest::Priority priority;
+};
+
+const Entry entries[] = {
+    {zvgentl::log_fatal,       zvtest::Priority::fatal      },
+    {zvgentl::log_error,       zvtest::Priority::error      },
+    {zvgentl::log_warning,     zvtest::Priority::warning    },
+    {zvgentl::log_information, zvtest::Priority::information},
+    {zvgentl::log_debug,       zvtest::Priority::debug      },
+    {zvgentl::log_trace,       zvtest::Priority::trace      },
+};
+
+class Log : public testing::Test {
+protected:
+    FakeLoggerLibrary& library = FakeLoggerLibrary::instance();
+    ZVPocoLogger* logger = library.logger("LogTest.cpp");
+
+    void SetUp() override { library.reset(); }
+    void TearDown() override { library.reset(); }
+
+    LogLine only_line()
+    {
+        const std::vector<LogLine> lines = library.lines();
+        EXPECT_EQ(1U, lines.size());
+        return lines.empty() ? LogLine() : lines.front();
+    }
+};
+
+class ThrowingChannel : public Poco::Channel {
+public:
+    void log(const Poco::Message&) override { throw std::runtime_error("the disk is full"); }
+};
+
+} // namespace
+
+TEST_F(Log, WritesALineOfThreadLoggerFunctionNumberAndMessage)
+{
+    zvgentl::log_information(logger, "GCInitLib", At{589}, "Enter %s %d", "it", 5);
+    char expected[100];
+    std::snprintf(expected, sizeof expected, "thr%08X:LogTest::{GCInitLib}[589]: Enter it 5",
+                  zvgentl::platform::thread_id());
+    EXPECT_EQ(expected, only_line().text);
+}
+
+TEST_F(Log, GivesEachEntryPointItsPriority)
+{
+    for (const Entry& entry : entries) {
+        library.clear_lines();
+        entry.log(logger, "f", At{1}, "%d", 7);
+        EXPECT_EQ(entry.priority, only_line().priority);
+        EXPECT_EQ("7", only_line().message);
+    }
+}
+
+TEST_F(Log, WritesUpToTheLevelOfTheLogger)
+{
+    for (const Entry& level : entries) {
+        library.set_level("LogTest.cpp", level.priority);
+        for (const Entry& entry : entries) {
+            library.clear_lines();
+            entry.log(logger, "f", At{1}, "x");
+            EXPECT_EQ(entry.priority <= level.priority ? 1U : 0U, library.lines().size());
+        }
+    }
+}
+
+TEST_F(Log, DoesNotFormatADisabledLine)
+{
+    library.set_level("LogTest.cpp", zvtest::Priority::error);
+    const char* const unreadable = reinterpret_cast<const char*>(uintptr_t{1});
+    zvgentl::log_warning(logger, "f", At{1}, "%s", unreadable);
+    EXPECT_TRUE(library.lines().empty());
+}
+
+TEST_F(Log, TellsWhetherALineWouldBeWritten)
+{
+    library.set_level("LogTest.cpp", zvtest::Priority::information);
+    EXPECT_TRUE(zvgentl::is_logged(logger, zvgentl::Priority::information));
+    EXPECT_FALSE(zvgentl::is_logged(logger, zvgentl::Priority::debug));
+    EXPECT_FALSE(zvgentl::is_logged(nullptr, zvgentl::Priority::fatal));
+}
+
+TEST_F(Log, DoesNothingWithoutALogger)
+{
+    for (const Entry& entry : entries)
+        entry.log(nullptr, "f", At{1}, "x");
+    EXPECT_TRUE(library.lines().empty());
+}
+
+TEST_F(Log, DoesNothingWithoutAFormat)
+{
+    for (const Entry& entry : entries)
+        entry.log(logger, "f", At{1}, nullptr);
+    EXPECT_TRUE(library.lines().empty());
+}
+
+TEST_F(Log, DoesNothingWithoutAChannel)
+{
+    library.set_channel("LogTest.cpp", false);
+    zvgentl::log_fatal(logger, "f", At{1}, "x");
+    EXPECT_TRUE(library.lines().empty());
+}
+
+TEST_F(Log, SurvivesAChannelThatFails)
+{
+    logger->setChannel(new ThrowingChannel);
+    EXPECT_NO_THROW(zvgentl::log_fatal(logger, "f", At{1}, "x"));
+}
+
+TEST_F(Log, LeavesTheBracesOutWithoutAFunction)
+{
+    zvgentl::log_error(logger, nullptr, At{3}, "x");
+    EXPECT_FALSE(only_line().has_function);
+    EXPECT_EQ(3, only_line().number);
+}
+
+TEST_F(Log, CutsTheLoggersNameAtItsLastDot)
+{
+    zvgentl::log_error(library.logger("a.b.cpp"), "f", At{1}, "x");
+    zvgentl::log_error(library.logger("plain"), "f", At{1}, "x");
+    const std::vector<LogLine> lines = library.lines();
+    ASSERT_EQ(2U, lines.size());
+    EXPECT_EQ("a.b", lines[0].logger);
+    EXPECT_EQ("a.b.cpp", lines[0].source);
+    EXPECT_EQ("plain", lines[1].logger);
+    EXPECT_EQ("plain", lines[1].source);
+}
+
+TEST_F(Log, CutsALongMessageAtTheEndOfTheLine)
+{
+    const std::string argument(5000, 'x');
+    zvgentl::log_error(logger, "f", At{1}, "start %s end", argument.c_str());
+    const LogLine line = only_line();
+    EXPECT_EQ(4095U, line.text.size());
+    EXPECT_EQ("start xxx", line.message.substr(0, 9));
+    EXPECT_EQ('x', line.message.back());
+}
+
+TEST_F(Log, FillsTheLineToItsLastCharacter)
+{
+    zvgentl::log_error(logger, "f", At{1}, "%s", "");
+    const size_t frame = only_line().text.size();
+    for (const size_t room : {4094 - frame, 4095 - frame, 4096 - frame}) {
+        library.clear_lines();
+        zvgentl::log_error(logger, "f", At{1}, "%s", std::string(room, 'y').c_str());
+        EXPECT_EQ(frame + room < 4095 ? frame + room : 4095, only_line().text.size());
+    }
+}
+
+TEST_F(Log, SurvivesALoggerAndAFunctionWithLongNames)
+{
+    const std::string name(5000, 'n');
+    zvgentl::log_error(library.logger(name), name.c_str(), At{1}, "%s", name.c_str());
+    zvgentl::log_error(logger, name.c_str(), At{1}, "%s", name.c_str());
+    for (const LogLine& line : library.lines())
+        EXPECT_EQ(4095U, line.text.size());
+    EXPECT_EQ(2U, library.lines().size());
+}
+
+TEST_F(Log, KeepsLinesOfSeveralThreadsWhole)
+{
+    constexpr int per_thread = 200;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([this, number] {
+            for (int i = 0; i < per_thread; ++i)
+                zvgentl::log_debug(logger, "f", At{7}, "thread %d says %d", number, i);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    const std::vector<LogLine> lines = library.lines();
+    EXPECT_EQ(4U * per_thread, lines.size());
+    for (const LogLine& line : lines)
+        EXPECT_TRUE(zvtest::matches_format("thread %d says %d", line.message)) << line.text;
+}
+
+TEST_F(Log, WritesBareLinesWithoutANumber)
+{
+    zvgentl::write_bare_line(logger, zvgentl::Priority::warning, "f", "[%d] x", 12);
+    EXPECT_EQ(12, only_line().number);
+    EXPECT_EQ("x", only_line().message);
+    library.clear_lines();
+    zvgentl::write_bare_line(nullptr, zvgentl::Priority::warning, "f", "x");
+    library.set_level("LogTest.cpp", zvtest::Priority::error);
+    zvgentl::write_bare_line(logger, zvgentl::Priority::warning, "f", "x");
+    EXPECT_TRUE(library.lines().empty());
+}

@@ -1,0 +1,74 @@
+#include "log/ScopeTimer.h"
+
+#include "support/FakeLoggerLibrary.h"
+#include "support/log_expectations.h"
+
+#include <gtest/gtest.h>
+
+using zvgentl::At;
+using zvgentl::ScopeTimer;
+using zvtest::FakeLoggerLibrary;
+using zvtest::Priority;
+
+namespace {
+
+class Timer : public testing::Test {
+protected:
+    FakeLoggerLibrary& library = FakeLoggerLibrary::instance();
+    ZVPocoLogger* logger = library.logger("TimerTest.cpp");
+
+    void SetUp() override { library.reset(); }
+    void TearDown() override { library.reset(); }
+};
+
+int leave_early(ZVPocoLogger* logger)
+{
+    const ScopeTimer timer(logger, "f", At{1855}, zvgentl::Priority::information);
+    zvgentl::log_information(logger, "f", At{1}, "working");
+    return 1;
+}
+
+} // namespace
+
+TEST_F(Timer, LogsItsDurationAsTheLastLineOfTheScope)
+{
+    leave_early(logger);
+    EXPECT_LOG_LINES({Priority::information, "working"}, {Priority::information, "duration: 12 usec", "f"});
+    EXPECT_EQ(1855, library.lines().back().number);
+}
+
+TEST_F(Timer, WritesNoColonBehindItsNumber)
+{
+    leave_early(logger);
+    const std::string text = library.lines().back().text;
+    EXPECT_EQ(":TimerTest::{f}[1855] duration: 12 usec", text.substr(11));
+}
+
+TEST_F(Timer, AsksForTheElapsedTimeOnce)
+{
+    library.answer_elapsed(INT64_C(5000000000));
+    leave_early(logger);
+    EXPECT_EQ(1U, library.elapsed_calls());
+    EXPECT_LOGGED(Priority::information, "duration: 5000000000 usec");
+}
+
+TEST_F(Timer, LogsAtThePriorityThatItWasGiven)
+{
+    for (const auto priority :
+         {zvgentl::Priority::fatal, zvgentl::Priority::error, zvgentl::Priority::warning,
+          zvgentl::Priority::information, zvgentl::Priority::debug, zvgentl::Priority::trace}) {
+        library.clear_lines();
+        {
+            const ScopeTimer timer(logger, "f", At{1}, priority);
+        }
+        EXPECT_LOG_LINES({static_cast<Priority>(priority), "duration: 12 usec"});
+    }
+}
+
+TEST_F(Timer, IsSilentWithoutALoggerOrBelowItsLevel)
+{
+    leave_early(nullptr);
+    library.set_level("TimerTest.cpp", Priority::error);
+    leave_early(logger);
+    EXPECT_LOG_LINES();
+}

@@ -1,0 +1,20 @@
+#include "platform/module_path.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+// Linked into this program, the code was loaded from it.
+TEST(ModulePath, IsTheFullPathOfTheFileThatHoldsTheCode)
+{
+    const auto path = zvgentl::platform::module_path();
+    ASSERT_TRUE(path.has_value());
+    EXPECT_TRUE(std::filesystem::path(*path).is_absolute());
+    EXPECT_TRUE(std::filesystem::is_regular_file(*path));
+    EXPECT_EQ("unit_platform", std::filesystem::path(*path).stem());
+}
+
+TEST(ModulePath, IsTheSameAtEveryQuestion)
+{
+    EXPECT_EQ(zvgentl::platform::module_path(), zvgentl::platform::module_path());
+}

@@ -1,0 +1,17 @@
+#include "platform/thread_id.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using zvgentl::platform::thread_id;
+
+TEST(ThreadId, IsTheSameWithinAThread) { EXPECT_EQ(thread_id(), thread_id()); }
+
+TEST(ThreadId, DiffersBetweenThreads)
+{
+    uint32_t other = thread_id();
+    std::thread([&] { other = thread_id(); }).join();
+    EXPECT_NE(thread_id(), other);
+    EXPECT_NE(0U, other);
+}
