@@ -99,11 +99,11 @@ BufferModule* BufferPool::add_mapped(std::unique_ptr<BufferModule> buffer)
     return m_pool.back().get();
 }
 
-bool BufferPool::remove(const BufferModule* buffer)
+bool BufferPool::remove(const void* handle)
 {
     std::unique_lock lock(m_mutex);
     const auto position = std::find_if(m_pool.begin(), m_pool.end(),
-                                       [buffer](const auto& entry) { return entry.get() == buffer; });
+                                       [handle](const auto& entry) { return entry.get() == handle; });
     if (position == m_pool.end())
         return false;
     std::unique_ptr<BufferModule> found = std::move(*position);

@@ -73,7 +73,7 @@ public:
     /// Adds a buffer that callbacks name by its library handle.
     BufferModule* add_mapped(std::unique_ptr<BufferModule> buffer);
     /// Destroys a buffer; false when it is not, or no longer, in the pool.
-    bool remove(const BufferModule* buffer);
+    bool remove(const void* handle);
     /// Destroys every buffer, in order.
     void clear();
 

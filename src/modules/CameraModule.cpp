@@ -32,7 +32,7 @@ CameraModule::CameraModule(InterfaceModule* parent, std::string id)
 CameraModule::~CameraModule()
 {
     if (is_Open())
-        std::ignore = ZVGR_CameraClose(m_camera_handle); // nothing can be done about a failure
+        std::ignore = close_Camera(); // nothing can be done about a failure
 }
 
 void CameraModule::init_Camera(uint32_t handle, const ZvCameraInfo& info)
@@ -40,6 +40,14 @@ void CameraModule::init_Camera(uint32_t handle, const ZvCameraInfo& info)
     m_camera_handle = handle;
     m_info = info;
 }
+
+uint32_t CameraModule::open_Camera()
+{
+    constexpr const char* own_description = nullptr;
+    return ZVGR_CameraOpen2(m_camera_handle, own_description);
+}
+
+uint32_t CameraModule::close_Camera() { return ZVGR_CameraClose(m_camera_handle); }
 
 void CameraModule::set_Open(bool open)
 {

@@ -31,6 +31,10 @@ public:
     uint32_t get_CameraHandle() const noexcept { return m_camera_handle; }
     const ZvCameraInfo& get_CameraInfo() const noexcept { return m_info; }
 
+    /// Opens or closes the camera in the library and answers its status; the open flag is the caller's to
+    /// set.
+    uint32_t open_Camera();
+    uint32_t close_Camera();
     bool is_Open() const noexcept { return m_open.load(); }
     /// Closing also closes the stream and forgets the identity, which then reads as empty texts.
     void set_Open(bool open);

@@ -6,8 +6,10 @@
 #include <tuple>
 #include <utility>
 
+#include "modules/CameraScan.h"
 #include "modules/DeviceModule.h"
 #include "modules/DeviceStore.h"
+#include "modules/SystemModule.h"
 
 namespace zvgentl {
 
@@ -32,7 +34,7 @@ InterfaceModule::InterfaceModule(SystemModule& parent, std::string id) : m_id(st
 InterfaceModule::~InterfaceModule()
 {
     if (is_Open())
-        std::ignore = ZVGR_Close(get_GrabberHandle()); // nothing can be done about a failure
+        std::ignore = close_Grabber(); // nothing can be done about a failure
 }
 
 void InterfaceModule::set_Open(bool open)
@@ -43,6 +45,18 @@ void InterfaceModule::set_Open(bool open)
     for (const DeviceModule* device : m_devices)
         device->get_Camera()->set_Open(false);
 }
+
+bool InterfaceModule::open_Grabber()
+{
+    const uint32_t handle = ZVGR_Open(static_cast<uint32_t>(m_parent.get_InterfaceIndex(this)));
+    if (handle == ZV_NO_HANDLE)
+        return false;
+    set_GrabberHandle(handle);
+    set_Open(true);
+    return true;
+}
+
+uint32_t InterfaceModule::close_Grabber() { return ZVGR_Close(get_GrabberHandle()); }
 
 DeviceModule* InterfaceModule::get_Device(uint32_t index) const noexcept
 {
@@ -55,6 +69,13 @@ CameraModule* InterfaceModule::get_Camera(uint32_t index) const noexcept
 {
     const DeviceModule* const device = get_Device(index);
     return device != nullptr ? device->get_Camera() : nullptr;
+}
+
+DeviceModule* InterfaceModule::find_Device(std::string_view id) const
+{
+    const auto position = std::find_if(m_devices.begin(), m_devices.end(),
+                                       [id](const DeviceModule* listed) { return listed->getId() == id; });
+    return position == m_devices.end() ? nullptr : *position;
 }
 
 bool InterfaceModule::has_Device(const void* device) const noexcept
@@ -73,15 +94,15 @@ int32_t InterfaceModule::get_CameraIndex(const void* camera) const noexcept
     return position == m_devices.end() ? -1 : static_cast<int32_t>(position - m_devices.begin());
 }
 
-size_t InterfaceModule::init_Cameras(const uint32_t* handles, const ZvCameraInfo* infos, size_t count)
+size_t InterfaceModule::init_Cameras(const CameraScan& scan)
 {
     m_devices.clear();
     const std::string prefix = "Device" + number_of_id(m_id);
-    for (size_t i = 0; i < count; ++i) {
+    for (uint32_t i = 0; i < scan.count(); ++i) {
         DeviceModule* const device = make_device(*this, prefix + std::to_string(i));
         if (device == nullptr)
             continue;
-        device->get_Camera()->init_Camera(handles[i], infos[i]);
+        device->get_Camera()->init_Camera(scan.handle(i), scan.identity(i));
         m_devices.push_back(device);
     }
     return m_devices.size();

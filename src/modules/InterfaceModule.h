@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zvgr/ZVGRLib.h"
@@ -12,6 +13,7 @@
 namespace zvgentl {
 
 class CameraModule;
+class CameraScan;
 class DeviceModule;
 class SystemModule;
 
@@ -32,20 +34,26 @@ public:
     void set_Open(bool open);
     uint32_t get_GrabberHandle() const noexcept { return m_grabber_handle.load(); }
     void set_GrabberHandle(uint32_t handle) noexcept { m_grabber_handle.store(handle); }
+    /// Opens the grabber at the interface's list position; false when the library refuses.
+    bool open_Grabber();
+    /// Closes the grabber in the library, whatever the open flag says. Answers the library's status.
+    uint32_t close_Grabber();
 
     size_t get_CameraAmount() const noexcept { return m_devices.size(); }
     /// Null for an index outside the list; indexes are read as signed.
     DeviceModule* get_Device(uint32_t index) const noexcept;
     CameraModule* get_Camera(uint32_t index) const noexcept;
+    /// The listed device with exactly this ID, or null.
+    DeviceModule* find_Device(std::string_view id) const;
     bool has_Device(const void* device) const noexcept;
     bool has_Camera(const void* camera) const noexcept;
     /// The list index of the device with this camera, or -1.
     int32_t get_CameraIndex(const void* camera) const noexcept;
     const std::vector<DeviceModule*>& get_Devices() const noexcept { return m_devices; }
 
-    /// Drops the listed devices, without closing them, and lists one new closed device per camera. Answers
-    /// the size of the list, smaller than asked for when memory ran out.
-    size_t init_Cameras(const uint32_t* handles, const ZvCameraInfo* infos, size_t count);
+    /// Drops the listed devices, without closing them, and lists one new closed device per camera found.
+    /// Answers the size of the list, smaller than the scan when memory ran out.
+    size_t init_Cameras(const CameraScan& scan);
 
 private:
     const std::string m_id;

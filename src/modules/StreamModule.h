@@ -59,12 +59,12 @@ public:
     BufferModule* new_buffer(void* memory, uint64_t size, void* private_pointer);
     void queue_buffer(BufferModule& buffer);
     /// `buffer` is compared, never read.
-    RevokeOutcome revoke(const BufferModule* buffer, uint64_t grabber_handle);
+    RevokeOutcome revoke(const void* buffer, uint64_t grabber_handle);
     /// Moves buffers between queues by an ACQ_QUEUE_* operation; false for an unsupported one met with a
     /// buffer.
     bool buffer_operation(int32_t operation);
     /// The private pointer of a buffer of the pool, else null.
-    void* private_of(const BufferModule* buffer);
+    void* private_of(const void* buffer);
 
     // Events
     EventList& events() noexcept { return m_events; }

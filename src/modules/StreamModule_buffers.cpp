@@ -93,7 +93,7 @@ void StreamModule::queue_buffer(BufferModule& buffer)
     std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_input);
 }
 
-RevokeOutcome StreamModule::revoke(const BufferModule* buffer, uint64_t grabber_handle)
+RevokeOutcome StreamModule::revoke(const void* buffer, uint64_t grabber_handle)
 {
     if (!m_pool.holds(buffer))
         return RevokeOutcome::not_in_pool;
@@ -179,7 +179,7 @@ bool StreamModule::apply_operation(int32_t operation, BufferModule& buffer, BUFF
     }
 }
 
-void* StreamModule::private_of(const BufferModule* buffer)
+void* StreamModule::private_of(const void* buffer)
 {
     const PinnedBuffer pinned = m_pool.find(buffer);
     return pinned ? pinned->get_Private() : nullptr;

@@ -4,22 +4,36 @@
 
 #include "zvgr/ZVGRLib.h"
 
+#include "modules/CameraModule.h"
+#include "modules/InterfaceModule.h"
+#include "modules/StreamModule.h"
+#include "modules/SystemModule.h"
 #include "modules/settings.h"
 
 namespace zvgentl {
 
-std::string grabber_display_name(int32_t index)
+namespace {
+
+/// The position in the scan, by which the library names a grabber that may not be open.
+uint32_t scan_position(const InterfaceModule& iface)
 {
-    const char* const name = ZV_DeviceDisplayName(static_cast<uint32_t>(index));
+    return static_cast<uint32_t>(iface.get_Parent().get_InterfaceIndex(&iface));
+}
+
+} // namespace
+
+std::string display_name_of(const InterfaceModule& iface)
+{
+    const char* const name = ZV_DeviceDisplayName(scan_position(iface));
     return name != nullptr ? name : "";
 }
 
-const char* grabber_transport_type(int32_t index)
+const char* transport_type_of(const InterfaceModule& iface)
 {
     ZvDeviceInfo info{};
     info.version = 3;
     // A failure leaves the record zeroed, which reads as CoaXPress.
-    std::ignore = ZV_DeviceInfo(static_cast<uint32_t>(index), &info);
+    std::ignore = ZV_DeviceInfo(scan_position(iface), &info);
     switch (info.protocol) {
     case zv_protocol_clhs:
         return "CLHS";
@@ -28,6 +42,11 @@ const char* grabber_transport_type(int32_t index)
     default:
         return "CXP";
     }
+}
+
+const char* transport_type_of(const StreamModule& stream)
+{
+    return transport_type_of(*stream.get_Camera()->get_Parent());
 }
 
 int32_t scan_for_grabbers()

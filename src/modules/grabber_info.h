@@ -5,11 +5,16 @@
 
 namespace zvgentl {
 
-/// The grabber's name for people, empty when the library gives none. `index` is the position in the scan.
-std::string grabber_display_name(int32_t index);
+class InterfaceModule;
+class StreamModule;
 
-/// How the grabber speaks to its cameras: "CXP", "CLHS" or "GEV".
-const char* grabber_transport_type(int32_t index);
+/// The name for people of the grabber behind an interface, empty when the library gives none.
+std::string display_name_of(const InterfaceModule& iface);
+
+/// How the grabber behind an interface, or behind the camera of a stream, speaks to its cameras: "CXP",
+/// "CLHS" or "GEV". The interface has to be alive.
+const char* transport_type_of(const InterfaceModule& iface);
+const char* transport_type_of(const StreamModule& stream);
 
 /// Scans for grabbers: how many interfaces there are to list. The last grabber of a scan is the demo grabber,
 /// hidden unless a setting exposes it or it is the only one.

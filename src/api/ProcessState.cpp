@@ -1,0 +1,60 @@
+#include "api/ProcessState.h"
+
+#include <atomic>
+#include <mutex>
+#include <utility>
+
+#include "modules/SystemModule.h"
+
+namespace zvgentl {
+
+namespace {
+
+std::atomic<bool> initialised{false};
+// A plain pointer without an owner: a system that nobody closed may still be in use on other threads while
+// the process ends, so it is not destroyed then.
+std::atomic<SystemModule*> system_module{nullptr};
+
+std::mutex last_error_mutex; // a leaf, never held over a call
+std::string last_error_text = "No Error";
+
+} // namespace
+
+bool is_initialised() noexcept { return initialised.load(std::memory_order_acquire); }
+
+bool set_initialised() noexcept { return !initialised.exchange(true); }
+
+void set_uninitialised() noexcept { initialised.store(false); }
+
+SystemModule* current_system() noexcept { return system_module.load(std::memory_order_acquire); }
+
+bool set_system(std::unique_ptr<SystemModule> system) noexcept
+{
+    SystemModule* none = nullptr;
+    if (!system_module.compare_exchange_strong(none, system.get()))
+        return false;
+    system.release();
+    return true;
+}
+
+std::unique_ptr<SystemModule> take_system(const void* handle) noexcept
+{
+    SystemModule* current = system_module.load();
+    if (current == nullptr || current != handle || !system_module.compare_exchange_strong(current, nullptr))
+        return nullptr;
+    return std::unique_ptr<SystemModule>(current);
+}
+
+std::string last_error()
+{
+    const std::lock_guard lock(last_error_mutex);
+    return last_error_text;
+}
+
+void set_last_error(std::string text)
+{
+    const std::lock_guard lock(last_error_mutex);
+    last_error_text = std::move(text);
+}
+
+} // namespace zvgentl

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace zvgentl {
+
+class SystemModule;
+
+/// What the process shares: whether the library is initialised, the one system module and the last error's
+/// text. None of it is per thread. Any thread may call; which of two threads wins is left open, that nothing
+/// tears is not.
+bool is_initialised() noexcept;
+/// Switches the state; false when it was as asked already.
+bool set_initialised() noexcept;
+void set_uninitialised() noexcept;
+
+/// The root of the module tree, null while no system is open.
+SystemModule* current_system() noexcept;
+/// Makes `system` the current one; false, and nothing changed, when there is one already.
+bool set_system(std::unique_ptr<SystemModule> system) noexcept;
+/// Takes the current system away if it is the given one: its owner then, else null.
+std::unique_ptr<SystemModule> take_system(const void* handle) noexcept;
+
+/// The text of the error recorded last, by any thread. "No Error" until the first; it outlives GCCloseLib.
+std::string last_error();
+void set_last_error(std::string text);
+
+} // namespace zvgentl

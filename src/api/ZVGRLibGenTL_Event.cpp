@@ -1,0 +1,337 @@
+// Event functions: GCRegisterEvent, GCUnregisterEvent and Event*.
+
+#include <atomic>
+#include <cstring>
+
+#include "api/ApiCall.h"
+#include "api/InfoOutput.h"
+#include "api/InfoTable.h"
+#include "api/arguments.h"
+#include "api/handle_checks.h"
+#include "log/text.h"
+#include "log/unit_loggers.h"
+#include "modules/EventModule.h"
+#include "modules/StreamModule.h"
+#include "platform/monotonic_clock.h"
+
+#include "GenTL/GenTL.h"
+
+namespace GenTL {
+
+using namespace zvgentl;
+
+namespace {
+
+/// No memory for the event object.
+GC_ERROR report_not_available(const ApiCall& call, EVENT_TYPE type, const char* handle_name)
+{
+    if (type == EVENT_REMOTE_DEVICE) { // Contract: less loud for this type, and without an exit line
+        call.log_info(At{1110},
+                      "GCRegisterEvent GC_ERR_NOT_AVAILABLE - wasn't able to set event for handle=%s",
+                      handle_name);
+        return GC_ERR_NOT_AVAILABLE;
+    }
+    call.log_error(At{1114}, "GCRegisterEvent GC_ERR_NOT_AVAILABLE - wasn't able to set event for handle=%s",
+                   handle_name);
+    return call.fail(At{1116}, GC_ERR_NOT_AVAILABLE);
+}
+
+/// Registering twice gives the event that exists, as a success.
+GC_ERROR report_existing(const ApiCall& call, EVENT_TYPE type, const char* handle_name)
+{
+    constexpr const char* format =
+        "GCRegisterEvent GC_ERR_RESOURCE_IN_USE - event was already set for handle=%s";
+    if (type == EVENT_REMOTE_DEVICE)
+        call.log_info(At{1124}, format, handle_name);
+    else
+        log_warning(api_logger, "GCRegisterEvent", At{1126}, format, handle_name);
+    return GC_ERR_SUCCESS;
+}
+
+/// The enter and exit lines of EventGetData: debug, or trace once one call of an acquisition has been logged.
+ApiCall throttled_call(StreamModule& stream, LogThrottle::Mark mark)
+{
+    return ApiCall{"EventGetData",
+                   stream.is_log_due("EventGetData", mark) ? Priority::debug : Priority::trace};
+}
+
+/// Drops the oldest entry. Its buffer is in no queue afterwards: neither delivered nor to be filled again.
+void discard_next(EventModule& event)
+{
+    if (event.get_Type() != EVENT_NEW_BUFFER) {
+        event.try_take(nullptr);
+        return;
+    }
+    EVENT_NEW_BUFFER_DATA datum{};
+    if (!event.try_take(&datum))
+        return;
+    if (const PinnedBuffer buffer = event.get_Source().buffers().find(datum.BufferHandle))
+        buffer->set_Queue(BUFFER_QUEUE_TYPE::GENERAL);
+}
+
+/// Logs at the first occasion in the process alone.
+void log_once(std::atomic<bool>& is_logged_already, At at, const char* text)
+{
+    if (!is_logged_already.exchange(true))
+        log_error(api_logger, "EventGetData", at, "%s", text);
+}
+
+GC_ERROR wait_for_signal(EventModule& event, void* destination, uint64_t timeout)
+{
+    static std::atomic<bool> is_abort_logged{false};
+    static std::atomic<bool> is_timeout_logged{false};
+    const GC_ERROR error = event.get_event_data(destination, timeout);
+    if (error == GC_ERR_ABORT)
+        log_once(is_abort_logged, At{1150}, "EventGetData GC_ERR_ABORT");
+    else if (error != GC_ERR_SUCCESS)
+        log_once(is_timeout_logged, At{1152}, "Timeout has passed but no data has arrive during this time");
+    return error;
+}
+
+/// Spins on the queue, for consumers that prefer latency to processor time. Ignores that the event was
+/// closed.
+GC_ERROR poll(const ApiCall& call, EventModule& event, void* destination, uint64_t timeout)
+{
+    const uint64_t start = platform::monotonic_milliseconds();
+    for (;;) {
+        if (event.take_abort()) {
+            call.log(At{1162}, "EventGetData GC_ERR_ABORT");
+            return GC_ERR_ABORT;
+        }
+        const bool is_taken = event.try_take(destination);
+        // Contract: an entry that was taken too late is lost. Pinned by PollingEventGetData.LosesALateEntry.
+        if (platform::monotonic_milliseconds() - start >= timeout) {
+            call.log(At{1168}, "EventGetData - GC_ERR_TIMEOUT, event was signaled but no data can be "
+                               "retreived after timeout");
+            return GC_ERR_TIMEOUT;
+        }
+        if (is_taken)
+            return GC_ERR_SUCCESS;
+    }
+}
+
+constexpr InfoRow<EventModule> event_info[] = {
+    {EVENT_EVENT_TYPE,         [](const EventModule& event) { return InfoValue::int32(event.get_Type()); }       },
+    {EVENT_NUM_IN_QUEUE,       [](const EventModule& event) { return InfoValue::sizet(event.get_QueueLength()); }},
+    {EVENT_NUM_FIRED,          [](const EventModule& event) { return InfoValue::uint64(event.get_FiredCount()); }},
+    {EVENT_SIZE_MAX,           [](const EventModule& event) { return InfoValue::sizet(event.get_DataSize()); }   },
+    {EVENT_INFO_DATA_SIZE_MAX,
+     [](const EventModule& event) { return InfoValue::sizet(event.get_DataSize()); }                             },
+};
+
+/// Contract: a second way of dequeuing; the datum that the consumer passed in is not looked at. The type is
+/// PTR although the value is the whole datum. Pinned by EventGetDataInfo.ValueTakesTheNextEntry.
+GC_ERROR take_value(const ApiCall& call, EventModule& event, INFO_DATATYPE* type, void* buffer, size_t* size)
+{
+    *type = INFO_DATATYPE_PTR;
+    const size_t data_size = event.get_DataSize();
+    if (!is_missing(buffer)) {
+        if (data_size > *size) {
+            *size = data_size;
+            log_warning(api_logger, "EventGetDataInfo", At{1192},
+                        "EventGetDataInfo - GC_ERR_BUFFER_TOO_SMALL, wanted size=%d",
+                        static_cast<int>(data_size));
+            return GC_ERR_BUFFER_TOO_SMALL;
+        }
+        if (!event.try_take(buffer))
+            return call.fail(At{1197}, GC_ERR_NOT_AVAILABLE);
+    }
+    *size = data_size;
+    return GC_ERR_SUCCESS;
+}
+
+} // namespace
+
+GC_API GCRegisterEvent(EVENTSRC_HANDLE hEventSrc, EVENT_TYPE iEventID, EVENT_HANDLE* phEvent)
+try {
+    const ApiCall call{"GCRegisterEvent"};
+    call.log(At{1210}, "Enter GCRegisterEvent, source handle=0x%016llX, event type=%d", address(hEventSrc),
+             iEventID);
+    if (!call.library_is_open(At{1212}))
+        return GC_ERR_NOT_INITIALIZED;
+    if (hEventSrc == nullptr) // without a log line
+        return GC_ERR_INVALID_HANDLE;
+    if (is_missing(phEvent))
+        return call.fail(At{1217}, GC_ERR_INVALID_PARAMETER);
+    const ModuleKind kind = get_handle_type(hEventSrc);
+    const char* const kind_name = handle_type_name(kind);
+    StreamModule* const stream = kind == ModuleKind::stream ? find_stream(hEventSrc) : nullptr;
+    if (stream == nullptr) {
+        call.log_error(At{1222}, "Request not implemented for handle=%s", kind_name);
+        return call.fail(At{1223}, GC_ERR_INVALID_HANDLE);
+    }
+
+    *phEvent = nullptr;
+    if (iEventID != EVENT_NEW_BUFFER && iEventID != EVENT_REMOTE_DEVICE) {
+        call.log_error(At{1228}, "handle=%s", kind_name);
+        return call.fail(At{1229}, GC_ERR_NOT_IMPLEMENTED);
+    }
+    const EventList::Registration registration = stream->events().add(*stream, iEventID);
+    if (registration == EventList::Registration::failed)
+        return report_not_available(call, iEventID, kind_name);
+    *phEvent = stream->events().find(iEventID).get();
+    if (registration == EventList::Registration::existed)
+        return report_existing(call, iEventID, kind_name);
+    return call.succeed(At{1237}, "Exit GCRegisterEvent, handle=0x%X", low32(*phEvent));
+} catch (...) {
+    return after_exception("GCRegisterEvent");
+}
+
+GC_API GCUnregisterEvent(EVENTSRC_HANDLE hEventSrc, EVENT_TYPE iEventID)
+try {
+    const ApiCall call{"GCUnregisterEvent"};
+    call.log(At{1250}, "Enter GCUnregisterEvent, source handle=0x%016llX, event id= %d", address(hEventSrc),
+             iEventID);
+    if (!call.library_is_open(At{1252}))
+        return GC_ERR_NOT_INITIALIZED;
+    const ModuleKind kind = get_handle_type(hEventSrc);
+    if (kind == ModuleKind::invalid) // without a log line
+        return GC_ERR_INVALID_HANDLE;
+    if (iEventID != EVENT_NEW_BUFFER) {
+        call.log_error(At{1258}, "handle=%s", handle_type_name(kind));
+        return call.fail(At{1259}, GC_ERR_NOT_IMPLEMENTED);
+    }
+    StreamModule* const stream = kind == ModuleKind::stream ? find_stream(hEventSrc) : nullptr;
+    if (stream == nullptr) // without a log line, as the next
+        return GC_ERR_NOT_IMPLEMENTED;
+    if (!stream->events().remove(iEventID))
+        return GC_ERR_NOT_INITIALIZED; // Contract: this code. Pinned by GCUnregisterEvent.OfNothing.
+    return call.succeed(At{1266}, "Exit GCUnregisterEvent");
+} catch (...) {
+    return after_exception("GCUnregisterEvent");
+}
+
+GC_API EventGetData(EVENT_HANDLE hEvent, void* pBuffer, size_t* piSize, uint64_t iTimeout)
+try {
+    const ApiCall call{"EventGetData", Priority::debug};
+    if (!call.library_is_open(At{1280}))
+        return GC_ERR_NOT_INITIALIZED;
+    const auto event = check_event_handle(hEvent, call, Open::required);
+    if (!event)
+        return event.error();
+    StreamModule& stream =
+        event->get_Source(); // which tells how loud the enter line is: hence after the handle
+    throttled_call(stream, LogThrottle::Mark::no)
+        .log(At{1287}, "Enter EventGetData, handle=0x%X, buffer size=%d, timeout=%d ms", low32(hEvent),
+             logged_size(piSize), low32_signed(iTimeout));
+    if (is_missing(piSize))
+        return call.fail(At{1290}, GC_ERR_INVALID_PARAMETER);
+    const size_t data_size = event->get_DataSize();
+    if (data_size > *piSize) { // before the missing buffer
+        *piSize = data_size;
+        call.log(At{1294}, "EventGetData - GC_ERR_BUFFER_TOO_SMALL, wanted size=%d",
+                 static_cast<int>(data_size));
+        return GC_ERR_BUFFER_TOO_SMALL;
+    }
+    if (is_missing(pBuffer)) {
+        discard_next(*event);
+        return call.succeed(At{1299}, "EventGetData, pBuffer is NULL, discard next event");
+    }
+
+    const GC_ERROR error = stream.is_SignaledEventMode() ? wait_for_signal(*event, pBuffer, iTimeout)
+                                                         : poll(call, *event, pBuffer, iTimeout);
+    if (error != GC_ERR_SUCCESS)
+        return error;
+    *piSize = data_size;
+    const ApiCall exit = throttled_call(stream, LogThrottle::Mark::yes);
+    if (event->get_Type() != EVENT_NEW_BUFFER)
+        return exit.succeed(At{1309}, "Exit EventGetData");
+    EVENT_NEW_BUFFER_DATA datum{};
+    std::memcpy(&datum, pBuffer, sizeof datum);
+    return exit.succeed(At{1312}, "Exit EventGetData, buffer handle=0x%X, private=0x%X ",
+                        low32(datum.BufferHandle), low32(datum.pUserPointer));
+} catch (...) {
+    return after_exception("EventGetData");
+}
+
+GC_API EventFlush(EVENT_HANDLE hEvent)
+try {
+    const ApiCall call{"EventFlush"};
+    call.log(At{1330}, "Enter EventFlush");
+    if (!call.library_is_open(At{1332}))
+        return GC_ERR_NOT_INITIALIZED;
+    const auto event = check_event_handle(hEvent, call, Open::required);
+    if (!event)
+        return event.error();
+
+    event->flush();
+    return call.succeed(At{1339}, "Exit EventFlush");
+} catch (...) {
+    return after_exception("EventFlush");
+}
+
+GC_API EventKill(EVENT_HANDLE hEvent)
+try {
+    const ApiCall call{"EventKill"};
+    call.log(At{1350}, "Enter EventKill, event handle=0x%016llX", address(hEvent));
+    if (!call.library_is_open(At{1352}))
+        return GC_ERR_NOT_INITIALIZED;
+    const auto event = check_event_handle(hEvent, call, Open::required);
+    if (!event)
+        return event.error();
+
+    event->kill();
+    return call.succeed(At{1359}, "Exit EventKill");
+} catch (...) {
+    return after_exception("EventKill");
+}
+
+GC_API EventGetInfo(EVENT_HANDLE hEvent, EVENT_INFO_CMD iInfoCmd, INFO_DATATYPE* piType, void* pBuffer,
+                    size_t* piSize)
+try {
+    const ApiCall call{"EventGetInfo", Priority::debug};
+    call.log(At{1370}, "Enter EventGetInfo, handle=0x%X, info=%d", low32(hEvent), iInfoCmd);
+    if (!call.library_is_open(At{1372}))
+        return GC_ERR_NOT_INITIALIZED;
+    const InfoOutput output{piType, pBuffer, piSize};
+    if (output.is_malformed())
+        return call.fail(At{1376}, GC_ERR_INVALID_PARAMETER);
+    const auto event = check_event_handle(hEvent, call, Open::required);
+    if (!event)
+        return event.error();
+
+    const auto* const row = find_row(event_info, iInfoCmd);
+    if (row == nullptr)
+        return output.refuse(call, At{1383}, At{1384}, iInfoCmd);
+    const GC_ERROR error = output.write(row->value(*event), call, iInfoCmd, NumberLog::silent);
+    return error != GC_ERR_SUCCESS ? error : call.succeed(At{1386}, "Exit EventGetInfo");
+} catch (...) {
+    return after_exception("EventGetInfo");
+}
+
+GC_API EventGetDataInfo(EVENT_HANDLE hEvent, const void* /*pInBuffer*/, size_t /*iInBufferSize*/,
+                        EVENT_DATA_INFO_CMD iInfoCmd, INFO_DATATYPE* piType, void* pOutBuffer,
+                        size_t* piOutSize)
+try {
+    const ApiCall call{"EventGetDataInfo", Priority::debug};
+    call.log(At{1400}, "Enter EventGetDataInfo, handle=0x%X, info=%d", low32(hEvent), iInfoCmd);
+    if (!call.library_is_open(At{1402}))
+        return GC_ERR_NOT_INITIALIZED;
+    const InfoOutput output{piType, pOutBuffer, piOutSize};
+    if (output.is_malformed())
+        return call.fail(At{1406}, GC_ERR_INVALID_PARAMETER);
+    const auto event = check_event_handle(hEvent, call, Open::required);
+    if (!event)
+        return event.error();
+
+    GC_ERROR error = GC_ERR_SUCCESS;
+    switch (iInfoCmd) {
+    case EVENT_DATA_ID:
+        error = output.write(InfoValue::string(event->getId()), call, iInfoCmd, NumberLog::silent);
+        break;
+    case EVENT_DATA_VALUE:
+        error = take_value(call, *event, piType, pOutBuffer, piOutSize);
+        break;
+    case EVENT_DATA_NUMID:
+        error = output.write(InfoValue::uint64(address(hEvent)), call, iInfoCmd, NumberLog::silent);
+        break;
+    default:
+        call.log_error(At{1422}, "info= %d", iInfoCmd); // Contract: the size stays, unlike everywhere else
+        return call.fail(At{1423}, GC_ERR_NOT_IMPLEMENTED);
+    }
+    return error != GC_ERR_SUCCESS ? error : call.succeed(At{1425}, "Exit EventGetDataInfo");
+} catch (...) {
+    return after_exception("EventGetDataInfo");
+}
+
+} // namespace GenTL

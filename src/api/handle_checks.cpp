@@ -1,0 +1,200 @@
+#include "api/handle_checks.h"
+
+#include "api/ProcessState.h"
+#include "modules/CameraModule.h"
+#include "modules/DeviceModule.h"
+#include "modules/InterfaceModule.h"
+#include "modules/StreamModule.h"
+#include "modules/SystemModule.h"
+
+namespace zvgentl {
+
+using namespace GenTL;
+
+namespace {
+
+InterfaceModule* find_interface(const void* handle)
+{
+    const SystemModule* const system = current_system();
+    if (system == nullptr || handle == nullptr)
+        return nullptr;
+    for (const auto& iface : system->get_Interfaces()) {
+        if (iface.get() == handle)
+            return iface.get();
+    }
+    return nullptr;
+}
+
+/// Calls `visit` with each device of the tree in order, until it answers true.
+template <class Visit>
+bool visit_devices(Visit visit)
+{
+    const SystemModule* const system = current_system();
+    if (system == nullptr)
+        return false;
+    for (const auto& iface : system->get_Interfaces()) {
+        for (DeviceModule* device : iface->get_Devices()) {
+            if (visit(*device))
+                return true;
+        }
+    }
+    return false;
+}
+
+/// Calls `visit` with each stream of the tree in order, until it answers true.
+template <class Visit>
+bool visit_streams(Visit visit)
+{
+    return visit_devices(
+        [&visit](const DeviceModule& device) { return visit(*device.get_Camera()->get_Stream(0)); });
+}
+
+DeviceModule* find_device(const void* handle)
+{
+    DeviceModule* found = nullptr;
+    visit_devices([&](DeviceModule& device) {
+        found = &device == handle ? &device : nullptr;
+        return found != nullptr;
+    });
+    return found;
+}
+
+CameraModule* find_camera(const void* handle)
+{
+    CameraModule* found = nullptr;
+    visit_devices([&](const DeviceModule& device) {
+        found = device.get_Camera() == handle ? device.get_Camera() : nullptr;
+        return found != nullptr;
+    });
+    return found;
+}
+
+PinnedBuffer find_buffer(const void* handle)
+{
+    PinnedBuffer found;
+    visit_streams([&](StreamModule& stream) {
+        found = stream.buffers().find(handle);
+        return static_cast<bool>(found);
+    });
+    return found;
+}
+
+EventRef find_event(const void* handle)
+{
+    EventRef found;
+    visit_streams([&](StreamModule& stream) {
+        found = stream.events().find(handle);
+        return static_cast<bool>(found);
+    });
+    return found;
+}
+
+bool has_open_owners(const EventModule& event)
+{
+    const StreamModule& stream = event.get_Source();
+    const CameraModule& camera = *stream.get_Camera();
+    return stream.is_Open() && camera.is_Open() && camera.get_Parent()->is_Open();
+}
+
+ModuleKind kind_if(bool is_open, ModuleKind kind) { return is_open ? kind : ModuleKind::invalid; }
+
+} // namespace
+
+StreamModule* find_stream(const void* handle)
+{
+    StreamModule* found = nullptr;
+    visit_streams([&](StreamModule& stream) {
+        found = &stream == handle ? &stream : nullptr;
+        return found != nullptr;
+    });
+    return found;
+}
+
+bool is_system(TL_HANDLE handle) noexcept { return handle != nullptr && handle == current_system(); }
+
+Checked<InterfaceModule*> check_interface_handle(IF_HANDLE handle, const ApiCall& call, Open open)
+{
+    InterfaceModule* const iface = find_interface(handle);
+    if (iface == nullptr) {
+        call.log_info(At{310}, "%s - GC_ERR_INVALID_HANDLE", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    if (open == Open::required && !iface->is_Open()) {
+        call.log_info(At{314}, "%s - GC_ERR_INVALID_HANDLE, grabber is closed", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    return iface;
+}
+
+Checked<DeviceModule*> check_device_handle(DEV_HANDLE handle, const ApiCall& call, Open open)
+{
+    if (current_system() == nullptr || handle == nullptr) {
+        call.log_info(At{322}, "%s [GC_ERR_INVALID_HANDLE]: NULL parameters value", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    DeviceModule* const device = find_device(handle);
+    if (device == nullptr) {
+        call.log_info(At{327}, "%s [GC_ERR_INVALID_HANDLE]", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    if (open == Open::required && !device->is_Open()) {
+        call.log_info(At{331}, "%s [GC_ERR_INVALID_HANDLE]: device is closed", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    return device;
+}
+
+Checked<StreamModule*> check_stream_handle(DS_HANDLE handle, const ApiCall& call, Open open)
+{
+    StreamModule* const stream = handle != nullptr ? find_stream(handle) : nullptr;
+    if (stream == nullptr) {
+        call.log_info(At{340}, "%s - GC_ERR_INVALID_HANDLE", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    if (open == Open::required && !stream->is_Open()) {
+        call.log_info(At{344}, "%s - GC_ERR_INVALID_HANDLE, stream is closed", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    return stream;
+}
+
+Checked<PinnedBuffer> check_buffer_handle(BUFFER_HANDLE handle, const ApiCall& call)
+{
+    PinnedBuffer buffer = handle != nullptr ? find_buffer(handle) : PinnedBuffer();
+    if (!buffer) {
+        call.log_info(At{353}, "%s - GC_ERR_INVALID_HANDLE", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    return buffer;
+}
+
+Checked<EventRef> check_event_handle(EVENT_HANDLE handle, const ApiCall& call, Open open)
+{
+    EventRef event = handle != nullptr ? find_event(handle) : EventRef();
+    if (!event) {
+        call.log_error(At{362}, "%s - GC_ERR_INVALID_HANDLE", call.function());
+        return GC_ERR_INVALID_HANDLE;
+    }
+    if (open == Open::required && !has_open_owners(*event))
+        return call.fail(At{366}, GC_ERR_NOT_AVAILABLE);
+    return event;
+}
+
+ModuleKind get_handle_type(const void* handle)
+{
+    if (current_system() == nullptr || handle == nullptr)
+        return ModuleKind::invalid;
+    if (handle == current_system())
+        return ModuleKind::system;
+    if (const InterfaceModule* const iface = find_interface(handle))
+        return kind_if(iface->is_Open(), ModuleKind::iface);
+    if (const DeviceModule* const device = find_device(handle))
+        return kind_if(device->is_Open(), ModuleKind::device);
+    if (const CameraModule* const camera = find_camera(handle))
+        return kind_if(camera->is_Open(), ModuleKind::remote_device);
+    if (const StreamModule* const stream = find_stream(handle))
+        return kind_if(stream->is_Open(), ModuleKind::stream);
+    return kind_if(static_cast<bool>(find_buffer(handle)), ModuleKind::buffer);
+}
+
+} // namespace zvgentl

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "api/ApiCall.h"
+#include "api/module_kind.h"
+#include "modules/BufferPool.h"
+#include "modules/EventModule.h"
+
+#include <utility>
+
+#include "GenTL/GenTL.h"
+
+namespace zvgentl {
+
+class DeviceModule;
+class InterfaceModule;
+class StreamModule;
+
+/// Whether a check also refuses modules that are closed.
+enum class Open { irrelevant, required };
+
+/// What a handle check found: an object, held by `Holder` (a pointer or something that keeps the object
+/// alive), or the code to return.
+template <class Holder>
+class Checked {
+public:
+    Checked(Holder object)
+        : m_object(std::move(object)), m_error(GenTL::GC_ERR_SUCCESS) {} // NOLINT: either one
+    Checked(GenTL::GC_ERROR error) : m_error(error) {}                   // NOLINT: is a result
+
+    explicit operator bool() const noexcept { return m_error == GenTL::GC_ERR_SUCCESS; }
+    GenTL::GC_ERROR error() const noexcept { return m_error; }
+    auto& operator*() const noexcept { return *m_object; }
+    auto* operator->() const noexcept { return &*m_object; }
+
+private:
+    Holder m_object{};
+    GenTL::GC_ERROR m_error;
+};
+
+// No handle is cast to an object. Each check looks for the handle's value among the objects of the live tree,
+// by comparing addresses, and hands out the tree's own pointer. On failure it logs, with the caller's name,
+// and answers GC_ERR_INVALID_HANDLE; it records no last error. The tree is read without a lock: consumers
+// must not close modules that other threads use.
+
+/// Not null and the one system; never logs.
+bool is_system(GenTL::TL_HANDLE handle) noexcept;
+
+Checked<InterfaceModule*> check_interface_handle(GenTL::IF_HANDLE handle, const ApiCall& call, Open open);
+Checked<DeviceModule*> check_device_handle(GenTL::DEV_HANDLE handle, const ApiCall& call, Open open);
+Checked<StreamModule*> check_stream_handle(GenTL::DS_HANDLE handle, const ApiCall& call, Open open);
+/// A buffer of any stream, open or not.
+Checked<PinnedBuffer> check_buffer_handle(GenTL::BUFFER_HANDLE handle, const ApiCall& call);
+/// Also GC_ERR_NOT_AVAILABLE: for an event of a closed stream, camera or interface.
+Checked<EventRef> check_event_handle(GenTL::EVENT_HANDLE handle, const ApiCall& call, Open open);
+
+/// What any handle names, for functions that accept several kinds.
+ModuleKind get_handle_type(const void* handle);
+
+/// A stream of the tree, open or not, or null.
+StreamModule* find_stream(const void* handle);
+
+} // namespace zvgentl
