@@ -10,6 +10,7 @@ using namespace zvsim;
 
 namespace {
 
+constexpr uint32_t largest_ring = 65536;
 constexpr uint64_t buffer_alignment = 64; // makes drawing fast; any other address works too
 
 /// A camera has one data stream, number 0.
@@ -40,7 +41,7 @@ uint32_t ZVGR_StreamCreate(uint32_t camera, uint32_t* stream, uint32_t index)
 uint32_t ZVGR_StreamCreateAndAlloc(uint32_t camera, uint32_t* stream, uint32_t frames, uint32_t index)
 {
     return api_call("ZVGR_StreamCreateAndAlloc", status_failed, [&] {
-        if (frames == 0)
+        if (frames == 0 || frames > largest_ring)
             return status_bad_argument;
         return create_stream(camera, stream, index, [&](uint32_t handle, const CameraModel& model) {
             return std::make_unique<CyclicStream>(Library::instance(), handle, camera, model, frames);

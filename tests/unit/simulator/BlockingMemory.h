@@ -1,0 +1,42 @@
+/// \file BlockingMemory.h
+/// Memory that stops the thread that writes into it, so that a test can act while a frame is being drawn.
+#pragma once
+
+#include "unit/simulator/fixtures.h"
+
+#include <atomic>
+#include <cstddef>
+
+#include <semaphore.h>
+#include <signal.h>
+
+namespace zvsim_test {
+
+/// Pages that nobody may touch. The first access stops in the handler of the segmentation fault until the
+/// test lets it go on. One at a time in a process.
+class BlockingMemory {
+public:
+    explicit BlockingMemory(size_t size);
+    BlockingMemory(const BlockingMemory&) = delete;
+    BlockingMemory& operator=(const BlockingMemory&) = delete;
+    ~BlockingMemory();
+
+    unsigned char* data() const { return m_data; }
+    size_t size() const { return m_size; }
+
+    /// Waits until a thread has been stopped.
+    bool wait_for_access();
+    /// Lets that thread, and every later access, go on.
+    void let_go();
+
+private:
+    static void on_fault(int signal, siginfo_t* info, void* context);
+
+    size_t m_size;
+    unsigned char* m_data;
+    sem_t m_accessed;
+    sem_t m_released;
+    struct sigaction m_previous;
+};
+
+} // namespace zvsim_test
