@@ -1,18 +1,11 @@
 #include "support/LogLineTable.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <stdexcept>
-
-#ifdef _WIN32
-#include <process.h>
-#define getpid _getpid
-#else
-#include <unistd.h>
-#endif
 
 namespace zvtest {
 
@@ -73,7 +66,7 @@ std::string LogLineTable::objection_to(const LogLine& line) const
         return "";
     const auto found = m_rows.find({line.logger, line.number});
     if (found == m_rows.end())
-        return "has no row in log_lines.tsv";
+        return "has no row in log_lines.tsv (tests/checks/log_lines.py --write adds one)";
     const LogLineRow& row = found->second;
     if (row.function != "*" && row.function != line.function)
         return "names another function than its row: " + row.function;
@@ -97,10 +90,11 @@ void LogLineTable::write_captured() const
     const char* const folder = std::getenv("ZV_LOG_CAPTURE_DIR");
     if (folder == nullptr)
         return;
-    const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
+    // A name of its own for each of the processes that end at the same time.
+    std::random_device random;
+    const std::string name = std::to_string(random()) + "-" + std::to_string(random()) + ".txt";
     const std::lock_guard<std::mutex> guard(m_lock);
-    std::ofstream file(std::string(folder) + "/" + std::to_string(getpid()) + "-" + std::to_string(stamp) +
-                       ".txt");
+    std::ofstream file(std::string(folder) + "/" + name);
     for (const Site& site : m_seen)
         file << site.first << '\t' << site.second << '\n';
 }

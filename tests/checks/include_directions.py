@@ -1,0 +1,209 @@
+"""Rejects every #include that points the wrong way.
+
+Dependencies go api -> port -> modules -> log, resources -> platform; only src/platform knows the operating system,
+only src/log knows Poco. The rest of the tree sees the producer through its interfaces.
+"""
+
+import argparse
+import re
+import sys
+import tempfile
+from dataclasses import dataclass, field
+from pathlib import Path
+
+from cpp_source import cpp_files, line_of, without_comments
+
+STANDARD = set("""
+algorithm any array atomic bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes climits clocale cmath
+codecvt complex condition_variable csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar
+cwctype deque exception execution filesystem forward_list fstream functional future initializer_list iomanip ios iosfwd
+iostream istream iterator limits list locale map memory memory_resource mutex new numeric optional ostream queue random
+ratio regex scoped_allocator set shared_mutex sstream stack stdexcept streambuf string string_view system_error thread
+tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray variant vector
+assert.h ctype.h errno.h inttypes.h limits.h stdalign.h stdarg.h stdatomic.h stdbool.h stddef.h stdint.h stdio.h
+stdlib.h string.h time.h
+""".split())
+
+COMPILER = r"sanitizer/.*"
+POCO = r"Poco/.*"
+GTEST = r"g(test|mock)/.*"
+PICTURES = r"png\.h|tiffio\.h"
+SYSTEM = r".*"  # operating-system headers have no common pattern
+
+
+@dataclass
+class Rule:
+    """What the files of one folder may include beside the standard library and that folder itself."""
+
+    folder: str
+    tree: tuple = ()  # folders or files of this repository
+    external: tuple = ()  # patterns of other headers
+    knows_system: bool = False
+    extra: dict = field(default_factory=dict)  # file name -> more external patterns
+
+
+SRC = ("src/platform", "src/log", "src/resources", "src/modules", "src/port", "src/api")
+INTERFACES = ("include/GenTL", "include/zvgr", "include/zvlog")
+
+# The longest folder that holds a file decides.
+RULES = [
+    Rule("include/GenTL"),
+    Rule("include/zvgr"),
+    Rule("include/zvlog", extra={"ZVLogger.h": (POCO,)}),
+    Rule("src/platform"),
+    Rule("src/platform/posix", ("src/platform",), (SYSTEM,), knows_system=True),
+    Rule("src/platform/win32", ("src/platform",), (SYSTEM,), knows_system=True),
+    Rule("src/log", ("src/platform", "include/zvlog"), (POCO,)),
+    Rule("src/resources"),
+    Rule("src/modules", ("src/log", "src/platform", "src/resources", "include/zvgr", "include/zvlog/ZVSettings.h",
+                         "include/GenTL"), (COMPILER,)),
+    Rule("src/port", ("src/modules", "src/log", "include/zvgr", "include/GenTL")),
+    Rule("src/api", SRC + ("include/GenTL",)),
+    Rule("simulator", ("include/zvgr", "include/zvlog"), (PICTURES, r"yaml-cpp/.*")),
+    Rule("simulator/posix", ("simulator", "include/zvgr"), (SYSTEM,), knows_system=True),
+    Rule("logger", ("include/zvlog",), (POCO,)),
+    Rule("logger/platform", ("logger", "include/zvlog"), (SYSTEM,), knows_system=True),
+    Rule("tools", ("include/GenTL", "include/zvgr/FrameStamp.h"),
+         (PICTURES, r"CLI/.*", r"fmt/.*", r"nlohmann/.*")),
+    Rule("tools/platform", ("tools",), (SYSTEM,), knows_system=True),
+    Rule("examples", ("include/GenTL",), (SYSTEM,), knows_system=True),
+    Rule("tests/support", SRC + INTERFACES, (GTEST, POCO)),
+    Rule("tests/unit", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
+    Rule("tests/unit/support", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
+    Rule("tests/unit/logger", ("logger", "include/zvlog", "tests/support"), (GTEST, POCO, SYSTEM),
+         knows_system=True),
+    Rule("tests/unit/simulator", ("simulator", "include/zvgr", "include/zvlog", "tests/support"),
+         (GTEST, PICTURES, SYSTEM), knows_system=True),
+    Rule("tests/unit/tools", ("tools", "include/GenTL", "include/zvgr/FrameStamp.h", "tests/support"),
+         (GTEST, PICTURES, SYSTEM), knows_system=True),
+    Rule("tests/api", ("include/GenTL", "tests/support"), (GTEST,)),
+    Rule("tests/system", ("include/GenTL", "include/zvgr/FrameStamp.h"), (GTEST, SYSTEM), knows_system=True),
+    Rule("tests/checks", INTERFACES, (GTEST,)),
+    Rule("benchmarks", ("include/GenTL", "tests/system"), (SYSTEM,), knows_system=True),
+]
+
+ROOTS = ("include", "src", "", "tests", "tools", "benchmarks", "tests/system")
+INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">\n]+)[">]', re.M)
+SYSTEM_TEST = re.compile(r"^[ \t]*#[ \t]*(?:if|ifdef|ifndef|elif)\b[^\n]*\b(?:_WIN32|_WIN64|__linux__|__unix__|__APPLE__)\b",
+                         re.M)
+
+
+def is_below(path, folder):
+    return path == folder or path.startswith(folder + "/")
+
+
+def rule_for(path):
+    fitting = [rule for rule in RULES if is_below(path, rule.folder)]
+    return max(fitting, key=lambda rule: len(rule.folder)) if fitting else None
+
+
+def resolve(root, path, name):
+    """The included file as a path below the root, or None if the tree has no such file."""
+    candidates = [Path(path).parent / name] + [Path(start) / name for start in ROOTS]
+    for candidate in candidates:
+        if (root / candidate).is_file():
+            return (root / candidate).resolve().relative_to(root.resolve()).as_posix()
+    return None
+
+
+def objection(rule, path, target, quoted, name):
+    if target is not None:
+        if is_below(target, rule.folder) or any(is_below(target, folder) for folder in rule.tree):
+            return None
+        return f"{rule.folder} may not include {target}"
+    if quoted == '"':
+        return f"there is no {name}"
+    patterns = rule.external + rule.extra.get(Path(path).name, ())
+    if name in STANDARD or any(re.fullmatch(pattern, name) for pattern in patterns):
+        return None
+    return f"{rule.folder} may not include <{name}>"
+
+
+def check_file(root, path):
+    rule = rule_for(path)
+    if rule is None:
+        yield f"{path}: no rule says what this folder may include"
+        return
+    text = without_comments((root / path).read_text())
+    for match in INCLUDE.finditer(text):
+        quoted, name = match.groups()
+        found = objection(rule, path, resolve(root, path, name), quoted, name)
+        if found:
+            yield f"{path}:{line_of(text, match.start())}: {found}"
+    if path.startswith("src/") and not rule.knows_system and not is_below(path, "src/platform"):
+        for match in SYSTEM_TEST.finditer(text):
+            yield f"{path}:{line_of(text, match.start())}: only src/platform may ask for the operating system"
+
+
+def check(root, paths=None):
+    root = Path(root)
+    if paths is None:
+        folders = sorted({rule.folder.split("/")[0] for rule in RULES})
+        paths = [p.relative_to(root).as_posix() for f in folders if (root / f).is_dir() for p in cpp_files(root / f)]
+    for path in paths:
+        yield from check_file(root, path)
+
+
+# file, its text, whether it must be rejected
+SELF_TESTS = [
+    ("src/modules/A.cpp", '#include "log/Log.h"\n#include <vector>\n', False),
+    ("src/modules/A.cpp", '#include "api/ApiCall.h"\n', True),
+    ("src/modules/A.cpp", '#include "port/Routing.h"\n', True),
+    ("src/modules/A.cpp", "#include <Poco/Logger.h>\n", True),
+    ("src/modules/A.cpp", '#include "zvlog/ZVLogger.h"\n', True),
+    ("src/modules/A.cpp", '#include "zvlog/ZVSettings.h"\n', False),
+    ("src/modules/A.cpp", "#include <unistd.h>\n", True),
+    ("src/modules/A.cpp", "#ifdef _WIN32\n#endif\n", True),
+    ("src/modules/A.cpp", '// #include "api/ApiCall.h"\n', False),
+    ("src/modules/A.cpp", '#include "nowhere/Missing.h"\n', True),
+    ("src/log/A.cpp", "#include <Poco/Logger.h>\n", False),
+    ("src/log/A.cpp", '#include "modules/A.h"\n', True),
+    ("src/platform/A.h", "#include <windows.h>\n", True),
+    ("src/platform/posix/A.cpp", '#include <unistd.h>\n#include "platform/A.h"\n', False),
+    ("src/platform/posix/A.cpp", '#include "log/Log.h"\n', True),
+    ("src/port/A.cpp", '#include "api/ApiCall.h"\n', True),
+    ("src/api/A.cpp", '#include "port/Routing.h"\n', False),
+    ("src/api/A.cpp", '#include "zvgr/ZVGRLib.h"\n', True),
+    ("src/resources/A.h", '#include "log/Log.h"\n', True),
+    ("include/GenTL/A.h", '#include "zvgr/ZVGRLib.h"\n', True),
+    ("simulator/A.cpp", '#include "log/Log.h"\n', True),
+    ("tools/A.cpp", '#include "zvgr/ZVGRLib.h"\n', True),
+    ("tests/api/A.cpp", '#include "modules/A.h"\n', True),
+    ("tests/api/A.cpp", '#include "GenTL/GenTL.h"\n', False),
+    ("tests/system/A.cpp", '#include "support/fixtures.h"\n', True),
+]
+SELF_TEST_FILES = ["src/log/Log.h", "src/api/ApiCall.h", "src/port/Routing.h", "src/modules/A.h", "src/platform/A.h",
+                   "include/zvlog/ZVLogger.h", "include/zvlog/ZVSettings.h", "include/zvgr/ZVGRLib.h",
+                   "include/GenTL/GenTL.h", "tests/support/fixtures.h"]
+
+
+def self_test():
+    for path, text, is_bad in SELF_TESTS:
+        with tempfile.TemporaryDirectory() as folder:
+            root = Path(folder)
+            for name in SELF_TEST_FILES:
+                (root / name).parent.mkdir(parents=True, exist_ok=True)
+                (root / name).write_text("")
+            (root / path).parent.mkdir(parents=True, exist_ok=True)
+            (root / path).write_text(text)
+            if bool(list(check_file(root, path))) != is_bad:
+                yield f"self-test: {path} with {text!r} was {'accepted' if is_bad else 'rejected'}"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("root", nargs="?", help="the repository")
+    parser.add_argument("files", nargs="*", help="only these, relative to the repository")
+    parser.add_argument("--self-test", action="store_true")
+    options = parser.parse_args()
+    if options.self_test:
+        problems = list(self_test())
+    else:
+        wanted = [f for f in options.files if rule_for(f) or f.split("/")[0] in ("src", "include")]
+        problems = list(check(options.root, wanted if options.files else None))
+    print("\n".join(problems))
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
