@@ -1,10 +1,10 @@
 #pragma once
 
-#include "log/Log.h"
-
 #include <string>
 
 #include "GenTL/GenTL.h"
+
+#include "log/Log.h"
 
 namespace zvgentl {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "api/ApiCall.h"
-#include "api/InfoValue.h"
-
 #include <cstddef>
 
 #include "GenTL/GenTL.h"
+
+#include "api/ApiCall.h"
+#include "api/InfoValue.h"
 
 namespace zvgentl {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "api/InfoValue.h"
-
 #include <cstddef>
 #include <cstdint>
+
+#include "api/InfoValue.h"
 
 namespace zvgentl {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "GenTL/GenTL.h"
-
 #include <cstdint>
 #include <string>
 #include <utility>
+
+#include "GenTL/GenTL.h"
 
 namespace zvgentl {
 

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <tuple>
 #include <utility>
 
 #include "modules/SystemModule.h"
@@ -33,7 +34,7 @@ bool set_system(std::unique_ptr<SystemModule> system) noexcept
     SystemModule* none = nullptr;
     if (!system_module.compare_exchange_strong(none, system.get()))
         return false;
-    system.release();
+    std::ignore = system.release(); // the pointer above holds it now
     return true;
 }
 

@@ -1,5 +1,7 @@
 // Functions that describe a buffer: DSGetBufferInfo, its parts and its chunks.
 
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/InfoOutput.h"
 #include "api/InfoTable.h"
@@ -9,8 +11,6 @@
 #include "modules/BufferModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
-
-#include "GenTL/GenTL.h"
 
 namespace GenTL {
 

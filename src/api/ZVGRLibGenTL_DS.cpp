@@ -1,5 +1,7 @@
 // Data stream functions: DS*, but for those that describe a buffer (ZVGRLibGenTL_Buffer.cpp).
 
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/InfoOutput.h"
 #include "api/InfoTable.h"
@@ -9,8 +11,6 @@
 #include "modules/CameraModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
-
-#include "GenTL/GenTL.h"
 
 namespace GenTL {
 

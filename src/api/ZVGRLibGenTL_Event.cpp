@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstring>
 
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/InfoOutput.h"
 #include "api/InfoTable.h"
@@ -13,8 +15,6 @@
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
 #include "platform/monotonic_clock.h"
-
-#include "GenTL/GenTL.h"
 
 namespace GenTL {
 

@@ -3,13 +3,13 @@
 #include <cstring>
 #include <string>
 
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/InfoOutput.h"
 #include "api/ProcessState.h"
 #include "api/arguments.h"
 #include "api/producer_info.h"
-
-#include "GenTL/GenTL.h"
 
 namespace GenTL {
 

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/InfoOutput.h"
 #include "api/arguments.h"
@@ -16,8 +18,6 @@
 #include "modules/InterfaceModule.h"
 #include "modules/SystemModule.h"
 #include "modules/grabber_status.h"
-
-#include "GenTL/GenTL.h"
 
 namespace GenTL {
 

@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/ProcessState.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
 #include "log/text.h"
 #include "log/unit_loggers.h"
-
-#include "GenTL/GenTL.h"
 
 namespace GenTL {
 

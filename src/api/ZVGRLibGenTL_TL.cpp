@@ -5,6 +5,8 @@
 #include <new>
 #include <string>
 
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/InfoOutput.h"
 #include "api/ProcessState.h"
@@ -19,8 +21,6 @@
 #include "modules/InterfaceModule.h"
 #include "modules/SystemModule.h"
 #include "modules/grabber_info.h"
-
-#include "GenTL/GenTL.h"
 
 namespace GenTL {
 

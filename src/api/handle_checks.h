@@ -1,13 +1,13 @@
 #pragma once
 
+#include <utility>
+
+#include "GenTL/GenTL.h"
+
 #include "api/ApiCall.h"
 #include "api/module_kind.h"
 #include "modules/BufferPool.h"
 #include "modules/EventModule.h"
-
-#include <utility>
-
-#include "GenTL/GenTL.h"
 
 namespace zvgentl {
 

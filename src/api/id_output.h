@@ -1,9 +1,9 @@
 #pragma once
 
-#include "api/arguments.h"
-
 #include <cstring>
 #include <string>
+
+#include "api/arguments.h"
 
 namespace zvgentl {
 

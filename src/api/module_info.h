@@ -1,15 +1,15 @@
 #pragma once
 
-#include "api/InfoTable.h"
-#include "modules/DeviceModule.h"
-#include "modules/InterfaceModule.h"
-#include "modules/grabber_info.h"
-
 #include <algorithm>
 #include <iterator>
 #include <string>
 
 #include "GenTL/GenTL.h"
+
+#include "api/InfoTable.h"
+#include "modules/DeviceModule.h"
+#include "modules/InterfaceModule.h"
+#include "modules/grabber_info.h"
 
 namespace zvgentl {
 

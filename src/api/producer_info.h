@@ -1,10 +1,10 @@
 #pragma once
 
-#include "api/InfoTable.h"
-
 #include <string>
 
 #include "GenTL/GenTL.h"
+
+#include "api/InfoTable.h"
 
 namespace zvgentl {
 

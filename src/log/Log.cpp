@@ -1,14 +1,12 @@
 #include "log/Log.h"
 
-#include "platform/thread_id.h"
+#include <cstdio>
 
 #include "zvlog/ZVLogger.h"
-
 #include <Poco/Channel.h>
 #include <Poco/Message.h>
 
-#include <cstdio>
-#include <cstring>
+#include "platform/thread_id.h"
 
 namespace zvgentl {
 
@@ -30,6 +28,7 @@ public:
     ZV_PRINTF(2, 0) void append_list(const char* format, va_list arguments)
     {
         const size_t room = sizeof m_text - m_length;
+        // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has opened the list
         const int wanted = std::vsnprintf(m_text + m_length, room, format, arguments);
         if (wanted > 0)
             m_length += static_cast<size_t>(wanted) < room ? static_cast<size_t>(wanted) : room - 1;

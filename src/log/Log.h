@@ -1,8 +1,8 @@
 #pragma once
 
-#include "log/At.h"
-
 #include <cstdarg>
+
+#include "log/At.h"
 
 class ZVPocoLogger;
 

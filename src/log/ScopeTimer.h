@@ -1,8 +1,8 @@
 #pragma once
 
-#include "log/Log.h"
-
 #include <chrono>
+
+#include "log/Log.h"
 
 namespace zvgentl {
 

@@ -1,23 +1,23 @@
 #pragma once
 
-#include "modules/Quarantine.h"
-#include "modules/SerialLock.h"
-
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
 
+#include "modules/Quarantine.h"
+#include "modules/SerialLock.h"
+
 namespace zvgentl {
 
 class StreamModule;
 
 /// The queue that a buffer is in. The pool has no queue containers: this tag on each buffer is all there is.
-enum class BUFFER_QUEUE_TYPE : uint32_t {
-    GENERAL = 0, // announced, in no queue
-    INPUT = 1,   // may be filled
-    OUTPUT = 2,  // filled, or handed to the consumer and not queued again
+enum class BUFFER_QUEUE_TYPE : uint32_t { // NOLINT(readability-identifier-naming): as log lines print it
+    GENERAL = 0,                          // announced, in no queue
+    INPUT = 1,                            // may be filled
+    OUTPUT = 2,                           // filled, or handed to the consumer and not queued again
 };
 
 /// The tag's name as log lines print it.

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "modules/BufferModule.h"
-
 #include <condition_variable>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
+
+#include "modules/BufferModule.h"
 
 namespace zvgentl {
 

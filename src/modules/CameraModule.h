@@ -1,13 +1,13 @@
 #pragma once
 
-#include "modules/PortModule.h"
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
 
 #include "zvgr/ZVGRLib.h"
+
+#include "modules/PortModule.h"
 
 namespace zvgentl {
 

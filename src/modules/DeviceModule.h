@@ -1,10 +1,10 @@
 #pragma once
 
-#include "modules/CameraModule.h"
-#include "modules/PortModule.h"
-
 #include <memory>
 #include <string>
+
+#include "modules/CameraModule.h"
+#include "modules/PortModule.h"
 
 namespace zvgentl {
 

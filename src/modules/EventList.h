@@ -1,9 +1,9 @@
 #pragma once
 
-#include "modules/EventModule.h"
-
 #include <deque>
 #include <mutex>
+
+#include "modules/EventModule.h"
 
 namespace zvgentl {
 

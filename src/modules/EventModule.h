@@ -1,15 +1,15 @@
 #pragma once
 
-#include "modules/Quarantine.h"
-#include "modules/SerialLock.h"
-#include "platform/AutoResetEvent.h"
-
 #include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <vector>
 
 #include "GenTL/GenTL.h"
+
+#include "modules/Quarantine.h"
+#include "modules/SerialLock.h"
+#include "platform/AutoResetEvent.h"
 
 namespace zvgentl {
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "modules/Quarantine.h"
-
 #include <atomic>
 #include <cstdint>
 #include <string>
@@ -9,6 +7,8 @@
 #include <vector>
 
 #include "zvgr/ZVGRLib.h"
+
+#include "modules/Quarantine.h"
 
 namespace zvgentl {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "modules/PortModule.h"
-
 #include <array>
 #include <cstddef>
 #include <mutex>
 #include <new>
+
+#include "modules/PortModule.h"
 
 namespace zvgentl {
 
@@ -43,6 +43,7 @@ extern Quarantine retired_events;
 template <Quarantine& retired>
 class QuarantinedModule : public PortModule {
 public:
+    // NOLINTNEXTLINE(misc-new-delete-overloads): the sized form below is the one that matches
     static void* operator new(size_t size) { return ::operator new(size); }
     static void* operator new(size_t size, const std::nothrow_t& nothrow) noexcept
     {

@@ -1,16 +1,16 @@
 #pragma once
 
-#include "modules/BufferPool.h"
-#include "modules/EventList.h"
-#include "modules/LogThrottle.h"
-#include "modules/PortModule.h"
-
 #include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
 
 #include "zvgr/ZVGRLib.h"
+
+#include "modules/BufferPool.h"
+#include "modules/EventList.h"
+#include "modules/LogThrottle.h"
+#include "modules/PortModule.h"
 
 namespace zvgentl {
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "modules/InterfaceModule.h"
-#include "modules/Quarantine.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "modules/InterfaceModule.h"
+#include "modules/Quarantine.h"
 
 namespace zvgentl {
 
