@@ -137,7 +137,7 @@ protected:
     /// EventGetData on `event`: the code, and the record when there was one.
     struct Taken {
         GC_ERROR code;
-        EVENT_NEW_BUFFER_DATA data;
+        alignas(void*) EVENT_NEW_BUFFER_DATA data; // packed: on its own it may lie anywhere
         size_t size;
     };
     Taken take(uint64_t timeout = 0);
