@@ -17,12 +17,12 @@ constexpr std::string_view environment_prefix = "system.env.";
 Configuration::Configuration(std::string_view text, Problems& problems)
 {
     PropertyReader reader(text);
-    Property property;
-    while (reader.next(property)) {
-        if (property.has_separator)
-            m_values[property.key] = property.value;
+    while (reader.next()) {
+        const std::string key(reader.key());
+        if (reader.has_separator())
+            m_values[key] = reader.value();
         else
-            problems.push_back("'" + property.key + "' is not a property");
+            problems.push_back("'" + key + "' is not a property");
     }
 }
 

@@ -8,29 +8,31 @@
 
 namespace zvlog {
 
-/// One "key = value" or "key: value" line.
-struct Property {
-    std::string key;
-    std::string value;
-    bool has_separator = false; ///< false: the line is a lone word
-};
-
-/// Walks the properties of a text in the syntax of Poco's property files: comments begin with '#' or '!',
-/// a backslash escapes (\\t, \\r, \\n, \\f, else the character itself) and at the end of a line continues it.
-/// The text must outlive the reader.
+/// Walks the properties of a text in the syntax of Poco's property files: one "key = value" or "key: value" a
+/// line, comments begin with '#' or '!', a backslash in a value escapes (\\t, \\r, \\n, \\f, else the
+/// character itself) and at the end of a line continues it. The text must outlive the reader.
 class PropertyReader {
 public:
     explicit PropertyReader(std::string_view text);
-    /// Fills `property` with the next one; false at the end of the text.
-    bool next(Property& property);
+    /// Goes on to the next property; false at the end of the text.
+    bool next();
+    /// The key of the property.
+    std::string_view key() const { return m_key; }
+    /// False when the line is a lone word.
+    bool has_separator() const { return m_has_separator; }
+    /// The value of the property, worked out here: most readers want only one of many.
+    std::string value() const;
 
 private:
-    void skip_line();
-    void read_value(std::string& value);
-    void read_escaped(std::string& value);
+    std::size_t end_of_line(std::size_t position) const;
+    std::size_t end_of_value(std::size_t position) const;
 
     std::string_view m_text;
+    bool m_has_returns;
     std::size_t m_position = 0;
+    std::string_view m_key;
+    std::string_view m_raw_value;
+    bool m_has_separator = false;
 };
 
 /// Without the blanks at both ends.

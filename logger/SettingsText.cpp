@@ -59,11 +59,10 @@ SettingEntry find_setting(std::string_view settings, std::string_view key)
 {
     SettingEntry entry;
     PropertyReader reader(settings);
-    Property property;
-    while (reader.next(property)) {
-        if (property.key == key && property.has_separator) {
+    while (reader.next()) {
+        if (reader.key() == key && reader.has_separator()) {
             entry.is_present = true;
-            entry.text.swap(property.value);
+            entry.text = reader.value();
         }
     }
     if (entry.is_present)

@@ -1,0 +1,118 @@
+#include "unit/logger/Sandbox.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+Folder::Folder()
+{
+    std::string name = (fs::temp_directory_path() / "zvlogger-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr || chmod(name.c_str(), 0755) != 0)
+        throw std::runtime_error("no temporary folder");
+    m_path = name;
+}
+
+Folder::~Folder()
+{
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
+}
+
+Environment::~Environment()
+{
+    for (const auto& [name, value] : m_old) {
+        if (value)
+            setenv(name.c_str(), value->c_str(), 1);
+        else
+            unsetenv(name.c_str());
+    }
+}
+
+void Environment::set(const std::string& name, const std::string& value)
+{
+    remember(name);
+    setenv(name.c_str(), value.c_str(), 1);
+}
+
+void Environment::unset(const std::string& name)
+{
+    remember(name);
+    unsetenv(name.c_str());
+}
+
+void Environment::remember(const std::string& name)
+{
+    const char* const old = std::getenv(name.c_str());
+    m_old.emplace(name, old == nullptr ? std::nullopt : std::optional<std::string>(old));
+}
+
+EmptyHome::EmptyHome()
+{
+    environment.set("HOME", folder.path());
+    for (const char* const name :
+         {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "ZV_LOGGER_CONFIG", "ZV_SETTINGS_FILE"})
+        environment.unset(name);
+}
+
+Unprivileged::Unprivileged() : m_was_root(geteuid() == 0)
+{
+    constexpr uid_t nobody = 65534;
+    if (m_was_root && seteuid(nobody) != 0)
+        throw std::runtime_error("cannot give up the rights of root");
+}
+
+Unprivileged::~Unprivileged()
+{
+    if (m_was_root && seteuid(0) != 0)
+        std::abort();
+}
+
+std::string content_of(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> lines_of(const std::string& path)
+{
+    std::istringstream text(content_of(path));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+void write_file(const std::string& path, const std::string& text)
+{
+    fs::create_directories(fs::path(path).parent_path());
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << text;
+    if (!file.flush())
+        throw std::runtime_error("cannot write " + path);
+}
+
+bool is_there(const std::string& path) { return fs::exists(fs::symlink_status(path)); }
+
+std::vector<std::string> names_in(const std::string& folder)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    return names;
+}
+
+std::size_t count_of(const std::string& text, const std::string& part)
+{
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}

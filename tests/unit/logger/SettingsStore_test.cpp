@@ -1,0 +1,352 @@
+#include "logger/SettingsStore.h"
+
+#include "unit/logger/Sandbox.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Optional;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+using zvlog::SettingsPlaces;
+using zvlog::SettingsStore;
+
+namespace {
+
+class Settings : public ::testing::Test {
+protected:
+    std::uint32_t read_or_add(const std::string& key, std::uint32_t value,
+                              const std::string& description = "")
+    {
+        return m_store.value_or_add(key, value, description);
+    }
+
+    std::string file() const { return m_places.chosen; }
+
+    /// Puts a text of the same length into the same file and gives it the old times back.
+    void edit_without_a_trace(const std::string& text)
+    {
+        struct stat before = {};
+        ASSERT_EQ(0, stat(file().c_str(), &before));
+        ASSERT_EQ(static_cast<off_t>(text.size()), before.st_size);
+        write_file(file(), text);
+        const timespec times[] = {before.st_atim, before.st_mtim};
+        ASSERT_EQ(0, utimensat(AT_FDCWD, file().c_str(), times, 0));
+    }
+
+    Folder m_folder;
+    SettingsPlaces m_places{m_folder / "chosen.properties", m_folder / "user/settings.properties",
+                            m_folder / "system/settings.properties"};
+    std::vector<std::string> m_warnings;
+    SettingsStore m_store{[this] { return m_places; },
+                          [this](const std::string& text) { m_warnings.push_back(text); }};
+};
+
+TEST_F(Settings, AMissingKeyIsAddedWithItsDefaultAndDescription)
+{
+    EXPECT_EQ(4u, read_or_add("a.b", 4, "what it does"));
+    EXPECT_THAT(content_of(file()), HasSubstr("\n# what it does\n# Default: 4\na.b = 4\n"));
+    EXPECT_THAT(m_warnings, IsEmpty());
+}
+
+TEST_F(Settings, AStoredValueBeatsTheDefault)
+{
+    write_file(file(), "a = 5\n");
+    EXPECT_EQ(5u, read_or_add("a", 4));
+    EXPECT_EQ("a = 5\n", content_of(file()));
+}
+
+TEST_F(Settings, ReadingAloneAddsNothing)
+{
+    EXPECT_EQ(std::nullopt, m_store.value("a"));
+    EXPECT_FALSE(is_there(file()));
+    write_file(file(), "b = 1\n");
+    EXPECT_EQ(std::nullopt, m_store.value("a"));
+    EXPECT_THAT(m_store.value("b"), Optional(1u));
+    EXPECT_EQ("b = 1\n", content_of(file()));
+}
+
+TEST_F(Settings, AnEditIsNoticedAtTheNextRead)
+{
+    read_or_add("a", 4);
+    write_file(file(), "a = 17\n");
+    EXPECT_EQ(17u, read_or_add("a", 4));
+    EXPECT_THAT(m_store.value("a"), Optional(17u));
+}
+
+TEST_F(Settings, AnEditIsNoticedThatLeavesSizeAndTimeAsTheyWere)
+{
+    write_file(file(), "a = 1\n");
+    EXPECT_EQ(1u, read_or_add("a", 4));
+    for (std::uint32_t value = 2; value < 10; ++value) {
+        edit_without_a_trace("a = " + std::to_string(value) + "\n");
+        EXPECT_EQ(value, read_or_add("a", 4));
+    }
+}
+
+TEST_F(Settings, AddingKeepsCommentsOrderAndWhatItDoesNotUnderstand)
+{
+    const std::string old = "# mine\nz = 1\n\nnot a property\n! another\na: 0x10\n   b=2   ";
+    write_file(file(), old);
+    EXPECT_EQ(3u, read_or_add("c", 3));
+    EXPECT_THAT(content_of(file()), StartsWith(old));
+    EXPECT_EQ(16u, read_or_add("a", 0));
+    EXPECT_EQ(2u, read_or_add("b", 0));
+}
+
+TEST_F(Settings, AddingKeepsThePermissions)
+{
+    write_file(file(), "a = 1\n");
+    fs::permissions(file(), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    read_or_add("b", 1);
+    EXPECT_EQ(fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read,
+              fs::status(file()).permissions());
+}
+
+TEST_F(Settings, AddingFollowsALinkToTheFile)
+{
+    write_file(m_folder / "real/file", "a = 1\n");
+    fs::create_symlink("second", file());
+    fs::create_symlink(m_folder / "real/file", m_folder / "second");
+    read_or_add("b", 2);
+    EXPECT_TRUE(fs::is_symlink(file()));
+    EXPECT_THAT(content_of(m_folder / "real/file"), HasSubstr("b = 2\n"));
+}
+
+TEST_F(Settings, AddingMakesTheFileThatALinkPromises)
+{
+    fs::create_symlink(m_folder / "promised", file());
+    read_or_add("b", 2);
+    EXPECT_TRUE(fs::is_symlink(file()));
+    EXPECT_THAT(content_of(m_folder / "promised"), HasSubstr("b = 2\n"));
+}
+
+TEST_F(Settings, AddingLeavesNothingBehindButTheLockFile)
+{
+    read_or_add("a", 1);
+    read_or_add("b", 1);
+    EXPECT_THAT(names_in(m_folder.path()),
+                ::testing::UnorderedElementsAre("chosen.properties", "chosen.properties.lock"));
+}
+
+TEST_F(Settings, AMalformedValueIsTheDefaultAndOneWarning)
+{
+    write_file(file(), "a = many\nb = -1\n");
+    for (int read = 0; read < 3; ++read) {
+        EXPECT_EQ(4u, read_or_add("a", 4));
+        EXPECT_EQ(std::nullopt, m_store.value("a"));
+    }
+    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("'many'")));
+    EXPECT_EQ(7u, read_or_add("b", 7));
+    EXPECT_THAT(m_warnings, SizeIs(2));
+    EXPECT_EQ("a = many\nb = -1\n", content_of(file()));
+}
+
+TEST_F(Settings, TheChosenFileComesFirstThenTheUsersThenTheSystems)
+{
+    write_file(m_places.system, "a = 3\n");
+    EXPECT_EQ(3u, read_or_add("a", 0));
+    write_file(m_places.user, "a = 2\n");
+    EXPECT_EQ(2u, read_or_add("a", 0));
+    write_file(m_places.chosen, "a = 1\n");
+    EXPECT_EQ(1u, read_or_add("a", 0));
+}
+
+TEST_F(Settings, OnlyTheFirstFileThatExistsIsRead)
+{
+    write_file(m_places.system, "a = 3\n");
+    write_file(m_places.user, "b = 2\n");
+    EXPECT_EQ(std::nullopt, m_store.value("a"));
+}
+
+TEST_F(Settings, WithoutAChosenFileKeysGoToTheUsers)
+{
+    m_places.chosen.clear();
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    EXPECT_THAT(content_of(m_places.user), HasSubstr("a = 4\n"));
+    EXPECT_THAT(m_warnings, IsEmpty());
+}
+
+TEST_F(Settings, ANewFileTakesOverTheOneThatCountedBefore)
+{
+    m_places.chosen.clear();
+    write_file(m_places.system, "# for all\na = 3\n");
+    EXPECT_EQ(4u, read_or_add("b", 4));
+    EXPECT_THAT(content_of(m_places.user), StartsWith("# for all\na = 3\n"));
+    EXPECT_EQ(3u, read_or_add("a", 0));
+    EXPECT_EQ("# for all\na = 3\n", content_of(m_places.system));
+}
+
+TEST_F(Settings, AChosenFileThatDisappearsIsMadeAnew)
+{
+    read_or_add("a", 1);
+    fs::remove(file());
+    EXPECT_EQ(2u, read_or_add("a", 2));
+    EXPECT_THAT(content_of(file()), HasSubstr("a = 2\n"));
+}
+
+TEST_F(Settings, AMissingFolderWorksInMemoryWithOneWarning)
+{
+    m_places.chosen = m_folder / "missing/settings.properties";
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    EXPECT_EQ(4u, read_or_add("a", 9));
+    EXPECT_EQ(5u, read_or_add("b", 5));
+    EXPECT_THAT(m_store.value("b"), Optional(5u));
+    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("kept in memory")));
+    EXPECT_FALSE(is_there(m_folder / "missing"));
+}
+
+TEST_F(Settings, AReadOnlyFolderWorksInMemoryWithOneWarning)
+{
+    write_file(m_folder / "locked/settings.properties", "a = 1\n");
+    m_places.chosen = m_folder / "locked/settings.properties";
+    fs::permissions(m_folder / "locked", static_cast<fs::perms>(0555));
+    {
+        const Unprivileged user;
+        EXPECT_EQ(1u, read_or_add("a", 4));
+        EXPECT_EQ(5u, read_or_add("b", 5));
+        EXPECT_EQ(5u, read_or_add("b", 6));
+        EXPECT_EQ(7u, read_or_add("c", 7));
+    }
+    EXPECT_EQ("a = 1\n", content_of(m_places.chosen));
+    EXPECT_THAT(m_warnings, SizeIs(1));
+    fs::permissions(m_folder / "locked", static_cast<fs::perms>(0755));
+}
+
+TEST_F(Settings, AValueInTheFileBeatsOneInMemory)
+{
+    m_places.chosen = m_folder / "later/settings.properties";
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    write_file(m_places.chosen, "a = 8\n");
+    EXPECT_EQ(8u, read_or_add("a", 4));
+}
+
+TEST_F(Settings, AFileThatMayNotBeReadIsLeftAlone)
+{
+    write_file(file(), "a = 1\n");
+    fs::permissions(file(), fs::perms::none);
+    fs::permissions(m_folder.path(), static_cast<fs::perms>(0777));
+    {
+        const Unprivileged user;
+        EXPECT_EQ(4u, read_or_add("a", 4));
+        EXPECT_EQ(5u, read_or_add("b", 5));
+    }
+    fs::permissions(file(), fs::perms::owner_all);
+    EXPECT_EQ("a = 1\n", content_of(file()));
+    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("cannot be read"), HasSubstr("kept in memory")));
+}
+
+TEST_F(Settings, WhatIsNotAFileIsLeftAlone)
+{
+    ASSERT_EQ(0, mkfifo(file().c_str(), 0666));
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    EXPECT_TRUE(fs::is_fifo(file()));
+    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("not a regular file"), HasSubstr("kept in memory")));
+}
+
+TEST_F(Settings, ARelativeChosenFileIsRefusedWithOneWarning)
+{
+    const auto old_folder = fs::current_path();
+    fs::current_path(m_folder.path());
+    write_file(m_folder / "relative.properties", "a = 1\n");
+    m_places.chosen = "relative.properties";
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    fs::current_path(old_folder);
+    EXPECT_EQ("a = 1\n", content_of(m_folder / "relative.properties"));
+    EXPECT_THAT(content_of(m_places.user), HasSubstr("a = 4\n"));
+    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("not an absolute path")));
+}
+
+TEST_F(Settings, AUserWithoutAFolderWorksInMemoryWithOneWarning)
+{
+    m_places = {};
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    EXPECT_EQ(4u, read_or_add("a", 5));
+    EXPECT_EQ(6u, read_or_add("b", 6));
+    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("no configuration folder")));
+}
+
+TEST_F(Settings, AKeyThatNoFileCanHoldIsItsDefault)
+{
+    for (const char* const key : {"", "a=b", "#a", "a\nb"})
+        EXPECT_EQ(4u, read_or_add(key, 4));
+    EXPECT_FALSE(is_there(file()));
+}
+
+TEST_F(Settings, AnotherChosenFileCountsFromTheNextRead)
+{
+    EXPECT_EQ(4u, read_or_add("a", 4));
+    m_places.chosen = m_folder / "other.properties";
+    write_file(m_places.chosen, "a = 9\n");
+    EXPECT_EQ(9u, read_or_add("a", 4));
+}
+
+// The store knows nothing of the editor, and the editor nothing of its lock: an edit that comes between the
+// store's look at the file and its replacement must survive.
+class EditedFile : public ::testing::Test {
+protected:
+    zvlog::platform::Replacement replace(const zvlog::platform::FileContent& seen)
+    {
+        return zvlog::platform::replace_file(m_file, seen, "a = 1\nb = 2\n", m_reason);
+    }
+
+    Folder m_folder;
+    std::string m_file = m_folder / "settings.properties";
+    std::string m_reason;
+};
+
+TEST_F(EditedFile, IsReplacedWhenNobodyTouchedIt)
+{
+    write_file(m_file, "a = 1\n");
+    EXPECT_EQ(zvlog::platform::Replacement::done, replace(zvlog::platform::read_file(m_file)));
+    EXPECT_EQ("a = 1\nb = 2\n", content_of(m_file));
+}
+
+TEST_F(EditedFile, SurvivesWhenItWasReplacedMeanwhile)
+{
+    write_file(m_file, "a = 1\n");
+    const auto seen = zvlog::platform::read_file(m_file);
+    write_file(m_folder / "edited", "a = 3\n");
+    fs::rename(m_folder / "edited", m_file);
+    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ("a = 3\n", content_of(m_file));
+}
+
+TEST_F(EditedFile, SurvivesWhenItWasWrittenMeanwhile)
+{
+    write_file(m_file, "a = 1\n");
+    const auto seen = zvlog::platform::read_file(m_file);
+    write_file(m_file, "a = 3\n");
+    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ("a = 3\n", content_of(m_file));
+}
+
+TEST_F(EditedFile, SurvivesWhenItWasMadeMeanwhile)
+{
+    const auto seen = zvlog::platform::read_file(m_file);
+    write_file(m_file, "a = 3\n");
+    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ("a = 3\n", content_of(m_file));
+}
+
+TEST_F(EditedFile, IsNotMadeAnewOverADeletion)
+{
+    write_file(m_file, "a = 1\n");
+    const auto seen = zvlog::platform::read_file(m_file);
+    fs::remove(m_file);
+    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_THAT(names_in(m_folder.path()), IsEmpty());
+}
+
+} // namespace

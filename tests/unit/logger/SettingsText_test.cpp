@@ -1,0 +1,94 @@
+#include "logger/SettingsText.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+using ::testing::Optional;
+using ::testing::StartsWith;
+using zvlog::find_setting;
+using zvlog::is_storable_key;
+using zvlog::parse_setting;
+using zvlog::with_setting_added;
+
+namespace {
+
+TEST(SettingNumber, IsDecimalOrHexadecimal)
+{
+    EXPECT_THAT(parse_setting("0"), Optional(0u));
+    EXPECT_THAT(parse_setting("4294967295"), Optional(4294967295u));
+    EXPECT_THAT(parse_setting("0xFFFFffff"), Optional(4294967295u));
+    EXPECT_THAT(parse_setting("0X1f"), Optional(31u));
+    EXPECT_THAT(parse_setting("010"), Optional(10u));
+}
+
+TEST(SettingNumber, IsNothingElse)
+{
+    for (const char* const text : {"", "-1", "+1", "4294967296", "0x100000000", "0x", "0x-1", "0x0x1", "1.0",
+                                   "1 2", "12a", "true", "0b1", "1e3", "99999999999999999999"})
+        EXPECT_EQ(std::nullopt, parse_setting(text)) << text;
+}
+
+TEST(SettingsText, TheLastEntryOfAKeyCounts)
+{
+    const auto entry = find_setting("a = 1\nb = 2\na = 3\n", "a");
+    EXPECT_TRUE(entry.is_present);
+    EXPECT_THAT(entry.number, Optional(3u));
+}
+
+TEST(SettingsText, AnEntryThatIsNoNumberIsPresentAllTheSame)
+{
+    const auto entry = find_setting("a = many\n", "a");
+    EXPECT_TRUE(entry.is_present);
+    EXPECT_EQ("many", entry.text);
+    EXPECT_EQ(std::nullopt, entry.number);
+}
+
+TEST(SettingsText, ACommentedEntryIsMissing)
+{
+    EXPECT_FALSE(find_setting("# a = 1\n", "a").is_present);
+    EXPECT_FALSE(find_setting("a\n", "a").is_present);
+}
+
+TEST(SettingsText, AnAddedKeyHasItsDescriptionAndDefaultAboveIt)
+{
+    EXPECT_EQ("x = 1\n\n# what it does\n# Default: 7\na = 7\n",
+              with_setting_added("x = 1\n", "a", 7, "what it does"));
+    EXPECT_EQ("x = 1\n\n# Default: 7\na = 7\n", with_setting_added("x = 1\n", "a", 7, ""));
+}
+
+TEST(SettingsText, TheFirstKeyOfAFileGetsAHeader)
+{
+    EXPECT_THAT(with_setting_added("", "a", 7, ""), StartsWith("# Settings"));
+    EXPECT_THAT(find_setting(with_setting_added("", "a", 7, ""), "a").number, Optional(7u));
+}
+
+TEST(SettingsText, ADescriptionOfSeveralLinesStaysAComment)
+{
+    const std::string text = with_setting_added("x = 1\n", "a", 7, "one\na = 9\r\n\tthree\x01");
+    EXPECT_EQ("x = 1\n\n# one\n# a = 9\n#  three \n# Default: 7\na = 7\n", text);
+}
+
+TEST(SettingsText, AddingKeepsEverythingThatWasThere)
+{
+    for (const std::string old : {"x = 1", "x = 1\\", "# comment", "junk\n\n\n  y:2", "\n"}) {
+        const std::string text = with_setting_added(old, "a", 7, "");
+        EXPECT_THAT(text, StartsWith(old));
+        EXPECT_THAT(find_setting(text, "a").number, Optional(7u)) << text;
+    }
+}
+
+TEST(SettingsText, AddingKeepsTheLineEndsOfTheFile)
+{
+    EXPECT_EQ("x = 1\r\n\r\n# Default: 7\r\na = 7\r\n", with_setting_added("x = 1\r\n", "a", 7, ""));
+}
+
+TEST(SettingKey, MustReadBackAsItself)
+{
+    EXPECT_TRUE(is_storable_key("GenTL.Stream.BufferAllocMin"));
+    EXPECT_TRUE(is_storable_key("with a blank"));
+    for (const char* const key : {"", " a", "a ", "#a", "!a", "a=b", "a:b", "a\nb", "a\tb"})
+        EXPECT_FALSE(is_storable_key(key)) << key;
+}
+
+} // namespace

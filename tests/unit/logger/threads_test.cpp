@@ -1,0 +1,107 @@
+// Several threads in one process. ThreadSanitizer watches.
+#include "logger/LoggerRegistry.h"
+#include "logger/SettingsStore.h"
+
+#include "unit/logger/Sandbox.h"
+
+#include <Poco/Message.h>
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+using ::testing::Each;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+constexpr int thread_count = 6;
+
+void in_threads(const std::function<void(int)>& work)
+{
+    std::vector<std::thread> threads;
+    for (int number = 0; number < thread_count; ++number)
+        threads.emplace_back(work, number);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST(ThreadedLoggers, AllGetTheSameLogger)
+{
+    const Folder folder;
+    zvlog::LoggerRegistry registry({"", "", "", folder / "logs"});
+    std::vector<ZVPocoLogger*> found(thread_count);
+    in_threads([&](int number) {
+        for (int round = 0; round < 100; ++round)
+            found[static_cast<std::size_t>(number)] =
+                registry.logger("Unit" + std::to_string(round) + ".cpp", zvlog::configured_level);
+    });
+    EXPECT_THAT(found, Each(found[0]));
+}
+
+TEST(ThreadedLoggers, LoseAndMixNoLines)
+{
+    constexpr int lines_each = 200;
+    const Folder folder;
+    write_file(folder / "config", "nonsense\nlogging.loggers.root.channel = c\n"
+                                  "logging.channels.c.class = FileChannel\n"
+                                  "logging.channels.c.path = c.log\n"
+                                  "logging.channels.c.pattern = %s %t\n"
+                                  "logging.channels.c.rotation = 4 K\n");
+    zvlog::LoggerRegistry registry({folder / "config", "", "", folder / "logs"});
+    in_threads([&](int number) {
+        const std::string name = "Unit" + std::to_string(number % 3);
+        auto channel = registry.logger(name, zvlog::configured_level)->getChannel();
+        for (int line = 0; line < lines_each; ++line) {
+            const std::string text = std::to_string(number) + " " + std::to_string(line) + " end";
+            channel->log(Poco::Message(name, text, Poco::Message::PRIO_ERROR));
+        }
+    });
+
+    std::set<std::string> lines;
+    for (const std::string& name : names_in(folder / "logs")) {
+        if (name.compare(0, 5, "c.log") != 0)
+            continue;
+        for (const std::string& line : lines_of(folder / ("logs/" + name))) {
+            EXPECT_THAT(line, ::testing::MatchesRegex("Unit[0-9] [0-9]+ [0-9]+ end"));
+            lines.insert(line);
+        }
+    }
+    EXPECT_THAT(lines, SizeIs(thread_count * lines_each));
+    EXPECT_THAT(lines_of(folder / "logs/zvgentl.log"), SizeIs(1)); // the one warning about the configuration
+}
+
+TEST(ThreadedSettings, AddEveryKeyOnce)
+{
+    const Folder folder;
+    const std::string file = folder / "settings.properties";
+    std::mutex mutex;
+    std::vector<std::string> warnings;
+    zvlog::SettingsStore store(
+        [&] {
+            return zvlog::SettingsPlaces{file, "", ""};
+        },
+        [&](const std::string& text) {
+            const std::lock_guard lock(mutex);
+            warnings.push_back(text);
+        });
+    in_threads([&](int number) {
+        for (std::uint32_t key = 0; key < 30; ++key) {
+            EXPECT_EQ(key, store.value_or_add("shared." + std::to_string(key), key, ""));
+            EXPECT_EQ(key, store.value_or_add("own." + std::to_string(number) + "." + std::to_string(key),
+                                              key, ""));
+            EXPECT_EQ(std::nullopt, store.value("none"));
+        }
+    });
+    const std::string text = content_of(file);
+    EXPECT_EQ(30u, count_of(text, "\nshared."));
+    EXPECT_EQ(30u * thread_count, count_of(text, "\nown."));
+    EXPECT_THAT(warnings, IsEmpty());
+}
+
+} // namespace
