@@ -1,0 +1,36 @@
+# What the scripts share: the packages that they need and how they report. Sourced, not run.
+
+packages_to_build="g++ cmake ninja-build pkg-config libpoco-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpng-dev
+    libtiff-dev"
+packages_to_test="$packages_to_build git python3 gcovr clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev
+    libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev"
+
+# Prints a heading with the time since the script started.
+step()
+{
+    printf '\n==> [%d:%02d] %s\n' $((SECONDS / 60)) $((SECONDS % 60)) "$*"
+}
+
+# Installs those of the named Debian packages that are missing. Needs root, or sudo, only when there are any.
+ensure_packages()
+{
+    local missing=() package as_root=()
+    for package in "$@"; do
+        dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    done
+    if [ ${#missing[@]} -eq 0 ]; then
+        echo "All packages are installed."
+        return
+    fi
+    if ! command -v apt-get >/dev/null; then
+        echo "Missing: ${missing[*]}. These are Debian's names; install them and start again." >&2
+        return 1
+    fi
+    if [ "$(id -u)" -ne 0 ]; then
+        as_root=(sudo)
+    fi
+    echo "Installing ${missing[*]}"
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        "${missing[@]}" >/dev/null
+}

@@ -1,0 +1,65 @@
+#!/usr/bin/env bash
+# Installs what is missing, then builds and runs every test in every way that the project promises.
+#
+#     scripts/test.sh            all of it: about half an hour on two cores
+#     scripts/test.sh --quick    the release build and its tests alone
+#     scripts/test.sh STAGE...   the named stages: release clang asan tsan coverage lint
+set -euo pipefail
+cd "$(dirname "$0")/.."
+# shellcheck source=scripts/lib.sh
+. scripts/lib.sh
+
+all_stages=(release clang asan tsan coverage lint)
+stages=("${all_stages[@]}")
+case "${1:-}" in
+-h | --help)
+    sed -n '2,7s/^# \{0,1\}//p' "$0"
+    exit 0
+    ;;
+--quick)
+    stages=(release)
+    ;;
+?*)
+    stages=("$@")
+    ;;
+esac
+
+# Builds a preset and runs the tests that its test preset selects.
+build_and_test()
+{
+    cmake --preset "$1" --log-level=WARNING &&
+        cmake --build --preset "$1" &&
+        ctest --preset "$1" -j "$(nproc)"
+}
+
+run_stage()
+{
+    case "$1" in
+    release) build_and_test release ;;
+    clang) build_and_test clang ;;
+    asan) build_and_test asan ;;
+    tsan) build_and_test tsan ;;
+    coverage) scripts/coverage.sh ;;
+    lint) scripts/lint.sh ;;
+    *)
+        echo "Unknown stage '$1'; there are: ${all_stages[*]}" >&2
+        return 2
+        ;;
+    esac
+}
+
+step "Packages"
+# shellcheck disable=SC2086
+ensure_packages $packages_to_test
+
+passed=()
+for stage in "${stages[@]}"; do
+    step "Stage $stage"
+    if ! run_stage "$stage"; then
+        step "FAILED in stage '$stage' (passed before it: ${passed[*]:-none})"
+        echo "Run it alone with: scripts/test.sh $stage"
+        exit 1
+    fi
+    passed+=("$stage")
+done
+step "PASSED: ${passed[*]}"
