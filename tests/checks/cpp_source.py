@@ -79,6 +79,7 @@ class Site:
 
     path: Path
     line: int
+    offset: int
     unit: str
     number: int
     function: str | None = None
@@ -179,7 +180,7 @@ def describe(site, text, callee, given, position):
         site.unit = LOGGERS.get(given[0], site.unit)
         site.function = literal(given[1])
         site.priorities = (plain.group(1)[len("log_"):],)
-        site.pattern = literal_or_named(given[3], text, site_offset(site, text))
+        site.pattern = literal_or_named(given[3], text, site.offset)
     elif plain and plain.group(1) == "write_line" and position == 3:
         site.unit = LOGGERS.get(given[0], site.unit)
         site.function = literal(given[2])
@@ -192,27 +193,23 @@ def describe(site, text, callee, given, position):
 
 def describe_method(site, text, variable, name, given, position):
     if name == "refuse":
-        site.function, _ = call_context(text, site_offset(site, text), given[0])
+        site.function, _ = call_context(text, site.offset, given[0])
         site.priorities = ("error",)
         site.pattern = "info= %d" if position == 1 else code_pattern("GC_ERR_NOT_IMPLEMENTED")
         return
-    site.function, traffic = call_context(text, site_offset(site, text), variable)
+    site.function, traffic = call_context(text, site.offset, variable)
     rest = given[position + 1:]
     if name in ("log", "succeed") and rest:
-        site.priorities, site.pattern = traffic, literal_or_named(rest[0], text, site_offset(site, text))
+        site.priorities, site.pattern = traffic, literal_or_named(rest[0], text, site.offset)
     elif name in ("log_info", "log_error", "log_warning") and rest:
         site.priorities = ({"log_info": "information"}.get(name, name[len("log_"):]),)
-        site.pattern = literal_or_named(rest[0], text, site_offset(site, text))
+        site.pattern = literal_or_named(rest[0], text, site.offset)
     elif name == "fail" and rest:
         site.priorities, site.pattern = ("error",), code_pattern(rest[0])
     elif name == "library_is_open":
         site.priorities, site.pattern = ("error",), "No preceding call to GCInitLib"
     elif name == "record_error" and rest:
         site.priorities, site.pattern = ("error",), sum_pattern(rest[0])
-
-
-def site_offset(site, text):
-    return sum(len(line) + 1 for line in text.split("\n")[: site.line - 1])
 
 
 def unit_of_file(path):
@@ -228,7 +225,7 @@ def call_sites(path):
     shape = without_strings(text)
     sites = []
     for match in re.finditer(r"\bAt\s*\{\s*(\d+)\s*\}", shape):
-        site = Site(Path(path), line_of(text, match.start()), unit_of_file(path), int(match.group(1)))
+        site = Site(Path(path), line_of(text, match.start()), match.start(), unit_of_file(path), int(match.group(1)))
         opening = enclosing_bracket(shape, match.start())
         if opening >= 0:
             given = arguments(text, shape, opening)

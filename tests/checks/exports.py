@@ -75,11 +75,43 @@ def loader_problems(library, sanitized):
         yield "is marked to stay loaded"
 
 
+LOGGER_SYMBOLS = r"InitLogger|ZVTimeElapsedUs|ZVSettings::.*|zvstring::.*|operator\+\(zvstring const&, char const\*\)|" \
+                 r"ZVPocoLogger::.*|(typeinfo|typeinfo name|vtable) for ZVPocoLogger"
+
+
+def grabber_functions(path):
+    text = without_comments(Path(path).read_text())
+    return set(re.findall(r"^ZVGR_API\s+[\w\s*]*?\bZVGR_CALL\s+(\w+)\s*\(", text, re.M))
+
+
+def companion_problems(grabber_header, grabber, logger):
+    """What the two libraries beside the producer owe the loader: their interface, and nothing else."""
+    functions = grabber_functions(grabber_header)
+    symbols = {line.split()[-1] for line in output_of("nm", "-D", "--defined-only", grabber).splitlines()}
+    for name in sorted(functions ^ symbols):
+        yield f"{grabber}: {name} is {'not exported' if name in functions else 'exported, but not declared'}"
+    for line in output_of("nm", "-D", "-C", "--defined-only", logger).splitlines():
+        name = line.split(None, 2)[2]
+        if not re.fullmatch(LOGGER_SYMBOLS, name):
+            yield f"{logger}: {name} is exported"
+    for library in (grabber, logger):
+        dynamic = output_of("readelf", "-W", "-d", library)
+        if re.findall(r"\((?:RUNPATH|RPATH)\).*\[(.*)\]", dynamic) != ["$ORIGIN"] or "(RPATH)" in dynamic:
+            yield f"{library}: the search path is not RUNPATH $ORIGIN"
+        if f"[{Path(library).name}]" not in "".join(re.findall(r"\(SONAME\).*", dynamic)):
+            yield f"{library}: is not named after its file"
+        if "NODELETE" in dynamic or " UNIQUE " in output_of("readelf", "-W", "--dyn-syms", library):
+            yield f"{library}: would stay loaded"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--header", required=True)
     parser.add_argument("--list", required=True)
     parser.add_argument("--library", help="the built producer")
+    parser.add_argument("--grabber-header")
+    parser.add_argument("--grabber-library")
+    parser.add_argument("--logger-library")
     parser.add_argument("--sanitized", action="store_true")
     options = parser.parse_args()
     names = listed_functions(options.list)
@@ -87,6 +119,8 @@ def main():
     if options.library:
         problems += symbol_problems(options.library, names)
         problems += loader_problems(options.library, options.sanitized)
+    if options.grabber_library:
+        problems += companion_problems(options.grabber_header, options.grabber_library, options.logger_library)
     print("\n".join(problems))
     return 1 if problems else 0
 
