@@ -9,6 +9,7 @@ namespace zvgentl::tool {
 namespace {
 
 constexpr std::uint64_t longest_timeout_ms = 24 * 3600 * 1000;
+constexpr std::uint64_t most_frames = 1'000'000'000'000;
 constexpr std::size_t most_buffers = 10000;
 
 constexpr const char* footer =
@@ -65,7 +66,8 @@ void add_grab_options(CLI::App& app, GrabOptions& options)
            "Device (camera), by ID or serial number as `zvgentl list` shows them [the first one found]")
         ->type_name("ID");
     app.add_option("-n,--frames", options.frames, "Frames to grab; 0 grabs until Ctrl-C [10]")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(CLI::Range(std::uint64_t{0}, most_frames).description(""));
     app.add_option("-b,--buffers", options.buffers, "Buffers to give to the stream [8]")
         ->type_name("N")
         ->check(CLI::Range(std::size_t{1}, most_buffers).description(""));

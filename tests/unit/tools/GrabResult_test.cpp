@@ -1,0 +1,139 @@
+#include "zvgentl/GrabResult.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include <zvgr/FrameStamp.h>
+
+namespace zvgentl::test {
+
+using namespace tool;
+
+namespace {
+
+/// A grab of frames that carry a stamp; `damaged` of them changed on the way.
+GrabResult grabbed(const GrabOptions& options, std::uint64_t frames, std::uint64_t damaged = 0)
+{
+    GrabResult result(options);
+    result.interface_id = "FG0";
+    result.device_id = "Device00";
+    result.buffer_size = 1000;
+    result.picture = PictureKind{100, 10, 0x01080001};
+    for (std::uint64_t i = 0; i < frames; ++i) {
+        std::vector<std::uint8_t> pixels(1000);
+        zvgr::write_stamp(pixels.data(), pixels.size(), i);
+        if (i < damaged)
+            pixels.back() = 1;
+        Frame frame;
+        frame.id = i;
+        frame.data = pixels.data();
+        frame.size = pixels.size();
+        result.count.add(frame);
+    }
+    result.seconds = 2;
+    return result;
+}
+
+bool says(const GrabResult& result, const std::string& text)
+{
+    return to_text(result).find(text) != std::string::npos;
+}
+
+} // namespace
+
+TEST(GrabResult, CountsTheIntervalsBetweenFramesForTheRate)
+{
+    EXPECT_DOUBLE_EQ(5, grabbed({}, 11).rate(2).value());
+}
+
+TEST(GrabResult, KnowsNoRateFromOneFrameOrNoTime)
+{
+    EXPECT_FALSE(grabbed({}, 1).rate(2));
+    EXPECT_FALSE(grabbed({}, 11).rate(0));
+}
+
+TEST(GrabResult, SucceedsWhenAllFramesArrived) { EXPECT_EQ(0, grabbed({}, 10).exit_code()); }
+
+TEST(GrabResult, FailsWhenAFrameIsDamaged)
+{
+    EXPECT_EQ(1, grabbed({}, 10, 1).exit_code());
+    EXPECT_TRUE(says(grabbed({}, 10, 1), "1 of 10 FRAMES ARE DAMAGED"));
+}
+
+TEST(GrabResult, FailsAfterATimeOutAndSaysWhatToDo)
+{
+    GrabResult result = grabbed({}, 3);
+    result.outcome = Outcome::timed_out;
+    EXPECT_EQ(1, result.exit_code());
+    EXPECT_TRUE(says(result, "--timeout"));
+}
+
+TEST(GrabResult, AnswersAnInterruptionAsShellsExpect)
+{
+    GrabResult result = grabbed({}, 3);
+    result.outcome = Outcome::interrupted;
+    EXPECT_EQ(130, result.exit_code());
+}
+
+TEST(GrabResult, ReportsDamageEvenWhenInterrupted)
+{
+    GrabResult result = grabbed({}, 3, 1);
+    result.outcome = Outcome::interrupted;
+    EXPECT_EQ(1, result.exit_code());
+}
+
+TEST(GrabResultText, SaysWhereTheLossIsReadFrom)
+{
+    EXPECT_TRUE(says(grabbed({}, 10), "0 (from the frame ids)"));
+    GrabOptions cyclic;
+    cyclic.mode = StreamMode::cyclic;
+    EXPECT_TRUE(says(grabbed(cyclic, 10), "0 (from the frame counter in the pixels)"));
+    cyclic.verify = false;
+    EXPECT_TRUE(says(grabbed(cyclic, 10), "not known"));
+}
+
+TEST(GrabResultText, HasNoGoalWhenGrabbingWithoutEnd)
+{
+    GrabOptions endless;
+    endless.frames = 0;
+    EXPECT_TRUE(says(grabbed(endless, 7), "Delivered  7 frames in"));
+}
+
+TEST(GrabResultJson, HoldsAllNumbers)
+{
+    GrabOptions options;
+    options.output = "pictures";
+    GrabResult result = grabbed(options, 10);
+    result.saved = 10;
+    const auto json = to_json(result);
+    EXPECT_EQ("complete", json["outcome"]);
+    EXPECT_EQ("FG0", json["interface"]);
+    EXPECT_EQ("Device00", json["device"]);
+    EXPECT_EQ("queued", json["mode"]);
+    EXPECT_EQ(10, json["requested"]);
+    EXPECT_EQ(10, json["delivered"]);
+    EXPECT_EQ(0, json["lost"]);
+    EXPECT_EQ("frame ids", json["lost_from"]);
+    EXPECT_DOUBLE_EQ(4.5, json["frames_per_second"].get<double>());
+    EXPECT_EQ("Mono8", json["picture"]["pixel_format"]);
+    EXPECT_EQ(10, json["checksums"]["found"]);
+    EXPECT_EQ(0, json["checksums"]["damaged"]);
+    EXPECT_EQ(10, json["saved"]["files"]);
+    EXPECT_EQ("png", json["saved"]["format"]);
+}
+
+TEST(GrabResultJson, LeavesNullWhatIsNotKnown)
+{
+    GrabOptions options;
+    options.mode = StreamMode::cyclic;
+    const auto json = to_json(GrabResult(options));
+    EXPECT_TRUE(json["lost"].is_null());
+    EXPECT_TRUE(json["lost_from"].is_null());
+    EXPECT_TRUE(json["picture"].is_null());
+    EXPECT_TRUE(json["frames_per_second"].is_null());
+    EXPECT_TRUE(json["saved"].is_null());
+}
+
+} // namespace zvgentl::test

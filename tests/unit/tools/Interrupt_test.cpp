@@ -1,0 +1,84 @@
+#include "platform/Interrupt.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <future>
+
+namespace zvgentl::test {
+
+using tool::Interrupt;
+
+namespace {
+
+void nothing() {}
+
+} // namespace
+
+TEST(Interrupt, IsNotRequestedByItself) { EXPECT_FALSE(Interrupt(nothing).requested()); }
+
+TEST(Interrupt, RunsTheActionOnEachKindOfRequest)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        Interrupt interrupt(nothing);
+        std::promise<bool> seen;
+        const Interrupt::Action action(interrupt, [&] { seen.set_value(interrupt.requested()); });
+        std::raise(signal);
+        EXPECT_TRUE(seen.get_future().get()) << signal;
+    }
+}
+
+TEST(Interrupt, RunsALateActionAtOnce)
+{
+    Interrupt interrupt(nothing);
+    std::promise<void> requested;
+    {
+        const Interrupt::Action action(interrupt, [&] { requested.set_value(); });
+        std::raise(SIGINT);
+        requested.get_future().get();
+    }
+    bool ran = false;
+    const Interrupt::Action late(interrupt, [&] { ran = true; });
+    EXPECT_TRUE(ran);
+}
+
+TEST(Interrupt, LeavesASignalAloneThatIsIgnored)
+{
+    auto* const previous = std::signal(SIGHUP, SIG_IGN);
+    {
+        Interrupt interrupt(nothing);
+        std::promise<void> requested;
+        const Interrupt::Action action(interrupt, [&] { requested.set_value(); });
+        std::raise(SIGHUP);
+        EXPECT_FALSE(interrupt.requested());
+        std::raise(SIGINT); // only this one gets through
+        requested.get_future().get();
+    }
+    std::signal(SIGHUP, previous);
+}
+
+TEST(Interrupt, PutsTheHandlersBack)
+{
+    auto* const previous = std::signal(SIGTERM, SIG_DFL);
+    {
+        const Interrupt interrupt(nothing);
+    }
+    EXPECT_EQ(SIG_DFL, std::signal(SIGTERM, previous));
+}
+
+TEST(InterruptDeathTest, GivesUpOnTheSecondRequest)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            Interrupt interrupt([] { std::fputs("given up", stderr); });
+            std::raise(SIGINT);
+            std::raise(SIGINT);
+            for (;;)
+                std::promise<void>().get_future().wait(); // only the watcher can end this
+        },
+        testing::ExitedWithCode(130), "given up");
+}
+
+} // namespace zvgentl::test

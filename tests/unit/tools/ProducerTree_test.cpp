@@ -1,0 +1,159 @@
+#include "zvgentl/ProducerTree.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zvgentl::test {
+
+using namespace tool;
+
+namespace {
+
+DeviceEntry device(const std::string& id, const std::string& model)
+{
+    DeviceEntry entry;
+    entry.id = id;
+    entry.vendor = "Maker";
+    entry.model = model;
+    entry.display_name = model;
+    entry.serial_number = "123";
+    entry.version = "1.0";
+    entry.transport = "CXP";
+    entry.access = "read/write";
+    entry.timestamp_frequency = 25000000;
+    return entry;
+}
+
+InterfaceEntry interface_with(const std::string& id, std::vector<DeviceEntry> devices)
+{
+    InterfaceEntry entry;
+    entry.id = id;
+    entry.display_name = "Grabber";
+    entry.transport = "CXP";
+    entry.devices = std::move(devices);
+    return entry;
+}
+
+ProducerEntry producer_with(std::vector<InterfaceEntry> interfaces)
+{
+    ProducerEntry entry;
+    entry.file = "/opt/some.cti";
+    entry.display_name = "Some producer";
+    entry.vendor = "Maker";
+    entry.version = "1.2.3";
+    entry.gentl_version = "1.5";
+    entry.interfaces = std::move(interfaces);
+    return entry;
+}
+
+std::vector<std::string> lines_of(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::string line_with(const std::string& text, const std::string& part)
+{
+    for (const auto& line : lines_of(text))
+        if (line.find(part) != std::string::npos)
+            return line;
+    return {};
+}
+
+} // namespace
+
+TEST(ProducerJson, NestsInterfacesAndDevices)
+{
+    const auto json =
+        to_json(producer_with({interface_with("FG0", {device("Device00", "A"), device("Device01", "B")}),
+                               interface_with("FG1", {})}));
+    EXPECT_EQ("/opt/some.cti", json["file"]);
+    ASSERT_EQ(2U, json["interfaces"].size());
+    EXPECT_EQ("FG0", json["interfaces"][0]["id"]);
+    ASSERT_EQ(2U, json["interfaces"][0]["devices"].size());
+    EXPECT_EQ(0U, json["interfaces"][1]["devices"].size());
+    EXPECT_TRUE(json["interfaces"][1]["devices"].is_array());
+
+    const auto& first = json["interfaces"][0]["devices"][0];
+    EXPECT_EQ("Device00", first["id"]);
+    EXPECT_EQ("Maker", first["vendor"]);
+    EXPECT_EQ("A", first["model"]);
+    EXPECT_EQ("123", first["serial_number"]);
+    EXPECT_EQ("1.0", first["version"]);
+    EXPECT_EQ("CXP", first["transport"]);
+    EXPECT_EQ("read/write", first["access"]);
+    EXPECT_EQ(25000000, first["timestamp_frequency"]);
+    EXPECT_FALSE(first.contains("problem"));
+}
+
+TEST(ProducerJson, LeavesAnUnknownFrequencyNull)
+{
+    DeviceEntry entry = device("Device00", "A");
+    entry.timestamp_frequency.reset();
+    const auto json = to_json(producer_with({interface_with("FG0", {entry})}));
+    EXPECT_TRUE(json["interfaces"][0]["devices"][0]["timestamp_frequency"].is_null());
+}
+
+TEST(ProducerJson, TellsProblemsWhereTheyAre)
+{
+    ProducerEntry entry = producer_with({interface_with("FG0", {})});
+    entry.interfaces[0].problem = "in use";
+    EXPECT_EQ("in use", to_json(entry)["interfaces"][0]["problem"]);
+    EXPECT_FALSE(to_json(entry).contains("problem"));
+}
+
+TEST(ProducerText, LinesUpTheColumnsOfAllInterfaces)
+{
+    const std::string text =
+        to_text(producer_with({interface_with("FG0", {device("Device00", "A")}),
+                               interface_with("FG10", {device("Device100", "A long name")})}));
+    const std::string heading = line_with(text, "Model");
+    const std::string first = line_with(text, "Device00 ");
+    const std::string second = line_with(text, "Device100");
+    for (const auto& [title, value] : {
+             std::pair("Model", "A"), {"Serial", "123"       },
+               {"Access", "read/write"}
+    }) {
+        const auto column = heading.find(title);
+        ASSERT_NE(std::string::npos, column) << text;
+        EXPECT_EQ(0, first.compare(column, std::string(value).size(), value)) << text;
+        EXPECT_EQ(0, second.compare(column, std::string(value).size(), value)) << text;
+    }
+}
+
+TEST(ProducerText, LeavesNoBlanksAtTheEndOfALine)
+{
+    for (const auto& line :
+         lines_of(to_text(producer_with({interface_with("FG0", {device("Device00", "A")})}))))
+        EXPECT_TRUE(line.empty() || line.back() != ' ') << line;
+}
+
+TEST(ProducerText, ShowsStreamsOnlyWhenTheyWereRead)
+{
+    DeviceEntry entry = device("Device00", "A");
+    EXPECT_EQ(std::string::npos, to_text(producer_with({interface_with("FG0", {entry})})).find("Streams"));
+    entry.streams = {"Stream000"};
+    EXPECT_NE(std::string::npos, to_text(producer_with({interface_with("FG0", {entry})})).find("Stream000"));
+}
+
+TEST(ProducerText, SaysWhatIsMissing)
+{
+    EXPECT_NE(std::string::npos, to_text(producer_with({})).find("no interface found"));
+    EXPECT_NE(std::string::npos, to_text(producer_with({interface_with("FG0", {})})).find("no device found"));
+}
+
+TEST(ReadProducer, ReportsAFileThatIsNoLibrary)
+{
+    const ProducerEntry entry = read_producer("/dev/null", Streams::left_out);
+    EXPECT_NE(std::string::npos, entry.problem.find("cannot load /dev/null")) << entry.problem;
+    EXPECT_TRUE(entry.interfaces.empty());
+}
+
+} // namespace zvgentl::test

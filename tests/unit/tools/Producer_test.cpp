@@ -1,0 +1,127 @@
+#include "gentl/Producer.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+
+#include "TemporaryFolder.h"
+#include "gentl/Error.h"
+#include "zvgentl/Selection.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Files = std::vector<fs::path>;
+
+std::string error_of(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const std::runtime_error& reason) {
+        return reason.what();
+    }
+    return "no error";
+}
+
+bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST(FindProducers, TakesTheFileThatIsNamed)
+{
+    const TemporaryFolder folder;
+    write_text(folder / "a.cti", "");
+    EXPECT_EQ(Files{folder / "a.cti"}, find_producers(folder / "a.cti"));
+}
+
+TEST(FindProducers, TakesAllFilesOfAFolderThatIsNamed)
+{
+    const TemporaryFolder folder;
+    for (const char* const name : {"b.cti", "a.cti", "c.txt"})
+        write_text(folder / name, "");
+    EXPECT_EQ((Files{folder / "a.cti", folder / "b.cti"}), find_producers(folder.path()));
+}
+
+TEST(FindProducers, SearchesTheFoldersOfTheVariableInOrder)
+{
+    const TemporaryFolder first;
+    const TemporaryFolder second;
+    write_text(first / "z.cti", "");
+    write_text(second / "a.cti", "");
+    const std::string list =
+        first.path().string() + "::/does/not/exist:" + second.path().string() + ":" + first.path().string();
+    const ScopedVariable variable(producer_path_variable, list);
+    EXPECT_EQ((Files{first / "z.cti", second / "a.cti"}), find_producers({}));
+}
+
+TEST(FindProducers, PrefersTheFileThatIsNamedOverTheVariable)
+{
+    const TemporaryFolder folder;
+    write_text(folder / "a.cti", "");
+    const ScopedVariable variable(producer_path_variable, "/does/not/exist");
+    EXPECT_EQ(Files{folder / "a.cti"}, find_producers(folder / "a.cti"));
+}
+
+TEST(FindProducers, SaysWhereItLooked)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(contains(error_of([&] { find_producers(folder / "a.cti"); }), (folder / "a.cti").string()));
+    EXPECT_TRUE(contains(error_of([&] { find_producers(folder.path()); }), "holds no .cti file"));
+    const ScopedVariable variable(producer_path_variable, folder.path().string());
+    EXPECT_TRUE(contains(error_of([&] { find_producers({}); }), "GENICAM_GENTL64_PATH"));
+    EXPECT_TRUE(contains(error_of([&] { find_producers({}); }), "--cti"));
+}
+
+TEST(LoadProducer, TellsALibraryThatIsNoProducerFromOneThatCannotBeLoaded)
+{
+    const TemporaryFolder folder;
+    write_text(folder / "text.cti", "no library");
+    EXPECT_TRUE(contains(error_of([&] { const Producer producer(folder / "text.cti"); }), "cannot load"));
+    EXPECT_TRUE(contains(error_of([] { const Producer producer("/lib/x86_64-linux-gnu/libm.so.6"); }),
+                         "is not a GenTL producer: it does not export GCInitLib"));
+}
+
+TEST(SelectProducer, TakesTheOnlyOne)
+{
+    EXPECT_EQ(fs::path("/a/other.cti"), select_producer({"/a/other.cti"}));
+}
+
+TEST(SelectProducer, PrefersItsOwnAmongOthers)
+{
+    EXPECT_EQ(fs::path("/b/ZVGRLibGenTL.cti"), select_producer({"/a/other.cti", "/b/ZVGRLibGenTL.cti"}));
+}
+
+TEST(SelectProducer, DoesNotGuess)
+{
+    for (const Files& files : {
+             Files{"/a/x.cti",            "/a/y.cti"           },
+             Files{"/a/ZVGRLibGenTL.cti", "/b/ZVGRLibGenTL.cti"}
+    }) {
+        const std::string text = error_of([&] { select_producer(files); });
+        EXPECT_TRUE(contains(text, "--cti")) << text;
+        EXPECT_TRUE(contains(text, files[0].string())) << text;
+        EXPECT_TRUE(contains(text, files[1].string())) << text;
+    }
+}
+
+TEST(Error, NamesFunctionCodeAndText)
+{
+    const Error error(GenTL::GC_ERR_ACCESS_DENIED, "IFOpenDevice", "somebody has it");
+    EXPECT_EQ(GenTL::GC_ERR_ACCESS_DENIED, error.code());
+    EXPECT_STREQ("IFOpenDevice failed with GC_ERR_ACCESS_DENIED (-1005): somebody has it", error.what());
+}
+
+TEST(Error, GivesTheNumberOfAnUnknownCode)
+{
+    EXPECT_STREQ("DSClose failed with error -4711 (-4711)", Error(-4711, "DSClose", "").what());
+}
+
+} // namespace zvgentl::test

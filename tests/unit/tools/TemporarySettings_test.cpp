@@ -1,0 +1,110 @@
+#include "zvgentl/TemporarySettings.h"
+
+#include <gtest/gtest.h>
+
+#include "TemporaryFolder.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* variable = "ZV_SETTINGS_FILE";
+constexpr const char* mode_key = "GenTL.Stream.QueuedBufferMode-Overwrite";
+
+/// A user with folders of his own and no settings yet.
+class Settings : public testing::Test {
+protected:
+    TemporaryFolder folder;
+    ScopedVariable home{"HOME", folder.path().string()};
+    ScopedVariable config{"XDG_CONFIG_HOME", ""};
+    ScopedVariable named{variable, ""};
+
+    fs::path user_file() const { return folder.path() / ".config" / "zvgentl" / "settings.properties"; }
+};
+
+} // namespace
+
+TEST(WithSetting, AddsTheKeyToAnEmptyText) { EXPECT_EQ("a.b = 1\n", with_setting("", "a.b", "1")); }
+
+TEST(WithSetting, KeepsEverythingElse)
+{
+    EXPECT_EQ("# comment\nx = 1\n\ny: 2\na.b = 1\n", with_setting("# comment\nx = 1\n\ny: 2", "a.b", "1"));
+}
+
+TEST(WithSetting, ReplacesEveryFormOfTheKey)
+{
+    EXPECT_EQ("a.b = 1\n", with_setting("a.b=0\n  a.b : 3\na.b\n\ta.b\t= 4\r\n", "a.b", "1"));
+}
+
+TEST(WithSetting, LeavesLongerKeysAndCommentsAlone)
+{
+    EXPECT_EQ("a.b.c = 1\n#a.b = 2\n!a.b = 2\na.b = 1\n",
+              with_setting("a.b.c = 1\n#a.b = 2\n!a.b = 2\n", "a.b", "1"));
+}
+
+TEST_F(Settings, ComeFromTheNamedFileFirst)
+{
+    write_text(user_file(), "x = 1\n");
+    const fs::path file = folder / "named.properties";
+    write_text(file, "x = 2\n");
+    const ScopedVariable set(variable, file.string());
+    EXPECT_EQ(file, current_settings_file());
+}
+
+TEST_F(Settings, ComeFromTheUsersFileWhenTheNamedOneDoesNotExist)
+{
+    write_text(user_file(), "x = 1\n");
+    const ScopedVariable set(variable, (folder / "missing").string());
+    EXPECT_EQ(user_file(), current_settings_file());
+}
+
+TEST_F(Settings, ComeFromTheUsersChosenFolder)
+{
+    const ScopedVariable chosen("XDG_CONFIG_HOME", (folder / "chosen").string());
+    const fs::path file = folder / "chosen" / "zvgentl" / "settings.properties";
+    write_text(file, "x = 1\n");
+    EXPECT_EQ(file, current_settings_file());
+}
+
+TEST_F(Settings, AreCopiedWithTheModeAndTakenAwayAgain)
+{
+    write_text(user_file(), std::string("x = 1\n") + mode_key + " = 1\n");
+    fs::path copy;
+    {
+        const TemporarySettings settings(StreamMode::cyclic);
+        copy = environment(variable);
+        EXPECT_NE(user_file(), copy);
+        EXPECT_EQ(std::string("x = 1\n") + mode_key + " = 0\n", read_text(copy));
+        write_text(copy.parent_path() / "lock", "what the settings store may put beside it");
+    }
+    EXPECT_EQ("", environment(variable));
+    EXPECT_FALSE(fs::exists(copy.parent_path()));
+    EXPECT_EQ(std::string("x = 1\n") + mode_key + " = 1\n", read_text(user_file()));
+}
+
+TEST_F(Settings, HoldOnlyTheModeWhenThereAreNone)
+{
+    const TemporarySettings settings(StreamMode::queued);
+    EXPECT_EQ(std::string(mode_key) + " = 1\n", read_text(environment(variable)));
+}
+
+TEST_F(Settings, AreForTheUserAlone)
+{
+    const TemporarySettings settings(StreamMode::queued);
+    const auto rights = fs::status(fs::path(environment(variable)).parent_path()).permissions();
+    EXPECT_EQ(fs::perms::owner_all, rights);
+}
+
+TEST_F(Settings, PutTheVariableBack)
+{
+    const ScopedVariable set(variable, "/some/file");
+    {
+        const TemporarySettings settings(StreamMode::queued);
+    }
+    EXPECT_EQ("/some/file", environment(variable));
+}
+
+} // namespace zvgentl::test
