@@ -92,21 +92,15 @@ uint32_t Library::open_grabber(uint32_t index)
 
 uint32_t Library::close_grabber(Lock& lock, uint32_t handle)
 {
-    const auto grabber = m_grabbers.find(handle);
-    if (grabber == m_grabbers.end())
+    const auto grabber = m_grabbers.extract(handle);
+    if (grabber.empty())
         return status_bad_handle;
-    std::set<uint32_t> streams;
-    for (const auto& [stream, object] : m_streams) {
-        const auto camera = m_cameras.find(object->camera());
-        if (camera != m_cameras.end() && camera->second.grabber == handle)
-            streams.insert(stream);
-    }
-    for (const uint32_t stream : streams)
-        m_streams.at(stream)->kill();
-    for (const uint32_t camera : grabber->second.cameras)
+    const auto& cameras = grabber.mapped().cameras;
+    for (const uint32_t camera : cameras)
         m_cameras.erase(camera);
-    m_grabbers.erase(grabber);
-    retire_streams(lock, streams);
+    retire_streams(lock, [&cameras](uint32_t /*stream*/, uint32_t camera) {
+        return std::find(cameras.begin(), cameras.end(), camera) != cameras.end();
+    });
     return status_ok;
 }
 
@@ -152,8 +146,7 @@ uint32_t Library::delete_stream(Lock& lock, uint32_t handle)
     Camera* const camera = find_camera(stream->camera());
     if (camera != nullptr && dynamic_cast<CyclicStream*>(stream) != nullptr)
         camera->callback = nullptr; // its context belongs to the stream's user
-    stream->kill();
-    retire_streams(lock, {handle});
+    retire_streams(lock, [handle](uint32_t candidate, uint32_t /*camera*/) { return candidate == handle; });
     return status_ok;
 }
 
@@ -200,28 +193,29 @@ uint32_t Library::stop(Lock& lock, uint32_t camera)
 
 void Library::stop_streams_of(Lock& lock, uint32_t camera)
 {
-    std::map<uint32_t, uint64_t> ending;
-    for (const auto& [handle, stream] : m_streams) {
-        if (stream->camera() != camera)
-            continue;
-        stream->stop();
-        if (!stream->is_own_thread()) // a callback that stops its own stream cannot wait for itself
-            ending.emplace(handle, stream->latest_acquisition());
+    for (const auto& entry : m_streams) {
+        if (entry.second->camera() == camera)
+            entry.second->stop();
     }
-    m_changed.wait(lock, [&] {
-        return std::all_of(ending.begin(), ending.end(), [&](const auto& acquisition) {
-            const Stream* const stream = find_any_stream(acquisition.first);
-            return stream == nullptr || stream->has_ended(acquisition.second);
+    m_changed.wait(lock, [this, camera] {
+        return std::all_of(m_streams.begin(), m_streams.end(), [camera](const auto& entry) {
+            const Stream& stream = *entry.second;
+            return stream.camera() != camera || stream.has_stopped() || stream.is_own_thread();
         });
     });
 }
 
-void Library::retire_streams(Lock& lock, const std::set<uint32_t>& streams)
+template <class Belongs>
+void Library::retire_streams(Lock& lock, const Belongs& belongs)
 {
-    m_changed.wait(lock, [&] {
-        return std::all_of(streams.begin(), streams.end(), [&](uint32_t handle) {
-            const Stream* const stream = find_any_stream(handle);
-            return stream == nullptr || stream->has_left() || stream->is_own_thread();
+    for (const auto& entry : m_streams) {
+        if (belongs(entry.first, entry.second->camera()))
+            entry.second->kill();
+    }
+    m_changed.wait(lock, [this, &belongs] {
+        return std::all_of(m_streams.begin(), m_streams.end(), [&belongs](const auto& entry) {
+            const Stream& stream = *entry.second;
+            return !belongs(entry.first, stream.camera()) || stream.has_left() || stream.is_own_thread();
         });
     });
     release_left_streams(lock);

@@ -88,8 +88,12 @@ public:
 
 private:
     uint32_t new_handle();
+    // A call made inside a callback does not wait for that callback. Ends need no memory.
     void stop_streams_of(Lock& lock, uint32_t camera);
-    void retire_streams(Lock& lock, const std::set<uint32_t>& streams);
+    /// Kills the streams for which `belongs(stream handle, camera handle)` holds, and waits until they are
+    /// gone.
+    template <class Belongs>
+    void retire_streams(Lock& lock, const Belongs& belongs);
     void release_left_streams(Lock& lock);
 
     std::mutex m_mutex;

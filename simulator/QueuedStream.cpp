@@ -11,6 +11,7 @@ namespace zvsim {
 namespace {
 
 constexpr std::align_val_t buffer_alignment{4096};
+constexpr uint64_t largest_buffer = uint64_t{1} << 40U; // far beyond what any machine can give
 
 } // namespace
 
@@ -21,7 +22,7 @@ void QueuedStream::FreeMemory::operator()(unsigned char* memory) const
 
 QueuedStream::Memory QueuedStream::allocate(uint64_t size)
 {
-    if (size > PTRDIFF_MAX)
+    if (size > largest_buffer)
         return nullptr;
     return Memory{
         static_cast<unsigned char*>(operator new(static_cast<size_t>(size), buffer_alignment, std::nothrow))};

@@ -35,6 +35,7 @@ void Stream::start(uint32_t frames)
 void Stream::stop()
 {
     m_is_acquiring = false;
+    m_stopped = m_started;
     wake();
 }
 

@@ -47,10 +47,8 @@ public:
     /// Ends everything; the handles of the stream and of its buffers are dead from now on.
     void kill();
 
-    /// The number of the latest acquisition, for has_ended().
-    uint64_t latest_acquisition() const { return m_started; }
-    /// True when the thread has done its last work for this acquisition.
-    bool has_ended(uint64_t acquisition) const { return m_ended >= acquisition; }
+    /// True when the thread has done its last work for everything that was stopped.
+    bool has_stopped() const { return m_ended >= m_stopped || has_left(); }
     /// True when a dead stream's thread will not come back.
     bool has_left() const { return m_has_left || !m_thread.joinable(); }
     /// True on this stream's own thread, that is inside one of its callbacks.
@@ -90,8 +88,9 @@ private:
 
     std::condition_variable m_wake; ///< Wakes the thread, and nobody else.
     std::optional<Acquisition> m_next;
-    uint64_t m_started = 0;
-    uint64_t m_ended = 0;
+    uint64_t m_started = 0; ///< The latest acquisition that was started.
+    uint64_t m_stopped = 0; ///< The latest one that was told to stop.
+    uint64_t m_ended = 0;   ///< The latest one that is over and reported.
     bool m_is_acquiring = false;
     bool m_is_dead = false;
     bool m_has_left = false;

@@ -307,14 +307,9 @@ TEST_F(EndlessQueue, StopsAndDeletesFromManyThreadsAtOnce)
 /// Every call from every thread at any time, in any order: nothing to see but that nothing breaks.
 TEST_F(EndlessQueue, CallsFromManyThreadsWhileStreaming)
 {
+    constexpr int rounds = 15;
     std::atomic<bool> is_over{false};
     std::vector<std::thread> threads;
-    threads.emplace_back([&] {
-        while (!is_over) {
-            start(stream);
-            stop();
-        }
-    });
     threads.emplace_back([&] {
         while (!is_over) {
             const uint64_t buffer = queued();
@@ -328,22 +323,48 @@ TEST_F(EndlessQueue, CallsFromManyThreadsWhileStreaming)
             uint32_t other = 0;
             uint32_t count = 0;
             EXPECT_EQ(success, ZVGR_StreamCreateAndAlloc(camera, &other, 2, 0));
-            start(other);
+            start(other); // fails while the first stream runs
             EXPECT_EQ(success, ZVGR_StreamDelete(other));
             EXPECT_EQ(success, ZV_DeviceScan(&count));
             EXPECT_EQ(64, ZVGR_GetCameraValueInt(stream, "Width"));
         }
     });
-    for (int round = 0; round < 200; ++round) {
-        const uint32_t other = ZVGR_Open(demo);
-        EXPECT_NE(ZV_NO_HANDLE, other);
-        EXPECT_EQ(success, ZVGR_Close(other));
+    threads.emplace_back([&] {
+        while (!is_over) {
+            const uint32_t other = ZVGR_Open(demo);
+            EXPECT_NE(ZV_NO_HANDLE, other);
+            EXPECT_EQ(success, ZVGR_Close(other));
+        }
+    });
+    for (uint64_t round = 0; round < rounds; ++round) {
+        const uint64_t before = receiver.frames();
+        while (start(stream) != success)
+            stop(); // whichever stream it is that runs
+        EXPECT_TRUE(receiver.wait_for(before + 20));
+        EXPECT_EQ(success, stop());
     }
     is_over = true;
     for (auto& thread : threads)
         thread.join();
-    EXPECT_EQ(success, stop());
     receiver.expect_silence();
+}
+
+/// A stream that dies before its thread has seen its start still lets a waiting stop go.
+TEST_F(OpenCamera, AStopIsNotLeftWaitingForAStreamThatIsDeleted)
+{
+    std::atomic<bool> is_over{false};
+    std::thread stopper{[&] {
+        while (!is_over)
+            EXPECT_EQ(success, stop());
+    }};
+    for (int round = 0; round < 300; ++round) {
+        uint32_t stream = 0;
+        EXPECT_EQ(success, ZVGR_StreamCreate(camera, &stream, 0));
+        EXPECT_EQ(success, start(stream));
+        EXPECT_EQ(success, ZVGR_StreamDelete(stream));
+    }
+    is_over = true;
+    stopper.join();
 }
 
 } // namespace

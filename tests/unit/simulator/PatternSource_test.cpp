@@ -1,0 +1,89 @@
+#include "simulator/Model.h"
+#include "simulator/PatternSource.h"
+
+#include "zvgr/FrameStamp.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+using zvsim::CameraModel;
+using zvsim::PatternSource;
+using zvsim::PixelFormat;
+
+CameraModel camera_of(uint32_t width, uint32_t height, const PixelFormat& format)
+{
+    CameraModel camera;
+    camera.width = width;
+    camera.height = height;
+    camera.format = format;
+    return camera;
+}
+
+std::vector<unsigned char> frame_of(const CameraModel& camera, uint64_t number)
+{
+    std::vector<unsigned char> frame(static_cast<size_t>(camera.payload()));
+    PatternSource{camera}.draw(number, frame.data(), frame.size());
+    return frame;
+}
+
+TEST(PatternSource, EightBitRampMovesAlongTheDiagonal)
+{
+    const CameraModel camera = camera_of(300, 7, zvsim::mono8);
+    for (const uint64_t number : {uint64_t{0}, uint64_t{3}, uint64_t{255}, uint64_t{256}, UINT64_MAX}) {
+        const auto frame = frame_of(camera, number);
+        for (size_t at = zvgr::frame_stamp_size; at < frame.size(); ++at) {
+            const size_t expected = (number + at / 300 + at % 300) & 0xFF;
+            ASSERT_EQ(expected, frame[at]) << "frame " << number << ", byte " << at;
+        }
+    }
+}
+
+TEST(PatternSource, SixteenBitRampIsLittleEndianAndUsesBothBytes)
+{
+    const CameraModel camera = camera_of(1100, 5, zvsim::mono16);
+    for (const uint64_t number : {uint64_t{0}, uint64_t{5}, uint64_t{1023}, uint64_t{1024}}) {
+        const auto frame = frame_of(camera, number);
+        for (size_t at = zvgr::frame_stamp_size; at < frame.size(); at += 2) {
+            const size_t pixel = at / 2;
+            const size_t expected = (number + pixel / 1100 + pixel % 1100) * 64 & 0xFFFF;
+            ASSERT_EQ(expected, frame[at] + 256U * frame[at + 1]) << "frame " << number << ", byte " << at;
+        }
+    }
+}
+
+TEST(PatternSource, CarriesTheFrameNumber)
+{
+    for (const PixelFormat& format : {zvsim::mono8, zvsim::mono16, zvsim::rgb8}) {
+        const auto frame = frame_of(camera_of(33, 9, format), 0x1234567890);
+        const auto stamp = zvgr::read_stamp(frame.data(), frame.size());
+        ASSERT_TRUE(stamp);
+        EXPECT_EQ(0x1234567890U, stamp->counter);
+        EXPECT_TRUE(stamp->checksum_ok);
+    }
+}
+
+TEST(PatternSource, OfAPictureTooSmallForAStampIsThePlainRamp)
+{
+    const auto frame = frame_of(camera_of(4, 2, zvsim::mono8), 10);
+    EXPECT_EQ((std::vector<unsigned char>{10, 11, 12, 13, 11, 12, 13, 14}), frame);
+}
+
+TEST(PatternSource, StaysWithinTheRoomThatItIsGiven)
+{
+    const CameraModel camera = camera_of(20, 10, zvsim::mono8);
+    PatternSource source{camera};
+    for (size_t room = 0; room <= 220; ++room) {
+        std::vector<unsigned char> target(240, 0x5A);
+        source.draw(1, target.data(), room);
+        for (size_t at = std::min<size_t>(room, 200); at < target.size(); ++at)
+            ASSERT_EQ(0x5A, target[at]) << "room " << room << ", byte " << at;
+        const auto stamp = zvgr::read_stamp(target.data(), room);
+        EXPECT_EQ(room >= zvgr::frame_stamp_size, stamp.has_value());
+        EXPECT_EQ(room >= 200, stamp && stamp->checksum_ok);
+    }
+}
+
+} // namespace

@@ -1,0 +1,119 @@
+#include "unit/simulator/picture_files.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <utility>
+
+#include <png.h>
+
+namespace zvsim_test {
+
+namespace {
+
+struct Kind {
+    int color_type;
+    int bit_depth;
+    size_t channels;
+};
+
+Kind kind_of(Pixels pixels)
+{
+    switch (pixels) {
+    case Pixels::grey_1:
+        return {PNG_COLOR_TYPE_GRAY, 1, 1};
+    case Pixels::grey_8:
+        return {PNG_COLOR_TYPE_GRAY, 8, 1};
+    case Pixels::grey_16:
+        return {PNG_COLOR_TYPE_GRAY, 16, 1};
+    case Pixels::rgb_8:
+        return {PNG_COLOR_TYPE_RGB, 8, 3};
+    case Pixels::rgba_8:
+        return {PNG_COLOR_TYPE_RGB_ALPHA, 8, 4};
+    case Pixels::rgb_16:
+        return {PNG_COLOR_TYPE_RGB, 16, 3};
+    }
+    throw std::logic_error{"no such kind"};
+}
+
+size_t row_size(const TestPicture& picture)
+{
+    const Kind kind = kind_of(picture.pixels);
+    return (picture.width * kind.channels * static_cast<size_t>(kind.bit_depth) + 7) / 8;
+}
+
+[[noreturn]] void on_error(png_structp /*png*/, png_const_charp message)
+{
+    std::fprintf(stderr, "libpng: %s\n", message);
+    std::abort();
+}
+
+} // namespace
+
+Folder::Folder()
+{
+    std::string name = (std::filesystem::temp_directory_path() / "zvsim-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr)
+        throw std::runtime_error{"no temporary folder"};
+    m_path = name;
+}
+
+Folder::~Folder()
+{
+    std::error_code ignored; // what cannot be removed stays behind
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+void Folder::write(const std::string& name, const std::string& content) const
+{
+    std::ofstream{file(name), std::ios::binary} << content;
+}
+
+std::vector<unsigned char> TestPicture::in_memory() const
+{
+    std::vector<unsigned char> memory = bytes;
+    if (kind_of(pixels).bit_depth == 16) {
+        for (size_t at = 0; at + 1 < memory.size(); at += 2)
+            std::swap(memory[at], memory[at + 1]);
+    }
+    return memory;
+}
+
+TestPicture test_picture(uint32_t width, uint32_t height, Pixels pixels, unsigned seed)
+{
+    TestPicture picture{width, height, pixels, false, {}};
+    picture.bytes.resize(row_size(picture) * height);
+    std::mt19937 random{seed};
+    for (auto& byte : picture.bytes)
+        byte = static_cast<unsigned char>(random());
+    return picture;
+}
+
+void write_png(const std::filesystem::path& file, const TestPicture& picture)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream{std::fopen(file.c_str(), "wb"),
+                                                                 &std::fclose};
+    if (stream == nullptr)
+        throw std::runtime_error{"cannot write " + file.string()};
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, on_error, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_init_io(png, stream.get());
+    const Kind kind = kind_of(picture.pixels);
+    png_set_IHDR(png, info, picture.width, picture.height, kind.bit_depth, kind.color_type,
+                 picture.is_interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
+                 PNG_FILTER_TYPE_BASE);
+    png_set_gAMA(png, info, 0.45455); // a reader that honours it changes the pixels
+    png_write_info(png, info);
+    std::vector<unsigned char> bytes = picture.bytes;
+    std::vector<png_bytep> rows;
+    for (uint32_t row = 0; row < picture.height; ++row)
+        rows.push_back(bytes.data() + row * row_size(picture));
+    png_write_image(png, rows.data());
+    png_write_end(png, nullptr);
+    png_destroy_write_struct(&png, &info);
+}
+
+} // namespace zvsim_test

@@ -1,0 +1,46 @@
+/// \file picture_files.h
+/// Folders of PNG pictures made for a test.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace zvsim_test {
+
+/// A new, empty folder that goes with the object.
+class Folder {
+public:
+    Folder();
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    ~Folder();
+
+    const std::filesystem::path& path() const { return m_path; }
+    std::filesystem::path file(const std::string& name) const { return m_path / name; }
+    void write(const std::string& name, const std::string& content) const;
+
+private:
+    std::filesystem::path m_path;
+};
+
+/// Kinds of PNG file, by what stands in one pixel.
+enum class Pixels { grey_1, grey_8, grey_16, rgb_8, rgba_8, rgb_16 };
+
+struct TestPicture {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    Pixels pixels = Pixels::grey_8;
+    bool is_interlaced = false;
+    std::vector<unsigned char> bytes; ///< As a file holds them: 16-bit values big-endian.
+
+    /// What a camera delivers: 16-bit values little-endian.
+    std::vector<unsigned char> in_memory() const;
+};
+
+/// A picture with every byte made from `seed`.
+TestPicture test_picture(uint32_t width, uint32_t height, Pixels pixels, unsigned seed);
+void write_png(const std::filesystem::path& file, const TestPicture& picture);
+
+} // namespace zvsim_test
