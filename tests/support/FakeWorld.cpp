@@ -206,6 +206,10 @@ std::string FakeWorld::xml_url(uint32_t handle) const
     return found == xml_urls.end() ? xml_urls.at(any_handle) : found->second;
 }
 
-void Value::operator=(int64_t value) { m_fake.set_value(m_key, value); }
+Value& Value::operator=(int64_t value)
+{
+    m_fake.set_value(m_key, value);
+    return *this;
+}
 
 } // namespace zvtest

@@ -133,7 +133,7 @@ public:
         : m_fake(fake), m_key(function, handle, name)
     {
     }
-    void operator=(int64_t value);
+    Value& operator=(int64_t value);
 
 private:
     FakeGrabberLibrary& m_fake;

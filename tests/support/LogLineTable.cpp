@@ -87,6 +87,7 @@ void LogLineTable::note(const LogLine& line)
 
 void LogLineTable::write_captured() const
 {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): at the end of the process nothing changes the environment
     const char* const folder = std::getenv("ZV_LOG_CAPTURE_DIR");
     if (folder == nullptr)
         return;

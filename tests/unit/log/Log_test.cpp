@@ -93,6 +93,7 @@ TEST_F(Log, WritesUpToTheLevelOfTheLogger)
 TEST_F(Log, DoesNotFormatADisabledLine)
 {
     library.set_level("LogTest.cpp", zvtest::Priority::error);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an address that nobody can read is the point
     const char* const unreadable = reinterpret_cast<const char*>(uintptr_t{1});
     zvgentl::log_warning(logger, "f", At{1}, "%s", unreadable);
     EXPECT_TRUE(library.lines().empty());
@@ -187,6 +188,7 @@ TEST_F(Log, KeepsLinesOfSeveralThreadsWhole)
 {
     constexpr int per_thread = 200;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int number = 0; number < 4; ++number) {
         threads.emplace_back([this, number] {
             for (int i = 0; i < per_thread; ++i)

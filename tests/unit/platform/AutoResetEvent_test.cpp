@@ -1,10 +1,12 @@
 #include "platform/AutoResetEvent.h"
 
 #include "platform/monotonic_clock.h"
+#include "support/FailingAllocations.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -92,6 +94,7 @@ TEST(AutoResetEvent, ReleasesOneWaiterPerSignal)
     std::atomic<int> woken{0};
     std::atomic<bool> done{false};
     std::vector<std::thread> threads;
+    threads.reserve(waiters);
     for (int i = 0; i < waiters; ++i) {
         threads.emplace_back([&] {
             while (event.wait(wait_forever) == WaitResult::signalled && !done) {
@@ -114,6 +117,20 @@ TEST(AutoResetEvent, ReleasesOneWaiterPerSignal)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(signals, woken.load());
+}
+
+TEST(AutoResetEvent, FailsEveryWaitWhenTheSystemRefusedIt)
+{
+    std::unique_ptr<AutoResetEvent> event;
+    {
+        const auto faults = zvtest::FailingAllocations::nth(2); // the object itself, then what it owns
+        event = std::make_unique<AutoResetEvent>();
+        ASSERT_TRUE(faults.struck());
+    }
+    event->set();
+    EXPECT_EQ(WaitResult::failed, event->wait(0));
+    event->reset();
+    EXPECT_EQ(WaitResult::failed, event->wait(wait_forever));
 }
 
 TEST(WaitResult, HasTheNumbersOfTheSystemThatLogsWereWrittenForFirst)
