@@ -1,5 +1,4 @@
-// Grabs ten frames from the first camera that a GenTL producer offers, with nothing but the standard's C
-// interface.
+// Grabs ten frames from the first camera of a GenTL producer, with nothing but the standard's C interface.
 //
 //     grab_frames /path/to/ZVGRLibGenTL.cti
 //
