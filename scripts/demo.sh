@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Shows the producer at work on a fresh Debian 12: installs what is missing, builds the release preset, lists the
 # software grabbers, grabs from one camera in queued mode and from another in cyclic mode, and saves the pictures
-# below build/demo/. Ends with a verdict: exit code 0 means that every frame arrived undamaged and was saved.
+# below build/demo/. Ends with a verdict: exit code 0 means that all frames arrived undamaged and were saved.
 #
 #     scripts/demo.sh
 #

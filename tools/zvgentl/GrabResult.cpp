@@ -192,7 +192,7 @@ std::string to_text(const GrabResult& result)
     text += fmt::format("Verified   {}\n", checked_text(result.count));
     if (!result.options.output.empty())
         text += fmt::format("Saved      {} {} files in {}\n", result.saved,
-                            format_name(result.options.format), result.options.output);
+                            result.options.format == FileFormat::png ? "PNG" : "TIFF", result.options.output);
     return text + ending_text(result);
 }
 
