@@ -98,7 +98,7 @@ std::string take(std::map<std::string, std::string>& properties, const std::stri
     const auto found = properties.find(name);
     if (found == properties.end())
         return {};
-    const std::string value = found->second;
+    std::string value = std::move(found->second);
     properties.erase(found);
     return value;
 }
@@ -318,9 +318,10 @@ bool ChannelSet::choose_path(const std::string& key, FilePolicy& policy, const s
 
 ChannelSet::Properties ChannelSet::properties(const std::string& key) const
 {
+    const std::string prefix = key + ".";
     Properties found;
     for (const std::string& name : m_configuration.children(key)) {
-        const auto value = m_configuration.value(key + "." + name);
+        const auto value = m_configuration.value(prefix + name);
         if (value && name != "class")
             found.emplace(name, *value);
     }

@@ -23,7 +23,7 @@ constexpr const char* config_variable = "ZV_LOGGER_CONFIG";
 constexpr const char* config_name = "/logger.properties";
 constexpr const char* default_log_name = "/zvgentl.log";
 constexpr const char* default_pattern = "%Y-%m-%dT%H:%M:%S.%iZ %P %p %t";
-constexpr std::uint64_t default_log_limit = 2 * 1024 * 1024;
+constexpr std::uint64_t default_log_limit = std::uint64_t{2} * 1024 * 1024;
 constexpr unsigned default_log_archives = 4;
 constexpr int default_level = Poco::Message::PRIO_WARNING;
 constexpr std::size_t longest_notice = 2000;
@@ -45,8 +45,8 @@ int parse_level(const std::string& text)
 // Poco keeps the constructor of its loggers for derived classes.
 class OwnedLogger final : public ZVPocoLogger {
 public:
-    OwnedLogger(const std::string& name, ChannelPtr channel, int level)
-        : ZVPocoLogger(name, channel.get(), level)
+    OwnedLogger(const std::string& name, Poco::Channel* channel, int level)
+        : ZVPocoLogger(name, channel, level)
     {
     }
 
@@ -183,7 +183,7 @@ ZVPocoLogger* LoggerRegistry::logger(const std::string& name, std::uint32_t prio
                           ? rule.level
                           : static_cast<int>(std::min<std::uint32_t>(priority, Poco::Message::PRIO_TRACE));
     ChannelPtr channel(new GuardedChannel(name, rule.channel, m_notices));
-    Poco::AutoPtr<ZVPocoLogger> made(new OwnedLogger(name, channel, level));
+    Poco::AutoPtr<ZVPocoLogger> made(new OwnedLogger(name, channel.get(), level));
     ZVPocoLogger* const logger = made.get();
     m_loggers.emplace(name, std::move(made));
     return logger;

@@ -129,7 +129,7 @@ SettingEntry SettingsStore::add(const SettingsPlaces& places, const std::string&
         reason = lock.reason();
         for (int attempt = 0; lock.is_held() && attempt < most_attempts; ++attempt) {
             file = read_active_file(places, warnings);
-            const SettingEntry entry = find_setting(file.content.text, key);
+            SettingEntry entry = find_setting(file.content.text, key);
             if (entry.is_present)
                 return entry;
             reason = file.content.reason;

@@ -58,6 +58,8 @@ std::optional<std::uint32_t> parse_setting(std::string_view text)
 SettingEntry find_setting(std::string_view settings, std::string_view key)
 {
     SettingEntry entry;
+    if (settings.find(key) == std::string_view::npos) // spares a new key the walk through a long file
+        return entry;
     PropertyReader reader(settings);
     while (reader.next()) {
         if (reader.key() == key && reader.has_separator()) {

@@ -18,7 +18,7 @@ namespace zvlog::platform {
 
 namespace {
 
-constexpr off_t largest_file = 64 * 1024 * 1024;
+constexpr off_t largest_file = off_t{64} * 1024 * 1024;
 
 std::string describe(int error) { return std::generic_category().message(error); }
 
@@ -189,7 +189,7 @@ std::string resolve_links(const std::string& path)
         if (length < 0)
             break;
         const std::string next(target.data(), static_cast<std::size_t>(length));
-        resolved = is_absolute(next) ? next : folder_of(resolved) + "/" + next;
+        resolved = is_absolute(next) ? next : folder_of(resolved).append("/").append(next);
     }
     return resolved;
 }

@@ -36,7 +36,7 @@ std::string base_folder(const char* variable, const char* below_home)
 
 std::string environment(const char* name)
 {
-    const char* const value = std::getenv(name);
+    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing here sets one
     return value == nullptr ? std::string() : std::string(value);
 }
 

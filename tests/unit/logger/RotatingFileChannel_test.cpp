@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <string>
 
+#include <sys/stat.h>
+
 using zvlog::FilePolicy;
 using zvlog::RotatingFileChannel;
 
@@ -96,7 +98,7 @@ TEST_F(RotatingFile, SaysWhenTheDiskIsFull)
 
 TEST_F(RotatingFile, DoesNotWaitForTheReaderOfAPipe)
 {
-    ASSERT_EQ(0, std::system(("mkfifo " + file()).c_str()));
+    ASSERT_EQ(0, mkfifo(file().c_str(), 0666));
     auto channel = open();
     EXPECT_THROW(write(channel, "text"), Poco::OpenFileException);
 }

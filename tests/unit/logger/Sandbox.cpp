@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
@@ -25,6 +24,8 @@ Folder::~Folder()
     std::error_code ignored;
     fs::remove_all(m_path, ignored);
 }
+
+// NOLINTBEGIN(concurrency-mt-unsafe): tests set the environment before they start threads
 
 Environment::~Environment()
 {
@@ -54,6 +55,8 @@ void Environment::remember(const std::string& name)
     m_old.emplace(name, old == nullptr ? std::nullopt : std::optional<std::string>(old));
 }
 
+// NOLINTEND(concurrency-mt-unsafe)
+
 EmptyHome::EmptyHome()
 {
     environment.set("HOME", folder.path());
@@ -77,8 +80,9 @@ Unprivileged::~Unprivileged()
 
 std::string content_of(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
 }
 
 std::vector<std::string> lines_of(const std::string& path)

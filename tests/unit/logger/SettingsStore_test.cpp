@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
@@ -111,6 +112,19 @@ TEST_F(Settings, AddingKeepsThePermissions)
     read_or_add("b", 1);
     EXPECT_EQ(fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read,
               fs::status(file()).permissions());
+}
+
+TEST_F(Settings, AddingAsRootLeavesTheFileToItsOwner)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can take a file away from its owner";
+    write_file(file(), "a = 1\n");
+    ASSERT_EQ(0, chown(file().c_str(), 65534, 65534));
+    read_or_add("b", 1);
+    struct stat after = {};
+    ASSERT_EQ(0, stat(file().c_str(), &after));
+    EXPECT_EQ(65534u, after.st_uid);
+    EXPECT_EQ(65534u, after.st_gid);
 }
 
 TEST_F(Settings, AddingFollowsALinkToTheFile)

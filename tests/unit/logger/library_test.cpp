@@ -21,7 +21,6 @@
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::SizeIs;
 
 namespace {
@@ -34,7 +33,7 @@ public:
     LoadedLibrary() : m_handle(dlopen(ZV_LOGGER_LIBRARY, RTLD_NOW | RTLD_LOCAL))
     {
         if (m_handle == nullptr)
-            throw std::runtime_error(dlerror());
+            throw std::runtime_error("cannot load " ZV_LOGGER_LIBRARY);
     }
     ~LoadedLibrary() { dlclose(m_handle); }
     LoadedLibrary(const LoadedLibrary&) = delete;

@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 using ::testing::Each;
-using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::SizeIs;
 
@@ -39,6 +38,16 @@ std::vector<int> run_workers(int count, const std::string& task, int rounds)
     return codes;
 }
 
+/// What a worker leaves behind of its key of a round.
+std::string edited_entry(int number, int round)
+{
+    std::string entry = "Worker" + std::to_string(number);
+    return entry.append(".Key")
+        .append(std::to_string(round))
+        .append(" = ")
+        .append(std::to_string(round + 1000));
+}
+
 TEST(Processes, LoseNoSettingAndTearNoFile)
 {
     constexpr int processes = 8;
@@ -57,8 +66,7 @@ TEST(Processes, LoseNoSettingAndTearNoFile)
     EXPECT_THAT(entries, SizeIs(processes * rounds));
     for (int number = 0; number < processes; ++number) {
         for (int round = 0; round < rounds; ++round)
-            EXPECT_EQ(1u, entries.count("Worker" + std::to_string(number) + ".Key" + std::to_string(round) +
-                                        " = " + std::to_string(round + 1000)));
+            EXPECT_EQ(1u, entries.count(edited_entry(number, round)));
     }
     EXPECT_THAT(names_in(home.folder.path()),
                 ::testing::UnorderedElementsAre("settings.properties", "settings.properties.lock"));
@@ -71,10 +79,10 @@ TEST(Processes, ShareTheDefaultLogThroughItsRotations)
     EmptyHome home;
     EXPECT_THAT(run_workers(processes, "log", lines_each), Each(0));
 
-    const std::string folder = home.folder / ".local/state/zvgentl";
+    const std::string folder = home.folder / ".local/state/zvgentl/";
     std::set<std::string> found;
     for (const std::string& name : names_in(folder)) {
-        for (const std::string& line : lines_of(folder + "/" + name)) {
+        for (const std::string& line : lines_of(folder + name)) {
             EXPECT_EQ(1u, count_of(line, "begin "));
             EXPECT_THAT(line, EndsWith(". end"));
             found.insert(line.substr(line.find("begin ")));

@@ -25,6 +25,7 @@ constexpr int thread_count = 6;
 void in_threads(const std::function<void(int)>& work)
 {
     std::vector<std::thread> threads;
+    threads.reserve(thread_count);
     for (int number = 0; number < thread_count; ++number)
         threads.emplace_back(work, number);
     for (std::thread& thread : threads)

@@ -43,7 +43,10 @@ void edit(const std::string& file, const std::string& key, std::uint32_t value)
 
 int use_settings(const std::string& number, unsigned rounds)
 {
-    const std::string file = std::getenv("ZV_SETTINGS_FILE");
+    const char* const chosen = std::getenv("ZV_SETTINGS_FILE"); // NOLINT(concurrency-mt-unsafe): one thread
+    if (chosen == nullptr)
+        return 65;
+    const std::string file = chosen;
     for (unsigned round = 0; round < rounds; ++round) {
         const std::string key = key_name(number, round);
         if (ZVSettings::InitInteger(zv_feature_integer, key.c_str(), round, "a key") != round)
