@@ -6,7 +6,6 @@
 #include "simulator/Log.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <new>
 #include <utility>
 
@@ -16,16 +15,15 @@ namespace {
 
 constexpr std::chrono::seconds longest_wait_at_exit{5};
 
-/// Ends what still runs when the library is unloaded, or the process ends, without a start having registered
-/// it.
-struct AtUnload {
-    AtUnload() = default;
-    AtUnload(const AtUnload&) = delete;
-    AtUnload& operator=(const AtUnload&) = delete;
-    ~AtUnload() { Library::instance().shut_down(); }
+/// Ends what still runs when the library is unloaded or the process ends.
+struct ShutDown {
+    ShutDown() = default;
+    ShutDown(const ShutDown&) = delete;
+    ShutDown& operator=(const ShutDown&) = delete;
+    ~ShutDown() { Library::instance().shut_down(); }
 };
 
-const AtUnload at_unload;
+const ShutDown at_unload;
 
 } // namespace
 
@@ -175,10 +173,9 @@ uint32_t Library::start(uint32_t camera, uint32_t stream, uint32_t frames)
         return status_not_ready;
     if (acquiring_stream(camera) != nullptr)
         return status_in_use;
-    // Registered this late, it runs before the destructors of everything that exists by now: no callback
+    // Made this late, it goes before everything that exists by now: at the end of the process no callback
     // finds its receiver half gone.
-    if (!m_stops_at_exit)
-        m_stops_at_exit = std::atexit([] { instance().shut_down(); }) == 0;
+    static const ShutDown before_the_receivers;
     started->start(frames);
     return status_ok;
 }
@@ -237,7 +234,8 @@ void Library::release_left_streams(Lock& lock)
 void Library::shut_down()
 {
     Lock guard = lock();
-    m_is_shut_down = true;
+    if (std::exchange(m_is_shut_down, true))
+        return;
     m_grabbers.clear();
     m_cameras.clear();
     for (const auto& entry : m_streams)

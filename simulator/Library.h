@@ -99,7 +99,6 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_is_shut_down = false;
-    bool m_stops_at_exit = false;
     uint32_t m_last_handle = 0x1000;
     std::unique_ptr<const Configuration> m_configuration;
     std::set<std::string> m_texts;

@@ -1,0 +1,294 @@
+// The library when it is unloaded, and when the process ends, in every state.
+#include "unit/simulator/LoadedLibrary.h"
+#include "unit/simulator/fixtures.h"
+#include "unit/simulator/picture_files.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <thread>
+
+#include <unistd.h>
+
+namespace {
+
+using namespace zvsim_test;
+
+constexpr uint32_t success = zv_success;
+
+size_t entries_of(const char* folder)
+{
+    size_t entries = 0;
+    for (const auto& entry : std::filesystem::directory_iterator{folder})
+        entries += entry.path().empty() ? 0 : 1;
+    return entries;
+}
+
+template <class Condition>
+bool becomes_true(const Condition& condition)
+{
+    const auto give_up = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > give_up)
+            return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+/// The threads of this process while it runs none but the main one and those of a sanitizer, which begin with
+/// the first other thread.
+size_t resting_threads()
+{
+    std::string task;
+    std::thread{[&] { task = "/proc/self/task/" + std::to_string(gettid()); }}.join();
+    EXPECT_TRUE(becomes_true([&] { return !std::filesystem::exists(task); }));
+    return entries_of("/proc/self/task");
+}
+
+/// A joined thread stays in the system's list for a moment.
+bool threads_become(size_t number)
+{
+    return becomes_true([number] { return entries_of("/proc/self/task") == number; });
+}
+
+/// A loaded library with one camera open.
+class Loaded {
+public:
+    Loaded()
+    {
+        uint32_t count = 0;
+        EXPECT_EQ(success, library.device_scan(&count));
+        grabber = library.open(0);
+        count = 1;
+        EXPECT_EQ(success, library.update_camera_list(grabber, &camera, &count));
+        EXPECT_EQ(success, library.camera_open(camera, nullptr));
+    }
+
+    /// A queued-mode stream that delivers frames until it is stopped.
+    void start_queued()
+    {
+        receiver.on_buffer = [this](uint64_t buffer) { library.buffer_to_queue(buffer, zv_queue_input); };
+        EXPECT_EQ(success, library.stream_create(camera, &stream, 0));
+        EXPECT_EQ(success,
+                  library.stream_buffer_callback_register(stream, &Receiver::buffer_callback, &receiver));
+        for (int buffers = 0; buffers < 3; ++buffers) {
+            uint64_t buffer = 0;
+            EXPECT_EQ(success, library.buffer_alloc_and_announce(stream, 64 * 48, nullptr, &buffer));
+            EXPECT_EQ(success, library.buffer_to_queue(buffer, zv_queue_input));
+        }
+        EXPECT_EQ(success, library.start(camera, stream, 0));
+    }
+
+    void start_cyclic()
+    {
+        EXPECT_EQ(success, library.stream_create_and_alloc(camera, &stream, 4, 0));
+        EXPECT_EQ(success, library.camera_callback_register(camera, &Receiver::frame_callback, &receiver));
+        EXPECT_EQ(success, library.start(camera, stream, 0));
+    }
+
+private:
+    Variable m_rate{"ZV_GRABBER_RATE", "0"};
+    Variable m_size{"ZV_GRABBER_SIZE", "64x48"};
+
+public:
+    LoadedLibrary library;
+    Receiver receiver;
+    uint32_t grabber = 0;
+    uint32_t camera = 0;
+    uint32_t stream = 0;
+};
+
+TEST(Unload, LeavesNothingAfterEverythingWasClosed)
+{
+    size_t descriptors = 0;
+    size_t others = 0;
+    for (int round = 0; round < 20; ++round) {
+        {
+            Loaded loaded;
+            loaded.start_queued();
+            EXPECT_TRUE(loaded.receiver.wait_for(5));
+            EXPECT_EQ(success, loaded.library.stop(loaded.camera));
+            EXPECT_EQ(success, loaded.library.stream_delete(loaded.stream));
+            EXPECT_EQ(success, loaded.library.camera_close(loaded.camera));
+            EXPECT_EQ(success, loaded.library.close(loaded.grabber));
+        }
+        EXPECT_FALSE(LoadedLibrary::is_mapped());
+        if (round == 0) { // what the process itself opens and starts, it has by now
+            descriptors = entries_of("/proc/self/fd");
+            others = resting_threads();
+        }
+        EXPECT_EQ(descriptors, entries_of("/proc/self/fd"));
+        EXPECT_TRUE(threads_become(others));
+    }
+}
+
+TEST(Unload, OfAnUnusedLibraryIsHarmless)
+{
+    LoadedLibrary{}.unload();
+    EXPECT_FALSE(LoadedLibrary::is_mapped());
+}
+
+TEST(Unload, WithEverythingOpenLeavesNothing)
+{
+    const size_t before = resting_threads();
+    {
+        Loaded loaded;
+        EXPECT_EQ(success, loaded.library.stream_create_and_alloc(loaded.camera, &loaded.stream, 4, 0));
+    }
+    EXPECT_FALSE(LoadedLibrary::is_mapped());
+    EXPECT_TRUE(threads_become(before));
+}
+
+TEST(Unload, WhileFramesRunEndsThemFirst)
+{
+    const size_t before = resting_threads();
+    for (const bool is_queued : {true, false}) {
+        Loaded loaded;
+        if (is_queued)
+            loaded.start_queued();
+        else
+            loaded.start_cyclic();
+        EXPECT_TRUE(loaded.receiver.wait_for(5));
+        loaded.library.unload();
+        loaded.receiver.expect_silence();
+        EXPECT_FALSE(LoadedLibrary::is_mapped());
+        EXPECT_TRUE(threads_become(before));
+    }
+}
+
+TEST(Unload, WaitsForACallbackThatDeletedItsStream)
+{
+    const size_t before = resting_threads();
+    Loaded loaded;
+    Gate deleted;
+    bool has_returned = false;
+    loaded.start_cyclic();
+    loaded.library.stop(loaded.camera);
+    loaded.receiver.on_frame = [&](uint32_t stream) {
+        EXPECT_EQ(success, loaded.library.stream_delete(stream));
+        EXPECT_EQ(success, loaded.library.close(loaded.grabber));
+        deleted.open();
+        for (int turn = 0; turn < 1000; ++turn) // still inside while the library is being unloaded
+            std::this_thread::yield();
+        has_returned = true;
+    };
+    EXPECT_EQ(success, loaded.library.start(loaded.camera, loaded.stream, 0));
+    ASSERT_TRUE(deleted.wait());
+    loaded.library.unload();
+    EXPECT_TRUE(has_returned);
+    EXPECT_FALSE(LoadedLibrary::is_mapped());
+    EXPECT_TRUE(threads_become(before));
+}
+
+/// Runs at the end of a process, after what the library has registered: nothing of it may be left, and calls
+/// must fail without harm. The library stays loaded.
+Loaded* at_exit = nullptr;
+size_t threads_before = 0;
+
+void check_at_exit()
+{
+    at_exit->receiver.expect_silence();
+    uint32_t count = 0;
+    const bool is_quiet = threads_become(threads_before);
+    const bool is_closed = at_exit->library.close(at_exit->grabber) != success &&
+                           at_exit->library.stop(at_exit->camera) != success &&
+                           at_exit->library.start(at_exit->camera, at_exit->stream, 0) != success &&
+                           at_exit->library.device_scan(&count) == success && count == 0 &&
+                           at_exit->library.open(0) == ZV_NO_HANDLE;
+    if (!is_quiet || !is_closed)
+        std::_Exit(is_quiet ? 2 : 3);
+}
+
+[[noreturn]] void exit_while_frames_run(bool is_queued)
+{
+    threads_before = resting_threads();
+    static Loaded loaded; // destroyed at the end of the process, after the library has ended its streams
+    at_exit = &loaded;
+    std::atexit(check_at_exit);
+    if (is_queued)
+        loaded.start_queued();
+    else
+        loaded.start_cyclic();
+    if (!loaded.receiver.wait_for(5))
+        std::_Exit(4);
+    std::exit(0);
+}
+
+class Exit : public testing::Test {
+protected:
+    Exit() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+};
+
+TEST_F(Exit, WhileAQueuedStreamRunsEndsItFirst)
+{
+    EXPECT_EXIT(exit_while_frames_run(true), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Exit, WhileACyclicStreamRunsEndsItFirst)
+{
+    EXPECT_EXIT(exit_while_frames_run(false), testing::ExitedWithCode(0), "");
+}
+
+[[noreturn]] void exit_inside_a_callback()
+{
+    static Loaded* const loaded = new Loaded; // not unloaded: its thread is the one that exits
+    loaded->receiver.on_frame = [](uint32_t /*stream*/) { std::exit(0); };
+    loaded->start_cyclic();
+    for (;;)
+        std::this_thread::yield();
+}
+
+TEST_F(Exit, InsideACallbackDoesNotWaitForIt)
+{
+    EXPECT_EXIT(exit_inside_a_callback(), testing::ExitedWithCode(0), "");
+}
+
+[[noreturn]] void exit_while_a_callback_hangs()
+{
+    static Loaded* const loaded = new Loaded; // the callback needs it to the very end
+    static Gate entered;
+    loaded->receiver.on_frame = [](uint32_t /*stream*/) {
+        entered.open();
+        for (;;)
+            std::this_thread::yield();
+    };
+    loaded->start_cyclic();
+    if (!entered.wait())
+        std::_Exit(4);
+    std::exit(0);
+}
+
+TEST_F(Exit, DoesNotWaitForEverForACallbackThatHangs)
+{
+    EXPECT_EXIT(exit_while_a_callback_hangs(), testing::ExitedWithCode(0), "");
+}
+
+TEST(Warnings, GoToTheLog)
+{
+    const Folder folder;
+    const std::string log = folder.file("grabber.log").string();
+    folder.write("logger.properties", "logging.loggers.root.channel = file\n"
+                                      "logging.loggers.root.level = warning\n"
+                                      "logging.channels.file.class = FileChannel\n"
+                                      "logging.channels.file.path = " +
+                                          log + "\n");
+    const char* const previous = std::getenv("ZV_LOGGER_CONFIG");
+    const std::string restored = previous != nullptr ? previous : "";
+    {
+        const Variable configuration{"ZV_LOGGER_CONFIG", folder.file("logger.properties").string()};
+        const Variable malformed{"ZV_GRABBER_RATE", "very fast"};
+        LoadedLibrary library;
+        uint32_t count = 0;
+        EXPECT_EQ(success, library.device_scan(&count));
+        EXPECT_EQ(3U, count);
+    }
+    setenv("ZV_LOGGER_CONFIG", restored.c_str(), 1);
+    std::ifstream file{log};
+    const std::string text{std::istreambuf_iterator<char>{file}, {}};
+    EXPECT_THAT(text, testing::HasSubstr("ZV_GRABBER_RATE=very fast is ignored"));
+}
+
+} // namespace

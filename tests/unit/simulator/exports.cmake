@@ -1,0 +1,12 @@
+# Fails unless the library exports exactly the functions that its header declares.
+execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+file(READ ${HEADER} header)
+string(REGEX MATCHALL "ZVGR_CALL ZV[A-Za-z0-9_]+" declared "${header}")
+list(TRANSFORM declared REPLACE "ZVGR_CALL " "")
+string(REGEX MATCHALL "[^ \n]+\n" exported "${symbols}")
+list(TRANSFORM exported STRIP)
+list(SORT declared)
+list(SORT exported)
+if(NOT declared STREQUAL exported OR declared STREQUAL "")
+    message(FATAL_ERROR "declared: ${declared}\nexported: ${exported}")
+endif()
