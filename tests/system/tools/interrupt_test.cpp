@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+
+#include "Program.h"
+
+namespace zvgentl::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::ptrdiff_t files_in(const fs::path& folder)
+{
+    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+}
+
+struct Case {
+    const char* mode;
+    int signal;
+};
+
+class InterruptedGrab : public testing::TestWithParam<Case> {};
+
+} // namespace
+
+TEST_P(InterruptedGrab, SavesWhatArrivedAndTakesItsSettingsAway)
+{
+    const TemporaryFolder folder;
+    const FileWatch watch(folder.path());
+    Program program(
+        {"grab", "--mode", GetParam().mode, "--frames", "0", "--output", folder.path().string(), "--json"});
+    program.start();
+    watch.wait_for("frame_000003.png");
+    program.send(GetParam().signal);
+    const Ended ended = program.wait();
+    EXPECT_EQ(130, ended.code) << ended.errors;
+    const auto summary = ended.json();
+    EXPECT_EQ("interrupted", summary["outcome"]);
+    EXPECT_LE(4, summary["delivered"]);
+    EXPECT_EQ(summary["delivered"], summary["saved"]["files"]);
+    EXPECT_EQ(summary["saved"]["files"], files_in(folder.path()))
+        << "every file is complete, none is left over";
+    EXPECT_EQ(0, summary["checksums"]["damaged"]);
+    EXPECT_TRUE(program.left_nothing_temporary());
+}
+
+TEST_P(InterruptedGrab, NeedNotWaitForAFrame)
+{
+    const TemporaryFolder folder;
+    const FileWatch watch(folder.path());
+    Program program({"grab", "--mode", GetParam().mode, "--frames", "0", "--timeout", "3600000", "--output",
+                     folder.path().string(), "--json"});
+    program.with("ZV_GRABBER_RATE", "0.00001"); // the second frame would come after a day
+    program.start();
+    watch.wait_for("frame_000000.png");
+    program.send(GetParam().signal);
+    const Ended ended = program.wait();
+    EXPECT_EQ(130, ended.code) << ended.errors;
+    EXPECT_EQ(1, ended.json()["delivered"]);
+    EXPECT_TRUE(program.left_nothing_temporary());
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, InterruptedGrab,
+                         testing::Values(Case{"queued", SIGINT}, Case{"cyclic", SIGINT},
+                                         Case{"queued", SIGTERM}, Case{"cyclic", SIGHUP}),
+                         [](const auto& way) {
+                             const int signal = way.param.signal;
+                             const char* const name = signal == SIGINT    ? "Int"
+                                                      : signal == SIGTERM ? "Term"
+                                                                          : "Hup";
+                             return std::string(way.param.mode) + name;
+                         });
+
+} // namespace zvgentl::test
