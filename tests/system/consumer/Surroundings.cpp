@@ -1,0 +1,70 @@
+#include "system/consumer/Surroundings.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+
+namespace zvsystem {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// NOLINTBEGIN(concurrency-mt-unsafe): called while the process has one thread
+void set_variable(const char* name, const std::string& value) { setenv(name, value.c_str(), 1); }
+// NOLINTEND(concurrency-mt-unsafe)
+
+fs::path make_private_folder()
+{
+    std::string name = (fs::temp_directory_path() / "zvgentl-system-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr)
+        throw std::system_error(errno, std::generic_category(), "cannot create the folder " + name);
+    return name;
+}
+
+} // namespace
+
+Surroundings::Surroundings() : m_folder(make_private_folder())
+{
+    set_variable("ZV_SETTINGS_FILE", m_folder / "settings.properties");
+    set_variable("ZV_LOGGER_CONFIG", "");
+    set_variable("XDG_CONFIG_HOME", m_folder / "config");
+    set_variable("XDG_STATE_HOME", m_folder / "state");
+    set_variable("ZV_GRABBER_PICTURES", "");
+    set_variable("ZV_GRABBER_PIXEL_FORMAT", "");
+    set_frame_size("");
+    set_frame_rate("0");
+}
+
+Surroundings::~Surroundings()
+{
+    std::error_code ignored;
+    fs::remove_all(m_folder, ignored);
+}
+
+void Surroundings::set_mode(Mode mode)
+{
+    write_setting("GenTL.Stream.QueuedBufferMode-Overwrite", mode == Mode::queued ? "1" : "0");
+}
+
+void Surroundings::expose_demo_grabber() { write_setting("GenTL.Interface.ExposeDemoGrabber", "1"); }
+
+void Surroundings::set_frame_size(const std::string& size) { set_variable("ZV_GRABBER_SIZE", size); }
+
+void Surroundings::set_frame_rate(const std::string& rate) { set_variable("ZV_GRABBER_RATE", rate); }
+
+/// The file is written anew: what the producer added to it are the defaults.
+void Surroundings::write_setting(const std::string& key, const std::string& value)
+{
+    m_settings[key] = value;
+    std::ofstream file(m_folder / "settings.properties", std::ios::trunc);
+    for (const auto& setting : m_settings)
+        file << setting.first << " = " << setting.second << '\n';
+    file.close();
+    if (!file)
+        throw std::runtime_error("cannot write the settings file");
+}
+
+} // namespace zvsystem

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace zvsystem {
+
+enum class Mode { queued, cyclic };
+
+/// What the producer and its libraries find around them: settings, logs and the software grabbers' variables,
+/// all in a new private folder that goes with the object. Made before the producer is loaded; one per
+/// process.
+class Surroundings {
+public:
+    Surroundings();
+    ~Surroundings();
+    Surroundings(const Surroundings&) = delete;
+    Surroundings& operator=(const Surroundings&) = delete;
+
+    const std::filesystem::path& folder() const noexcept { return m_folder; }
+
+    /// The mode of the streams that will be opened.
+    void set_mode(Mode mode);
+    /// Whether the demo grabber is listed too; for the next system that is opened.
+    void expose_demo_grabber();
+    /// The size of the frames of every camera ("640x480"; empty: each its own); counts at the next scan while
+    /// no grabber is open.
+    static void set_frame_size(const std::string& size);
+    /// Frames per second ("0": as fast as buffers come); as above.
+    static void set_frame_rate(const std::string& rate);
+
+private:
+    void write_setting(const std::string& key, const std::string& value);
+
+    std::filesystem::path m_folder;
+    std::map<std::string, std::string> m_settings;
+};
+
+} // namespace zvsystem

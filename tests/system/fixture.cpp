@@ -1,0 +1,85 @@
+#include "system/fixture.h"
+
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace zvsystem {
+
+using namespace GenTL;
+
+Surroundings& surroundings()
+{
+    static Surroundings surroundings;
+    return surroundings;
+}
+
+bool eventually(const std::function<bool()>& condition)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+pid_t this_thread() { return static_cast<pid_t>(syscall(SYS_gettid)); }
+
+bool is_asleep(pid_t thread)
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    const size_t name_end = line.rfind(')'); // the state follows the name, which may hold anything
+    return name_end != std::string::npos && line.compare(name_end, 3, ") S") == 0;
+}
+
+std::optional<zvgr::FrameStamp> stamp_of(const Camera& camera, BUFFER_HANDLE buffer)
+{
+    const auto size = static_cast<size_t>(camera.buffer_number(buffer, BUFFER_INFO_SIZE));
+    return zvgr::read_stamp(camera.memory(buffer), size);
+}
+
+void FrameCheck::expect_good(const Filled& filled)
+{
+    ++m_frames;
+    const auto stamp = stamp_of(m_camera, filled.buffer);
+    ASSERT_TRUE(stamp) << "frame " << m_frames << " carries no stamp";
+    EXPECT_TRUE(stamp->checksum_ok) << "frame " << m_frames << " is damaged";
+    if (m_last) {
+        EXPECT_GT(stamp->counter, *m_last) << "frame " << m_frames << " is old";
+    }
+    m_last = stamp->counter;
+}
+
+void FrameCheck::expect_next(const Filled& filled)
+{
+    const auto before = m_last;
+    expect_good(filled);
+    if (before && m_last) {
+        EXPECT_EQ(*before + 1, *m_last) << "before frame " << m_frames << " some are missing";
+    }
+}
+
+void stream(const Camera& camera, FrameCheck& check, uint64_t frames)
+{
+    for (uint64_t i = 0; i < frames; ++i) {
+        const Filled filled = camera.next();
+        check.expect_good(filled);
+        camera.queue(filled.buffer);
+    }
+}
+
+Surroundings& InBothModes::in_mode(Mode mode)
+{
+    surroundings().set_mode(mode);
+    return surroundings();
+}
+
+} // namespace zvsystem

@@ -1,0 +1,107 @@
+// Closing and opening again, on every level of the tree, with frames before and after.
+
+#include "system/fixture.h"
+
+using namespace GenTL;
+using namespace zvsystem;
+
+namespace {
+
+constexpr int rounds = 3;
+constexpr size_t buffers = 6;
+
+class Reopening : public InBothModes {
+protected:
+    static void expect_frames(Camera& camera)
+    {
+        camera.announce(buffers, Memory::of_consumer);
+        camera.start_and_queue();
+        FrameCheck check(camera);
+        stream(camera, check, 20);
+    }
+};
+INSTANTIATE_TEST_SUITE_P(, Reopening, both_modes, testing::PrintToStringParamName());
+
+TEST_P(Reopening, AStreamWorks)
+{
+    Camera camera(gentl, system->open_interface("FG0"), "Device00");
+    for (int round = 0; round < rounds; ++round) {
+        expect_frames(camera);
+        camera.close_stream();
+        camera.open_stream();
+        EXPECT_EQ(0u, camera.stream_number(STREAM_INFO_NUM_ANNOUNCED));
+    }
+}
+
+TEST_P(Reopening, ADeviceWorks)
+{
+    const IF_HANDLE iface = system->open_interface("FG0");
+    Camera camera(gentl, iface, "Device00");
+    for (int round = 0; round < rounds; ++round) {
+        expect_frames(camera);
+        camera.close_device();
+        camera.open_device(iface, "Device00");
+        camera.open_stream();
+    }
+}
+
+TEST_P(Reopening, AnInterfaceWorksBeforeItsDevicesAreKnown)
+{
+    IF_HANDLE iface = nullptr;
+    for (int round = 0; round < rounds; ++round) {
+        ASSERT_EQ(GC_ERR_SUCCESS, gentl.TLOpenInterface(system->handle(), "FG0", &iface));
+        ASSERT_EQ(GC_ERR_SUCCESS, gentl.IFClose(iface));
+    }
+    Camera camera(gentl, system->open_interface("FG0"), "Device00");
+    expect_frames(camera);
+}
+
+// A list of devices is compared by their number alone, so a reopened interface keeps devices whose cameras
+// ended with the grabber. A consumer reopens the system.
+TEST_P(Reopening, AnInterfaceKeepsItsDeadDevicesUntilTheSystemIsReopened)
+{
+    for (int round = 0; round < rounds; ++round) {
+        IF_HANDLE iface = system->open_interface("FG0");
+        Camera camera(gentl, iface, "Device00");
+        expect_frames(camera);
+        camera.abandon();
+        ASSERT_EQ(GC_ERR_SUCCESS, gentl.IFClose(iface)); // acquiring
+        ASSERT_EQ(GC_ERR_SUCCESS, gentl.TLOpenInterface(system->handle(), "FG0", &iface));
+        bool8_t has_changed = 1;
+        ASSERT_EQ(GC_ERR_SUCCESS, gentl.IFUpdateDeviceList(iface, &has_changed, 0));
+        EXPECT_EQ(0, has_changed);
+        DEV_HANDLE device = nullptr;
+        EXPECT_EQ(GC_ERR_ACCESS_DENIED,
+                  gentl.IFOpenDevice(iface, "Device00", DEVICE_ACCESS_CONTROL, &device));
+        system.emplace(gentl);
+    }
+    Camera camera(gentl, system->open_interface("FG0"), "Device00");
+    expect_frames(camera);
+}
+
+TEST_P(Reopening, ASystemWorks)
+{
+    for (int round = 0; round < rounds; ++round) {
+        Camera camera(gentl, system->open_interface("FG1"), "Device10");
+        expect_frames(camera);
+        camera.abandon();
+        system.emplace(gentl); // closes the old one, with everything open
+    }
+}
+
+TEST_P(Reopening, TheLibraryWorks)
+{
+    for (int round = 0; round < rounds; ++round) {
+        Camera camera(gentl, system->open_interface("FG0"), "Device01");
+        expect_frames(camera);
+        camera.abandon();
+        system->abandon();
+        ASSERT_EQ(GC_ERR_SUCCESS,
+                  gentl.GCCloseLib()); // with everything open; the camera's memory is still there
+        EXPECT_EQ(GC_ERR_NOT_INITIALIZED, gentl.GCCloseLib());
+        ASSERT_EQ(GC_ERR_SUCCESS, gentl.GCInitLib());
+        system.emplace(gentl);
+    }
+}
+
+} // namespace
