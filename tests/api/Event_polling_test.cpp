@@ -1,0 +1,188 @@
+// EventGetData with the setting that makes it poll instead of waiting for a signal.
+#include "Event_fixtures.h"
+
+#include <string>
+
+namespace zvtest {
+
+namespace {
+
+class PollingEventGetData : public EventStream {
+protected:
+    void SetUp() override
+    {
+        EventStream::SetUp();
+        if (!HasFatalFailure())
+            reopen_polling();
+    }
+
+    /// A stream reads the setting when it is made, at the next rebuild of the device list.
+    void reopen_polling()
+    {
+        settings.set("GenTL.Stream.SignaledEventMode", 0);
+        fake.grabber(0).has_cameras(2);
+        ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+        ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
+        ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
+        dev = open_device(iface, "Device00");
+        ds = open_stream(dev, "Stream000");
+        buffers.clear();
+        prepare();
+    }
+
+    const ExpectedLine too_late{
+        Priority::debug,
+        "EventGetData - GC_ERR_TIMEOUT, event was signaled but no data can be retreived after timeout",
+        "EventGetData", "ZVGRLibGenTL"};
+    const ExpectedLine aborted{Priority::debug, "EventGetData GC_ERR_ABORT", "EventGetData", "ZVGRLibGenTL"};
+};
+
+TEST_F(PollingEventGetData, TakesAnEntry)
+{
+    deliver_buffers(2);
+    forget();
+    const Taken taken = take(GENTL_INFINITE);
+    EXPECT_EQ(GC_ERR_SUCCESS, taken.code);
+    EXPECT_EQ(buffers[0]->handle, taken.data.BufferHandle);
+    EXPECT_EQ(buffers[0]->user, taken.data.pUserPointer);
+    EXPECT_EQ(16U, taken.size);
+    EXPECT_LOG_LINES(enter_line(-1), exit_line(*buffers[0]));
+    EXPECT_EQ(buffers[1]->handle, take(3600 * 1000).data.BufferHandle);
+}
+
+TEST_F(PollingEventGetData, LosesALateEntry)
+{
+    deliver(*buffers[0]);
+    forget();
+    EVENT_NEW_BUFFER_DATA data;
+    size_t size = 100;
+    EXPECT_EQ(GC_ERR_TIMEOUT, get_data(&data, &size, 0));
+    EXPECT_EQ(buffers[0]->handle, data.BufferHandle);
+    EXPECT_EQ(buffers[0]->user, data.pUserPointer);
+    EXPECT_EQ(100U, size);
+    ASSERT_EQ(2U, log.lines().size());
+    EXPECT_LOGGED(too_late);
+    EXPECT_EQ(0U, in_queue());
+    EXPECT_EQ(1U, awaiting());
+}
+
+TEST_F(PollingEventGetData, TimesOutOnAnEmptyQueue)
+{
+    const Taken taken = take();
+    EXPECT_EQ(GC_ERR_TIMEOUT, taken.code);
+    EXPECT_TRUE(is_untouched(taken.data));
+    EXPECT_EQ(16U, taken.size);
+    EXPECT_LOG_LINES(enter_line(0), too_late);
+}
+
+TEST_F(PollingEventGetData, LogsEveryTimeOut)
+{
+    take();
+    take();
+    EXPECT_LOG_LINES(enter_line(0), too_late, enter_line(0), too_late);
+}
+
+TEST_F(PollingEventGetData, PollsUntilItsTimeout)
+{
+    // Both readings of the clock are whole milliseconds.
+    EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, take(30).code); }), 29);
+}
+
+TEST_F(PollingEventGetData, TakesEntriesThatWereNotSignalled)
+{
+    ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_INPUT_TO_OUTPUT));
+    EXPECT_EQ(buffers[0]->handle, take(GENTL_INFINITE).data.BufferHandle);
+}
+
+TEST_F(PollingEventGetData, IgnoresASignalWithoutAnEntry)
+{
+    deliver(*buffers[0]);
+    flush();
+    EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, take(30).code); }), 29);
+}
+
+TEST_F(PollingEventGetData, IsAbortedByAKillAndKeepsItsEntries)
+{
+    deliver(*buffers[0]);
+    kill();
+    forget();
+    const Taken taken = take(GENTL_INFINITE);
+    EXPECT_EQ(GC_ERR_ABORT, taken.code);
+    EXPECT_TRUE(is_untouched(taken.data));
+    EXPECT_LOG_LINES(enter_line(-1), aborted);
+    EXPECT_EQ(buffers[0]->handle, take(GENTL_INFINITE).data.BufferHandle);
+}
+
+TEST_F(PollingEventGetData, LooksForAKillBeforeItsTimeout)
+{
+    kill();
+    EXPECT_EQ(GC_ERR_ABORT, take(0).code);
+    EXPECT_EQ(GC_ERR_TIMEOUT, take(0).code);
+}
+
+TEST_F(PollingEventGetData, LogsEveryAbort)
+{
+    for (int i = 0; i < 2; ++i) {
+        kill();
+        forget();
+        take();
+        EXPECT_LOG_LINES(enter_line(0), aborted);
+    }
+}
+
+TEST_F(PollingEventGetData, RefusesTooLittleRoom)
+{
+    deliver(*buffers[0]);
+    EVENT_NEW_BUFFER_DATA data;
+    size_t size = 15;
+    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, get_data(&data, &size));
+    EXPECT_EQ(16U, size);
+    EXPECT_EQ(1U, in_queue());
+}
+
+TEST_F(PollingEventGetData, DiscardsWhateverTheTimeout)
+{
+    deliver(*buffers[0]);
+    EXPECT_EQ(GC_ERR_SUCCESS, discard());
+    EXPECT_EQ(0U, in_queue());
+    EXPECT_EQ(0U, awaiting());
+}
+
+class SignaledEventModeSetting : public OpenInterface {
+protected:
+    static constexpr const char* key = "GenTL.Stream.SignaledEventMode";
+
+    /// How many reads since `forget` were of this setting.
+    size_t reads() const
+    {
+        size_t count = 0;
+        for (const SettingsRead& read : settings.reads())
+            count += read == plain_read(key, 1) ? 1 : 0;
+        return count;
+    }
+};
+
+TEST_F(SignaledEventModeSetting, IsReadOnceWhenAStreamIsMade)
+{
+    fake.grabber(0).has_cameras(2);
+    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
+    EXPECT_EQ(2U, reads());
+}
+
+TEST_F(SignaledEventModeSetting, IsNotReadAgainForEvents)
+{
+    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
+    fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = 1;
+    forget();
+    const DEV_HANDLE dev = open_device(iface, "Device00");
+    DS_HANDLE ds = nullptr;
+    EVENT_HANDLE event = nullptr;
+    ASSERT_EQ(GC_ERR_SUCCESS, DevOpenDataStream(dev, "Stream000", &ds));
+    ASSERT_EQ(GC_ERR_SUCCESS, GCRegisterEvent(ds, EVENT_NEW_BUFFER, &event));
+    EventFlush(event);
+    EXPECT_EQ(0U, reads());
+}
+
+} // namespace
+
+} // namespace zvtest

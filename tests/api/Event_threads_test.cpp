@@ -1,0 +1,355 @@
+// Events with consumers, frames and control calls on threads of their own. Every test ends whatever the order
+// in which the threads run; a wake-up that gets lost shows as a test that does not end.
+#include "Event_fixtures.h"
+
+#include <atomic>
+#include <future>
+#include <thread>
+#include <vector>
+
+namespace zvtest {
+
+namespace {
+
+using Thread = std::future<GC_ERROR>;
+
+template <class Condition>
+void wait_until(Condition condition)
+{
+    while (!condition())
+        std::this_thread::yield();
+}
+
+class EventThreads : public EventStream {
+protected:
+    /// Starts EventGetData on a thread and returns once it is past its handle check.
+    Thread take_on_a_thread(uint64_t timeout = GENTL_INFINITE)
+    {
+        const size_t entered = calls_entered();
+        Thread thread = std::async(std::launch::async, [this, timeout] { return take(timeout).code; });
+        wait_until([&] { return calls_entered() > entered; });
+        return thread;
+    }
+
+    std::vector<Thread> take_on_threads(size_t count)
+    {
+        std::vector<Thread> threads;
+        for (size_t i = 0; i < count; ++i)
+            threads.push_back(take_on_a_thread());
+        return threads;
+    }
+
+    /// How many calls of EventGetData logged their enter line.
+    size_t calls_entered() const
+    {
+        size_t count = 0;
+        for (const std::string& message : logged_messages())
+            count += message.rfind("Enter EventGetData", 0) == 0 ? 1 : 0;
+        return count;
+    }
+
+    /// The stream is open again, with buffers, event and acquisition.
+    void reopen_stream()
+    {
+        ds = open_stream(dev, "Stream000");
+        buffers.clear();
+        prepare();
+    }
+};
+
+TEST_F(EventThreads, AFrameWakesAWaiter)
+{
+    for (int round = 0; round < 100; ++round) {
+        Thread waiter = take_on_a_thread();
+        deliver(*buffers[0]);
+        EXPECT_EQ(GC_ERR_SUCCESS, waiter.get());
+        forget();
+    }
+}
+
+// Cut to 32 bits, the last but one would be no wait at all.
+TEST_F(EventThreads, LongTimeoutsWait)
+{
+    for (const uint64_t timeout :
+         {uint64_t{0xFFFFFFFE}, uint64_t{0xFFFFFFFF}, uint64_t{0x100000000}, uint64_t{GENTL_INFINITE}}) {
+        SCOPED_TRACE(timeout);
+        Thread waiter = take_on_a_thread(timeout);
+        EXPECT_EQ(std::future_status::timeout, waiter.wait_for(std::chrono::milliseconds(20)));
+        deliver(*buffers[0]);
+        EXPECT_EQ(GC_ERR_SUCCESS, waiter.get());
+    }
+}
+
+TEST_F(EventThreads, NoFrameIsLostToAConsumerThatKeepsUp)
+{
+    constexpr uint64_t frames = 3000;
+    log.set_level(Priority::warning);
+    std::thread library([this] {
+        for (uint64_t i = 0; i < frames; ++i)
+            deliver(*buffers[i % 3]);
+    });
+    uint64_t taken = 0;
+    while (taken < frames) {
+        const GC_ERROR code = take(GENTL_INFINITE).code;
+        if (code == GC_ERR_SUCCESS) {
+            ++taken;
+        } else if (code != GC_ERR_TIMEOUT) { // a signal may outlive its entry and end a wait without data
+            ADD_FAILURE() << code;
+            break;
+        }
+    }
+    library.join();
+    EXPECT_EQ(frames, fired());
+    EXPECT_EQ(0U, in_queue());
+}
+
+TEST_F(EventThreads, AKillWakesAWaiter)
+{
+    for (int round = 0; round < 100; ++round) {
+        Thread waiter = take_on_a_thread();
+        kill();
+        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+        forget();
+    }
+}
+
+// A waiter that is woken for a kill that another one saw comes back with a time-out and waits again.
+TEST_F(EventThreads, AKillEndsOneOfSeveralWaiters)
+{
+    constexpr int waiters = 3;
+    std::atomic<int> aborted{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < waiters; ++i) {
+        threads.emplace_back([&] {
+            while (take(GENTL_INFINITE).code != GC_ERR_ABORT) {
+            }
+            ++aborted;
+        });
+    }
+    for (int kills = 1; kills <= waiters; ++kills) {
+        kill();
+        wait_until([&] { return aborted == kills; });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(GC_ERR_TIMEOUT, take().code); // no kill is left over
+}
+
+TEST_F(EventThreads, AnAbortMeetsAFrame)
+{
+    for (int round = 0; round < 50; ++round) {
+        kill();
+        std::thread library([this] { deliver(*buffers[0]); });
+        EXPECT_EQ(GC_ERR_ABORT, take(GENTL_INFINITE).code);
+        library.join();
+        flush();
+        take();
+    }
+}
+
+TEST_F(EventThreads, UnregisteringWakesEveryWaiter)
+{
+    for (int round = 0; round < 50; ++round) {
+        std::vector<Thread> waiters = take_on_threads(4);
+        EXPECT_EQ(GC_ERR_SUCCESS, unregister());
+        for (Thread& waiter : waiters)
+            EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+        forget();
+        register_event();
+    }
+}
+
+TEST_F(EventThreads, ClosingTheStreamWakesEveryWaiter)
+{
+    for (int round = 0; round < 20; ++round) {
+        std::vector<Thread> waiters = take_on_threads(4);
+        EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+        for (Thread& waiter : waiters)
+            EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+        reopen_stream();
+    }
+}
+
+TEST_F(EventThreads, ClosingTheDeviceWakesEveryWaiter)
+{
+    std::vector<Thread> waiters = take_on_threads(4);
+    EXPECT_EQ(GC_ERR_SUCCESS, DevClose(dev));
+    for (Thread& waiter : waiters)
+        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+}
+
+TEST_F(EventThreads, ClosingTheInterfaceWakesEveryWaiter)
+{
+    std::vector<Thread> waiters = take_on_threads(4);
+    EXPECT_EQ(GC_ERR_SUCCESS, IFClose(iface));
+    for (Thread& waiter : waiters)
+        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+}
+
+TEST_F(EventThreads, ClosingTheStreamWakesWaitersForARemoteDeviceEvent)
+{
+    ASSERT_EQ(GC_ERR_SUCCESS, GCRegisterEvent(ds, EVENT_REMOTE_DEVICE, &event));
+    std::vector<Thread> waiters = take_on_threads(3);
+    EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    for (Thread& waiter : waiters)
+        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+}
+
+// Who takes an entry resets the signal, and must not swallow that of the close for those who wait.
+TEST_F(EventThreads, UnregisteringWakesWaitersAlthoughOthersResetTheSignal)
+{
+    log.set_level(Priority::warning);
+    for (int round = 0; round < 100; ++round) {
+        std::atomic<bool> stopped{false};
+        std::atomic<int> calls{0};
+        const auto take_until_the_end = [&](uint64_t timeout) {
+            GC_ERROR code = GC_ERR_SUCCESS;
+            for (; code == GC_ERR_SUCCESS || code == GC_ERR_TIMEOUT; ++calls)
+                code = take(timeout).code;
+            return code;
+        };
+        std::vector<Thread> consumers;
+        for (int i = 0; i < 3; ++i)
+            consumers.push_back(std::async(std::launch::async, take_until_the_end, GENTL_INFINITE));
+        consumers.push_back(std::async(std::launch::async, take_until_the_end, 0));
+        std::thread library([&] {
+            while (!stopped)
+                deliver(*buffers[0]);
+        });
+        wait_until([&] { return calls >= 20; });
+        EXPECT_EQ(GC_ERR_SUCCESS, unregister());
+        for (Thread& consumer : consumers) {
+            const GC_ERROR code = consumer.get(); // the handle of a call made too late names nothing
+            EXPECT_TRUE(code == GC_ERR_ABORT || code == GC_ERR_INVALID_HANDLE) << code;
+        }
+        stopped = true;
+        library.join();
+        register_event();
+    }
+}
+
+TEST_F(EventThreads, FlushesAndQueriesMeetFrames)
+{
+    constexpr uint64_t frames = 2000;
+    log.set_level(Priority::warning);
+    std::atomic<bool> done{false};
+    std::thread library([&] {
+        for (uint64_t i = 0; i < frames; ++i)
+            deliver(*buffers[i % 3]);
+        done = true;
+    });
+    std::thread flusher([&] {
+        while (!done)
+            flush();
+    });
+    std::thread observer([&] {
+        uint64_t last = 0;
+        while (!done) {
+            const uint64_t now = fired();
+            EXPECT_GE(now, last);
+            EXPECT_LE(in_queue(), frames);
+            last = now;
+        }
+    });
+    while (!done)
+        take();
+    library.join();
+    flusher.join();
+    observer.join();
+    EXPECT_EQ(frames, fired());
+}
+
+class UnserialisedEventThreads : public EventThreads {
+protected:
+    void SetUp() override
+    {
+        EventThreads::SetUp();
+        if (HasFatalFailure())
+            return;
+        settings.set("GenTL.Event.SerializeStreamEvent", 0);
+        ASSERT_EQ(GC_ERR_SUCCESS, unregister());
+        register_event();
+        forget();
+    }
+};
+
+TEST_F(UnserialisedEventThreads, LoseNoEntry)
+{
+    constexpr uint64_t frames = 3000;
+    log.set_level(Priority::warning);
+    std::thread library([this] {
+        for (uint64_t i = 0; i < frames; ++i)
+            deliver(*buffers[i % 3]);
+    });
+    std::atomic<uint64_t> taken{0};
+    const auto consume = [&] {
+        while (taken < frames) {
+            if (take().code == GC_ERR_SUCCESS)
+                ++taken;
+        }
+    };
+    std::thread other(consume);
+    consume();
+    other.join();
+    library.join();
+    EXPECT_EQ(frames, fired());
+    EXPECT_EQ(0U, in_queue());
+}
+
+TEST_F(UnserialisedEventThreads, AreWokenByUnregistering)
+{
+    std::vector<Thread> waiters = take_on_threads(4);
+    EXPECT_EQ(GC_ERR_SUCCESS, unregister());
+    for (Thread& waiter : waiters)
+        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+}
+
+class PollingEventThreads : public EventThreads {
+protected:
+    void SetUp() override
+    {
+        EventThreads::SetUp();
+        if (HasFatalFailure())
+            return;
+        settings.set("GenTL.Stream.SignaledEventMode", 0);
+        fake.grabber(0).has_cameras(2);
+        ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+        ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
+        ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
+        dev = open_device(iface, "Device00");
+        reopen_stream();
+    }
+};
+
+TEST_F(PollingEventThreads, SeeAFrameWithoutLimit)
+{
+    Thread poller = take_on_a_thread();
+    EXPECT_EQ(std::future_status::timeout, poller.wait_for(std::chrono::milliseconds(20)));
+    deliver(*buffers[0]);
+    EXPECT_EQ(GC_ERR_SUCCESS, poller.get());
+}
+
+TEST_F(PollingEventThreads, SeeAKill)
+{
+    Thread poller = take_on_a_thread();
+    kill();
+    EXPECT_EQ(GC_ERR_ABORT, poller.get());
+}
+
+TEST_F(PollingEventThreads, DoNotSeeThatTheEventIsUnregistered)
+{
+    Thread poller = take_on_a_thread(50);
+    EXPECT_EQ(GC_ERR_SUCCESS, unregister());
+    EXPECT_EQ(GC_ERR_TIMEOUT, poller.get());
+}
+
+TEST_F(PollingEventThreads, OutliveTheirStream)
+{
+    Thread poller = take_on_a_thread(50);
+    EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    EXPECT_EQ(GC_ERR_TIMEOUT, poller.get());
+}
+
+} // namespace
+
+} // namespace zvtest

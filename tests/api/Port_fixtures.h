@@ -1,0 +1,75 @@
+/// \file Port_fixtures.h
+/// A tree with one open module of each kind, each of them a port.
+#pragma once
+
+#include "support/fixtures.h"
+
+#include "GenTL/GenTL.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace zvtest {
+
+/// System, interface, device, remote device, stream and buffer are open.
+class OpenPorts : public QueuedStream {
+protected:
+    void SetUp() override
+    {
+        QueuedStream::SetUp();
+        if (HasFatalFailure())
+            return;
+        announce();
+        forget();
+    }
+
+    struct Port {
+        PORT_HANDLE handle;
+        const char* kind; // as log lines name it
+    };
+    std::vector<Port> ports() const
+    {
+        return {
+            {tl,                 "TLSystem"    },
+            {iface,              "TLInterface" },
+            {dev,                "TLDevice"    },
+            {port,               "Device"      },
+            {ds,                 "TLDataStream"},
+            {buffers[0]->handle, "TLBuffer"    },
+        };
+    }
+    /// Handles that are no port: null, unknown, all ones.
+    std::vector<PORT_HANDLE> strangers() { return {nullptr, this, all_ones<PORT_HANDLE>()}; }
+};
+
+/// Modules that were open once: a port of a closed module is no port.
+class ClosedPorts : public OpenPorts {
+protected:
+    void SetUp() override
+    {
+        OpenPorts::SetUp();
+        if (HasFatalFailure())
+            return;
+        buffer = buffers[0]->handle;
+        ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+        ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
+        ASSERT_EQ(GC_ERR_SUCCESS, IFClose(iface));
+        forget();
+    }
+
+    std::vector<PORT_HANDLE> closed_ports() const { return {iface, dev, port, ds, buffer}; }
+
+    BUFFER_HANDLE buffer = nullptr;
+};
+
+/// "Exit, Returning error <name> (0x<code>)" of a port function.
+inline ExpectedLine port_error_exit(const std::string& function, const std::string& name, GC_ERROR code)
+{
+    return {Priority::error,
+            "Exit, Returning error " + name + " (0x" + low_hex(static_cast<uint64_t>(code)) + ")", function,
+            "ZVGRLibGenTL"};
+}
+
+} // namespace zvtest

@@ -1,0 +1,140 @@
+#include "modules/EventList.h"
+
+#include "Event_fixtures.h"
+
+#include "support/FailingAllocations.h"
+
+namespace zvtest {
+
+namespace {
+
+using namespace GenTL;
+using zvgentl::EventList;
+using zvgentl::EventRef;
+using Registration = EventList::Registration;
+
+class EventListTest : public LooseStream {
+protected:
+    void TearDown() override
+    {
+        list.clear();
+        LooseStream::TearDown();
+    }
+
+    EventList list;
+};
+
+TEST_F(EventListTest, IsEmptyAtFirst)
+{
+    EXPECT_FALSE(list.find(EVENT_NEW_BUFFER));
+    EXPECT_FALSE(list.find(nullptr));
+    EXPECT_FALSE(list.remove(EVENT_NEW_BUFFER));
+}
+
+TEST_F(EventListTest, FindsByTypeAndByHandle)
+{
+    EXPECT_EQ(Registration::made, list.add(*stream, EVENT_NEW_BUFFER));
+    EXPECT_EQ(Registration::made, list.add(*stream, EVENT_REMOTE_DEVICE));
+    const EventRef event = list.find(EVENT_REMOTE_DEVICE);
+    ASSERT_TRUE(event);
+    EXPECT_EQ(EVENT_REMOTE_DEVICE, event->get_Type());
+    EXPECT_EQ(stream.get(), &event->get_Source());
+    EXPECT_EQ(event.get(), list.find(event.get()).get());
+    EXPECT_NE(event.get(), list.find(EVENT_NEW_BUFFER).get());
+    EXPECT_FALSE(list.find(this));
+    EXPECT_FALSE(list.find(nullptr));
+}
+
+TEST_F(EventListTest, HasOneEventOfAType)
+{
+    list.add(*stream, EVENT_NEW_BUFFER);
+    const void* const first = list.find(EVENT_NEW_BUFFER).get();
+    settings.clear_reads();
+    EXPECT_EQ(Registration::existed, list.add(*stream, EVENT_NEW_BUFFER));
+    EXPECT_EQ(first, list.find(EVENT_NEW_BUFFER).get());
+    EXPECT_TRUE(settings.reads().empty()); // none was made
+}
+
+TEST_F(EventListTest, ClosesWhatItRemoves)
+{
+    list.add(*stream, EVENT_NEW_BUFFER);
+    list.add(*stream, EVENT_REMOTE_DEVICE);
+    const EventRef event = list.find(EVENT_NEW_BUFFER);
+    EXPECT_TRUE(list.remove(EVENT_NEW_BUFFER));
+    EXPECT_EQ(GC_ERR_ABORT, event->get_event_data(nullptr, GENTL_INFINITE));
+    EXPECT_FALSE(list.find(EVENT_NEW_BUFFER));
+    EXPECT_FALSE(list.find(event.get()));
+    EXPECT_TRUE(list.find(EVENT_REMOTE_DEVICE));
+    EXPECT_FALSE(list.remove(EVENT_NEW_BUFFER));
+}
+
+TEST_F(EventListTest, ClosesEverythingWhenCleared)
+{
+    list.add(*stream, EVENT_NEW_BUFFER);
+    list.add(*stream, EVENT_REMOTE_DEVICE);
+    const EventRef events[] = {list.find(EVENT_NEW_BUFFER), list.find(EVENT_REMOTE_DEVICE)};
+    list.clear();
+    for (const EventRef& event : events) {
+        EXPECT_EQ(GC_ERR_ABORT, event->get_event_data(nullptr, GENTL_INFINITE));
+        EXPECT_FALSE(list.find(event.get()));
+    }
+    EXPECT_FALSE(list.find(EVENT_NEW_BUFFER));
+    EXPECT_FALSE(list.find(EVENT_REMOTE_DEVICE));
+}
+
+TEST_F(EventListTest, DoesNotGiveAnAddressTwiceInARow)
+{
+    const void* last = nullptr;
+    for (int i = 0; i < 100; ++i) {
+        list.add(*stream, EVENT_NEW_BUFFER);
+        const void* const now = list.find(EVENT_NEW_BUFFER).get();
+        EXPECT_NE(last, now);
+        last = now;
+        list.remove(EVENT_NEW_BUFFER);
+    }
+}
+
+TEST_F(EventListTest, ListsNothingWithoutMemory)
+{
+    Registration registration = Registration::made;
+    {
+        const auto faults = FailingAllocations::nth(1);
+        registration = list.add(*stream, EVENT_NEW_BUFFER);
+        EXPECT_TRUE(faults.struck());
+    }
+    EXPECT_EQ(Registration::failed, registration);
+    EXPECT_FALSE(list.find(EVENT_NEW_BUFFER));
+    EXPECT_EQ(Registration::made, list.add(*stream, EVENT_NEW_BUFFER));
+}
+
+TEST_F(EventListTest, EitherMakesAnEventOrListsNothingWhateverFails)
+{
+    for (long n = 1;; ++n) {
+        SCOPED_TRACE(n);
+        Registration registration = Registration::failed;
+        bool struck = false;
+        {
+            const auto faults = FailingAllocations::nth(n);
+            registration = list.add(*stream, EVENT_NEW_BUFFER);
+            struck = faults.struck();
+        }
+        EXPECT_NE(Registration::existed, registration);
+        EXPECT_EQ(registration == Registration::made, static_cast<bool>(list.find(EVENT_NEW_BUFFER)));
+        list.clear();
+        if (!struck)
+            break;
+    }
+}
+
+TEST_F(EventListTest, BelongsToItsStream)
+{
+    stream->events().add(*stream, EVENT_NEW_BUFFER);
+    const EventRef event = stream->events().find(EVENT_NEW_BUFFER);
+    stream->close();
+    EXPECT_FALSE(stream->events().find(EVENT_NEW_BUFFER));
+    EXPECT_EQ(GC_ERR_ABORT, event->get_event_data(nullptr, GENTL_INFINITE));
+}
+
+} // namespace
+
+} // namespace zvtest

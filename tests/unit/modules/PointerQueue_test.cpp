@@ -1,0 +1,162 @@
+#include "modules/EventModule.h"
+
+#include "support/FailingAllocations.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <new>
+
+using zvgentl::BufferModule;
+using zvgentl::PointerQueue;
+using zvtest::CountedAllocations;
+using zvtest::FailingAllocations;
+
+namespace {
+
+class PointerQueueTest : public testing::Test {
+protected:
+    /// The queue compares and hands out pointers, it never reads what they point to.
+    BufferModule* pointer(size_t number) { return reinterpret_cast<BufferModule*>(&m_things.at(number)); }
+
+    void push(size_t first, size_t end)
+    {
+        for (size_t i = first; i < end; ++i)
+            queue.push(pointer(i));
+    }
+    void expect_and_pop(size_t first, size_t end)
+    {
+        for (size_t i = first; i < end; ++i) {
+            ASSERT_EQ(pointer(i), queue.front()) << i;
+            queue.pop();
+        }
+    }
+
+    PointerQueue queue;
+
+private:
+    std::array<long, 5000> m_things{};
+};
+
+// How many pointers fit before a queue asks for memory.
+constexpr size_t capacity = 256;
+
+TEST_F(PointerQueueTest, IsEmptyAtFirst)
+{
+    EXPECT_TRUE(queue.empty());
+    EXPECT_EQ(0U, queue.size());
+}
+
+TEST_F(PointerQueueTest, GivesTheOldestFirst)
+{
+    push(0, 3);
+    EXPECT_EQ(3U, queue.size());
+    EXPECT_FALSE(queue.empty());
+    expect_and_pop(0, 3);
+    EXPECT_TRUE(queue.empty());
+}
+
+TEST_F(PointerQueueTest, KeepsTheSamePointerTwice)
+{
+    queue.push(pointer(0));
+    queue.push(pointer(0));
+    expect_and_pop(0, 1);
+    EXPECT_EQ(pointer(0), queue.front());
+    EXPECT_EQ(1U, queue.size());
+}
+
+TEST_F(PointerQueueTest, KeepsNull)
+{
+    queue.push(nullptr);
+    EXPECT_FALSE(queue.empty());
+    EXPECT_EQ(nullptr, queue.front());
+}
+
+TEST_F(PointerQueueTest, GrowsBeyondItsFirstMemory)
+{
+    push(0, 5000);
+    EXPECT_EQ(5000U, queue.size());
+    expect_and_pop(0, 5000);
+    EXPECT_TRUE(queue.empty());
+}
+
+TEST_F(PointerQueueTest, WrapsAroundWithoutGrowing)
+{
+    push(0, 200);
+    expect_and_pop(0, 200);
+    const CountedAllocations counted;
+    push(200, 200 + capacity); // crosses the end of the memory
+    EXPECT_EQ(0, counted.count());
+    EXPECT_EQ(capacity, queue.size());
+    expect_and_pop(200, 200 + capacity);
+}
+
+TEST_F(PointerQueueTest, KeepsItsOrderWhenItGrowsWhileWrappedAround)
+{
+    push(0, 200);
+    expect_and_pop(0, 150);
+    push(200, 2000);
+    EXPECT_EQ(1850U, queue.size());
+    expect_and_pop(150, 2000);
+}
+
+TEST_F(PointerQueueTest, GrowsAtExactlyItsCapacity)
+{
+    push(0, capacity);
+    const CountedAllocations counted;
+    queue.push(pointer(capacity));
+    EXPECT_EQ(1, counted.count());
+    expect_and_pop(0, capacity + 1);
+}
+
+TEST_F(PointerQueueTest, RunsForeverInTheSameMemory)
+{
+    push(0, 3);
+    const CountedAllocations counted;
+    for (size_t i = 0; i < 4000; ++i) {
+        queue.push(pointer(i + 3));
+        expect_and_pop(i, i + 1);
+    }
+    EXPECT_EQ(0, counted.count());
+    EXPECT_EQ(3U, queue.size());
+}
+
+TEST_F(PointerQueueTest, ForgetsEverythingWhenCleared)
+{
+    push(0, 200);
+    expect_and_pop(0, 100);
+    queue.clear();
+    EXPECT_TRUE(queue.empty());
+    EXPECT_EQ(0U, queue.size());
+    push(300, 302);
+    expect_and_pop(300, 302);
+}
+
+TEST_F(PointerQueueTest, KeepsItsMemoryWhenCleared)
+{
+    push(0, capacity + 1);
+    queue.clear();
+    const CountedAllocations counted;
+    push(0, 2 * capacity);
+    EXPECT_EQ(0, counted.count());
+}
+
+TEST_F(PointerQueueTest, IsUnchangedWhenItCannotGrow)
+{
+    push(0, capacity);
+    bool is_refused = false;
+    {
+        const auto faults = FailingAllocations::nth(1);
+        try {
+            queue.push(pointer(capacity));
+        } catch (const std::bad_alloc&) {
+            is_refused = true;
+        }
+    }
+    EXPECT_TRUE(is_refused);
+    EXPECT_EQ(capacity, queue.size());
+    queue.push(pointer(capacity));
+    expect_and_pop(0, capacity + 1);
+}
+
+} // namespace
