@@ -1,0 +1,179 @@
+// DSQueueBuffer and DSGetBufferID.
+#include "api/DS_modes.h"
+
+#include <string>
+
+using namespace zvtest;
+
+namespace {
+
+class QueueBuffer : public EitherStream {};
+
+TEST_P(QueueBuffer, PutsABufferIntoTheInputPool)
+{
+    const Announced& buffer = announce();
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, DSQueueBuffer(ds, buffer.handle));
+    EXPECT_EQ((Calls{call("ZVGR_BufferToQueue", buffer.library, zv_queue_input)}), fake.calls());
+    EXPECT_LOG_LINES({Priority::trace,
+                      "Enter DSQueueBuffer, stream handle=0x" + low_hex(ds) + ", buffer handle=0x" +
+                          low_hex(buffer.handle),
+                      "DSQueueBuffer"},
+                     {Priority::trace, "Exit DSQueueBuffer", "DSQueueBuffer"});
+    EXPECT_TRUE(is_in_input_pool(buffer));
+    EXPECT_EQ(1U, num_queued());
+}
+
+TEST_P(QueueBuffer, QueuesAQueuedBufferAgain)
+{
+    const Announced& buffer = announce();
+    queue(buffer);
+    queue(buffer);
+    EXPECT_EQ(2U, fake.count("ZVGR_BufferToQueue"));
+    EXPECT_EQ(1U, num_queued());
+}
+
+TEST_P(QueueBuffer, IgnoresWhatTheLibrarySays)
+{
+    const Announced& buffer = announce();
+    fake.next("ZVGR_BufferToQueue").answers(any_failure);
+    EXPECT_EQ(GC_ERR_SUCCESS, DSQueueBuffer(ds, buffer.handle));
+    EXPECT_TRUE(is_in_input_pool(buffer));
+}
+
+TEST_P(QueueBuffer, HasMovedTheBufferWhenTheLibraryIsTold)
+{
+    const Announced& buffer = announce();
+    bool was_queued = false;
+    fake.on("ZVGR_BufferToQueue", [&](const Call&) { was_queued = is_in_input_pool(buffer); });
+    queue(buffer);
+    EXPECT_TRUE(was_queued) << "the library could fill the buffer before the producer knows";
+}
+
+TEST_P(QueueBuffer, TakesADeliveredBufferOutOfTheOutputQueueButNotFromTheEvent)
+{
+    const Announced& buffer = announce();
+    queue(buffer);
+    register_event();
+    start();
+    deliver(buffer);
+    ASSERT_EQ(1U, num_await_delivery());
+
+    queue(buffer);
+    EXPECT_TRUE(is_in_input_pool(buffer));
+    EXPECT_EQ(0U, num_await_delivery());
+    EXPECT_EQ(1U, event_info<size_t>(EVENT_NUM_IN_QUEUE).value);
+    EXPECT_EQ(buffer.handle, take().data.BufferHandle);
+}
+
+TEST_P(QueueBuffer, RefusesAHandleThatIsNoBuffer)
+{
+    register_event();
+    const Announced& revoked = announce();
+    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, revoked.handle, nullptr, nullptr));
+    int stranger = 0;
+    for (const BUFFER_HANDLE handle :
+         {BUFFER_HANDLE{nullptr}, all_ones<BUFFER_HANDLE>(), BUFFER_HANDLE{&stranger}, BUFFER_HANDLE{ds},
+          BUFFER_HANDLE{dev}, BUFFER_HANDLE{event}, revoked.handle}) {
+        SCOPED_TRACE(hex16(handle));
+        forget();
+        EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(ds, handle));
+        EXPECT_EQ(Calls{}, fake.calls());
+        EXPECT_LOG_LINES({Priority::trace, "Enter DSQueueBuffer, stream handle=0x" + low_hex(ds) +
+                                               ", buffer handle=0x" + low_hex(handle)},
+                         {Priority::error, "DSQueueBuffer - GC_ERR_INVALID_HANDLE: invalid buffer handle",
+                          "DSQueueBuffer"});
+    }
+}
+
+INSTANTIATE_IN_BOTH_MODES(QueueBuffer);
+
+class QueueBufferOfTwoStreams : public TwoStreams {};
+
+TEST_F(QueueBufferOfTwoStreams, RefusesABufferOfTheOther)
+{
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(ds, announce_on_other()));
+    EXPECT_EQ(0U, fake.count("ZVGR_BufferToQueue"));
+}
+
+class DSQueueBuffer : public CyclicStream {};
+
+TEST_F(DSQueueBuffer, CallsTheLibraryInCyclicModeToo)
+{
+    const Announced& buffer = announce();
+    queue(buffer);
+    EXPECT_EQ((Calls{call("ZVGR_BufferToQueue", 0, 0)}), fake.calls_of("ZVGR_BufferToQueue"));
+}
+
+class GetBufferID : public EitherStream {
+protected:
+    BUFFER_HANDLE at(uint32_t index)
+    {
+        BUFFER_HANDLE handle = untouched<BUFFER_HANDLE>();
+        EXPECT_EQ(GC_ERR_SUCCESS, DSGetBufferID(ds, index, &handle));
+        return handle;
+    }
+
+    void expect_none_at(uint32_t index)
+    {
+        SCOPED_TRACE(index);
+        forget();
+        BUFFER_HANDLE handle = untouched<BUFFER_HANDLE>();
+        EXPECT_EQ(GC_ERR_INVALID_INDEX, DSGetBufferID(ds, index, &handle));
+        EXPECT_EQ(nullptr, handle);
+        EXPECT_LOG_LINES({Priority::information, "Enter DSGetBufferID", "DSGetBufferID"});
+    }
+};
+
+TEST_P(GetBufferID, FollowsTheOrderOfAnnouncement)
+{
+    const BUFFER_HANDLE first = announce().handle;
+    const BUFFER_HANDLE second = alloc_and_announce().handle;
+    const BUFFER_HANDLE third = announce().handle;
+    EXPECT_EQ(first, at(0));
+    EXPECT_EQ(second, at(1));
+    EXPECT_EQ(third, at(2));
+}
+
+TEST_P(GetBufferID, DoesNotDependOnQueues)
+{
+    const Announced& first = announce();
+    const Announced& second = announce();
+    queue(second);
+    EXPECT_EQ(first.handle, at(0));
+    EXPECT_EQ(second.handle, at(1));
+}
+
+TEST_P(GetBufferID, MovesLaterBuffersUpWhenOneIsRevoked)
+{
+    const BUFFER_HANDLE first = announce().handle;
+    const BUFFER_HANDLE second = announce().handle;
+    const BUFFER_HANDLE third = announce().handle;
+    ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, second, nullptr, nullptr));
+    EXPECT_EQ(first, at(0));
+    EXPECT_EQ(third, at(1));
+    expect_none_at(2);
+}
+
+TEST_P(GetBufferID, WritesZeroForAnIndexBeyondThePool)
+{
+    expect_none_at(0);
+    announce();
+    expect_none_at(1);
+    expect_none_at(0x80000000U);
+    expect_none_at(0xFFFFFFFFU);
+}
+
+TEST_P(GetBufferID, LogsEntryAndExit)
+{
+    announce();
+    forget();
+    at(0);
+    EXPECT_LOG_LINES({Priority::information, "Enter DSGetBufferID", "DSGetBufferID"},
+                     {Priority::information, "Exit DSGetBufferID", "DSGetBufferID"});
+    EXPECT_EQ(Calls{}, fake.calls());
+}
+
+INSTANTIATE_IN_BOTH_MODES(GetBufferID);
+
+} // namespace

@@ -1,0 +1,289 @@
+// Frames in queued mode: the library fills the announced buffers and reports each one.
+#include "support/fixtures.h"
+
+#include <string>
+#include <vector>
+
+using namespace zvtest;
+
+namespace {
+
+class QueuedDelivery : public RunningQueuedStream {
+protected:
+    uint64_t num_delivered() { return stream_info<uint64_t>(STREAM_INFO_NUM_DELIVERED).value; }
+    uint64_t num_underrun() { return stream_info<uint64_t>(STREAM_INFO_NUM_UNDERRUN).value; }
+    size_t num_queued() { return stream_info<size_t>(STREAM_INFO_NUM_QUEUED).value; }
+    size_t num_await_delivery() { return stream_info<size_t>(STREAM_INFO_NUM_AWAIT_DELIVERY).value; }
+    uint64_t timestamp(size_t i)
+    {
+        return buffer_info<uint64_t>(buffers[i]->handle, BUFFER_INFO_TIMESTAMP).value;
+    }
+    uint64_t frame_id(size_t i)
+    {
+        return buffer_info<uint64_t>(buffers[i]->handle, BUFFER_INFO_FRAMEID).value;
+    }
+    bool is_new(size_t i)
+    {
+        return buffer_info<bool8_t>(buffers[i]->handle, BUFFER_INFO_NEW_DATA).value != 0;
+    }
+
+    static ExpectedLine callback_line(uint64_t handle, const char* flag, uint64_t delivered)
+    {
+        return {Priority::trace,
+                "stream callback for handle 0x" + hex(handle) + ", m_AcquisitionFlag=" + flag +
+                    ", m_StreamDeliveredBuffers=" + std::to_string(delivered),
+                "StreamModule::stream_buffer_callback", "StreamModule"};
+    }
+
+    ExpectedLine event_line(uint64_t handle) const
+    {
+        return {Priority::trace, "add buffer handle 0x" + hex(handle) + " to event " + hex16(event),
+                "StreamModule::stream_buffer_callback", "StreamModule"};
+    }
+
+    /// Opens the stream again, on a grabber that says this about image ids, and starts it with one buffer.
+    void reopen_with_image_id_support(int64_t support)
+    {
+        EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+        fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = support;
+        ds = open_stream(dev, "Stream000");
+        buffers.clear();
+        queue(announce());
+        register_event();
+        start();
+        forget();
+    }
+};
+
+TEST_F(QueuedDelivery, HandsOverTheBufferThatTheLibraryNames)
+{
+    deliver(*buffers[2], Frame{777, 12, 34, 0x3C});
+    EXPECT_EQ(0x3C, buffers[2]->memory[0]);
+    EXPECT_TRUE(is_new(2));
+    EXPECT_FALSE(is_new(0));
+    EXPECT_EQ(777U, timestamp(2));
+    EXPECT_EQ(12U, frame_id(2));
+    EXPECT_EQ(1U, num_delivered());
+    EXPECT_EQ(1U, num_await_delivery());
+    EXPECT_EQ(3U, num_queued());
+    EXPECT_EQ(1U, event_info<size_t>(EVENT_NUM_IN_QUEUE).value);
+    EXPECT_EQ(buffers[2]->handle, take().data.BufferHandle);
+}
+
+TEST_F(QueuedDelivery, AsksForTimestampAndFrameId)
+{
+    const uint64_t handle = buffers[0]->library;
+    deliver(*buffers[0]);
+    EXPECT_EQ((Calls{call("ZVGR_BufferGetInfo", handle, zv_buffer_timestamp),
+                     call("ZVGR_BufferGetInfo", handle, zv_buffer_frame_id)}),
+              fake.calls());
+}
+
+TEST_F(QueuedDelivery, LogsThreeLinesPerFrame)
+{
+    const uint64_t first = buffers[0]->library;
+    const uint64_t second = buffers[1]->library;
+    deliver(*buffers[0], Frame{1, 7, 0, -1});
+    deliver(*buffers[1], Frame{1, 8, 0, -1});
+    EXPECT_LOG_LINES(callback_line(first, "true", 0),
+                     {Priority::trace, "New buffer handle 0x" + hex(first) + " with FrameId 7",
+                      "StreamModule::stream_buffer_callback", "StreamModule"},
+                     event_line(first), callback_line(second, "true", 1),
+                     {Priority::trace, "New buffer handle 0x" + hex(second) + " with FrameId 8"},
+                     event_line(second));
+}
+
+TEST_F(QueuedDelivery, KeepsAll64BitsOfAFrameIdAndPrintsTheLow32)
+{
+    deliver(*buffers[0], Frame{1, 0x8000000500000006U, 0, -1});
+    EXPECT_EQ(0x8000000500000006U, frame_id(0));
+    EXPECT_LOGGED(Priority::trace, "New buffer handle 0x" + hex(buffers[0]->library) + " with FrameId 6");
+}
+
+TEST_F(QueuedDelivery, AsksForTheImageIdWhereTheGrabberSupportsIt)
+{
+    reopen_with_image_id_support(1);
+    const uint64_t handle = buffers[0]->library;
+    deliver(*buffers[0], Frame{99, 12, 0xF000000000000034U, -1});
+    EXPECT_EQ((Calls{call("ZVGR_BufferGetInfo", handle, zv_buffer_timestamp),
+                     call("ZVGR_BufferGetInfo", handle, zv_buffer_image_id)}),
+              fake.calls());
+    EXPECT_LOG_LINES(callback_line(handle, "true", 0),
+                     {Priority::trace, "New buffer handle 0x" + hex(handle) + " with ImageId " +
+                                           std::to_string(0xF000000000000034U)},
+                     event_line(handle));
+    EXPECT_EQ(0xF000000000000034U, frame_id(0));
+    EXPECT_EQ(99U, timestamp(0));
+}
+
+TEST_F(QueuedDelivery, TakesOnlyOneValueForSupportOfImageIds)
+{
+    for (const int64_t support :
+         {int64_t{0}, int64_t{2}, int64_t{-1}, int64_t{0x100000001}, ZV_NOT_AVAILABLE}) {
+        SCOPED_TRACE(support);
+        reopen_with_image_id_support(support);
+        deliver(*buffers[0], Frame{1, 12, 34, -1});
+        EXPECT_EQ(12U, frame_id(0));
+    }
+}
+
+TEST_F(QueuedDelivery, ReadsAsZeroWhatTheLibraryDoesNotSet)
+{
+    deliver(*buffers[0], Frame{777, 12, 0, -1});
+    fake.always("ZVGR_BufferGetInfo").answers(any_failure);
+    deliver(*buffers[0], Frame{778, 13, 0, -1});
+    EXPECT_EQ(0U, timestamp(0));
+    EXPECT_EQ(0U, frame_id(0));
+    EXPECT_LOGGED(Priority::trace, "New buffer handle 0x" + hex(buffers[0]->library) + " with FrameId 0");
+    EXPECT_EQ(2U, num_delivered());
+}
+
+TEST_F(QueuedDelivery, DeliversABufferOfAnyQueue)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_ALL_DISCARD));
+    deliver(*buffers[0]);
+    deliver(*buffers[0]); // and one that nobody has fetched yet
+    EXPECT_EQ(1U, num_await_delivery());
+    EXPECT_EQ(2U, num_delivered());
+    EXPECT_EQ(2U, event_info<size_t>(EVENT_NUM_IN_QUEUE).value);
+}
+
+TEST_F(QueuedDelivery, HasMarkedTheBufferBeforeTheLibraryIsAsked)
+{
+    bool8_t is_queued_meanwhile = 1;
+    bool8_t is_acquiring = 0;
+    uint64_t delivered = 1;
+    size_t in_event = 1;
+    fake.on("ZVGR_BufferGetInfo", [&](const Call&) {
+        is_queued_meanwhile = buffer_info<bool8_t>(buffers[0]->handle, BUFFER_INFO_IS_QUEUED).value;
+        is_acquiring = buffer_info<bool8_t>(buffers[0]->handle, BUFFER_INFO_IS_ACQUIRING).value;
+        delivered = num_delivered();
+        in_event = event_info<size_t>(EVENT_NUM_IN_QUEUE).value;
+    });
+    deliver(*buffers[0]);
+    EXPECT_EQ(0, is_queued_meanwhile);
+    EXPECT_EQ(1, is_acquiring);
+    EXPECT_EQ(0U, delivered);
+    EXPECT_EQ(0U, in_event);
+}
+
+TEST_F(QueuedDelivery, IgnoresFramesOfAnIdleStream)
+{
+    stop();
+    forget();
+    deliver(*buffers[0]);
+    EXPECT_EQ(Calls{}, fake.calls());
+    EXPECT_LOG_LINES(callback_line(buffers[0]->library, "false", 0));
+    EXPECT_EQ(0U, num_delivered());
+    EXPECT_EQ(0U, num_underrun());
+    EXPECT_FALSE(is_new(0));
+    EXPECT_EQ(4U, num_queued());
+}
+
+TEST_F(QueuedDelivery, WarnsOfAnUnknownHandle)
+{
+    const uint64_t unknown = 0xABCDEF0123456789U;
+    fake.deliver_queued_to(stream(), unknown);
+    EXPECT_EQ(Calls{}, fake.calls());
+    EXPECT_LOG_LINES(callback_line(unknown, "true", 0),
+                     {Priority::warning,
+                      "stream handle 0x" + hex(unknown) + " wasn't found in m_StreamBufferMap",
+                      "StreamModule::stream_buffer_callback", "StreamModule"});
+    EXPECT_EQ(0U, num_delivered());
+    deliver(*buffers[0]);
+    EXPECT_EQ(1U, num_delivered()) << "and goes on";
+}
+
+TEST_F(QueuedDelivery, WarnsOfABufferThatWasRevoked)
+{
+    const Announced& revoked = *buffers[1];
+    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, revoked.handle, nullptr, nullptr));
+    forget();
+    fake.deliver_queued(revoked.library);
+    EXPECT_EQ(Calls{}, fake.calls());
+    EXPECT_LOGGED(Priority::warning,
+                  "stream handle 0x" + hex(revoked.library) + " wasn't found in m_StreamBufferMap");
+    EXPECT_EQ(0U, num_delivered());
+}
+
+TEST_F(QueuedDelivery, WarnsOfABufferOfTheStreamBeforeItWasClosed)
+{
+    const uint64_t old = buffers[0]->library;
+    reopen_with_image_id_support(0);
+    fake.deliver_queued_to(stream(), old);
+    EXPECT_LOGGED(Priority::warning, "stream handle 0x" + hex(old) + " wasn't found in m_StreamBufferMap");
+}
+
+TEST_F(QueuedDelivery, EndsWithTheHandleZero)
+{
+    deliver(*buffers[0]);
+    forget();
+    fake.deliver_queued_to(stream(), 0);
+    EXPECT_EQ(Calls{}, fake.calls());
+    EXPECT_LOG_LINES(callback_line(0, "true", 1));
+    deliver(*buffers[1]);
+    fake.deliver_queued_to(stream(), 0);
+    EXPECT_LOG_LINES(callback_line(0, "true", 1), callback_line(buffers[1]->library, "false", 1),
+                     callback_line(0, "false", 1));
+    EXPECT_EQ(1U, num_delivered()) << "the count stays";
+    EXPECT_FALSE(is_new(1));
+    EXPECT_EQ(3U, num_queued());
+}
+
+TEST_F(QueuedDelivery, GoesOnAfterTheNextStart)
+{
+    fake.deliver_queued_to(stream(), 0);
+    stop();
+    start();
+    deliver(*buffers[1]);
+    EXPECT_EQ(1U, num_delivered());
+}
+
+TEST_F(QueuedDelivery, CountsFramesThatNobodyIsToldOf)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, GCUnregisterEvent(ds, EVENT_NEW_BUFFER));
+    forget();
+    deliver(*buffers[0], Frame{1, 7, 0, -1});
+    EXPECT_LOG_LINES(
+        callback_line(buffers[0]->library, "true", 0),
+        {Priority::trace, "New buffer handle 0x" + hex(buffers[0]->library) + " with FrameId 7"});
+    EXPECT_EQ(1U, num_delivered());
+    EXPECT_EQ(1U, num_await_delivery());
+    EXPECT_TRUE(is_new(0));
+}
+
+TEST_F(QueuedDelivery, TellsNoOtherEvent)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, GCUnregisterEvent(ds, EVENT_NEW_BUFFER));
+    EXPECT_EQ(GC_ERR_SUCCESS, GCRegisterEvent(ds, EVENT_REMOTE_DEVICE, &event));
+    deliver(*buffers[0]);
+    EXPECT_EQ(0U, event_info<uint64_t>(EVENT_NUM_FIRED).value);
+}
+
+TEST_F(QueuedDelivery, GoesOnForManyRounds)
+{
+    for (uint64_t i = 0; i < 100; ++i) {
+        const Announced& buffer = *buffers[i % 4];
+        deliver(buffer, Frame{i + 1, i + 5, 0, static_cast<int>(i)});
+        const Taken taken = take();
+        ASSERT_EQ(GC_ERR_SUCCESS, taken.code);
+        ASSERT_EQ(buffer.handle, taken.data.BufferHandle);
+        ASSERT_EQ(static_cast<uint8_t>(i), buffer.memory[4095]);
+        ASSERT_EQ(i + 1, timestamp(i % 4));
+        ASSERT_EQ(i + 5, frame_id(i % 4));
+        queue(buffer);
+    }
+    EXPECT_EQ(100U, num_delivered());
+    EXPECT_EQ(0U, num_underrun());
+}
+
+TEST_F(QueuedDelivery, DeliversMemoryThatTheLibraryAllocated)
+{
+    const Announced& buffer = alloc_and_announce(100);
+    queue(buffer);
+    deliver(buffer, Frame{0, 0, 0, 0x66});
+    EXPECT_EQ(buffer.handle, take().data.BufferHandle);
+    EXPECT_EQ(0x66, buffer_info<const uint8_t*>(buffer.handle, BUFFER_INFO_BASE).value[99]);
+}
+
+} // namespace
