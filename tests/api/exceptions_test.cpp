@@ -269,7 +269,6 @@ const ThrowingRow every_function_that_calls_the_library[] = {
     {"ZVGR_UpdateCameraList",
      {"IFUpdateDeviceList",
       [](const Situation& s, Outputs& o) { return IFUpdateDeviceList(s.iface, &o.changed, 0); }}           },
-    {"ZVGR_Close",                    {"IFClose", close_interface}                                         },
     {"ZVGR_CameraOpen2",
      {"IFOpenDevice",
       [](const Situation& s, Outputs& o) {
