@@ -26,7 +26,7 @@ void log_failed_call(const char* function, const char* problem) noexcept
     try {
         if (ZVPocoLogger* const target = logger())
             target->error(std::string{function} + " failed: " + problem);
-    } catch (...) { // NOLINT(bugprone-empty-catch): out of memory; the caller still gets its failure
+    } catch (...) { // out of memory; the caller still gets its failure
     }
 }
 

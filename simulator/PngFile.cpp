@@ -53,7 +53,7 @@ private:
 
 bool read_header(const PngReader& reader, std::FILE* file)
 {
-    if (setjmp(png_jmpbuf(reader.png())) != 0) // NOLINT(cert-err52-cpp): libpng's way of reporting errors
+    if (setjmp(png_jmpbuf(reader.png())) != 0) // how libpng reports errors
         return false;
     png_init_io(reader.png(), file);
     png_set_user_limits(reader.png(), largest_side, largest_side);
@@ -63,7 +63,7 @@ bool read_header(const PngReader& reader, std::FILE* file)
 
 bool read_rows(const PngReader& reader, png_bytepp rows)
 {
-    if (setjmp(png_jmpbuf(reader.png())) != 0) // NOLINT(cert-err52-cpp): libpng's way of reporting errors
+    if (setjmp(png_jmpbuf(reader.png())) != 0) // how libpng reports errors
         return false;
     if (png_get_bit_depth(reader.png(), reader.info()) == 16)
         png_set_swap(reader.png()); // a file is big-endian

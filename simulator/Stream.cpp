@@ -84,7 +84,8 @@ void Stream::acquire(Lock& lock, Acquisition& acquisition)
 bool Stream::wait_for_frame(Lock& lock, const Acquisition& acquisition)
 {
     const auto is_over = [&] { return !is_current(acquisition); };
-    if (m_wake.wait_until(lock, acquisition.pacer.due(), is_over))
+    const Clock::time_point due = acquisition.pacer.due();
+    if (Clock::now() < due && m_wake.wait_until(lock, due, is_over))
         return false;
     if (acquisition.pacer.is_free_running())
         m_wake.wait(lock, [&] { return is_over() || has_room(); });
