@@ -93,9 +93,15 @@ BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer)
 
 BufferModule* BufferPool::add_mapped(std::unique_ptr<BufferModule> buffer)
 {
+    const uint64_t grabber_handle = buffer->get_GrabberHandle();
+    // The entry is made first and linked last, so that when memory runs out neither container holds anything.
+    std::map<uint64_t, BufferModule*> entry{
+        {grabber_handle, buffer.get()}
+    };
     const std::lock_guard lock(m_mutex);
-    m_StreamBufferMap.insert_or_assign(buffer->get_GrabberHandle(), buffer.get());
     m_pool.push_back(std::move(buffer));
+    m_StreamBufferMap.erase(grabber_handle);
+    m_StreamBufferMap.merge(entry);
     return m_pool.back().get();
 }
 
