@@ -78,6 +78,9 @@ RULES = [
          (GTEST, PICTURES, SYSTEM), knows_system=True),
     Rule("tests/api", ("include/GenTL", "tests/support"), (GTEST,)),
     Rule("tests/system", ("include/GenTL", "include/zvgr/FrameStamp.h"), (GTEST, SYSTEM), knows_system=True),
+    Rule("tests/system/tools", ("tools", "tests/unit/tools", "tests/system", "include/GenTL",
+                                "include/zvgr/FrameStamp.h"),
+         (GTEST, PICTURES, SYSTEM, r"nlohmann/.*"), knows_system=True),
     Rule("tests/checks", INTERFACES, (GTEST,)),
     Rule("benchmarks", ("include/GenTL", "tests/system"), (SYSTEM,), knows_system=True),
 ]

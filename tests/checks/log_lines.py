@@ -2,7 +2,7 @@
 
 A row stands for a call site: logger, number, function in braces, priorities, message with printf placeholders.
 The source says most of it; what it cannot say (a priority chosen at run time) is written in the table by hand
-and kept when the table is written anew.
+and kept when the table is written anew. So is a sixth field, the reason why a line that is contract cannot be reached.
 """
 
 import argparse
@@ -18,8 +18,8 @@ def read_table(path):
     rows = {}
     for line in Path(path).read_text().splitlines():
         if line and not line.startswith("#"):
-            logger, number, function, priorities, pattern = line.split("\t")
-            rows[(logger, int(number))] = (function, tuple(priorities.split("|")), pattern)
+            logger, number, function, priorities, pattern, *reason = line.split("\t")
+            rows[(logger, int(number))] = (function, tuple(priorities.split("|")), pattern, *reason)
     return rows
 
 
@@ -32,7 +32,7 @@ def problems(rows, sites):
         if key not in rows:
             yield f"{site.place}: [{site.number}] of {site.unit} has no row in the table"
             continue
-        function, priorities, pattern = rows[key]
+        function, priorities, pattern = rows[key][:3]
         for name, in_source, in_table in (("function", site.function, function),
                                           ("priority", site.priorities, priorities),
                                           ("text", site.pattern, pattern)):
@@ -52,7 +52,7 @@ def written(rows, sites):
         function = old[0] if site.function is None else site.function
         priorities = old[1] if site.priorities is None else site.priorities
         pattern = old[2] if site.pattern is None else site.pattern
-        text += "\t".join((key[0], str(key[1]), function, "|".join(priorities), pattern)) + "\n"
+        text += "\t".join((key[0], str(key[1]), function, "|".join(priorities), pattern, *old[3:])) + "\n"
     return text
 
 

@@ -49,9 +49,9 @@ LogLineTable::LogLineTable(const std::string& path)
         if (line.empty() || line.front() == '#')
             continue;
         const std::vector<std::string> fields = split(line, '\t');
-        if (fields.size() != 5)
-            throw std::runtime_error("log_lines.tsv: not five fields: " + line);
-        LogLineRow row{fields[2], {}, fields[4]};
+        if (fields.size() != 5 && fields.size() != 6)
+            throw std::runtime_error("log_lines.tsv: neither five nor six fields: " + line);
+        LogLineRow row{fields[2], {}, fields[4], fields.size() == 6};
         for (const std::string& name : split(fields[3], '|'))
             row.priorities.push_back(priority_named(name));
         m_loggers.insert(fields[0]);
@@ -68,6 +68,8 @@ std::string LogLineTable::objection_to(const LogLine& line) const
     if (found == m_rows.end())
         return "has no row in log_lines.tsv (tests/checks/log_lines.py --write adds one)";
     const LogLineRow& row = found->second;
+    if (row.is_unreachable)
+        return "is marked as unreachable in log_lines.tsv";
     if (row.function != "*" && row.function != line.function)
         return "names another function than its row: " + row.function;
     if (std::find(row.priorities.begin(), row.priorities.end(), line.priority) == row.priorities.end())

@@ -20,13 +20,15 @@ struct LogLineRow {
     std::string function; // "*" where a shared helper writes for its caller
     std::vector<Priority> priorities;
     std::string pattern;
+    bool is_unreachable = false;
 };
 
 class LogLineTable {
 public:
     /// The table of this source tree.
     static LogLineTable& instance();
-    /// Reads rows of tab-separated fields: logger, number, function, priorities joined by '|', pattern.
+    /// Reads rows of tab-separated fields: logger, number, function, priorities joined by '|', pattern; and,
+    /// for a line that cannot be reached, the reason.
     explicit LogLineTable(const std::string& path);
 
     /// What is wrong with the line, or an empty text. Lines of loggers without any row are none of the

@@ -60,6 +60,13 @@ TEST(LogLineTable, ObjectsToLinesThatDiffer)
     EXPECT_NE("", table.objection_to(line("Unit", "f", 10, Priority::information, "Enter f")));
 }
 
+TEST(LogLineTable, ObjectsToLinesThatCannotBeReached)
+{
+    const TableFile file("Unit\t10\tf\terror\tgone\tnothing answers so\n");
+    const LogLineTable table(file.path());
+    EXPECT_NE("", table.objection_to(line("Unit", "f", 10, Priority::error, "gone")));
+}
+
 TEST(LogLineTable, RefusesBrokenTables)
 {
     const TableFile doubled("U\t1\tf\terror\ta\nU\t1\tf\terror\ta\n");
