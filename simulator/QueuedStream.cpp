@@ -88,7 +88,7 @@ uint32_t QueuedStream::move_to(Lock& lock, uint64_t buffer, uint32_t queue)
     return status_ok;
 }
 
-uint32_t QueuedStream::info(uint64_t buffer, uint32_t command, bool has_image_ids, uint64_t& value) const
+uint32_t QueuedStream::info(uint64_t buffer, uint32_t command, uint64_t& value) const
 {
     const auto found = m_buffers.find(buffer);
     if (found == m_buffers.end())
@@ -100,11 +100,7 @@ uint32_t QueuedStream::info(uint64_t buffer, uint32_t command, bool has_image_id
     case zv_buffer_timestamp:
         value = found->second->timestamp;
         return status_ok;
-    case zv_buffer_image_id:
-        if (!has_image_ids)
-            return status_unsupported;
-        value = found->second->frame_id;
-        return status_ok;
+    case zv_buffer_image_id: // where the grabber has any
     case zv_buffer_frame_id:
         value = found->second->frame_id;
         return status_ok;

@@ -31,7 +31,7 @@ public:
     /// Moves a buffer to the back of a queue. A frame that is being drawn into it is lost; for the output
     /// queue, whose buffers people read, gives the lock up until that is over.
     uint32_t move_to(Lock& lock, uint64_t buffer, uint32_t queue);
-    uint32_t info(uint64_t buffer, uint32_t command, bool has_image_ids, uint64_t& value) const;
+    uint32_t info(uint64_t buffer, uint32_t command, uint64_t& value) const;
 
 private:
     struct FreeMemory {
