@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "unit/tools/TemporaryFolder.h"
+#include "Folder.h"
 
 namespace zvgentl::test {
 
@@ -39,7 +39,7 @@ public:
         return wait();
     }
 
-    const TemporaryFolder& folder() const { return m_folder; }
+    const Folder& folder() const { return m_folder; }
     /// Whether everything that it created for temporary use is gone.
     bool left_nothing_temporary() const;
 
@@ -48,7 +48,7 @@ private:
     [[noreturn]] void become_program(const std::vector<std::string>& environment) const;
     std::string read_terminal() const;
 
-    TemporaryFolder m_folder;
+    Folder m_folder;
     std::vector<std::string> m_arguments;
     std::map<std::string, std::string> m_variables;
     int m_process = -1;
