@@ -1,0 +1,310 @@
+// DevGetNumDataStreams, DevGetDataStreamID and DevOpenDataStream.
+#include "api/module_calls.h"
+
+#include <optional>
+
+namespace zvtest {
+
+namespace {
+
+class DevGetNumDataStreams : public OpenDevice {};
+
+TEST_F(DevGetNumDataStreams, AnswersOne)
+{
+    uint32_t count = untouched<uint32_t>();
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetNumDataStreams(dev, &count));
+    EXPECT_EQ(1U, count);
+    EXPECT_LOG_LINES(info_line("Enter DevGetNumDataStreams, handle=0x" + hex16(dev)),
+                     info_line("Exit DevGetNumDataStreams, stream amount=1"));
+}
+
+class DevGetDataStreamID : public OpenDevice {
+protected:
+    std::array<char, 16> id{};
+    size_t size = 16;
+
+    void SetUp() override
+    {
+        OpenDevice::SetUp();
+        id.fill('\xA5');
+    }
+    ExpectedLine enter(uint32_t index, int room)
+    {
+        return info_line("Enter DevGetDataStreamID, handle=0x" + hex16(dev) + ", index=" +
+                         std::to_string(static_cast<int>(index)) + ", size=" + std::to_string(room));
+    }
+};
+
+TEST_F(DevGetDataStreamID, CopiesTheID)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, 0, id.data(), &size));
+    EXPECT_STREQ("Stream000", id.data());
+    EXPECT_EQ(10U, size);
+    EXPECT_EQ('\xA5', id[10]);
+    EXPECT_TRUE(fake.calls().empty());
+    EXPECT_LOG_LINES(enter(0, 16), info_line("New streams id was filled=Stream000"),
+                     info_line("Exit DevGetDataStreamID, size=10, Device ID=Stream000"));
+}
+
+TEST_F(DevGetDataStreamID, FitsExactly)
+{
+    size = 10;
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, 0, id.data(), &size));
+    EXPECT_STREQ("Stream000", id.data());
+}
+
+TEST_F(DevGetDataStreamID, AnswersTheSizeAlone)
+{
+    for (char* nowhere : {static_cast<char*>(nullptr), all_ones<char*>()}) {
+        forget();
+        size = 0;
+        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, 0, nowhere, &size));
+        EXPECT_EQ(10U, size);
+        EXPECT_LOG_LINES(enter(0, 0), info_line("Exit DevGetDataStreamID, size=10, Device ID=Stream000"));
+    }
+}
+
+TEST_F(DevGetDataStreamID, CopiesNothingWhenTheRoomIsTooSmall)
+{
+    const std::string text = "GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold stream Id data";
+    for (int room : {9, 1, 0}) {
+        forget();
+        size = static_cast<size_t>(room);
+        EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, GenTL::DevGetDataStreamID(dev, 0, id.data(), &size));
+        EXPECT_EQ(10U, size);
+        EXPECT_EQ('\xA5', id[0]);
+        EXPECT_LOG_LINES(enter(0, room), error_line(text), FAILED_WITH(GC_ERR_BUFFER_TOO_SMALL));
+    }
+    EXPECT_EQ(text, last_error());
+}
+
+TEST_F(DevGetDataStreamID, RefusesIndexesBehindTheList)
+{
+    for (uint32_t index : {1U, 2U, 0x7FFFFFFFU}) {
+        forget();
+        const std::string text = "Invalid stream index " + std::to_string(index);
+        EXPECT_EQ(GC_ERR_INVALID_INDEX, GenTL::DevGetDataStreamID(dev, index, id.data(), &size));
+        EXPECT_LOG_LINES(enter(index, 16), error_line(text), FAILED_WITH(GC_ERR_INVALID_INDEX));
+        EXPECT_EQ(text, last_error());
+    }
+    EXPECT_EQ(16U, size);
+    EXPECT_EQ('\xA5', id[0]);
+}
+
+TEST_F(DevGetDataStreamID, ReadsIndexesAsSigned)
+{
+    for (uint32_t index : {0x80000000U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, index, id.data(), &size));
+        EXPECT_STREQ("Stream000", id.data());
+    }
+}
+
+TEST_F(DevGetDataStreamID, NamesStreamsAfterTheirCamera)
+{
+    fake.grabber(0).has_cameras(12);
+    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
+    for (const auto& [device, stream] : {
+             std::pair{"Device01",  "Stream010" },
+             {"Device011", "Stream0110"}
+    }) {
+        size = id.size();
+        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(open_device(iface, device), 0, id.data(), &size));
+        EXPECT_STREQ(stream, id.data());
+    }
+}
+
+class DevOpenDataStream : public OpenDevice {
+protected:
+    DS_HANDLE ds = untouched<DS_HANDLE>();
+
+    GC_ERROR open(const char* id = "Stream000") { return GenTL::DevOpenDataStream(dev, id, &ds); }
+    void offers_queued_mode(int64_t value) { fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = value; }
+    ExpectedLine enter(const char* id = "Stream000") const
+    {
+        return info_line(std::string("Enter DevOpenDataStream, sDataStreamID=") + id);
+    }
+    ExpectedLine exit() const
+    {
+        return info_line("Exit DevOpenDataStream, streamId=0 streamHandle=0x" + hex16(ds));
+    }
+    static ExpectedLine opening(const std::string& mode)
+    {
+        return {Priority::information, "Opening stream type=" + mode, "CameraModule::open_Stream",
+                "CameraModule"};
+    }
+    /// What a stream logs while it connects.
+    std::vector<ExpectedLine> connecting(const std::string& mode, const std::string& image_id) const
+    {
+        const std::string handle = "stream=0x" + hex(fake.last_stream());
+        return {info_line("Connect callback for " + handle + ", type=" + mode),
+                info_line("Is ZV_STREAM_BUFFER_INFO_IMAGEID supported for grabber 0x" + low_hex(grabber()) +
+                          ": " + image_id),
+                info_line("Successful callback connect for " + handle)};
+    }
+};
+
+TEST_F(DevOpenDataStream, MakesAQueuedStream)
+{
+    offers_queued_mode(1);
+    fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = 1;
+    EXPECT_EQ(GC_ERR_SUCCESS, open());
+    EXPECT_EQ((Calls{call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_QueuedBuffers_Imp"),
+                     call("ZVGR_StreamCreate", camera(), 0),
+                     call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_FrameImageId_Imp"),
+                     call("ZVGR_StreamBufferCallbackRegister", fake.last_stream(), any(), ds)}),
+              fake.calls());
+    EXPECT_EQ((std::vector<SettingsRead>{override_read("GenTL.Stream.QueuedBufferMode")}), settings.reads());
+
+    std::vector<ExpectedLine> lines{enter(), opening("Queued")};
+    const auto connected = connecting("Queued", "1");
+    lines.insert(lines.end(), connected.begin(), connected.end());
+    lines.push_back(exit());
+    EXPECT_TRUE(logged_exactly(lines));
+}
+
+TEST_F(DevOpenDataStream, MakesACyclicStream)
+{
+    offers_queued_mode(0);
+    fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = 0;
+    EXPECT_EQ(GC_ERR_SUCCESS, open());
+    EXPECT_EQ((Calls{call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_QueuedBuffers_Imp"),
+                     call("ZVGR_StreamCreateAndAlloc", camera(), 4, 0),
+                     call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_FrameImageId_Imp"),
+                     call("ZVGR_CameraCallbackRegister", camera(), any(), ds)}),
+              fake.calls());
+
+    std::vector<ExpectedLine> lines{enter(), opening("Cyclic")};
+    const auto connected = connecting("Cyclic", "0");
+    lines.insert(lines.end(), connected.begin(), connected.end());
+    lines.push_back(exit());
+    EXPECT_TRUE(logged_exactly(lines));
+}
+
+TEST_F(DevOpenDataStream, ChoosesTheModeBySettingAndCapability)
+{
+    struct Row {
+        std::optional<int64_t> capability;
+        std::optional<uint32_t> setting;
+        const char* mode;
+    };
+    constexpr uint32_t unset = 0xFFFFFFFF;
+    for (const Row& row : {
+             Row{std::nullopt, std::nullopt, "Cyclic"},
+             Row{0,            std::nullopt, "Cyclic"},
+             Row{1,            std::nullopt, "Queued"},
+             Row{2,            std::nullopt, "Cyclic"},
+             Row{-1,           std::nullopt, "Cyclic"},
+             Row{1,            unset,        "Queued"},
+             Row{0,            unset,        "Cyclic"},
+             Row{1,            0,            "Cyclic"},
+             Row{0,            0,            "Cyclic"},
+             Row{0,            1,            "Queued"},
+             Row{std::nullopt, 1,            "Queued"},
+             Row{0,            7,            "Queued"}
+    }) {
+        offers_queued_mode(row.capability.value_or(ZV_NOT_AVAILABLE));
+        if (row.setting)
+            settings.set_override("GenTL.Stream.QueuedBufferMode", *row.setting);
+        else
+            settings.remove("GenTL.Stream.QueuedBufferMode-Overwrite");
+        forget();
+        EXPECT_EQ(GC_ERR_SUCCESS, open());
+        EXPECT_TRUE(logged(opening(row.mode)));
+        EXPECT_EQ(1U, fake.count("ZVGR_GetGrabberValueInt") - 1) << "the capability is asked for in any case";
+        EXPECT_EQ((std::vector<SettingsRead>{override_read("GenTL.Stream.QueuedBufferMode")}),
+                  settings.reads());
+        EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    }
+    EXPECT_FALSE(settings.stored("GenTL.Stream.QueuedBufferMode"));
+}
+
+TEST_F(DevOpenDataStream, CreatesNoSetting)
+{
+    const size_t before = settings.stored_count();
+    open();
+    EXPECT_EQ(before, settings.stored_count());
+}
+
+TEST_F(DevOpenDataStream, GivesTheOpenOne)
+{
+    ASSERT_EQ(GC_ERR_SUCCESS, open());
+    const DS_HANDLE first = ds;
+    ds = untouched<DS_HANDLE>();
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, open());
+    EXPECT_EQ(first, ds);
+    EXPECT_TRUE(fake.calls().empty());
+    EXPECT_LOG_LINES(enter(), info_line("DevOpenDataStream - GC_ERR_SUCCESS, already open, stream id=0"));
+}
+
+TEST_F(DevOpenDataStream, RefusesUnknownIDs)
+{
+    const std::string before = last_error();
+    for (const char* id :
+         {"", "Stream", "Stream0", "Stream00", "stream000", "Stream0000", "Stream000 ", "Device00"}) {
+        forget();
+        EXPECT_EQ(GC_ERR_INVALID_ID, open(id));
+        EXPECT_TRUE(is_untouched(ds));
+        EXPECT_TRUE(fake.calls().empty());
+        EXPECT_LOG_LINES(enter(id), error_line(std::string("Invalid stream Id ") + id),
+                         FAILED_WITH(GC_ERR_INVALID_ID));
+    }
+    EXPECT_EQ(before, last_error());
+}
+
+TEST_F(DevOpenDataStream, RefusesAPrefixOfALongerID)
+{
+    fake.grabber(0).has_cameras(2);
+    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
+    dev = open_device(iface, "Device01");
+    EXPECT_EQ(GC_ERR_INVALID_ID, open("Stream01"));
+    EXPECT_EQ(GC_ERR_SUCCESS, open("Stream010"));
+}
+
+TEST_F(DevOpenDataStream, ReportsALibraryThatRefuses)
+{
+    const std::string before = last_error();
+    for (const bool is_queued : {false, true}) {
+        offers_queued_mode(is_queued ? 1 : 0);
+        forget();
+        fake.next(is_queued ? "ZVGR_StreamCreate" : "ZVGR_StreamCreateAndAlloc").answers(any_failure);
+        EXPECT_EQ(GC_ERR_NOT_AVAILABLE, open());
+        EXPECT_TRUE(is_untouched(ds));
+        EXPECT_EQ(2U, fake.calls().size()) << "nothing is connected";
+        EXPECT_LOG_LINES(enter(), opening(is_queued ? "Queued" : "Cyclic"),
+                         error_line("wasn't able to allocate buffer"), FAILED_WITH(GC_ERR_NOT_AVAILABLE));
+    }
+    EXPECT_EQ(before, last_error());
+    EXPECT_EQ(GC_ERR_SUCCESS, open()) << "the stream counts as open";
+}
+
+TEST_F(DevOpenDataStream, TakesALibrarySuccessWithoutAHandleForASuccess)
+{
+    offers_queued_mode(1);
+    fake.allow_handle(ZV_NO_HANDLE);
+    fake.next("ZVGR_StreamCreate").gives(ZV_NO_HANDLE);
+    EXPECT_EQ(GC_ERR_SUCCESS, open());
+    EXPECT_TRUE(logged(exit()));
+    size_t announced = 0;
+    INFO_DATATYPE type = 0;
+    size_t size = sizeof announced;
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSGetInfo(ds, STREAM_INFO_NUM_ANNOUNCED, &type, &announced, &size));
+    EXPECT_LOGGED(Priority::information, "DSGetInfo - GC_ERR_INVALID_HANDLE, stream is closed");
+}
+
+TEST_F(DevOpenDataStream, DecidesTheModeAfreshWhenItIsOpenedAgain)
+{
+    offers_queued_mode(1);
+    open();
+    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    const DS_HANDLE first = ds;
+    offers_queued_mode(0);
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, open());
+    EXPECT_EQ(first, ds);
+    EXPECT_EQ(1U, fake.count("ZVGR_StreamCreateAndAlloc"));
+}
+
+} // namespace
+
+} // namespace zvtest

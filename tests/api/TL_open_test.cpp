@@ -1,0 +1,151 @@
+// TLOpen and TLClose.
+#include "api/module_calls.h"
+
+#include "support/FailingAllocations.h"
+
+#include <set>
+
+namespace zvtest {
+
+namespace {
+
+class TLOpen : public OpenLibrary {
+protected:
+    TL_HANDLE system = untouched<TL_HANDLE>();
+};
+
+TEST_F(TLOpen, MakesASystem)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&system));
+    EXPECT_LOG_LINES(info_line("Enter TLOpen"), info_line("Exit TLOpen, systemHandle= 0x" + hex16(system)));
+    EXPECT_NE(nullptr, system);
+    EXPECT_FALSE(is_untouched(system));
+}
+
+TEST_F(TLOpen, DoesNotScan)
+{
+    GenTL::TLOpen(&system);
+    EXPECT_TRUE(fake.calls().empty());
+    EXPECT_TRUE(settings.reads().empty());
+}
+
+TEST_F(TLOpen, RefusesAMissingPointerSilently)
+{
+    for (TL_HANDLE* nowhere : {static_cast<TL_HANDLE*>(nullptr), all_ones<TL_HANDLE*>()}) {
+        forget();
+        EXPECT_EQ(GC_ERR_INVALID_PARAMETER, GenTL::TLOpen(nowhere));
+        EXPECT_LOG_LINES(info_line("Enter TLOpen"));
+    }
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&system)) << "a system was made all the same";
+    EXPECT_EQ(GC_ERR_INVALID_PARAMETER, GenTL::TLOpen(nullptr)) << "the pointer comes before the open system";
+}
+
+TEST_F(TLOpen, RefusesASecondSystemSilently)
+{
+    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&system));
+    forget();
+    TL_HANDLE second = untouched<TL_HANDLE>();
+    EXPECT_EQ(GC_ERR_RESOURCE_IN_USE, GenTL::TLOpen(&second));
+    EXPECT_TRUE(is_untouched(second));
+    EXPECT_LOG_LINES(info_line("Enter TLOpen"));
+    uint32_t count = 0;
+    EXPECT_EQ(GC_ERR_SUCCESS, TLGetNumInterfaces(system, &count));
+}
+
+TEST_F(TLOpen, RecordsNoError)
+{
+    const std::string before = last_error();
+    GenTL::TLOpen(nullptr);
+    GenTL::TLOpen(&system);
+    GenTL::TLOpen(&system);
+    EXPECT_EQ(before, last_error());
+}
+
+TEST_F(TLOpen, WritesNullWhenThereIsNoMemory)
+{
+    log.set_level(Priority::error); // lines are made of memory as well
+    {
+        const auto faults = FailingAllocations::nth(1);
+        EXPECT_EQ(GC_ERR_ERROR, GenTL::TLOpen(&system));
+        EXPECT_TRUE(faults.struck());
+    }
+    EXPECT_EQ(nullptr, system);
+    EXPECT_LOG_LINES(FAILED_WITH(GC_ERR_ERROR));
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&system)) << "the failure left something behind";
+}
+
+TEST_F(TLOpen, DoesNotGiveAHandleAgainSoon)
+{
+    std::set<TL_HANDLE> handles;
+    constexpr size_t rounds = 256;
+    for (size_t i = 0; i < rounds; ++i) {
+        ASSERT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&system));
+        handles.insert(system);
+        ASSERT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(system));
+        ASSERT_EQ(GC_ERR_INVALID_HANDLE, GenTL::TLClose(system));
+    }
+    EXPECT_EQ(rounds, handles.size());
+}
+
+class TLClose : public OpenSystem {};
+
+TEST_F(TLClose, DestroysTheSystem)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
+    EXPECT_LOG_LINES(info_line("Enter TLClose"), info_line("Exit TLClose"));
+    EXPECT_TRUE(fake.calls().empty());
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, GenTL::TLClose(tl));
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&tl));
+}
+
+TEST_F(TLClose, ClosesOpenGrabbersInTheOrderOfTheList)
+{
+    fake.has_grabbers(4); // and the demo grabber, which is hidden
+    open_interface("FG2");
+    open_interface("FG0");
+    const uint32_t first = fake.grabber_handle(0);
+    const uint32_t third = fake.grabber_handle(2);
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
+    EXPECT_EQ((Calls{call("ZVGR_Close", first), call("ZVGR_Close", third)}), fake.calls());
+}
+
+TEST_F(TLClose, IgnoresAGrabberThatDoesNotClose)
+{
+    open_interface("FG0");
+    forget();
+    fake.next("ZVGR_Close").answers_after_effect(any_failure);
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
+    EXPECT_LOG_LINES(info_line("Enter TLClose"), info_line("Exit TLClose"));
+}
+
+TEST_F(TLClose, DoesNotCloseAGrabberThatIFCloseClosed)
+{
+    const IF_HANDLE iface = open_interface("FG0");
+    ASSERT_EQ(GC_ERR_SUCCESS, IFClose(iface));
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
+    EXPECT_TRUE(fake.calls().empty());
+}
+
+class TLCloseWhileAcquiring : public RunningQueuedStream {};
+
+TEST_F(TLCloseWhileAcquiring, DropsDevicesWithoutClosingThem)
+{
+    const uint32_t handle = grabber();
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
+    EXPECT_EQ((Calls{call("ZVGR_Close", handle)}), fake.calls());
+}
+
+TEST_F(TLCloseWhileAcquiring, MakesEveryHandleUnknown)
+{
+    const ModuleHandles old{iface, dev, port, ds, buffers[0]->handle, event};
+    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
+    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&tl));
+    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(open_interface("FG0"), nullptr, 0));
+    expect_unknown(old);
+}
+
+} // namespace
+
+} // namespace zvtest
