@@ -40,7 +40,7 @@ BUFFER_HANDLE wait_for_frame(EVENT_HANDLE new_buffer)
     std::size_t size = sizeof filled;
     // A time-out may come early, for an event that was already dealt with: it only means "look again".
     for (int attempt = 0; attempt < 10; ++attempt)
-        if (call<PEventGetData>("EventGetData", new_buffer, &filled, &size, 1000) == GC_ERR_SUCCESS)
+        if (call<PEventGetData>("EventGetData", new_buffer, &filled, &size, 1000U) == GC_ERR_SUCCESS)
             return filled.BufferHandle;
     throw std::runtime_error("no frame arrived within ten seconds");
 }
@@ -72,13 +72,13 @@ void grab_ten_frames()
     std::size_t size = sizeof id;
     call<PGCInitLib>("GCInitLib");
     call<PTLOpen>("TLOpen", &system);
-    call<PTLUpdateInterfaceList>("TLUpdateInterfaceList", system, nullptr, 1000);
-    call<PTLGetInterfaceID>("TLGetInterfaceID", system, 0, id, &size);
+    call<PTLUpdateInterfaceList>("TLUpdateInterfaceList", system, nullptr, 1000U);
+    call<PTLGetInterfaceID>("TLGetInterfaceID", system, 0U, id, &size);
     call<PTLOpenInterface>("TLOpenInterface", system, id, &frame_grabber);
-    call<PIFUpdateDeviceList>("IFUpdateDeviceList", frame_grabber, nullptr, 1000);
-    call<PIFGetDeviceID>("IFGetDeviceID", frame_grabber, 0, id, &(size = sizeof id));
+    call<PIFUpdateDeviceList>("IFUpdateDeviceList", frame_grabber, nullptr, 1000U);
+    call<PIFGetDeviceID>("IFGetDeviceID", frame_grabber, 0U, id, &(size = sizeof id));
     call<PIFOpenDevice>("IFOpenDevice", frame_grabber, id, DEVICE_ACCESS_CONTROL, &camera);
-    call<PDevGetDataStreamID>("DevGetDataStreamID", camera, 0, id, &(size = sizeof id));
+    call<PDevGetDataStreamID>("DevGetDataStreamID", camera, 0U, id, &(size = sizeof id));
     call<PDevOpenDataStream>("DevOpenDataStream", camera, id, &stream);
 
     // The stream knows how large a frame is. Eight buffers let the camera go on while one frame is looked at.

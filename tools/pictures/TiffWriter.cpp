@@ -13,7 +13,8 @@ namespace zvgentl::tool {
 
 namespace {
 
-int keep_message(TIFF* /*tiff*/, void* message, const char* /*module*/, const char* format, va_list arguments)
+[[gnu::format(printf, 4, 0)]] int keep_message(TIFF* /*tiff*/, void* message, const char* /*module*/,
+                                               const char* format, va_list arguments)
 {
     std::array<char, 512> text{};
     std::vsnprintf(text.data(), text.size(), format, arguments);
