@@ -2,9 +2,17 @@
 
 #include <algorithm>
 
+#include "modules/DeviceStore.h"
+
 namespace zvgentl {
 
-SystemModule::~SystemModule() { destroy_interfaces(); }
+SystemModule::SystemModule() { device_store.add_user(); }
+
+SystemModule::~SystemModule()
+{
+    destroy_interfaces();
+    device_store.remove_user();
+}
 
 void SystemModule::destroy_interfaces()
 {

@@ -15,7 +15,7 @@ namespace zvgentl {
 /// consumer threads call it and must not rebuild the list under one another.
 class SystemModule final : public QuarantinedModule<retired_systems> {
 public:
-    SystemModule() = default;
+    SystemModule();
     /// Destroys the interfaces in order; open ones close their grabber.
     ~SystemModule();
 

@@ -1,12 +1,7 @@
 #include "system/fixture.h"
 
 #include <chrono>
-#include <fstream>
-#include <string>
 #include <thread>
-
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace zvsystem {
 
@@ -27,17 +22,6 @@ bool eventually(const std::function<bool()>& condition)
         std::this_thread::yield();
     }
     return true;
-}
-
-pid_t this_thread() { return static_cast<pid_t>(syscall(SYS_gettid)); }
-
-bool is_asleep(pid_t thread)
-{
-    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-    std::string line;
-    std::getline(file, line);
-    const size_t name_end = line.rfind(')'); // the state follows the name, which may hold anything
-    return name_end != std::string::npos && line.compare(name_end, 3, ") S") == 0;
 }
 
 std::optional<zvgr::FrameStamp> stamp_of(const Camera& camera, BUFFER_HANDLE buffer)

@@ -7,13 +7,13 @@
 #include <string>
 
 #include <gtest/gtest.h>
-#include <sys/types.h>
 
 #include <zvgr/FrameStamp.h>
 
 #include "system/consumer/Camera.h"
 #include "system/consumer/Library.h"
 #include "system/consumer/Surroundings.h"
+#include "system/process_state.h"
 
 namespace zvsystem {
 
@@ -26,10 +26,6 @@ Surroundings& surroundings();
 /// Waits until the condition holds. For what another thread or the system brings about without telling; false
 /// when it took longer than any machine needs.
 bool eventually(const std::function<bool()>& condition);
-
-/// Whether the thread sleeps in the kernel, as one does that waits.
-bool is_asleep(pid_t thread);
-pid_t this_thread();
 
 inline std::ostream& operator<<(std::ostream& out, Mode mode)
 {

@@ -44,24 +44,31 @@ Surroundings::~Surroundings()
     fs::remove_all(m_folder, ignored);
 }
 
-void Surroundings::set_mode(Mode mode)
+void Surroundings::set_mode(Mode mode) const
 {
     write_setting("GenTL.Stream.QueuedBufferMode-Overwrite", mode == Mode::queued ? "1" : "0");
 }
 
-void Surroundings::expose_demo_grabber() { write_setting("GenTL.Interface.ExposeDemoGrabber", "1"); }
+void Surroundings::expose_demo_grabber() const { write_setting("GenTL.Interface.ExposeDemoGrabber", "1"); }
 
 void Surroundings::set_frame_size(const std::string& size) { set_variable("ZV_GRABBER_SIZE", size); }
 
 void Surroundings::set_frame_rate(const std::string& rate) { set_variable("ZV_GRABBER_RATE", rate); }
 
-/// The file is written anew: what the producer added to it are the defaults.
-void Surroundings::write_setting(const std::string& key, const std::string& value)
+/// What the producer added to the file stays, or it would write its defaults again at every turn.
+void Surroundings::write_setting(const std::string& key, const std::string& value) const
 {
-    m_settings[key] = value;
-    std::ofstream file(m_folder / "settings.properties", std::ios::trunc);
-    for (const auto& setting : m_settings)
-        file << setting.first << " = " << setting.second << '\n';
+    const fs::path path = m_folder / "settings.properties";
+    std::string kept;
+    {
+        std::ifstream file(path);
+        for (std::string line; std::getline(file, line);) {
+            if (line.rfind(key, 0) != 0)
+                kept += line + '\n';
+        }
+    }
+    std::ofstream file(path, std::ios::trunc);
+    file << kept << key << " = " << value << '\n';
     file.close();
     if (!file)
         throw std::runtime_error("cannot write the settings file");

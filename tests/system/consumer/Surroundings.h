@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
 #include <string>
 
 namespace zvsystem {
@@ -21,9 +20,9 @@ public:
     const std::filesystem::path& folder() const noexcept { return m_folder; }
 
     /// The mode of the streams that will be opened.
-    void set_mode(Mode mode);
+    void set_mode(Mode mode) const;
     /// Whether the demo grabber is listed too; for the next system that is opened.
-    void expose_demo_grabber();
+    void expose_demo_grabber() const;
     /// The size of the frames of every camera ("640x480"; empty: each its own); counts at the next scan while
     /// no grabber is open.
     static void set_frame_size(const std::string& size);
@@ -31,10 +30,9 @@ public:
     static void set_frame_rate(const std::string& rate);
 
 private:
-    void write_setting(const std::string& key, const std::string& value);
+    void write_setting(const std::string& key, const std::string& value) const;
 
     std::filesystem::path m_folder;
-    std::map<std::string, std::string> m_settings;
 };
 
 } // namespace zvsystem

@@ -1,0 +1,91 @@
+// A consumer that ends its process while it acquires, in the way that its argument names. Ends with 0 unless
+// something goes wrong on the way; the test looks at how it ends. Settings and variables are the test's.
+
+#include <atomic>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <thread>
+
+#include "system/consumer/Camera.h"
+#include "system/consumer/Library.h"
+#include "system/process_state.h"
+
+using namespace GenTL;
+using namespace zvsystem;
+
+namespace {
+
+/// What a careless application leaves behind when it ends: nothing is closed, and nothing destroyed.
+struct Application {
+    Producer producer{ZV_PRODUCER_FILE};
+    System system{producer.functions()};
+    Camera camera{producer.functions(), system.open_interface("FG0"), "Device00"};
+};
+
+/// Lives until the process has no thread left; its consumers may still be at work then.
+Application& application()
+{
+    static auto* const application = new Application;
+    return *application;
+}
+
+void receive(int frames)
+{
+    const Camera& camera = application().camera;
+    for (int i = 0; i < frames; ++i)
+        camera.queue(camera.next().buffer);
+}
+
+/// A thread that waits in EventGetData for a frame that never comes.
+void leave_a_waiter_behind()
+{
+    static std::atomic<pid_t> waiter{0};
+    std::thread([] {
+        Filled filled{};
+        waiter = this_thread();
+        application().camera.get(filled, GENTL_INFINITE);
+    }).detach();
+    while (waiter == 0 || !is_asleep(waiter))
+        std::this_thread::yield();
+}
+
+int end(const std::string& way)
+{
+    Camera& camera = application().camera;
+    camera.announce(4, Memory::of_consumer);
+    if (way == "waiter") {
+        camera.start(); // and no buffer to fill
+        leave_a_waiter_behind();
+        return EXIT_SUCCESS;
+    }
+    camera.start_and_queue();
+    receive(10);
+    if (way == "return")
+        return EXIT_SUCCESS;
+    if (way == "exit")
+        std::exit(EXIT_SUCCESS); // NOLINT(concurrency-mt-unsafe): that is what is tested
+    if (way == "exit-on-another-thread") {
+        std::thread([] { std::exit(EXIT_SUCCESS); }).join(); // NOLINT(concurrency-mt-unsafe): as above
+        return EXIT_FAILURE;
+    }
+    if (way == "quick-exit")
+        std::quick_exit(EXIT_SUCCESS);
+    std::cerr << "unknown way to end: " << way << '\n';
+    return EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+try {
+    if (count != 2) {
+        std::cerr << "usage: " << arguments[0] << " WAY\n";
+        return EXIT_FAILURE;
+    }
+    return end(arguments[1]);
+} catch (const std::exception& failure) {
+    std::cerr << failure.what() << '\n';
+    return EXIT_FAILURE;
+}
