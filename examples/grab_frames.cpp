@@ -109,7 +109,7 @@ void grab_ten_frames()
 int main(int argc, char** argv)
 try {
     producer = argc == 2 ? dlopen(argv[1], RTLD_NOW) : nullptr;
-    if (producer == nullptr)
+    if (producer == nullptr) // NOLINTNEXTLINE(concurrency-mt-unsafe): there is only this thread
         throw std::runtime_error(argc == 2 ? dlerror() : "usage: grab_frames PATH_OF_THE_CTI_FILE");
     grab_ten_frames();
     dlclose(producer);

@@ -45,7 +45,7 @@ std::vector<fs::path> producers_at(const fs::path& wanted)
                                  "; --cti takes the path of a .cti file");
     if (!fs::is_directory(wanted))
         return {wanted};
-    const auto found = producers_in(wanted);
+    auto found = producers_in(wanted);
     if (found.empty())
         throw std::runtime_error("the folder " + wanted.string() + " holds no .cti file");
     return found;
@@ -133,7 +133,7 @@ std::vector<fs::path> find_producers(const fs::path& wanted)
     const std::string list = environment(producer_path_variable);
     if (!list.empty())
         return producers_of_list(list);
-    const auto beside = producers_in(program_folder());
+    auto beside = producers_in(program_folder());
     if (beside.empty())
         throw std::runtime_error(std::string("no GenTL producer to load: set ") + producer_path_variable +
                                  " to the folder of a .cti file, or name one with --cti");
@@ -221,6 +221,18 @@ std::uint64_t read_number(const Producer& producer, const char* function, const 
     if (!number)
         throw Error(GC_ERR_NOT_AVAILABLE, function, "the producer does not know a value that is needed here");
     return *number;
+}
+
+void* read_pointer(const Producer& producer, const char* function, const InfoQuery& query)
+{
+    INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
+    void* pointer = nullptr;
+    std::size_t size = sizeof pointer;
+    producer.check(query(&type, &pointer, &size), function);
+    if (type != INFO_DATATYPE_PTR)
+        throw std::runtime_error(std::string(function) + " answered with type " + std::to_string(type) +
+                                 " where a pointer was expected");
+    return pointer;
 }
 
 std::string read_id(const Producer& producer, const char* function, const IdQuery& query)

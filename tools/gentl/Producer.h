@@ -62,6 +62,7 @@ std::optional<std::uint64_t> find_number(const Producer& producer, const char* f
                                          const InfoQuery& query);
 /// The same, for what must be there: its absence throws Error too.
 std::uint64_t read_number(const Producer& producer, const char* function, const InfoQuery& query);
+void* read_pointer(const Producer& producer, const char* function, const InfoQuery& query);
 std::string read_id(const Producer& producer, const char* function, const IdQuery& query);
 
 } // namespace zvgentl::tool

@@ -49,10 +49,9 @@ void Stream::queue(BUFFER_HANDLE buffer) const
 Frame Stream::frame(BUFFER_HANDLE buffer) const
 {
     Frame frame;
-    const auto base = static_cast<std::uintptr_t>(buffer_number(buffer, BUFFER_INFO_BASE));
     const auto offset = static_cast<std::size_t>(buffer_number(buffer, BUFFER_INFO_IMAGEOFFSET));
     const auto filled = static_cast<std::size_t>(buffer_number(buffer, BUFFER_INFO_SIZE_FILLED));
-    frame.data = reinterpret_cast<const std::uint8_t*>(base) + std::min(offset, filled);
+    frame.data = static_cast<const std::uint8_t*>(buffer_base(buffer)) + std::min(offset, filled);
     frame.size = filled - std::min(offset, filled);
     frame.width = buffer_number(buffer, BUFFER_INFO_WIDTH);
     frame.height = buffer_number(buffer, BUFFER_INFO_HEIGHT);
@@ -85,6 +84,15 @@ std::uint64_t Stream::buffer_number(BUFFER_HANDLE buffer, BUFFER_INFO_CMD comman
         m_producer, "DSGetBufferInfo", [&](INFO_DATATYPE* type, void* value, std::size_t* size) {
             return m_producer.functions().DSGetBufferInfo(m_handle, buffer, command, type, value, size);
         });
+}
+
+const void* Stream::buffer_base(BUFFER_HANDLE buffer) const
+{
+    return read_pointer(m_producer, "DSGetBufferInfo",
+                        [&](INFO_DATATYPE* type, void* value, std::size_t* size) {
+                            return m_producer.functions().DSGetBufferInfo(m_handle, buffer, BUFFER_INFO_BASE,
+                                                                          type, value, size);
+                        });
 }
 
 void Stream::release_buffers() const noexcept

@@ -51,6 +51,7 @@ public:
 
 private:
     std::uint64_t buffer_number(GenTL::BUFFER_HANDLE buffer, GenTL::BUFFER_INFO_CMD command) const;
+    const void* buffer_base(GenTL::BUFFER_HANDLE buffer) const;
     void release_buffers() const noexcept;
 
     const Producer& m_producer;

@@ -17,7 +17,7 @@ DynamicLibrary::DynamicLibrary(const std::filesystem::path& file)
     : m_library(dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL))
 {
     if (m_library == nullptr)
-        throw std::runtime_error(dlerror());
+        throw std::runtime_error(dlerror()); // NOLINT(concurrency-mt-unsafe): the text is kept per thread
 }
 
 DynamicLibrary::~DynamicLibrary() { dlclose(m_library); }
@@ -42,16 +42,16 @@ std::filesystem::path machine_configuration_folder() { return "/etc/zvgentl"; }
 
 std::string environment(const char* name)
 {
-    const char* const value = std::getenv(name);
+    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): set before threads start
     return value == nullptr ? std::string() : value;
 }
 
 void set_environment(const char* name, const std::string& value)
 {
     if (value.empty())
-        unsetenv(name);
+        unsetenv(name); // NOLINT(concurrency-mt-unsafe): see above
     else
-        setenv(name, value.c_str(), 1);
+        setenv(name, value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): see above
 }
 
 std::filesystem::path make_private_folder(const std::string& prefix)
