@@ -23,7 +23,7 @@ struct EventCall {
     const char* name;
     std::function<GC_ERROR(EVENT_HANDLE)> call;
 
-    friend std::ostream& operator<<(std::ostream& out, const EventCall& call) { return out << call.name; }
+    friend std::ostream& operator<<(std::ostream& out, const EventCall& tested) { return out << tested.name; }
 };
 
 std::vector<EventCall> event_calls()
