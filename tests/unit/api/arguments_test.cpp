@@ -1,0 +1,151 @@
+#include "api/arguments.h"
+
+#include "support/pointers.h"
+
+#include "api/error_names.h"
+#include "api/id_output.h"
+#include "api/module_kind.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+namespace zvgentl {
+
+namespace {
+
+using zvtest::all_ones;
+
+TEST(Arguments, AreMissingWhenNullOrAllOnes)
+{
+    const int here = 0;
+    EXPECT_TRUE(is_missing(nullptr));
+    EXPECT_TRUE(is_missing(all_ones<void*>()));
+    EXPECT_FALSE(is_missing(&here));
+    EXPECT_FALSE(is_missing(reinterpret_cast<void*>(1)));
+    EXPECT_FALSE(is_missing(reinterpret_cast<void*>(UINTPTR_MAX - 1)));
+    EXPECT_FALSE(is_missing(reinterpret_cast<void*>(uintptr_t{0xFFFFFFFF}))) << "all bits, not the low ones";
+}
+
+TEST(Arguments, AreGivenOrNull)
+{
+    int here = 0;
+    EXPECT_EQ(&here, given(&here));
+    EXPECT_EQ(nullptr, given(static_cast<int*>(nullptr)));
+    EXPECT_EQ(nullptr, given(all_ones<int*>()));
+}
+
+TEST(Arguments, LogTheLowBitsOfASize)
+{
+    EXPECT_EQ(0, logged_size(nullptr));
+    EXPECT_EQ(0, logged_size(all_ones<const size_t*>()));
+    for (const auto& [size, logged] : {
+             std::pair{size_t{0},           0 },
+             {size_t{17},          17},
+             {size_t{0x100000002}, 2 },
+             {SIZE_MAX,            -1}
+    })
+        EXPECT_EQ(logged, logged_size(&size));
+}
+
+struct NamedCode {
+    int32_t code;
+    const char* name;
+};
+
+TEST(ErrorNames, AreThoseOfTheStandard)
+{
+    for (const NamedCode& row : {
+             NamedCode{0,     "GC_ERR_SUCCESS"          },
+             NamedCode{-1001, "GC_ERR_ERROR"            },
+             NamedCode{-1002, "GC_ERR_NOT_INITIALIZED"  },
+             NamedCode{-1003, "GC_ERR_NOT_IMPLEMENTED"  },
+             NamedCode{-1004, "GC_ERR_RESOURCE_IN_USE"  },
+             NamedCode{-1005, "GC_ERR_ACCESS_DENIED"    },
+             NamedCode{-1006, "GC_ERR_INVALID_HANDLE"   },
+             NamedCode{-1007, "GC_ERR_INVALID_ID"       },
+             NamedCode{-1009, "GC_ERR_INVALID_PARAMETER"},
+             NamedCode{-1011, "GC_ERR_TIMEOUT"          },
+             NamedCode{-1012, "GC_ERR_ABORT"            },
+             NamedCode{-1013, "GC_ERR_INVALID_BUFFER"   },
+             NamedCode{-1014, "GC_ERR_NOT_AVAILABLE"    },
+             NamedCode{-1015, "GC_ERR_INVALID_ADDRESS"  },
+             NamedCode{-1016, "GC_ERR_BUFFER_TOO_SMALL" },
+             NamedCode{-1017, "GC_ERR_INVALID_INDEX"    }
+    })
+        EXPECT_STREQ(row.name, error_name(row.code));
+    EXPECT_EQ(16U, std::size(error_names));
+}
+
+TEST(ErrorNames, AreNotKnownForOtherCodes)
+{
+    for (const int32_t code : {-1008, -1010, -1018, 1, -1})
+        EXPECT_STREQ("unknown error", error_name(code));
+}
+
+TEST(ErrorNames, AreSortedByCode)
+{
+    for (size_t i = 1; i < std::size(error_names); ++i)
+        EXPECT_GT(error_names[i - 1].code, error_names[i].code);
+}
+
+TEST(ModuleKinds, HaveTheirNamesAndNumbers)
+{
+    constexpr std::array names = {"Invalid handle", "TLSystem", "TLInterface", "TLDevice",
+                                  "TLDataStream",   "TLBuffer", "Device"};
+    for (size_t i = 0; i < names.size(); ++i)
+        EXPECT_STREQ(names[i], handle_type_name(static_cast<ModuleKind>(i)));
+    EXPECT_STREQ("TLSystem", handle_type_name(ModuleKind::system));
+    EXPECT_STREQ("TLInterface", handle_type_name(ModuleKind::iface));
+    EXPECT_STREQ("TLDevice", handle_type_name(ModuleKind::device));
+    EXPECT_STREQ("TLDataStream", handle_type_name(ModuleKind::stream));
+    EXPECT_STREQ("TLBuffer", handle_type_name(ModuleKind::buffer));
+    EXPECT_STREQ("Device", handle_type_name(ModuleKind::remote_device));
+}
+
+TEST(ModuleKinds, AreInvalidOutsideOfTheTable)
+{
+    for (const int32_t kind : {-1, 7, 100, INT32_MIN, INT32_MAX})
+        EXPECT_STREQ("Invalid handle", handle_type_name(static_cast<ModuleKind>(kind)));
+}
+
+class IdOutput : public testing::Test {
+protected:
+    std::array<char, 8> room{'#', '#', '#', '#', '#', '#', '#', '#'};
+    size_t size = 8;
+};
+
+TEST_F(IdOutput, CopiesAnIDWithItsTerminator)
+{
+    for (size_t enough : {size_t{4}, size_t{8}}) {
+        room.fill('#');
+        size = enough;
+        EXPECT_EQ(IdCopy::copied, copy_id("FG0", room.data(), &size));
+        EXPECT_EQ(4U, size);
+        EXPECT_STREQ("FG0", room.data());
+        EXPECT_EQ('#', room[4]);
+    }
+}
+
+TEST_F(IdOutput, CopiesNothingIntoTooLittleRoom)
+{
+    for (size_t too_small : {size_t{0}, size_t{3}}) {
+        size = too_small;
+        EXPECT_EQ(IdCopy::too_small, copy_id("FG0", room.data(), &size));
+        EXPECT_EQ(4U, size);
+        EXPECT_EQ('#', room[0]);
+    }
+}
+
+TEST_F(IdOutput, GivesTheSizeAlone)
+{
+    for (char* nowhere : {static_cast<char*>(nullptr), all_ones<char*>()}) {
+        size = 0;
+        EXPECT_EQ(IdCopy::size_only, copy_id("FG0", nowhere, &size));
+        EXPECT_EQ(4U, size);
+    }
+}
+
+} // namespace
+
+} // namespace zvgentl

@@ -1,0 +1,163 @@
+#include "unit/modules/Module_fixtures.h"
+
+#include <cstring>
+
+namespace zvtest {
+
+namespace {
+
+using zvgentl::CameraModule;
+
+bool is_zeroed(const ZvCameraInfo& info)
+{
+    const ZvCameraInfo zeros{};
+    return std::memcmp(&info, &zeros, sizeof info) == 0;
+}
+
+/// A camera of its own, which no interface lists.
+class CameraModuleTest : public OneGrabber {
+protected:
+    void SetUp() override
+    {
+        OneGrabber::SetUp();
+        fake.grabber(0).has_cameras(1).camera(0).model("Model X");
+        const auto found = scan();
+        camera = std::make_unique<CameraModule>(&iface(), "Camera00");
+        camera->init_Camera(found.handle(0), found.identity(0));
+        forget();
+    }
+    void TearDown() override
+    {
+        camera.reset();
+        OneGrabber::TearDown();
+    }
+    uint32_t handle() { return fake.camera_handle(0, 0); }
+
+    std::unique_ptr<CameraModule> camera;
+};
+
+TEST_F(CameraModuleTest, StartsClosedWithHandleZero)
+{
+    const CameraModule fresh(&iface(), "Camera01");
+    EXPECT_EQ("Camera01", fresh.getId());
+    EXPECT_EQ(&iface(), fresh.get_Parent());
+    EXPECT_FALSE(fresh.is_Open());
+    EXPECT_EQ(0U, fresh.get_CameraHandle());
+}
+
+TEST_F(CameraModuleTest, TakesOverHandleAndIdentity)
+{
+    EXPECT_EQ(handle(), camera->get_CameraHandle());
+    EXPECT_STREQ("Model X", camera->get_CameraInfo().model_name);
+}
+
+TEST_F(CameraModuleTest, OpensWithTheCamerasOwnDescription)
+{
+    fake.next("ZVGR_CameraOpen2").answers_after_effect(0x1234);
+    EXPECT_EQ(0x1234U, camera->open_Camera());
+    EXPECT_EQ((Calls{call("ZVGR_CameraOpen2", handle(), nullptr)}), fake.calls());
+    EXPECT_FALSE(camera->is_Open()) << "the flag is the caller's to set";
+}
+
+TEST_F(CameraModuleTest, ClosesInTheLibraryAlone)
+{
+    camera->set_Open(true);
+    fake.next("ZVGR_CameraClose").answers(0x1234);
+    EXPECT_EQ(0x1234U, camera->close_Camera());
+    EXPECT_EQ((Calls{call("ZVGR_CameraClose", handle())}), fake.calls());
+    EXPECT_TRUE(camera->is_Open());
+    camera->set_Open(false);
+}
+
+TEST_F(CameraModuleTest, KeepsItsIdentityWhileItIsOpen)
+{
+    camera->set_Open(true);
+    EXPECT_STREQ("Model X", camera->get_CameraInfo().model_name);
+    EXPECT_TRUE(fake.calls().empty());
+    camera->set_Open(false);
+}
+
+TEST_F(CameraModuleTest, ForgetsItsIdentityAndItsStreamWhenItIsClosed)
+{
+    camera->set_Open(true);
+    ASSERT_TRUE(camera->open_Stream(0));
+    const uint32_t stream = fake.last_stream();
+    forget();
+    camera->set_Open(false);
+    EXPECT_EQ((Calls{call("ZVGR_StreamDelete", stream)}), fake.calls());
+    EXPECT_FALSE(camera->is_Open());
+    EXPECT_FALSE(camera->get_Stream(0)->is_Open());
+    EXPECT_TRUE(is_zeroed(camera->get_CameraInfo()));
+    EXPECT_EQ(handle(), camera->get_CameraHandle()) << "it can be opened again";
+}
+
+TEST_F(CameraModuleTest, HasOneStreamAtEveryIndexBelowOne)
+{
+    EXPECT_EQ(1U, camera->get_StreamAmount());
+    ASSERT_NE(nullptr, camera->get_Stream(0));
+    EXPECT_EQ(camera->get_Stream(0), camera->get_Stream(-1));
+    EXPECT_EQ(camera->get_Stream(0), camera->get_Stream(INT32_MIN));
+    EXPECT_EQ(nullptr, camera->get_Stream(1));
+    EXPECT_EQ(nullptr, camera->get_Stream(INT32_MAX));
+    EXPECT_FALSE(camera->get_Stream(0)->is_Open());
+}
+
+TEST_F(CameraModuleTest, KnowsItsStream)
+{
+    EXPECT_TRUE(camera->is_Stream(camera->get_Stream(0)));
+    EXPECT_FALSE(camera->is_Stream(nullptr));
+    EXPECT_FALSE(camera->is_Stream(camera.get()));
+}
+
+TEST_F(CameraModuleTest, PassesTheIndexOfAQueuedStream)
+{
+    fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = 1;
+    EXPECT_TRUE(camera->open_Stream(5));
+    EXPECT_EQ((Calls{call("ZVGR_StreamCreate", handle(), 5)}), fake.calls_of("ZVGR_StreamCreate"));
+    EXPECT_LOGGED(Priority::information, "Opening stream type=Queued", "CameraModule::open_Stream",
+                  "CameraModule");
+    EXPECT_EQ(fake.last_stream(), camera->get_Stream(0)->get_Handle());
+}
+
+TEST_F(CameraModuleTest, MakesACyclicStreamOfFourFramesAtIndexZero)
+{
+    EXPECT_TRUE(camera->open_Stream(5));
+    EXPECT_EQ((Calls{call("ZVGR_StreamCreateAndAlloc", handle(), 4, 0)}),
+              fake.calls_of("ZVGR_StreamCreateAndAlloc"));
+    EXPECT_LOGGED(Priority::information, "Opening stream type=Cyclic", "CameraModule::open_Stream",
+                  "CameraModule");
+}
+
+TEST_F(CameraModuleTest, StaysWithoutAStreamWhenTheLibraryRefuses)
+{
+    for (const int64_t capability : {0, 1}) {
+        fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = capability;
+        fake.next(capability == 1 ? "ZVGR_StreamCreate" : "ZVGR_StreamCreateAndAlloc").answers(any_failure);
+        EXPECT_FALSE(camera->open_Stream(0));
+        EXPECT_FALSE(camera->get_Stream(0)->is_Open());
+        EXPECT_EQ(0U, fake.count("ZVGR_CameraCallbackRegister"));
+        EXPECT_EQ(0U, fake.count("ZVGR_StreamBufferCallbackRegister"));
+    }
+}
+
+TEST_F(CameraModuleTest, ClosesAnOpenCameraAndThenItsStreamWhenItIsDestroyed)
+{
+    camera->set_Open(true);
+    ASSERT_TRUE(camera->open_Stream(0));
+    const uint32_t stream = fake.last_stream();
+    forget();
+    fake.next("ZVGR_CameraClose").answers(any_failure); // nothing can be done about it
+    camera.reset();
+    EXPECT_EQ((Calls{call("ZVGR_CameraClose", handle()), call("ZVGR_StreamDelete", stream)}), fake.calls());
+    EXPECT_LOG_LINES();
+}
+
+TEST_F(CameraModuleTest, IsDestroyedWithoutACallWhenItIsClosed)
+{
+    camera.reset();
+    EXPECT_TRUE(fake.calls().empty());
+}
+
+} // namespace
+
+} // namespace zvtest

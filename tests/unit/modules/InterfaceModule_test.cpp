@@ -1,0 +1,193 @@
+#include "unit/modules/Module_fixtures.h"
+
+namespace zvtest {
+
+namespace {
+
+using zvgentl::CameraModule;
+using zvgentl::DeviceModule;
+using zvgentl::InterfaceModule;
+using zvgentl::SystemModule;
+
+class ClosedInterfaceModule : public Modules {
+protected:
+    SystemModule system;
+
+    void TearDown() override
+    {
+        system.init_Interfaces(0);
+        Modules::TearDown();
+    }
+};
+
+TEST_F(ClosedInterfaceModule, KeepsItsIDAndParent)
+{
+    const InterfaceModule iface(system, "FG7");
+    EXPECT_EQ("FG7", iface.getId());
+    EXPECT_EQ(&system, &iface.get_Parent());
+}
+
+TEST_F(ClosedInterfaceModule, HasNoGrabberAndNoDevices)
+{
+    const InterfaceModule iface(system, "FG0");
+    EXPECT_FALSE(iface.is_Open());
+    EXPECT_EQ(0U, iface.get_GrabberHandle());
+    EXPECT_EQ(0U, iface.get_CameraAmount());
+    EXPECT_EQ(nullptr, iface.get_Device(0));
+    EXPECT_EQ(nullptr, iface.get_Camera(0));
+    EXPECT_EQ(-1, iface.get_CameraIndex(nullptr));
+    EXPECT_FALSE(iface.has_Device(nullptr));
+    EXPECT_FALSE(iface.has_Camera(nullptr));
+}
+
+TEST_F(ClosedInterfaceModule, IsDestroyedWithoutACall)
+{
+    {
+        const InterfaceModule iface(system, "FG0");
+    }
+    EXPECT_TRUE(fake.calls().empty());
+}
+
+TEST_F(ClosedInterfaceModule, OpensTheGrabberAtItsPosition)
+{
+    fake.has_grabbers(3);
+    system.init_Interfaces(3);
+    InterfaceModule& iface = *system.get_Interface(1);
+    EXPECT_TRUE(iface.open_Grabber());
+    EXPECT_EQ((Calls{call("ZVGR_Open", 1)}), fake.calls());
+    EXPECT_TRUE(iface.is_Open());
+    EXPECT_EQ(fake.grabber_handle(1), iface.get_GrabberHandle());
+}
+
+TEST_F(ClosedInterfaceModule, StaysClosedWhenTheLibraryRefuses)
+{
+    system.init_Interfaces(1);
+    InterfaceModule& iface = *system.get_Interface(0);
+    fake.next("ZVGR_Open").answers(ZV_NO_HANDLE);
+    EXPECT_FALSE(iface.open_Grabber());
+    EXPECT_FALSE(iface.is_Open());
+    EXPECT_EQ(0U, iface.get_GrabberHandle());
+}
+
+class OpenInterfaceModule : public OneGrabber {};
+
+TEST_F(OpenInterfaceModule, ClosesItsGrabberAndKeepsTheFlag)
+{
+    const uint32_t handle = grabber();
+    EXPECT_EQ(uint32_t{zv_success}, iface().close_Grabber());
+    EXPECT_EQ((Calls{call("ZVGR_Close", handle)}), fake.calls());
+    EXPECT_TRUE(iface().is_Open());
+    iface().set_Open(false);
+}
+
+TEST_F(OpenInterfaceModule, AnswersTheStatusOfTheLibrary)
+{
+    fake.next("ZVGR_Close").answers(0x1234);
+    EXPECT_EQ(0x1234U, iface().close_Grabber());
+}
+
+TEST_F(OpenInterfaceModule, ListsADeviceForEachCamera)
+{
+    list_cameras(3);
+    EXPECT_EQ(3U, iface().get_CameraAmount());
+    EXPECT_EQ(3U, iface().get_Devices().size());
+    for (uint32_t i = 0; i < 3; ++i) {
+        const DeviceModule* const device = iface().get_Device(i);
+        ASSERT_NE(nullptr, device);
+        EXPECT_EQ("Device0" + std::to_string(i), device->getId());
+        EXPECT_EQ(&iface(), device->get_Parent());
+        EXPECT_FALSE(device->is_Open());
+        EXPECT_EQ(device->get_Camera(), iface().get_Camera(i));
+        EXPECT_EQ(fake.camera_handle(0, i), iface().get_Camera(i)->get_CameraHandle());
+        EXPECT_TRUE(iface().has_Device(device));
+        EXPECT_TRUE(iface().has_Camera(device->get_Camera()));
+        EXPECT_EQ(static_cast<int32_t>(i), iface().get_CameraIndex(device->get_Camera()));
+        EXPECT_EQ(device, iface().find_Device(device->getId()));
+    }
+}
+
+TEST_F(OpenInterfaceModule, TellsDevicesFromCameras)
+{
+    list_cameras(1);
+    const DeviceModule* const device = iface().get_Device(0);
+    EXPECT_FALSE(iface().has_Device(device->get_Camera()));
+    EXPECT_FALSE(iface().has_Camera(device));
+    EXPECT_EQ(-1, iface().get_CameraIndex(device));
+}
+
+TEST_F(OpenInterfaceModule, ReadsIndexesAsSigned)
+{
+    list_cameras(2);
+    for (uint32_t index : {2U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(nullptr, iface().get_Device(index));
+        EXPECT_EQ(nullptr, iface().get_Camera(index));
+    }
+}
+
+TEST_F(OpenInterfaceModule, FindsWholeIDsOnly)
+{
+    list_cameras(2);
+    for (const char* id : {"", "Device", "Device0", "device00", "Device000", "Device02", "Camera00"})
+        EXPECT_EQ(nullptr, iface().find_Device(id)) << id;
+}
+
+TEST_F(OpenInterfaceModule, DropsDevicesOfAnEarlierListAsTheyAre)
+{
+    list_cameras(2);
+    DeviceModule* const old = iface().get_Device(0);
+    ASSERT_EQ(uint32_t{zv_success}, old->get_Camera()->open_Camera());
+    old->get_Camera()->set_Open(true);
+    list_cameras(1);
+    EXPECT_EQ(0U, fake.count("ZVGR_CameraClose"));
+    EXPECT_FALSE(iface().has_Device(old));
+    EXPECT_TRUE(old->is_Open()) << "the object is alive and as it was";
+    EXPECT_NE(old, iface().get_Device(0));
+    EXPECT_FALSE(iface().get_Device(0)->is_Open());
+}
+
+TEST_F(OpenInterfaceModule, ClosesEveryCameraInOrder)
+{
+    list_cameras(2);
+    for (uint32_t i : {1U, 0U}) {
+        iface().get_Camera(i)->set_Open(true);
+        ASSERT_TRUE(iface().get_Camera(i)->open_Stream(0));
+    }
+    const std::vector<uint32_t> streams = fake.streams(); // the second camera's was made first
+    ASSERT_EQ(2U, streams.size());
+    forget();
+    iface().set_Open(false);
+    EXPECT_EQ((Calls{call("ZVGR_StreamDelete", streams[1]), call("ZVGR_StreamDelete", streams[0])}),
+              fake.calls());
+    EXPECT_FALSE(iface().get_Device(0)->is_Open());
+    EXPECT_FALSE(iface().get_Device(1)->is_Open());
+    iface().set_Open(true); // for the destructor
+}
+
+TEST_F(OpenInterfaceModule, LeavesCamerasAloneWhenItIsMarkedOpen)
+{
+    list_cameras(1);
+    iface().get_Camera(0)->set_Open(true);
+    iface().set_Open(true);
+    EXPECT_TRUE(iface().get_Device(0)->is_Open());
+}
+
+class InterfaceModuleNames : public OneGrabber, public testing::WithParamInterface<const char*> {};
+
+TEST_P(InterfaceModuleNames, GiveDevicesTheirNumbers)
+{
+    InterfaceModule named(system, GetParam());
+    fake.grabber(0).has_cameras(16);
+    ASSERT_EQ(16U, named.init_Cameras(scan()));
+    const std::string id = GetParam();
+    const size_t digit = id.find_first_of("0123456789");
+    const std::string prefix = "Device" + (digit == std::string::npos ? std::string() : id.substr(digit));
+    EXPECT_EQ(prefix + "0", named.get_Device(0)->getId());
+    EXPECT_EQ(prefix + "15", named.get_Device(15)->getId());
+}
+
+INSTANTIATE_TEST_SUITE_P(IDs, InterfaceModuleNames,
+                         testing::Values("FG0", "FG1", "FG11", "FG", "4x", "a1b2", ""));
+
+} // namespace
+
+} // namespace zvtest

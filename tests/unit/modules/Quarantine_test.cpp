@@ -1,0 +1,84 @@
+#include "modules/Quarantine.h"
+
+#include "modules/SystemModule.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+#include <thread>
+#include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+extern "C" int __asan_address_is_poisoned(const volatile void* address); // NOLINT: the sanitizer's own name
+#endif
+
+namespace zvgentl {
+
+namespace {
+
+constexpr size_t capacity = 256;
+
+void* new_block() { return ::operator new(64); }
+
+TEST(QuarantineTest, KeepsTheLastBlocksFromBeingUsedAgain)
+{
+    Quarantine quarantine;
+    std::set<void*> kept;
+    for (size_t i = 0; i < capacity; ++i) {
+        void* const block = new_block();
+        EXPECT_TRUE(kept.insert(block).second);
+        quarantine.put(block, 64);
+    }
+    std::vector<void*> others;
+    for (size_t i = 0; i < 1000; ++i) {
+        others.push_back(new_block());
+        EXPECT_EQ(0U, kept.count(others.back()));
+    }
+    for (void* other : others)
+        ::operator delete(other);
+}
+
+TEST(QuarantineTest, GivesEveryObjectAnAddressOfItsOwn)
+{
+    std::set<const void*> addresses;
+    for (size_t i = 0; i < capacity; ++i)
+        addresses.insert(std::make_unique<SystemModule>().get());
+    EXPECT_EQ(capacity, addresses.size());
+}
+
+TEST(QuarantineTest, ServesNothrowAllocationsToo)
+{
+    std::set<const void*> addresses;
+    for (size_t i = 0; i < capacity; ++i) {
+        const std::unique_ptr<SystemModule> system(new (std::nothrow) SystemModule);
+        ASSERT_NE(nullptr, system);
+        addresses.insert(system.get());
+    }
+    EXPECT_EQ(capacity, addresses.size());
+}
+
+TEST(QuarantineTest, TakesBlocksFromManyThreads)
+{
+    Quarantine quarantine;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&quarantine] {
+            for (size_t k = 0; k < 2 * capacity; ++k)
+                quarantine.put(new_block(), 64);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+TEST(QuarantineTest, PoisonsWhatItKeeps)
+{
+    const SystemModule* const dead = std::make_unique<SystemModule>().get();
+    EXPECT_TRUE(__asan_address_is_poisoned(dead));
+}
+#endif
+
+} // namespace
+
+} // namespace zvgentl

@@ -1,0 +1,124 @@
+#include "modules/settings.h"
+
+#include "support/FakeSettings.h"
+
+#include <gtest/gtest.h>
+
+namespace zvtest {
+
+namespace {
+
+using namespace zvgentl;
+
+struct PlainRow {
+    const PlainSetting* setting;
+    const char* key;
+    uint32_t default_value;
+    std::optional<std::string> description;
+};
+
+const PlainRow plain_rows[] = {
+    {&settings::expose_demo_grabber,      "GenTL.Interface.ExposeDemoGrabber",  0, std::nullopt},
+    {&settings::stream_payload_size_type, "GenTL.Stream.StreamPayloadSizeType", 2,
+     "1-Old stream size at creation time,2-dynamic stream size"                                },
+    {&settings::buffer_alloc_min,         "GenTL.Stream.BufferAllocMin",        4, std::nullopt},
+    {&settings::signaled_event_mode,      "GenTL.Stream.SignaledEventMode",     1, std::nullopt},
+    {&settings::serialize_buffer_type,    "GenTL.Buffer.SerializeBufferType",   1, std::nullopt},
+    {&settings::pixel_format_conversion,  "GenTL.Buffer.PixelFormatNameSpace",  1, std::nullopt},
+    {&settings::serialize_stream_event,   "GenTL.Event.SerializeStreamEvent",   1, std::nullopt},
+};
+
+struct OverrideRow {
+    const OverrideSetting* setting;
+    const char* key;
+};
+
+const OverrideRow override_rows[] = {
+    {&settings::queued_buffer_mode,     "GenTL.Stream.QueuedBufferMode"    },
+    {&settings::pixel_format_namespace, "GenTL.Buffer.PixelFormatNameSpace"},
+    {&settings::delivered_image_height, "GenTL.Buffer.DeliveredImageHeight"},
+};
+
+class SettingsTest : public testing::Test {
+protected:
+    FakeSettings& store = FakeSettings::instance();
+
+    void SetUp() override { store.reset(); }
+    void TearDown() override { store.reset(); }
+};
+
+class PlainSettings : public SettingsTest {};
+
+TEST_F(PlainSettings, AreCreatedWithTheirDefaults)
+{
+    for (const PlainRow& row : plain_rows) {
+        SCOPED_TRACE(row.key);
+        store.clear_reads();
+        EXPECT_EQ(row.default_value, read(*row.setting));
+        EXPECT_EQ((std::vector<SettingsRead>{plain_read(row.key, row.default_value, row.description)}),
+                  store.reads());
+        EXPECT_EQ(row.default_value, store.stored(row.key));
+        EXPECT_EQ(row.description, store.description(row.key));
+    }
+    EXPECT_EQ(std::size(plain_rows), store.stored_count());
+}
+
+TEST_F(PlainSettings, AreReadEveryTime)
+{
+    for (const PlainRow& row : plain_rows) {
+        for (uint32_t value : {0U, 1U, 77U, 0xFFFFFFFFU}) {
+            store.set(row.key, value);
+            EXPECT_EQ(value, read(*row.setting)) << row.key;
+        }
+    }
+}
+
+class OverrideSettings : public SettingsTest {};
+
+TEST_F(OverrideSettings, AreNotCreated)
+{
+    for (const OverrideRow& row : override_rows) {
+        SCOPED_TRACE(row.key);
+        store.clear_reads();
+        EXPECT_EQ(std::nullopt, read(*row.setting));
+        EXPECT_EQ((std::vector<SettingsRead>{override_read(row.key)}), store.reads());
+    }
+    EXPECT_EQ(0U, store.stored_count());
+}
+
+TEST_F(OverrideSettings, AreReadEveryTime)
+{
+    for (const OverrideRow& row : override_rows) {
+        for (uint32_t value : {0U, 1U, 77U, 0xFFFFFFFEU}) {
+            store.set_override(row.key, value);
+            EXPECT_EQ(value, read(*row.setting)) << row.key;
+        }
+    }
+}
+
+TEST_F(OverrideSettings, AreUnsetWithAllBitsSet)
+{
+    for (const OverrideRow& row : override_rows) {
+        store.set_override(row.key, 0xFFFFFFFF);
+        EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;
+    }
+}
+
+TEST_F(OverrideSettings, AreNotThePlainKey)
+{
+    for (const OverrideRow& row : override_rows) {
+        store.set(row.key, 3);
+        EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;
+    }
+}
+
+TEST_F(OverrideSettings, AreUnsetWhenTheStoreWritesNothing)
+{
+    store.get_writes_nothing();
+    for (const OverrideRow& row : override_rows)
+        EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;
+}
+
+} // namespace
+
+} // namespace zvtest
