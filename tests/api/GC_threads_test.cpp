@@ -1,0 +1,158 @@
+// Calls from several threads at once: one of them wins, and nothing tears.
+#include "api/module_calls.h"
+
+#include <atomic>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace zvtest {
+
+namespace {
+
+/// Runs `work(thread)` on four threads that start together.
+template <class Work>
+void on_threads(Work work)
+{
+    constexpr int count = 4;
+    std::atomic<int> waiting{count};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back([&work, &waiting, i] {
+            --waiting;
+            while (waiting.load() > 0)
+                std::this_thread::yield();
+            work(i);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+/// How many of four simultaneous calls gave the code.
+template <class Function>
+int count_of(GC_ERROR code, Function function)
+{
+    std::atomic<int> count{0};
+    on_threads([&](int) { count += function() == code ? 1 : 0; });
+    return count;
+}
+
+class LibraryOnThreads : public Library {
+protected:
+    void SetUp() override
+    {
+        Library::SetUp();
+        log.keep_lines(false);
+    }
+};
+
+TEST_F(LibraryOnThreads, IsInitialisedAndClosedAgain)
+{
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<int> refused{0};
+        std::atomic<int> initialised{0};
+        on_threads([&](int) {
+            const GC_ERROR code = GCInitLib();
+            initialised += code == GC_ERR_SUCCESS ? 1 : 0;
+            refused += code == GC_ERR_RESOURCE_IN_USE ? 1 : 0;
+        });
+        ASSERT_EQ(1, initialised);
+        ASSERT_EQ(3, refused);
+        ASSERT_EQ(GC_ERR_SUCCESS, GCCloseLib());
+    }
+}
+
+class SystemOnThreads : public OpenLibrary {
+protected:
+    void SetUp() override
+    {
+        OpenLibrary::SetUp();
+        log.keep_lines(false);
+    }
+};
+
+TEST_F(SystemOnThreads, IsOpenedByOneAndClosedByOne)
+{
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<TL_HANDLE> system{nullptr};
+        ASSERT_EQ(1, count_of(GC_ERR_SUCCESS, [&system] {
+                      TL_HANDLE opened = nullptr;
+                      const GC_ERROR code = TLOpen(&opened);
+                      if (code == GC_ERR_SUCCESS)
+                          system = opened;
+                      return code;
+                  }));
+        ASSERT_EQ(1, count_of(GC_ERR_SUCCESS, [&system] { return TLClose(system); }));
+    }
+}
+
+TEST_F(SystemOnThreads, RecordsWholeErrorsOnly)
+{
+    const std::string by_size[] = {
+        "GCGetInfo - GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data (1/6)",
+        "GCGetInfo - GC_ERR_INVALID_PARAMETER: buffer size too small to contain NULL termination (5/6)",
+        "TLUpdateInterfaceList - GC_ERR_INVALID_HANDLE: invalid system handle",
+    };
+    TLUpdateInterfaceList(nullptr, nullptr, 0);
+    on_threads([&by_size](int thread) {
+        for (int i = 0; i < 1000; ++i) {
+            if (thread == 0) {
+                TLUpdateInterfaceList(nullptr, nullptr, 0);
+            } else if (thread != 3) {
+                char room[8] = {};
+                size_t size = thread == 1 ? 1 : 5;
+                INFO_DATATYPE type = 0;
+                GCGetInfo(TL_INFO_TLTYPE, &type, room, &size);
+            }
+            GC_ERROR code = 0;
+            char text[256] = {};
+            size_t size = sizeof text;
+            ASSERT_EQ(GC_ERR_SUCCESS, GCGetLastError(&code, text, &size));
+            ASSERT_EQ(std::string(text).size() + 1, size);
+            ASSERT_TRUE(text == by_size[0] || text == by_size[1] || text == by_size[2]) << text;
+        }
+    });
+}
+
+class TreeOnThreads : public OpenDevice {};
+
+TEST_F(TreeOnThreads, AnswersQueriesOfAllAlike)
+{
+    log.keep_lines(false);
+    const std::string model = device_info<std::string>(DEVICE_INFO_MODEL).value;
+    on_threads([&](int) {
+        for (int i = 0; i < 300; ++i) {
+            ASSERT_EQ(1U, num_interfaces());
+            ASSERT_EQ("FG0", interface_id(0));
+            ASSERT_EQ("GenTL_1.5", system_info<std::string>(TL_INFO_ID).value);
+            ASSERT_EQ("FG0", interface_info<std::string>(INTERFACE_INFO_ID).value);
+            ASSERT_EQ(1U, num_devices(iface));
+            ASSERT_EQ("Device00", device_id(iface, 0));
+            ASSERT_EQ(model, device_info<std::string>(DEVICE_INFO_MODEL).value);
+            PORT_HANDLE given = nullptr;
+            ASSERT_EQ(GC_ERR_SUCCESS, DevGetPort(dev, &given));
+            ASSERT_EQ(port, given);
+        }
+    });
+}
+
+TEST_F(TreeOnThreads, LogsWholeLinesWithTheThreadOfEach)
+{
+    forget();
+    constexpr int rounds = 100;
+    on_threads([&](int) {
+        for (int i = 0; i < rounds; ++i)
+            num_devices(iface);
+    });
+    EXPECT_EQ(4U * rounds, times_logged("Enter IFGetNumDevices"));
+    EXPECT_EQ(4U * rounds, times_logged("Exit IFGetNumDevices, camera amount=1"));
+    std::set<uint32_t> threads;
+    for (const LogLine& line : log.lines())
+        threads.insert(line.thread);
+    EXPECT_EQ(4U, threads.size());
+}
+
+} // namespace
+
+} // namespace zvtest
