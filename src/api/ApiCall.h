@@ -18,7 +18,6 @@ public:
     }
 
     const char* function() const noexcept { return m_function; }
-    Priority traffic() const noexcept { return m_traffic; }
 
     /// Logs at the traffic priority.
     ZV_PRINTF(3, 4) void log(At at, const char* text, ...) const noexcept;

@@ -63,8 +63,8 @@ GC_ERROR InfoOutput::write_text(const std::string& text, const ApiCall& call) co
     const size_t room = *m_size;
     const size_t copied = std::min(room, needed);
     std::memcpy(m_buffer, text.c_str(), copied);
-    *m_size =
-        copied; // Contract: also on failure, not the size needed. Pinned by StringRule.ReportsTheBytesCopied.
+    // Contract: also on failure, not the size needed. Pinned by StringRule.ReportsTheBytesCopied.
+    *m_size = copied;
     if (needed <= room)
         return GC_ERR_SUCCESS;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "GenTL/GenTL.h"
 
@@ -17,7 +18,8 @@ enum class NumberLog {
     both,
 };
 
-/// The three output arguments of an info query. Nothing else sets the type, compares sizes or copies bytes.
+/// The three output arguments of an info query. Nothing else sets the type, compares sizes or copies bytes,
+/// but for the one answer that takes an entry out of an event.
 class InfoOutput {
 public:
     InfoOutput(GenTL::INFO_DATATYPE* type, void* buffer, size_t* size) noexcept;

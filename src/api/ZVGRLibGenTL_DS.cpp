@@ -8,6 +8,7 @@
 #include "api/arguments.h"
 #include "api/handle_checks.h"
 #include "log/text.h"
+#include "modules/BufferModule.h"
 #include "modules/CameraModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
@@ -18,12 +19,20 @@ using namespace zvgentl;
 
 namespace {
 
+bool is_filling(const BufferModule& buffer) { return buffer.get_FillState() == FillState::filling; }
+
 /// The input pool holds what waits to be filled and what is being filled.
-size_t count_input(const StreamModule& stream, bool is_filling)
+size_t count_waiting(const StreamModule& stream)
 {
-    return stream.buffers().count_if([is_filling](const BufferModule& buffer) {
-        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT &&
-               (buffer.get_FillState() == FillState::filling) == is_filling;
+    return stream.buffers().count_if([](const BufferModule& buffer) {
+        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT && !is_filling(buffer);
+    });
+}
+
+size_t count_started(const StreamModule& stream)
+{
+    return stream.buffers().count_if([](const BufferModule& buffer) {
+        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT && is_filling(buffer);
     });
 }
 
@@ -36,18 +45,22 @@ size_t count_output(const StreamModule& stream)
 constexpr InfoRow<StreamModule> stream_info[] = {
     {STREAM_INFO_ID,                  [](const StreamModule& stream) { return InfoValue::string(stream.getId()); }},
     {STREAM_INFO_NUM_DELIVERED,
-     [](const StreamModule& stream) { return InfoValue::uint64(stream.get_Delivered()); }                         },
+     [](const StreamModule& stream) {
+         return InfoValue::uint64(static_cast<uint64_t>(stream.get_Delivered()));
+     }                                                                                                            },
     {STREAM_INFO_NUM_UNDERRUN,
-     [](const StreamModule& stream) { return InfoValue::uint64(stream.get_Underruns()); }                         },
+     [](const StreamModule& stream) {
+         return InfoValue::uint64(static_cast<uint64_t>(stream.get_Underruns()));
+     }                                                                                                            },
     {STREAM_INFO_NUM_ANNOUNCED,
      [](const StreamModule& stream) { return InfoValue::sizet(stream.buffers().size()); }                         },
     {STREAM_INFO_NUM_QUEUED,
-     [](const StreamModule& stream) { return InfoValue::sizet(count_input(stream, false)); }                      },
+     [](const StreamModule& stream) { return InfoValue::sizet(count_waiting(stream)); }                           },
     {STREAM_INFO_NUM_AWAIT_DELIVERY,
      [](const StreamModule& stream) { return InfoValue::sizet(count_output(stream)); }                            },
  // Contract: UINT64, where the standard has SIZET.
     {STREAM_INFO_NUM_STARTED,
-     [](const StreamModule& stream) { return InfoValue::uint64(count_input(stream, true)); }                      },
+     [](const StreamModule& stream) { return InfoValue::uint64(count_started(stream)); }                          },
     {STREAM_INFO_PAYLOAD_SIZE,
      [](const StreamModule& stream) { return InfoValue::sizet(stream.get_PayloadSize()); }                        },
     {STREAM_INFO_IS_GRABBING,

@@ -209,8 +209,8 @@ try {
     const auto event = check_event_handle(hEvent, call, Open::required);
     if (!event)
         return event.error();
-    StreamModule& stream =
-        event->get_Source(); // which tells how loud the enter line is: hence after the handle
+    // The stream tells how loud the enter line is: hence after the handle.
+    StreamModule& stream = event->get_Source();
     throttled_call(stream, LogThrottle::Mark::no)
         .log(At{1287}, "Enter EventGetData, handle=0x%X, buffer size=%d, timeout=%d ms", low32(hEvent),
              logged_size(piSize), low32_signed(iTimeout));

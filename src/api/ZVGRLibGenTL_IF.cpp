@@ -13,6 +13,7 @@
 #include "log/ScopeTimer.h"
 #include "log/text.h"
 #include "log/unit_loggers.h"
+#include "modules/CameraModule.h"
 #include "modules/CameraScan.h"
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
@@ -182,8 +183,8 @@ try {
     }
     CameraModule& camera = *device->get_Camera();
     if (camera.is_Open()) {
-        *phDevice =
-            device; // Contract: usable, together with the error. Pinned by IFOpenDevice.GivesTheOpenOne.
+        // Contract: usable, together with the error. Pinned by IFOpenDevice.GivesTheOpenOne.
+        *phDevice = device;
         call.record_error(At{2406}, "IFOpenDevice - GC_ERR_RESOURCE_IN_USE: camera is already opened");
         return call.fail(At{2407}, GC_ERR_RESOURCE_IN_USE);
     }

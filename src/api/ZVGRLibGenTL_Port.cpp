@@ -6,6 +6,7 @@
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
+#include "api/InfoOutput.h"
 #include "api/ProcessState.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
@@ -156,7 +157,8 @@ try {
              address(hPort), static_cast<int>(iURLIndex), iInfoCmd, logged_size(piSize));
     if (!call.library_is_open(At{882}))
         return GC_ERR_NOT_INITIALIZED;
-    if (is_missing(piType) || is_missing(piSize) || (!is_missing(pBuffer) && *piSize == 0))
+    const InfoOutput output{piType, pBuffer, piSize};
+    if (output.is_malformed())
         return call.fail(At{885}, GC_ERR_INVALID_PARAMETER);
     if (iURLIndex != 0) {
         // Contract: the text names another code than the one returned. Pinned by
@@ -181,7 +183,8 @@ try {
     call.log(At{910}, "Enter GCGetPortInfo, info=%d, buffer size=%d", iInfoCmd, logged_size(piSize));
     if (!call.library_is_open(At{912}))
         return GC_ERR_NOT_INITIALIZED;
-    if (is_missing(piType) || is_missing(piSize) || (!is_missing(pBuffer) && *piSize == 0))
+    const InfoOutput output{piType, pBuffer, piSize};
+    if (output.is_malformed())
         return call.fail(At{915}, GC_ERR_INVALID_PARAMETER);
     if (!is_port(hPort)) // without a log line
         return GC_ERR_INVALID_HANDLE;

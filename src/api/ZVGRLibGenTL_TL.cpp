@@ -1,9 +1,9 @@
 // System functions: TL*.
 
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "GenTL/GenTL.h"
 
@@ -203,8 +203,8 @@ try {
         return call.fail(At{1872}, GC_ERR_INVALID_ID);
     }
     if (iface->is_Open()) {
-        *phIface =
-            iface; // Contract: usable, together with the error. Pinned by TLOpenInterface.GivesTheOpenOne.
+        // Contract: usable, together with the error. Pinned by TLOpenInterface.GivesTheOpenOne.
+        *phIface = iface;
         return call.fail(At{1876}, GC_ERR_RESOURCE_IN_USE);
     }
     if (!iface->open_Grabber()) {

@@ -96,7 +96,12 @@ bool has_open_owners(const EventModule& event)
     return stream.is_Open() && camera.is_Open() && camera.get_Parent()->is_Open();
 }
 
-ModuleKind kind_if(bool is_open, ModuleKind kind) { return is_open ? kind : ModuleKind::invalid; }
+/// A closed module counts as no module.
+template <class Module>
+ModuleKind kind_of_open(const Module& module, ModuleKind kind)
+{
+    return module.is_Open() ? kind : ModuleKind::invalid;
+}
 
 } // namespace
 
@@ -187,14 +192,14 @@ ModuleKind get_handle_type(const void* handle)
     if (handle == current_system())
         return ModuleKind::system;
     if (const InterfaceModule* const iface = find_interface(handle))
-        return kind_if(iface->is_Open(), ModuleKind::iface);
+        return kind_of_open(*iface, ModuleKind::iface);
     if (const DeviceModule* const device = find_device(handle))
-        return kind_if(device->is_Open(), ModuleKind::device);
+        return kind_of_open(*device, ModuleKind::device);
     if (const CameraModule* const camera = find_camera(handle))
-        return kind_if(camera->is_Open(), ModuleKind::remote_device);
+        return kind_of_open(*camera, ModuleKind::remote_device);
     if (const StreamModule* const stream = find_stream(handle))
-        return kind_if(stream->is_Open(), ModuleKind::stream);
-    return kind_if(static_cast<bool>(find_buffer(handle)), ModuleKind::buffer);
+        return kind_of_open(*stream, ModuleKind::stream);
+    return find_buffer(handle) ? ModuleKind::buffer : ModuleKind::invalid; // whatever its stream
 }
 
 } // namespace zvgentl

@@ -23,9 +23,9 @@ enum class Open { irrelevant, required };
 template <class Holder>
 class Checked {
 public:
-    Checked(Holder object)
-        : m_object(std::move(object)), m_error(GenTL::GC_ERR_SUCCESS) {} // NOLINT: either one
-    Checked(GenTL::GC_ERROR error) : m_error(error) {}                   // NOLINT: is a result
+    // Implicit, so that a check returns what it found: an object or a code.
+    Checked(Holder object) : m_object(std::move(object)), m_error(GenTL::GC_ERR_SUCCESS) {}
+    Checked(GenTL::GC_ERROR error) : m_error(error) {}
 
     explicit operator bool() const noexcept { return m_error == GenTL::GC_ERR_SUCCESS; }
     GenTL::GC_ERROR error() const noexcept { return m_error; }

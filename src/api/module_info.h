@@ -7,6 +7,7 @@
 #include "GenTL/GenTL.h"
 
 #include "api/InfoTable.h"
+#include "modules/CameraModule.h"
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/grabber_info.h"

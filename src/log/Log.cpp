@@ -1,6 +1,7 @@
 #include "log/Log.h"
 
 #include <cstdio>
+#include <string>
 
 #include "zvlog/ZVLogger.h"
 #include <Poco/Channel.h>

@@ -3,6 +3,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <limits>
+#include <mutex>
 #include <new>
 
 #include "zvgr/ZVGRLib.h"
@@ -133,13 +134,13 @@ uint64_t BufferModule::get_Geometry(Geometry value) const noexcept
 BUFFER_QUEUE_TYPE BufferModule::get_Queue() const
 {
     const std::lock_guard lock(m_queue_lock);
-    return m_queue.load();
+    return m_queue.load(std::memory_order_relaxed);
 }
 
 void BufferModule::set_Queue(BUFFER_QUEUE_TYPE queue)
 {
     const std::lock_guard lock(m_queue_lock);
-    m_queue.store(queue);
+    m_queue.store(queue, std::memory_order_relaxed);
 }
 
 void BufferModule::set_Frame(uint64_t timestamp, uint64_t frame_id) noexcept

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <optional>
+#include <string>
 
 #include "modules/Quarantine.h"
 #include "modules/SerialLock.h"
@@ -85,6 +85,8 @@ public:
         m_private.store(private_pointer, std::memory_order_relaxed);
     }
 
+    /// Under the buffer's lock. Who sees INPUT in the pool also sees what the consumer did before it queued
+    /// the buffer: both went through the pool's mutex.
     BUFFER_QUEUE_TYPE get_Queue() const;
     void set_Queue(BUFFER_QUEUE_TYPE queue);
 

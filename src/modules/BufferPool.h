@@ -36,10 +36,10 @@ private:
 /// The announced buffers of a stream in announce order, and the map from library handles to them. Owned by
 /// the stream.
 ///
-/// Consumer threads and the library's callback thread enter it. Its mutex guards pool, map and pins; it is a
-/// leaf: never held over a call of the grabber library, a log line or a copy. Whoever works on a buffer pins
-/// it; removing a buffer waits until its pins are gone, so a frame that is being copied is finished before
-/// its memory goes away.
+/// Consumer threads and the library's callback thread enter it. Its mutex guards pool, map and pins, with
+/// only the buffers' own locks below it: it is never held over a call of the grabber library, a log line or a
+/// copy. Whoever works on a buffer pins it; removing a buffer waits until its pins are gone, so a frame that
+/// is being copied is finished before its memory goes away.
 class BufferPool {
 public:
     BufferPool() = default;

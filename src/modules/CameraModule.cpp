@@ -51,7 +51,7 @@ uint32_t CameraModule::close_Camera() { return ZVGR_CameraClose(m_camera_handle)
 
 void CameraModule::set_Open(bool open)
 {
-    m_open.store(open);
+    m_open.store(open, std::memory_order_relaxed);
     if (open)
         return;
     if (m_stream)
@@ -79,7 +79,7 @@ bool CameraModule::open_Stream(uint32_t index)
 
 void CameraModule::abandon() noexcept
 {
-    m_open.store(false);
+    m_open.store(false, std::memory_order_relaxed);
     m_stream->abandon();
 }
 

@@ -35,7 +35,7 @@ public:
     /// set.
     uint32_t open_Camera();
     uint32_t close_Camera();
-    bool is_Open() const noexcept { return m_open.load(); }
+    bool is_Open() const noexcept { return m_open.load(std::memory_order_relaxed); }
     /// Closing also closes the stream and forgets the identity, which then reads as empty texts.
     void set_Open(bool open);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace zvgentl {
 
@@ -39,8 +40,9 @@ EventList::Registration EventList::add(StreamModule& source, EVENT_TYPE type)
         const EventRef made(
             new EventModule(source, type)); // its constructor reads a setting: not under the mutex
         const std::lock_guard lock(m_mutex);
+        // Another thread may have been faster.
         if (std::any_of(m_events.begin(), m_events.end(), is_of_type(type)))
-            return Registration::existed; // another thread was faster
+            return Registration::existed;
         m_events.push_back(made);
         return Registration::made;
     } catch (const std::bad_alloc&) {
@@ -65,13 +67,18 @@ bool EventList::remove(EVENT_TYPE type)
 
 void EventList::clear()
 {
-    std::deque<EventRef> events;
-    {
-        const std::lock_guard lock(m_mutex);
-        events.swap(m_events);
+    // One by one and without an allocation: closing a stream cannot fail.
+    for (;;) {
+        EventRef first;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_events.empty())
+                return;
+            first = std::move(m_events.front());
+            m_events.pop_front();
+        }
+        first->close();
     }
-    for (const EventRef& event : events)
-        event->close();
 }
 
 } // namespace zvgentl

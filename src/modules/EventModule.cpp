@@ -1,6 +1,5 @@
 #include "modules/EventModule.h"
 
-#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <utility>

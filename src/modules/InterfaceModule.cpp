@@ -39,7 +39,7 @@ InterfaceModule::~InterfaceModule()
 
 void InterfaceModule::set_Open(bool open)
 {
-    m_open.store(open);
+    m_open.store(open, std::memory_order_relaxed);
     if (open)
         return;
     for (const DeviceModule* device : m_devices)
@@ -97,6 +97,11 @@ int32_t InterfaceModule::get_CameraIndex(const void* camera) const noexcept
 size_t InterfaceModule::init_Cameras(const CameraScan& scan)
 {
     m_devices.clear();
+    try {
+        m_devices.reserve(scan.count());
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     const std::string prefix = "Device" + number_of_id(m_id);
     for (uint32_t i = 0; i < scan.count(); ++i) {
         DeviceModule* const device = make_device(*this, prefix + std::to_string(i));

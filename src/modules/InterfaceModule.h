@@ -29,11 +29,14 @@ public:
     std::string getId() const override { return m_id; }
     SystemModule& get_Parent() const noexcept { return m_parent; }
 
-    bool is_Open() const noexcept { return m_open.load(); }
+    bool is_Open() const noexcept { return m_open.load(std::memory_order_relaxed); }
     /// Closing also closes every listed camera.
     void set_Open(bool open);
-    uint32_t get_GrabberHandle() const noexcept { return m_grabber_handle.load(); }
-    void set_GrabberHandle(uint32_t handle) noexcept { m_grabber_handle.store(handle); }
+    uint32_t get_GrabberHandle() const noexcept { return m_grabber_handle.load(std::memory_order_relaxed); }
+    void set_GrabberHandle(uint32_t handle) noexcept
+    {
+        m_grabber_handle.store(handle, std::memory_order_relaxed);
+    }
     /// Opens the grabber at the interface's list position; false when the library refuses.
     bool open_Grabber();
     /// Closes the grabber in the library, whatever the open flag says. Answers the library's status.

@@ -2,14 +2,14 @@
 
 namespace zvgentl {
 
-bool LogThrottle::is_due(std::string_view function, bool is_acquiring, Mark mark, Bypass bypass)
+bool LogThrottle::is_due(std::string_view function, Acquisition acquisition, Mark mark, Bypass bypass)
 {
     if (bypass == Bypass::yes)
         return true;
     for (Flag& flag : m_flags) {
         if (flag.function != function)
             continue;
-        if (!is_acquiring) {
+        if (acquisition == Acquisition::idle) {
             flag.is_logged.store(false, std::memory_order_relaxed);
             return true;
         }

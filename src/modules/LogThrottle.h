@@ -6,6 +6,9 @@
 
 namespace zvgentl {
 
+/// Whether a stream acquires.
+enum class Acquisition { idle, running };
+
 /// Keeps per-frame functions from logging every frame while a stream acquires: of each function that it
 /// knows, one call is logged per acquisition. Owned by the stream; any thread.
 class LogThrottle {
@@ -16,7 +19,7 @@ public:
 
     /// True when a line of the function is due. While nothing is acquired it always is, and the function
     /// starts anew. A function that is not throttled, and a bypass, always get true and change nothing.
-    bool is_due(std::string_view function, bool is_acquiring, Mark mark, Bypass bypass = Bypass::no);
+    bool is_due(std::string_view function, Acquisition acquisition, Mark mark, Bypass bypass = Bypass::no);
 
 private:
     struct Flag {

@@ -54,16 +54,17 @@ StreamModule::~StreamModule() { close(); }
 void StreamModule::connect(uint32_t stream_handle, StreamMode mode)
 {
     m_mode = mode;
-    m_stream_handle.store(stream_handle);
+    m_stream_handle.store(stream_handle, std::memory_order_relaxed);
     log_information(stream_module_logger, "StreamModule::connect", At{140},
                     "Connect callback for stream=0x%x, type=%s", stream_handle, name_of(mode));
-    m_image_id_supported.store(0);
+    m_image_id_supported.store(0, std::memory_order_relaxed);
     if (m_camera != nullptr) {
         const uint32_t grabber = m_camera->get_Parent()->get_GrabberHandle();
-        m_image_id_supported.store(ZVGR_GetGrabberValueInt(grabber, "FW_Dma_Capable_FrameImageId_Imp"));
+        const int64_t supported = ZVGR_GetGrabberValueInt(grabber, "FW_Dma_Capable_FrameImageId_Imp");
+        m_image_id_supported.store(supported, std::memory_order_relaxed);
         log_information(stream_module_logger, "StreamModule::connect", At{146},
                         "Is ZV_STREAM_BUFFER_INFO_IMAGEID supported for grabber 0x%X: %lld", grabber,
-                        static_cast<long long>(m_image_id_supported.load()));
+                        static_cast<long long>(supported));
     }
 
     if (mode == StreamMode::cyclic &&
@@ -87,18 +88,18 @@ void StreamModule::close()
 {
     m_events.clear();
     m_pool.clear();
-    m_AcquisitionFlag.store(false);
+    m_AcquisitionFlag.store(false, std::memory_order_relaxed);
     if (!is_Open())
         return;
     // Deleting the stream also ends its acquisition and forgets its buffers; there is nothing to do about a
     // failure.
     std::ignore = ZVGR_StreamDelete(get_Handle());
-    m_stream_handle.store(ZV_NO_HANDLE);
+    m_stream_handle.store(ZV_NO_HANDLE, std::memory_order_relaxed);
 }
 
 bool StreamModule::is_log_due(std::string_view function, LogThrottle::Mark mark)
 {
-    return m_throttle.is_due(function, is_Acquiring(), mark);
+    return m_throttle.is_due(function, is_Acquiring() ? Acquisition::running : Acquisition::idle, mark);
 }
 
 uint64_t StreamModule::get_PayloadSize() const

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "zvgr/ZVGRLib.h"
 
@@ -40,7 +41,7 @@ public:
 
     std::string getId() const override { return m_id; }
     CameraModule* get_Camera() const noexcept { return m_camera; }
-    uint32_t get_Handle() const noexcept { return m_stream_handle.load(); }
+    uint32_t get_Handle() const noexcept { return m_stream_handle.load(std::memory_order_relaxed); }
     bool is_Open() const noexcept { return get_Handle() != ZV_NO_HANDLE; }
 
     /// Takes over a library stream and connects its frame callback. Failures are logged: the stream is then
@@ -49,7 +50,7 @@ public:
     /// Ends every wait, destroys events and buffers and deletes the library stream.
     void close();
     /// Forgets the library stream, for an unload at which the library is not called any more.
-    void abandon() noexcept { m_stream_handle.store(ZV_NO_HANDLE); }
+    void abandon() noexcept { m_stream_handle.store(ZV_NO_HANDLE, std::memory_order_relaxed); }
 
     // Buffers: StreamModule_buffers.cpp
     BufferPool& buffers() noexcept { return m_pool; }
@@ -76,9 +77,12 @@ public:
     /// Starts the camera for `frames` frames, 0: until stopped. False when the library refuses.
     bool start(uint32_t frames);
     void stop();
-    bool is_Acquiring() const noexcept { return m_AcquisitionFlag.load(); }
-    uint64_t get_Delivered() const noexcept { return static_cast<uint64_t>(m_StreamDeliveredBuffers.load()); }
-    uint64_t get_Underruns() const noexcept { return static_cast<uint64_t>(m_underruns.load()); }
+    bool is_Acquiring() const noexcept { return m_AcquisitionFlag.load(std::memory_order_relaxed); }
+    int64_t get_Delivered() const noexcept
+    {
+        return m_StreamDeliveredBuffers.load(std::memory_order_relaxed);
+    }
+    int64_t get_Underruns() const noexcept { return m_underruns.load(std::memory_order_relaxed); }
     /// Cyclic mode: the library has filled a ring frame.
     void buffer_callback(uint32_t stream_handle);
     /// Queued mode: the library has filled a buffer, or ended the acquisition by itself (0).

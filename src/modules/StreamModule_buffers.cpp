@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <new>
+#include <string>
 #include <tuple>
 
 #include "log/Log.h"
@@ -78,8 +79,8 @@ BufferModule* StreamModule::announce_queued(void* memory, uint64_t size, void* p
         if (!succeeded(ZVGR_BufferAllocAndAnnounce(get_Handle(), size, private_pointer, &handle)) ||
             !succeeded(ZVGR_BufferGetInfo(handle, zv_buffer_address, &allocated)) || allocated == 0)
             return nullptr;
-        memory =
-            reinterpret_cast<void*>(allocated); // NOLINT(performance-no-int-to-ptr): the library's interface
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the library gives addresses as numbers
+        memory = reinterpret_cast<void*>(allocated);
     }
     return m_pool.add_mapped(std::make_unique<BufferModule>(*this, memory, size, handle, private_pointer));
 }
@@ -104,7 +105,8 @@ RevokeOutcome StreamModule::revoke(const void* buffer, uint64_t grabber_handle)
 
 void StreamModule::move_to_input(BufferModule& buffer)
 {
-    buffer.set_Queue(BUFFER_QUEUE_TYPE::INPUT); // before the call, as in queue_buffer
+    buffer.set_Queue(
+        BUFFER_QUEUE_TYPE::INPUT); // before the call, whose status is ignored, as in queue_buffer
     if (m_mode == StreamMode::queued)
         std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_input);
 }
@@ -112,7 +114,7 @@ void StreamModule::move_to_input(BufferModule& buffer)
 void StreamModule::move_to_output(BufferModule& buffer)
 {
     if (m_mode == StreamMode::queued)
-        std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_output);
+        std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_output); // as in queue_buffer
     buffer.set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
 }
 
@@ -128,10 +130,11 @@ bool StreamModule::buffer_operation(int32_t operation)
     // Pinned by DSFlushQueue.AcceptsAnyOperationOnAnEmptyPool.
     for (size_t i = 0; const PinnedBuffer buffer = m_pool.at(i); ++i) {
         const BUFFER_QUEUE_TYPE queue = buffer->get_Queue();
-        log_debug(stream_module_logger, "StreamModule::buffer_operation", At{284},
-                  "Request operation '%s' for buffer 0x%016llX with handle=0x%llx, currently in queue=%s",
-                  queue_operation_name(operation).c_str(), address(buffer.get()),
-                  static_cast<unsigned long long>(buffer->get_GrabberHandle()), name_of(queue));
+        if (is_logged(stream_module_logger, Priority::debug)) // else the name need not be formed
+            log_debug(stream_module_logger, "StreamModule::buffer_operation", At{284},
+                      "Request operation '%s' for buffer 0x%016llX with handle=0x%llx, currently in queue=%s",
+                      queue_operation_name(operation).c_str(), address(buffer.get()),
+                      static_cast<unsigned long long>(buffer->get_GrabberHandle()), name_of(queue));
         if (!apply_operation(operation, *buffer, queue, event.get())) {
             log_error(stream_module_logger, "StreamModule::buffer_operation", At{290},
                       "Unsupported buffer queue operation %d", operation);
@@ -151,9 +154,9 @@ bool StreamModule::apply_operation(int32_t operation, BufferModule& buffer, BUFF
         if (queue != BUFFER_QUEUE_TYPE::INPUT)
             return true;
         move_to_output(buffer);
+        // Contract: without a signal. Pinned by DSFlushQueue.DoesNotSignalMovedBuffers.
         if (event != nullptr)
-            event->append(
-                &buffer); // Contract: without a signal. Pinned by DSFlushQueue.DoesNotSignalMovedBuffers.
+            event->append(&buffer);
         return true;
     case ACQ_QUEUE_OUTPUT_DISCARD:
         if (queue == BUFFER_QUEUE_TYPE::OUTPUT)

@@ -1,6 +1,7 @@
 #include "modules/StreamModule.h"
 
 #include <cstring>
+#include <mutex>
 #include <tuple>
 
 #include "log/Log.h"
@@ -27,26 +28,26 @@ bool StreamModule::start(uint32_t frames)
 {
     if (!succeeded(ZVGR_CameraStartAcquire_GenTL(m_camera->get_CameraHandle(), get_Handle(), frames)))
         return false;
-    m_AcquisitionFlag.store(true);
-    m_StreamDeliveredBuffers.exchange(0);
-    m_underruns.exchange(0);
+    m_AcquisitionFlag.store(true, std::memory_order_relaxed);
+    m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
+    m_underruns.exchange(0, std::memory_order_relaxed);
     return true;
 }
 
 void StreamModule::stop()
 {
-    m_AcquisitionFlag.store(false);
+    m_AcquisitionFlag.store(false, std::memory_order_relaxed);
     // Contract: the counts read 0 after a stop. Pinned by DSStopAcquisition.ResetsTheCounters.
-    m_StreamDeliveredBuffers.exchange(0);
-    m_underruns.exchange(0);
+    m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
+    m_underruns.exchange(0, std::memory_order_relaxed);
     // Nothing can be done about a camera that does not stop; stopping twice is no error.
     std::ignore = ZVGR_CameraStopAcquire_GenTL(m_camera->get_CameraHandle());
 }
 
 void StreamModule::buffer_callback(uint32_t stream_handle)
 {
-    if (!m_AcquisitionFlag.load()) {
-        m_underruns.fetch_add(1);
+    if (!is_Acquiring()) {
+        m_underruns.fetch_add(1, std::memory_order_relaxed);
         return;
     }
     const std::lock_guard lock(m_mutex);
@@ -78,14 +79,13 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
     const auto handle = static_cast<unsigned long long>(buffer_handle);
     log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{430},
               "stream callback for handle 0x%llx, m_AcquisitionFlag=%s, m_StreamDeliveredBuffers=%lld",
-              handle, is_Acquiring() ? "true" : "false",
-              static_cast<long long>(m_StreamDeliveredBuffers.load()));
+              handle, is_Acquiring() ? "true" : "false", static_cast<long long>(get_Delivered()));
     if (!is_Acquiring())
         return;
     const PinnedBuffer buffer = m_pool.find_library_handle(buffer_handle);
     if (!buffer) {
         if (buffer_handle == 0) // the library ended the acquisition by itself
-            m_AcquisitionFlag.store(false);
+            m_AcquisitionFlag.store(false, std::memory_order_relaxed);
         else
             log_warning(stream_module_logger, "StreamModule::stream_buffer_callback", At{441},
                         "stream handle 0x%llx wasn't found in m_StreamBufferMap", handle);
@@ -95,7 +95,7 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
     buffer->set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
     buffer->set_FillState(FillState::filling);
     const uint64_t timestamp = buffer_value(buffer_handle, zv_buffer_timestamp);
-    if (m_image_id_supported.load() == 1) {
+    if (m_image_id_supported.load(std::memory_order_relaxed) == 1) {
         const uint64_t image_id = buffer_value(buffer_handle, zv_buffer_image_id);
         buffer->set_Frame(timestamp, image_id);
         log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{453},
@@ -118,7 +118,7 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
 /// both.
 void StreamModule::deliver(BufferModule& buffer, EventModule* event)
 {
-    m_StreamDeliveredBuffers.fetch_add(1);
+    m_StreamDeliveredBuffers.fetch_add(1, std::memory_order_relaxed);
     buffer.set_FillState(FillState::filled);
     if (event == nullptr)
         return;

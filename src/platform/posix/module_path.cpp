@@ -2,6 +2,8 @@
 
 #include <climits>
 #include <cstdlib>
+#include <cstring>
+
 #include <dlfcn.h>
 
 namespace zvgentl::platform {
@@ -10,23 +12,40 @@ namespace {
 
 constexpr size_t max_path = 260;
 
-std::optional<std::string> find_path()
-{
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&module_path), &info) == 0 || info.dli_fname == nullptr)
-        return std::nullopt;
-    char resolved[PATH_MAX];
-    std::string path = realpath(info.dli_fname, resolved) != nullptr ? resolved : info.dli_fname;
-    path.resize(path.size() < max_path ? path.size() : max_path);
-    return path;
-}
+/// The path as it was while the library was being loaded: the loader reports the name that it was given,
+/// which may be relative to a folder that the process leaves later. Needs no memory, so that loading cannot
+/// fail for it.
+class PathAtLoad {
+public:
+    PathAtLoad() noexcept
+    {
+        Dl_info info{};
+        if (dladdr(reinterpret_cast<const void*>(&module_path), &info) == 0 || info.dli_fname == nullptr)
+            return;
+        m_is_known = true;
+        if (realpath(info.dli_fname, m_text) == nullptr) {
+            std::strncpy(m_text, info.dli_fname, sizeof m_text - 1);
+            m_text[sizeof m_text - 1] = '\0';
+        }
+    }
 
-// Found while the library is being loaded: the loader reports the name that it was given, which may be
-// relative to a folder that the process leaves later.
-const std::optional<std::string> path_at_load = find_path();
+    bool is_known() const noexcept { return m_is_known; }
+    const char* text() const noexcept { return m_text; }
+
+private:
+    bool m_is_known = false;
+    char m_text[PATH_MAX] = {};
+};
+
+const PathAtLoad path_at_load;
 
 } // namespace
 
-std::optional<std::string> module_path() { return path_at_load; }
+std::optional<std::string> module_path()
+{
+    if (!path_at_load.is_known())
+        return std::nullopt;
+    return std::string(path_at_load.text(), strnlen(path_at_load.text(), max_path));
+}
 
 } // namespace zvgentl::platform
