@@ -149,6 +149,16 @@ TEST(ProducerText, SaysWhatIsMissing)
     EXPECT_NE(std::string::npos, to_text(producer_with({interface_with("FG0", {})})).find("no device found"));
 }
 
+TEST(ProducerText, SaysWhyAnInterfaceOrADeviceCannotBeRead)
+{
+    ProducerEntry entry =
+        producer_with({interface_with("FG0", {device("Device00", "A")}), interface_with("FG1", {})});
+    entry.interfaces[0].devices[0].problem = "gone";
+    entry.interfaces[1].problem = "in use";
+    EXPECT_NE("", line_with(to_text(entry), "Device00: gone"));
+    EXPECT_NE("", line_with(to_text(entry), "cannot be read: in use"));
+}
+
 TEST(ReadProducer, ReportsAFileThatIsNoLibrary)
 {
     const ProducerEntry entry = read_producer("/dev/null", Streams::left_out);
