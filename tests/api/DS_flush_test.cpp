@@ -128,9 +128,18 @@ TEST_P(FlushMove, MovesTheBufferAndTellsTheLibraryInQueuedModeOnly)
     EXPECT_EQ(move().to, queue_of_only_buffer());
 }
 
+std::string name_of_move(const testing::TestParamInfo<std::tuple<Mode, Move>>& info)
+{
+    const auto& [mode, move] = info.param;
+    const char* const from[] = {"general", "input", "output"};
+    return testing::PrintToString(mode) + "_" + std::to_string(move.operation) + "_from_" +
+           from[static_cast<size_t>(move.from)];
+}
+
 INSTANTIATE_TEST_SUITE_P(Operations, FlushMove,
                          testing::Combine(testing::Values(Mode::queued, Mode::cyclic),
-                                          testing::ValuesIn(moves)));
+                                          testing::ValuesIn(moves)),
+                         name_of_move);
 
 class FlushQueue : public FlushedStream, public testing::WithParamInterface<Mode> {
 protected:

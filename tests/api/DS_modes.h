@@ -4,12 +4,18 @@
 
 #include "support/fixtures.h"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 namespace zvtest {
 
 enum class Mode { cyclic, queued };
+
+inline std::ostream& operator<<(std::ostream& out, Mode mode)
+{
+    return out << (mode == Mode::queued ? "Queued" : "Cyclic");
+}
 
 /// A stream in the mode of the parameter. INSTANTIATE_IN_BOTH_MODES(Class) behind the tests.
 class EitherStream : public OpenStream, public testing::WithParamInterface<Mode> {
@@ -63,7 +69,7 @@ protected:
 
 inline std::string name_of_mode(const testing::TestParamInfo<Mode>& info)
 {
-    return info.param == Mode::queued ? "Queued" : "Cyclic";
+    return testing::PrintToString(info.param);
 }
 
 } // namespace zvtest

@@ -88,6 +88,51 @@ TEST_P(QueueBuffer, RefusesAHandleThatIsNoBuffer)
 
 INSTANTIATE_IN_BOTH_MODES(QueueBuffer);
 
+/// What becomes of a delivered buffer on the consumer's side.
+class OutputQueue : public EitherStream {
+protected:
+    void SetUp() override
+    {
+        EitherStream::SetUp();
+        queue(announce());
+        register_event();
+        start();
+        deliver(*buffers[0]);
+        forget();
+    }
+};
+
+TEST_P(OutputQueue, KeepsABufferThatTheConsumerHasFetched)
+{
+    ASSERT_EQ(buffers[0]->handle, take().data.BufferHandle);
+    EXPECT_EQ(1U, num_await_delivery());
+    queue(*buffers[0]);
+    EXPECT_EQ(0U, num_await_delivery());
+}
+
+TEST_P(OutputQueue, LosesABufferThatTheConsumerDiscards)
+{
+    size_t size = sizeof(EVENT_NEW_BUFFER_DATA);
+    EXPECT_EQ(GC_ERR_SUCCESS, EventGetData(event, nullptr, &size, 0));
+    EXPECT_EQ(0U, num_await_delivery());
+    EXPECT_EQ(0U, num_queued()) << "it is in no queue, neither delivered nor ready to be filled";
+    EXPECT_EQ(Calls{}, fake.calls());
+}
+
+TEST_P(OutputQueue, KeepsItsBuffersWhenTheEventIsFlushed)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, EventFlush(event));
+    EXPECT_EQ(1U, num_await_delivery());
+}
+
+TEST_P(OutputQueue, KeepsItsBuffersWhenTheEventIsUnregistered)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, GCUnregisterEvent(ds, EVENT_NEW_BUFFER));
+    EXPECT_EQ(1U, num_await_delivery());
+}
+
+INSTANTIATE_IN_BOTH_MODES(OutputQueue);
+
 class QueueBufferOfTwoStreams : public TwoStreams {};
 
 TEST_F(QueueBufferOfTwoStreams, RefusesABufferOfTheOther)

@@ -8,6 +8,7 @@
 #include <functional>
 #include <mutex>
 #include <ostream>
+#include <string>
 #include <thread>
 #include <tuple>
 #include <utility>
@@ -175,6 +176,33 @@ TEST_P(StreamThreads, FramesRaceWithConsumers)
     EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_ALL_DISCARD));
     EXPECT_EQ(4U, num_announced());
     EXPECT_EQ(0U, num_queued() + num_await_delivery());
+}
+
+/// Nothing is delivered while the stream is idle, and every start counts anew.
+TEST_P(StreamThreads, FramesRaceWithStartAndStop)
+{
+    constexpr int rounds = 300;
+    std::atomic<bool> is_over{false};
+    std::thread library([&] {
+        for (uint32_t i = 0; !is_over.load(); ++i)
+            deliver(*buffers[i % 4]);
+    });
+    for (int i = 0; i < rounds; ++i) {
+        stop();
+        EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_ALL_TO_INPUT));
+        start();
+    }
+    is_over = true;
+    library.join();
+
+    stop();
+    start();
+    EXPECT_EQ(0U, stream_info<uint64_t>(STREAM_INFO_NUM_DELIVERED).value);
+    EXPECT_EQ(0U, stream_info<uint64_t>(STREAM_INFO_NUM_UNDERRUN).value);
+    EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_ALL_TO_INPUT));
+    deliver(*buffers[0]);
+    EXPECT_EQ(1U, stream_info<uint64_t>(STREAM_INFO_NUM_DELIVERED).value);
+    EXPECT_EQ(1U, event_info<size_t>(EVENT_NUM_IN_QUEUE).value);
 }
 
 /// Memory goes back to the consumer at once, who frees it: no frame may reach it afterwards.
@@ -376,8 +404,14 @@ TEST_P(WaitingLibrary, IsNotKeptWaiting)
     EXPECT_EQ(delivered.handle, take().data.BufferHandle);
 }
 
+std::string name_of_call(const testing::TestParamInfo<std::tuple<Mode, WaitingCall>>& info)
+{
+    return testing::PrintToString(std::get<0>(info.param)) + "_" + std::get<1>(info.param).name;
+}
+
 INSTANTIATE_TEST_SUITE_P(Calls, WaitingLibrary,
                          testing::Combine(testing::Values(Mode::queued, Mode::cyclic),
-                                          testing::ValuesIn(waiting_calls)));
+                                          testing::ValuesIn(waiting_calls)),
+                         name_of_call);
 
 } // namespace
