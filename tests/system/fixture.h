@@ -74,6 +74,7 @@ void stream(const Camera& camera, FrameCheck& check, uint64_t frames);
 /// A producer that was loaded for this test, with an open system.
 class LoadedProducer : public testing::Test {
 protected:
+    Surroundings& m_surroundings = surroundings(); // before the producer looks for its settings
     Producer producer{producer_file};
     const Functions& gentl = producer.functions();
     std::optional<System> system{std::in_place, gentl};

@@ -80,9 +80,9 @@ TEST_P(TwoStreams, DoNotDisturbEachOther)
 TEST_F(LoadedProducer, StreamsInBothModesAtOnce)
 {
     const IF_HANDLE iface = system->open_interface("FG0");
-    surroundings().set_mode(Mode::queued);
+    m_surroundings.set_mode(Mode::queued);
     Camera queued(gentl, iface, "Device00");
-    surroundings().set_mode(Mode::cyclic);
+    m_surroundings.set_mode(Mode::cyclic);
     Camera cyclic(gentl, iface, "Device01");
     queued.announce(buffers);
     cyclic.announce(buffers);
@@ -90,10 +90,19 @@ TEST_F(LoadedProducer, StreamsInBothModesAtOnce)
     cyclic.start_and_queue();
     FrameCheck queued_check(queued);
     FrameCheck cyclic_check(cyclic);
-    for (int i = 0; i < 50; ++i) {
-        stream(queued, queued_check, 1);
-        stream(cyclic, cyclic_check, 1);
+    constexpr uint64_t ring_frames = 4;
+    uint64_t largest_queued_id = 0;
+    for (uint64_t i = 0; i < 50; ++i) {
+        const Filled of_queue = queued.next();
+        queued_check.expect_next(of_queue);
+        largest_queued_id = queued.buffer_number(of_queue.buffer, BUFFER_INFO_FRAMEID);
+        queued.queue(of_queue.buffer);
+        const Filled of_ring = cyclic.next();
+        cyclic_check.expect_good(of_ring);
+        EXPECT_LT(cyclic.buffer_number(of_ring.buffer, BUFFER_INFO_FRAMEID), ring_frames);
+        cyclic.queue(of_ring.buffer);
     }
+    EXPECT_GE(largest_queued_id, ring_frames);
 }
 
 } // namespace
