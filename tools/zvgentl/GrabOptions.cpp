@@ -8,7 +8,7 @@ namespace zvgentl::tool {
 
 namespace {
 
-constexpr std::uint64_t longest_timeout_ms = 24 * 3600 * 1000;
+constexpr std::uint64_t longest_timeout_ms = 86'400'000; // a day
 constexpr std::uint64_t most_frames = 1'000'000'000'000;
 constexpr std::size_t most_buffers = 10000;
 

@@ -47,7 +47,7 @@ void search_interface(const System& system, const std::string& interface_id, con
                  .first->second;
         for (const auto& id : iface.device_ids()) {
             SelectedDevice device = describe(iface, interface_id, id);
-            search.seen.push_back(interface_id + "/" + id);
+            search.seen.push_back(fmt::format("{}/{}", interface_id, id));
             if (wanted.empty() || wanted == id || wanted == device.serial_number)
                 search.hits.push_back(std::move(device));
             if (wanted.empty() && !search.hits.empty())
