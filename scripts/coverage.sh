@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the coverage preset, runs all tests and prints how much of src/ they reach. Fails below 95 % of the lines or
-# 85 % of the branches.
+# Builds the coverage preset, runs the unit and api tests and prints how much of src/ they reach. Fails below
+# 95 % of the lines or 85 % of the branches.
 #
 #     scripts/coverage.sh [--skip-build] [gcovr options, such as --html-details build/coverage/report.html]
 set -eu
