@@ -119,6 +119,7 @@ TEST_F(EventThreads, AKillEndsOneOfSeveralWaiters)
     constexpr int waiters = 3;
     std::atomic<int> aborted{0};
     std::vector<std::thread> threads;
+    threads.reserve(waiters);
     for (int i = 0; i < waiters; ++i) {
         threads.emplace_back([&] {
             while (take(GENTL_INFINITE).code != GC_ERR_ABORT) {
@@ -209,6 +210,7 @@ TEST_F(EventThreads, UnregisteringWakesWaitersAlthoughOthersResetTheSignal)
             return code;
         };
         std::vector<Thread> consumers;
+        consumers.reserve(4);
         for (int i = 0; i < 3; ++i)
             consumers.push_back(std::async(std::launch::async, take_until_the_end, GENTL_INFINITE));
         consumers.push_back(std::async(std::launch::async, take_until_the_end, 0));

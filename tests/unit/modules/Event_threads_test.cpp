@@ -19,6 +19,7 @@ template <class Work>
 void run_on_threads(int count, Work work)
 {
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
         threads.emplace_back(work, i);
     for (std::thread& thread : threads)
@@ -135,6 +136,7 @@ TEST_P(EventModuleThreads, WakeEveryWaiterOnceClosed)
         std::atomic<int> aborted{0};
         std::atomic<int> started{0};
         std::vector<std::thread> waiters;
+        waiters.reserve(4);
         for (int i = 0; i < 4; ++i) {
             waiters.emplace_back([&, reference = event] {
                 ++started;

@@ -17,6 +17,7 @@ void run_on_threads(int count, Work work)
 {
     std::atomic<int> ready{0};
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
         threads.emplace_back([&] {
             ++ready;
@@ -82,6 +83,7 @@ TEST(SerialLock, WakesEveryWaiter)
         int passed = 0;
         lock.lock();
         std::vector<std::thread> threads;
+        threads.reserve(waiters);
         for (int i = 0; i < waiters; ++i) {
             threads.emplace_back([&] {
                 ++started;
