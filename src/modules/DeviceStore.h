@@ -12,8 +12,8 @@ class DeviceModule;
 /// Owns every device module until the library is unloaded. Interfaces only list devices: one that leaves a
 /// list stays alive, with an open camera and its stream, because consumers and the library's callbacks may
 /// still hold it. At unload the memory is freed without a library call or a log line, unless a system is
-/// still open: the process is ending then while its threads may be inside the devices, and all stays as it
-/// is. Any thread.
+/// still open: a process that ends like that may have threads inside the devices, so they are left alone. Any
+/// thread.
 class DeviceStore {
 public:
     DeviceStore() = default;

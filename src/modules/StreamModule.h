@@ -32,8 +32,9 @@ enum class RevokeOutcome { revoked = 0, not_in_pool = 1, in_use = 2 };
 /// Made and owned by its camera, closed until `connect`, and open to be connected again after `close`.
 ///
 /// Consumer threads call it; the library's thread enters the two callbacks. Pool and events have a leaf mutex
-/// each, flags and counters are atomic, and `m_mutex` lets one cyclic frame at a time be delivered; no
-/// function that a consumer calls takes that one.
+/// each; flags and counters are atomic and order nothing. `m_mutex` lets one cyclic frame at a time be
+/// delivered: it is held over the library's queries for that frame, and no function that a consumer calls
+/// takes it.
 class StreamModule final : public PortModule {
 public:
     StreamModule(CameraModule* camera, std::string id);
