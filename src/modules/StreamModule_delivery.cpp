@@ -42,6 +42,8 @@ void StreamModule::stop()
     m_underruns.exchange(0, std::memory_order_relaxed);
     // Nothing can be done about a camera that does not stop; stopping twice is no error.
     std::ignore = ZVGR_CameraStopAcquire_GenTL(m_camera->get_CameraHandle());
+    // A frame whose delivery had begun has counted itself since. None is under way any more.
+    m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
 }
 
 void StreamModule::buffer_callback(uint32_t stream_handle)

@@ -265,6 +265,31 @@ TEST_P(StreamThreads, RevokeWaitsForTheFrameInProgress)
     EXPECT_EQ(3U, num_announced());
 }
 
+/// A stop finds a frame half delivered: the library lets it finish before its own stop returns.
+TEST_P(StreamThreads, AFrameThatEndsDuringTheStopIsNotCounted)
+{
+    Announced& buffer = *buffers[0];
+    Door inside;
+    Door stopping;
+    bool is_first = true;
+    fake.after(within_delivery(), [&](const Call&) {
+        if (!std::exchange(is_first, false))
+            return;
+        inside.open();
+        stopping.pass();
+    });
+    std::thread library([&] { deliver(buffer); });
+    fake.on("ZVGR_CameraStopAcquire_GenTL", [&](const Call&) {
+        stopping.open();
+        library.join();
+    });
+    inside.pass();
+    EXPECT_EQ(GC_ERR_SUCCESS, DSStopAcquisition(ds, ACQ_STOP_FLAGS_DEFAULT));
+    EXPECT_EQ(0U, stream_info<uint64_t>(STREAM_INFO_NUM_DELIVERED).value);
+    EXPECT_EQ(1U, buffer_info<uint8_t>(buffer.handle, BUFFER_INFO_NEW_DATA).value)
+        << "the frame itself counts";
+}
+
 /// The same when the whole stream is closed.
 TEST_P(StreamThreads, CloseWaitsForTheFrameInProgress)
 {
