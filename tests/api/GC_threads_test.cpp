@@ -1,33 +1,13 @@
 // Calls from several threads at once: one of them wins, and nothing tears.
 #include "api/module_calls.h"
+#include "support/on_threads.h"
 
 #include <atomic>
 #include <set>
-#include <thread>
-#include <vector>
 
 namespace zvtest {
 
 namespace {
-
-/// Runs `work(thread)` on four threads that start together.
-template <class Work>
-void on_threads(Work work)
-{
-    constexpr int count = 4;
-    std::atomic<int> waiting{count};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back([&work, &waiting, i] {
-            --waiting;
-            while (waiting.load() > 0)
-                std::this_thread::yield();
-            work(i);
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 /// How many of four simultaneous calls gave the code.
 template <class Function>

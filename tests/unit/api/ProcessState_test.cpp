@@ -1,37 +1,19 @@
 #include "api/ProcessState.h"
 
 #include "modules/SystemModule.h"
+#include "support/on_threads.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
 #include <iterator>
-#include <thread>
-#include <vector>
 
 namespace zvgentl {
 
-namespace {
+using zvtest::on_threads;
 
-/// Calls `work` on several threads at once.
-template <class Work>
-void on_threads(Work work)
-{
-    constexpr int count = 4;
-    std::atomic<int> waiting{count};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back([&work, &waiting, i] {
-            --waiting;
-            while (waiting.load() > 0)
-                std::this_thread::yield();
-            work(i);
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-}
+namespace {
 
 class ProcessStateTest : public testing::Test {
 protected:
