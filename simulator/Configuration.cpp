@@ -51,28 +51,24 @@ std::optional<Size> size_from(const std::string& text)
     return is_side(size.width) && is_side(size.height) ? std::optional{size} : std::nullopt;
 }
 
-std::optional<PixelFormat> format_from(const std::string& text)
+/// Null for a format that the cameras do not offer.
+const PixelFormat* format_from(const std::string& text)
 {
-    for (const PixelFormat& format : {mono8, mono16}) {
-        if (text == format.name)
-            return format;
-    }
-    return std::nullopt;
+    return text == "Mono8" || text == "Mono16" ? find_pixel_format(text) : nullptr;
 }
 
-CameraModel camera(const char* model, const char* serial, Size size, const PixelFormat& format,
-                   FormatCodes codes)
+CameraModel camera(const char* model, const char* serial, Size size, const char* format)
 {
     CameraModel camera;
     camera.vendor = "ZEVA Electronics";
     camera.model = model;
     camera.serial_number = serial;
     camera.version = "1.0.0";
-    camera.width = size.width;
-    camera.height = size.height;
-    camera.format = format;
-    camera.format_codes = codes;
-    camera.frames_per_second = default_rate;
+    camera.sensor_width = camera.start.width = size.width;
+    camera.sensor_height = camera.start.height = size.height;
+    camera.start.format = &pixel_format(format);
+    camera.formats = {camera.start.format};
+    camera.start.frames_per_second = default_rate;
     return camera;
 }
 
@@ -82,22 +78,20 @@ std::vector<GrabberModel> built_in_grabbers()
     coaxpress.display_name = "ZEVA Software Grabber CXP-2";
     coaxpress.protocol = zv_protocol_cxp;
     coaxpress.has_image_ids = true;
-    coaxpress.cameras = {
-        camera("SoftCam CX 640", "SCX640-0001", {640, 480}, mono8, FormatCodes::coaxpress),
-        camera("SoftCam CX 800 HDR", "SCX800-0002", {800, 600}, mono16, FormatCodes::coaxpress)};
+    coaxpress.cameras = {camera("SoftCam CX 640", "SCX640-0001", {640, 480}, "Mono8"),
+                         camera("SoftCam CX 800 HDR", "SCX800-0002", {800, 600}, "Mono16")};
 
     GrabberModel camera_link_hs;
     camera_link_hs.display_name = "ZEVA Software Grabber CLHS-1";
     camera_link_hs.protocol = zv_protocol_clhs;
     camera_link_hs.reports_geometry = true;
-    camera_link_hs.cameras = {
-        camera("SoftCam HS 2048", "SHS2048-0003", {2048, 1024}, mono8, FormatCodes::pfnc)};
+    camera_link_hs.cameras = {camera("SoftCam HS 2048", "SHS2048-0003", {2048, 1024}, "Mono8")};
 
     GrabberModel demo;
     demo.display_name = "ZEVA Demo Grabber";
     demo.protocol = zv_protocol_cxp;
     demo.has_image_ids = true;
-    demo.cameras = {camera("SoftCam Demo", "SDEMO-0004", {320, 240}, mono8, FormatCodes::coaxpress)};
+    demo.cameras = {camera("SoftCam Demo", "SDEMO-0004", {320, 240}, "Mono8")};
 
     return {coaxpress, camera_link_hs, demo};
 }
@@ -115,7 +109,8 @@ public:
         if (!environment.rate.empty() && !(m_rate = rate_from(environment.rate)))
             configuration.warnings.push_back(rejected(
                 "ZV_GRABBER_RATE", environment.rate, "0 (free-running), or 0.001 to 100000 frames a second"));
-        if (!environment.pixel_format.empty() && !(m_format = format_from(environment.pixel_format)))
+        if (!environment.pixel_format.empty() &&
+            (m_format = format_from(environment.pixel_format)) == nullptr)
             configuration.warnings.push_back(
                 rejected("ZV_GRABBER_PIXEL_FORMAT", environment.pixel_format, "Mono8, Mono16"));
         if (!environment.size.empty() && !(m_size = size_from(environment.size)))
@@ -127,19 +122,33 @@ public:
 
     void apply(CameraModel& camera) const
     {
-        camera.frames_per_second = m_rate.value_or(camera.frames_per_second);
-        camera.format = m_format.value_or(camera.format);
-        camera.width = m_size.value_or(Size{camera.width, camera.height}).width;
-        camera.height = m_size.value_or(Size{camera.width, camera.height}).height;
+        if (m_rate && *m_rate > 0)
+            camera.start.frames_per_second = *m_rate;
+        camera.start.is_rate_set = !m_rate || *m_rate > 0;
+        if (m_format != nullptr)
+            set_format(camera, *m_format);
+        if (m_size)
+            set_size(camera, *m_size);
         if (m_pictures == nullptr)
             return;
         camera.pictures = m_pictures;
-        camera.width = m_pictures->width();
-        camera.height = m_pictures->height();
-        camera.format = m_pictures->format();
+        set_size(camera, {m_pictures->width(), m_pictures->height()});
+        set_format(camera, m_pictures->format());
     }
 
 private:
+    static void set_size(CameraModel& camera, Size size)
+    {
+        camera.sensor_width = camera.start.width = size.width;
+        camera.sensor_height = camera.start.height = size.height;
+    }
+
+    static void set_format(CameraModel& camera, const PixelFormat& format)
+    {
+        camera.start.format = &format;
+        camera.formats = {&format};
+    }
+
     void read_pictures(const std::string& folder, Configuration& configuration)
     {
         // A relative path would depend on the working directory of whatever application loads the library.
@@ -148,14 +157,13 @@ private:
                 rejected("ZV_GRABBER_PICTURES", folder, "the absolute path of a folder"));
             return;
         }
-        configuration.pictures = PictureFolder::read(folder, configuration.warnings);
-        m_pictures = configuration.pictures.get();
+        m_pictures = PictureFolder::read(folder, configuration.warnings);
     }
 
     std::optional<double> m_rate;
-    std::optional<PixelFormat> m_format;
+    const PixelFormat* m_format = nullptr;
     std::optional<Size> m_size;
-    const PictureFolder* m_pictures = nullptr;
+    std::shared_ptr<const PictureFolder> m_pictures;
 };
 
 } // namespace

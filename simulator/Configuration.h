@@ -27,7 +27,6 @@ struct Environment {
 /// nothing.
 struct Configuration {
     Environment environment;
-    std::unique_ptr<const PictureFolder> pictures;
     std::vector<GrabberModel> grabbers;
     std::vector<std::string> warnings;
 

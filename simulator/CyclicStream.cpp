@@ -23,9 +23,9 @@ size_t ring_size(size_t frame_space, uint32_t frames)
 
 } // namespace
 
-CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, const CameraModel& model,
+CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, const CameraDevice& device,
                            uint32_t frames)
-    : Stream{library, handle, camera, model},
+    : Stream{library, handle, camera, device},
       m_frame_space{frame_space_for(payload())}, m_ring{ring_size(m_frame_space, frames)},
       m_timestamps(frames)
 {
@@ -34,8 +34,9 @@ CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, c
 bool CyclicStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& frame)
 {
     const uint32_t next = m_last + 1 < m_timestamps.size() ? m_last + 1 : 0; // the first one after none
+    const Exposure exposure = exposure_of(frame);
     lock.unlock();
-    acquisition.source->draw(frame.id, static_cast<unsigned char*>(memory(next)),
+    acquisition.source->draw(exposure, static_cast<unsigned char*>(memory(next)),
                              static_cast<size_t>(payload()));
     lock.lock();
     if (!is_current(acquisition))

@@ -7,9 +7,9 @@
 
 namespace zvsim {
 
-void FolderSource::draw(uint64_t frame, unsigned char* target, size_t size)
+void FolderSource::draw(const Exposure& exposure, unsigned char* target, size_t size)
 {
-    const auto& pixels = m_folder.picture(frame).pixels;
+    const auto& pixels = m_folder.picture(exposure.frame).pixels;
     std::memcpy(target, pixels.data(), std::min(size, pixels.size()));
 }
 

@@ -13,7 +13,7 @@ class FolderSource final : public PictureSource {
 public:
     explicit FolderSource(const PictureFolder& folder) : m_folder{folder} {}
 
-    void draw(uint64_t frame, unsigned char* target, size_t size) override;
+    void draw(const Exposure& exposure, unsigned char* target, size_t size) override;
 
 private:
     const PictureFolder& m_folder;

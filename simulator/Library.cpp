@@ -49,37 +49,39 @@ void Library::scan()
         return;
     guard.unlock();
     auto configuration = Configuration::make(environment); // reads pictures: not under the lock
+    std::vector<std::unique_ptr<GrabberDevice>> devices;
+    for (const GrabberModel& model : configuration->grabbers)
+        devices.push_back(std::make_unique<GrabberDevice>(model));
     for (const std::string& warning : configuration->warnings)
         log_warning(warning);
     guard.lock();
-    if (!is_settled())
-        m_configuration.swap(configuration);
+    if (is_settled())
+        return;
+    m_devices.swap(devices);
+    m_configuration.swap(configuration);
 }
 
-uint32_t Library::grabber_count() const
-{
-    return m_configuration != nullptr ? static_cast<uint32_t>(m_configuration->grabbers.size()) : 0;
-}
+uint32_t Library::grabber_count() const { return static_cast<uint32_t>(m_devices.size()); }
 
-const GrabberModel* Library::grabber_model(uint32_t index) const
+GrabberDevice* Library::grabber_device(uint32_t index) const
 {
-    return index < grabber_count() ? &m_configuration->grabbers[index] : nullptr;
+    return index < grabber_count() ? m_devices[index].get() : nullptr;
 }
 
 const char* Library::keep_text(const std::string& text) { return m_texts.insert(text).first->c_str(); }
 
 uint32_t Library::open_grabber(uint32_t index)
 {
-    const GrabberModel* const model = grabber_model(index);
+    GrabberDevice* const device = grabber_device(index);
     const auto is_taken = [index](const auto& grabber) { return grabber.second.index == index; };
-    if (model == nullptr || std::any_of(m_grabbers.begin(), m_grabbers.end(), is_taken))
+    if (device == nullptr || std::any_of(m_grabbers.begin(), m_grabbers.end(), is_taken))
         return ZV_NO_HANDLE;
     const uint32_t handle = new_handle();
     std::map<uint32_t, Camera> cameras;
-    Grabber grabber{index, model, {}};
-    for (const CameraModel& camera : model->cameras) {
+    Grabber grabber{index, device, {}};
+    for (const auto& camera : device->cameras()) {
         grabber.cameras.push_back(new_handle());
-        cameras.emplace(grabber.cameras.back(), Camera{handle, &camera});
+        cameras.emplace(grabber.cameras.back(), Camera{handle, camera.get()});
     }
     if (m_last_handle == ZV_NO_HANDLE - 1)
         return ZV_NO_HANDLE;
@@ -132,7 +134,7 @@ uint32_t Library::add_stream(uint32_t camera, const MakeStream& make)
         return ZV_NO_HANDLE;
     const uint32_t handle = new_handle();
     if (handle != ZV_NO_HANDLE)
-        m_streams.emplace(handle, make(handle, *owner->model));
+        m_streams.emplace(handle, make(handle, *owner->device));
     return handle;
 }
 
@@ -248,6 +250,7 @@ void Library::shut_down()
     release_left_streams(guard);
     if (!m_streams.empty())
         return;
+    m_devices.clear();
     m_configuration.reset();
     m_texts.clear();
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulator/Configuration.h"
+#include "simulator/Devices.h"
 #include "simulator/Stream.h"
 
 #include "zvgr/ZVGRLib.h"
@@ -22,14 +23,14 @@ namespace zvsim {
 /// An open grabber.
 struct Grabber {
     uint32_t index;
-    const GrabberModel* model;
+    GrabberDevice* device;
     std::vector<uint32_t> cameras;
 };
 
 /// A camera of an open grabber.
 struct Camera {
     uint32_t grabber;
-    const CameraModel* model;
+    CameraDevice* device;
     bool is_open = false;
     ZvCameraCallback callback = nullptr;
     void* context = nullptr;
@@ -51,7 +52,7 @@ public:
     void scan();
     uint32_t grabber_count() const;
     /// Null for an index beyond the last scan.
-    const GrabberModel* grabber_model(uint32_t index) const;
+    GrabberDevice* grabber_device(uint32_t index) const;
     /// The same text for as long as the library is loaded.
     const char* keep_text(const std::string& text);
 
@@ -62,7 +63,7 @@ public:
     Camera* find_camera(uint32_t handle);
     uint32_t close_camera(Lock& lock, uint32_t handle);
 
-    using MakeStream = std::function<std::unique_ptr<Stream>(uint32_t handle, const CameraModel& model)>;
+    using MakeStream = std::function<std::unique_ptr<Stream>(uint32_t handle, const CameraDevice& device)>;
     /// A stream handle, or ZV_NO_HANDLE.
     uint32_t add_stream(uint32_t camera, const MakeStream& make);
     uint32_t delete_stream(Lock& lock, uint32_t handle);
@@ -101,6 +102,7 @@ private:
     bool m_is_shut_down = false;
     uint32_t m_last_handle = 0x1000;
     std::unique_ptr<const Configuration> m_configuration;
+    std::vector<std::unique_ptr<GrabberDevice>> m_devices; ///< What the configuration describes.
     std::set<std::string> m_texts;
     std::map<uint32_t, Grabber> m_grabbers;
     std::map<uint32_t, Camera> m_cameras;

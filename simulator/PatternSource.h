@@ -12,9 +12,9 @@ namespace zvsim {
 /// (zvgr/FrameStamp.h).
 class PatternSource final : public PictureSource {
 public:
-    explicit PatternSource(const CameraModel& camera);
+    explicit PatternSource(const CameraDevice& camera);
 
-    void draw(uint64_t frame, unsigned char* target, size_t size) override;
+    void draw(const Exposure& exposure, unsigned char* target, size_t size) override;
 
 private:
     size_t m_bytes_per_pixel;

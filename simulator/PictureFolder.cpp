@@ -55,7 +55,7 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
 bool PictureFolder::accepts(const Picture& picture, std::string& problem) const
 {
     if (!m_pictures.empty() &&
-        (picture.width != width() || picture.height != height() || picture.format.name != format().name)) {
+        (picture.width != width() || picture.height != height() || picture.format != &format())) {
         problem = "size or pixel format differ from the first picture";
         return false;
     }

@@ -21,7 +21,7 @@ public:
 
     uint32_t width() const { return m_pictures.front().width; }
     uint32_t height() const { return m_pictures.front().height; }
-    const PixelFormat& format() const { return m_pictures.front().format; }
+    const PixelFormat& format() const { return *m_pictures.front().format; }
     const Picture& picture(uint64_t number) const { return m_pictures[number % m_pictures.size()]; }
 
 private:

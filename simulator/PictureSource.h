@@ -2,13 +2,22 @@
 /// Where the pixels of a frame come from.
 #pragma once
 
+#include "simulator/Settings.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 
 namespace zvsim {
 
-struct CameraModel;
+class CameraDevice;
+
+/// What a frame is drawn with. Everything else is fixed for the length of an acquisition.
+struct Exposure {
+    uint64_t frame; ///< Its number since the start.
+    TestPattern pattern;
+    double brightness; ///< 1: nominal.
+};
 
 /// The pictures of one acquisition. Made by the starting thread, then used by the stream's thread alone;
 /// drawing allocates nothing.
@@ -19,11 +28,11 @@ public:
     PictureSource& operator=(const PictureSource&) = delete;
     virtual ~PictureSource() = default;
 
-    /// Writes the frame of this number to `target`, as much of it as fits into `size` bytes and nothing
-    /// beyond.
-    virtual void draw(uint64_t frame, unsigned char* target, size_t size) = 0;
+    /// Writes the frame to `target`, as much of it as fits into `size` bytes and nothing beyond.
+    virtual void draw(const Exposure& exposure, unsigned char* target, size_t size) = 0;
 };
 
-std::unique_ptr<PictureSource> make_picture_source(const CameraModel& camera);
+/// Pictures of the camera's present size, offset and format.
+std::unique_ptr<PictureSource> make_picture_source(const CameraDevice& camera);
 
 } // namespace zvsim

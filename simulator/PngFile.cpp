@@ -76,9 +76,9 @@ const PixelFormat* format_of(const PngReader& reader)
     const int depth = png_get_bit_depth(reader.png(), reader.info());
     switch (png_get_color_type(reader.png(), reader.info())) {
     case PNG_COLOR_TYPE_GRAY:
-        return depth == 8 ? &mono8 : depth == 16 ? &mono16 : nullptr;
+        return depth == 8 ? &pixel_format("Mono8") : depth == 16 ? &pixel_format("Mono16") : nullptr;
     case PNG_COLOR_TYPE_RGB:
-        return depth == 8 ? &rgb8 : nullptr;
+        return depth == 8 ? &pixel_format("RGB8") : nullptr;
     default:
         return nullptr;
     }
@@ -109,8 +109,8 @@ std::optional<Picture> read_png(const std::filesystem::path& file, std::string& 
     Picture picture;
     picture.width = png_get_image_width(reader.png(), reader.info());
     picture.height = png_get_image_height(reader.png(), reader.info());
-    picture.format = *format;
-    const size_t row_size = size_t{picture.width} * format->bytes_per_pixel;
+    picture.format = format;
+    const size_t row_size = size_t{picture.width} * (format->bits_per_pixel() / 8);
     picture.pixels.resize(row_size * picture.height);
     std::vector<png_bytep> rows(picture.height);
     for (size_t row = 0; row < rows.size(); ++row)

@@ -2,7 +2,7 @@
 /// Reads PNG pictures without changing a bit of them.
 #pragma once
 
-#include "simulator/Model.h"
+#include "simulator/PixelFormat.h"
 
 #include <filesystem>
 #include <optional>
@@ -14,8 +14,8 @@ namespace zvsim {
 struct Picture {
     uint32_t width = 0;
     uint32_t height = 0;
-    PixelFormat format = mono8;
-    std::vector<unsigned char> pixels; ///< Rows without padding; 16-bit values little-endian.
+    const PixelFormat* format = nullptr; ///< Mono8, Mono16 or RGB8.
+    std::vector<unsigned char> pixels;   ///< Rows without padding; 16-bit values little-endian.
 };
 
 /// A grey picture of 8 or 16 bit or a colour picture of 3 x 8 bit; empty, with `problem` set, for every other

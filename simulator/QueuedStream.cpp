@@ -134,8 +134,9 @@ bool QueuedStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& fr
     m_drawn_into = buffer->handle;
     unsigned char* const memory = buffer->memory;
     const uint64_t size = buffer->size;
+    const Exposure exposure = exposure_of(frame);
     lock.unlock();
-    acquisition.source->draw(frame.id, memory, static_cast<size_t>(size));
+    acquisition.source->draw(exposure, memory, static_cast<size_t>(size));
     lock.lock();
     const uint64_t drawn = std::exchange(m_drawn_into, 0);
     library().changed().notify_all();

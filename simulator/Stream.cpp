@@ -1,14 +1,14 @@
 #include "simulator/Stream.h"
 
+#include "simulator/Devices.h"
 #include "simulator/Library.h"
-#include "simulator/Model.h"
 
 #include <utility>
 
 namespace zvsim {
 
-Stream::Stream(Library& library, uint32_t handle, uint32_t camera, const CameraModel& model)
-    : m_library{library}, m_handle{handle}, m_camera{camera}, m_model{model}, m_payload{model.payload()}
+Stream::Stream(Library& library, uint32_t handle, uint32_t camera, const CameraDevice& device)
+    : m_library{library}, m_handle{handle}, m_camera{camera}, m_device{device}, m_payload{device.payload()}
 {
 }
 
@@ -20,10 +20,12 @@ Stream::~Stream()
 
 void Stream::start(uint32_t frames)
 {
-    const Clock::time_point first_frame = Clock::now() + m_model.start_up;
+    const Clock::time_point first_frame = Clock::now() + m_device.model().start_up;
+    const CameraSettings& settings = m_device.settings();
+    const double rate = settings.is_rate_set ? settings.frames_per_second : 0;
     m_next = Acquisition{
-        m_started + 1, frames, Pacer{m_model.frames_per_second, first_frame},
-            make_picture_source(m_model)
+        m_started + 1, frames, Pacer{rate, first_frame},
+            make_picture_source(m_device)
     };
     if (!m_thread.joinable())
         m_thread = std::thread{&Stream::work, this};
@@ -43,6 +45,12 @@ void Stream::kill()
 {
     m_is_dead = true;
     stop();
+}
+
+Exposure Stream::exposure_of(const Frame& frame) const
+{
+    const CameraSettings& settings = m_device.settings();
+    return {frame.id, settings.pattern, settings.brightness()};
 }
 
 bool Stream::is_current(const Acquisition& acquisition) const

@@ -14,7 +14,7 @@
 
 namespace zvsim {
 
-struct CameraModel;
+class CameraDevice;
 class Library;
 
 using Lock = std::unique_lock<std::mutex>;
@@ -29,7 +29,7 @@ using Lock = std::unique_lock<std::mutex>;
 /// keeps it until its thread has left.
 class Stream {
 public:
-    Stream(Library& library, uint32_t handle, uint32_t camera, const CameraModel& model);
+    Stream(Library& library, uint32_t handle, uint32_t camera, const CameraDevice& device);
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
     /// Joins the thread, which must have left or never started. Without the lock.
@@ -64,7 +64,9 @@ protected:
 
     Library& library() const { return m_library; }
     uint32_t handle() const { return m_handle; }
-    const CameraModel& model() const { return m_model; }
+    const CameraDevice& device() const { return m_device; }
+    /// What a frame that is taken now is drawn with.
+    Exposure exposure_of(const Frame& frame) const;
     bool is_current(const Acquisition& acquisition) const;
     void wake() { m_wake.notify_one(); }
 
@@ -83,7 +85,7 @@ private:
     Library& m_library;
     const uint32_t m_handle;
     const uint32_t m_camera;
-    const CameraModel& m_model;
+    const CameraDevice& m_device;
     const uint64_t m_payload;
 
     std::condition_variable m_wake; ///< Wakes the thread, and nobody else.

@@ -84,7 +84,8 @@ uint32_t ZVGR_BufferGetInfo(uint64_t buffer, uint32_t command, uint64_t* value)
         if (found == nullptr)
             return status_bad_handle;
         const Camera& camera = *library.find_camera(found->camera());
-        if (command == zv_buffer_image_id && !library.find_grabber(camera.grabber)->model->has_image_ids)
+        if (command == zv_buffer_image_id &&
+            !library.find_grabber(camera.grabber)->device->model().has_image_ids)
             return status_unsupported;
         return found->info(buffer, command, *value);
     });

@@ -47,10 +47,10 @@ uint32_t ZVGR_CameraInfo2(uint32_t camera, ZvCameraInfo* info)
         const Camera* const found = library.find_camera(camera);
         if (found == nullptr)
             return status_bad_handle;
-        fill(info->device_version, found->model->version);
-        fill(info->vendor_name, found->model->vendor);
-        fill(info->model_name, found->model->model);
-        fill(info->serial_number, found->model->serial_number);
+        fill(info->device_version, found->device->model().version);
+        fill(info->vendor_name, found->device->model().vendor);
+        fill(info->model_name, found->device->model().model);
+        fill(info->serial_number, found->device->model().serial_number);
         return status_ok;
     });
 }

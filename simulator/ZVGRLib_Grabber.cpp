@@ -43,10 +43,10 @@ uint32_t ZV_DeviceInfo(uint32_t index, ZvDeviceInfo* info)
             return status_bad_argument;
         Library& library = scanned_library();
         const Lock lock = library.lock();
-        const GrabberModel* const model = library.grabber_model(index);
-        if (model == nullptr)
+        const GrabberDevice* const device = library.grabber_device(index);
+        if (device == nullptr)
             return status_bad_argument;
-        info->protocol = model->protocol;
+        info->protocol = device->model().protocol;
         return status_ok;
     });
 }
@@ -56,8 +56,8 @@ const char* ZV_DeviceDisplayName(uint32_t index)
     return api_call<const char*>("ZV_DeviceDisplayName", nullptr, [&]() -> const char* {
         Library& library = scanned_library();
         const Lock lock = library.lock();
-        const GrabberModel* const model = library.grabber_model(index);
-        return model != nullptr ? library.keep_text(model->display_name) : nullptr;
+        const GrabberDevice* const device = library.grabber_device(index);
+        return device != nullptr ? library.keep_text(device->model().display_name) : nullptr;
     });
 }
 

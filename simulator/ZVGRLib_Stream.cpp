@@ -32,8 +32,8 @@ uint32_t create_stream(uint32_t camera, uint32_t* stream, uint32_t index, const 
 uint32_t ZVGR_StreamCreate(uint32_t camera, uint32_t* stream, uint32_t index)
 {
     return api_call("ZVGR_StreamCreate", status_failed, [&] {
-        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraModel& model) {
-            return std::make_unique<QueuedStream>(Library::instance(), handle, camera, model);
+        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraDevice& device) {
+            return std::make_unique<QueuedStream>(Library::instance(), handle, camera, device);
         });
     });
 }
@@ -43,8 +43,8 @@ uint32_t ZVGR_StreamCreateAndAlloc(uint32_t camera, uint32_t* stream, uint32_t f
     return api_call("ZVGR_StreamCreateAndAlloc", status_failed, [&] {
         if (frames == 0 || frames > largest_ring)
             return status_bad_argument;
-        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraModel& model) {
-            return std::make_unique<CyclicStream>(Library::instance(), handle, camera, model, frames);
+        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraDevice& device) {
+            return std::make_unique<CyclicStream>(Library::instance(), handle, camera, device, frames);
         });
     });
 }
@@ -76,7 +76,7 @@ uint32_t ZVGR_StreamGetInfo(uint32_t stream, uint32_t command, uint64_t* value)
             *value = buffer_alignment;
             return status_ok;
         case zv_stream_payload_now:
-            *value = library.find_camera(found->camera())->model->payload();
+            *value = library.find_camera(found->camera())->device->payload();
             return status_ok;
         default:
             return status_unsupported;

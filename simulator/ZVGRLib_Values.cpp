@@ -15,13 +15,15 @@ constexpr int64_t channel_idle = 1; // any number but that of "grabbing"
 /// all values.
 struct Subject {
     const GrabberModel* grabber = nullptr;
-    const CameraModel* camera = nullptr;
+    const CameraDevice* camera = nullptr;
     bool is_grabbing = false;
 };
 
 Subject subject_of_grabber(Library& library, const Grabber& grabber)
 {
-    Subject subject{grabber.model, library.find_camera(grabber.cameras.front())->model};
+    const uint32_t first = grabber.cameras.empty() ? ZV_NO_HANDLE : grabber.cameras.front();
+    const Camera* const first_camera = library.find_camera(first);
+    Subject subject{&grabber.device->model(), first_camera != nullptr ? first_camera->device : nullptr};
     for (const uint32_t camera : grabber.cameras)
         subject.is_grabbing = subject.is_grabbing || library.acquiring_stream(camera) != nullptr;
     return subject;
@@ -36,7 +38,7 @@ Subject subject_of(Library& library, uint32_t handle)
     const Camera* const camera = library.find_camera(camera_handle);
     if (camera == nullptr)
         return {};
-    return {library.find_grabber(camera->grabber)->model, camera->model,
+    return {&library.find_grabber(camera->grabber)->device->model(), camera->device,
             library.acquiring_stream(camera_handle) != nullptr};
 }
 
@@ -58,11 +60,11 @@ int64_t channel_state(const Subject& subject)
 }
 
 constexpr ValueRow grabber_integers[] = {
-    {"FW_Dma_Capable_FrameImageId_Imp",  [](const Subject& s) -> int64_t { return s.grabber->has_image_ids; }},
-    {"FW_Dma_Capable_QueuedBuffers_Imp", [](const Subject&) -> int64_t { return 1; }                         },
-    {"Height",                           [](const Subject& s) { return where_reported(s, s.camera->height); }},
-    {"SegmentsPerBuffer",                [](const Subject& s) { return where_reported(s, 1); }               },
-    {"Width",                            [](const Subject& s) { return where_reported(s, s.camera->width); } },
+    {"FW_Dma_Capable_FrameImageId_Imp",  [](const Subject& s) -> int64_t { return s.grabber->has_image_ids; }              },
+    {"FW_Dma_Capable_QueuedBuffers_Imp", [](const Subject&) -> int64_t { return 1; }                                       },
+    {"Height",                           [](const Subject& s) { return where_reported(s, s.camera->settings().height); }   },
+    {"SegmentsPerBuffer",                [](const Subject& s) { return where_reported(s, s.grabber->segments_per_buffer); }},
+    {"Width",                            [](const Subject& s) { return where_reported(s, s.camera->settings().width); }    },
 };
 
 constexpr ValueRow grabber_enumerations[] = {
@@ -70,10 +72,10 @@ constexpr ValueRow grabber_enumerations[] = {
 };
 
 constexpr ValueRow camera_integers[] = {
-    {"Height",  [](const Subject& s) -> int64_t { return s.camera->height; }  },
-    {"OffsetX", [](const Subject& s) -> int64_t { return s.camera->offset_x; }},
-    {"OffsetY", [](const Subject& s) -> int64_t { return s.camera->offset_y; }},
-    {"Width",   [](const Subject& s) -> int64_t { return s.camera->width; }   },
+    {"Height",  [](const Subject& s) -> int64_t { return s.camera->settings().height; }  },
+    {"OffsetX", [](const Subject& s) -> int64_t { return s.camera->settings().offset_x; }},
+    {"OffsetY", [](const Subject& s) -> int64_t { return s.camera->settings().offset_y; }},
+    {"Width",   [](const Subject& s) -> int64_t { return s.camera->settings().width; }   },
 };
 
 constexpr ValueRow camera_enumerations[] = {
@@ -89,7 +91,7 @@ int64_t value_from(const ValueRow (&table)[rows], const char* function, uint32_t
         Library& library = Library::instance();
         const Lock lock = library.lock();
         const Subject subject = subject_of(library, handle);
-        if (subject.grabber == nullptr)
+        if (subject.grabber == nullptr || subject.camera == nullptr)
             return ZV_NOT_AVAILABLE;
         for (const ValueRow& row : table) {
             if (row.name == name)

@@ -1,6 +1,7 @@
 #include "unit/simulator/picture_files.h"
 
 #include "simulator/Configuration.h"
+#include "simulator/Devices.h"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +13,6 @@ using testing::IsEmpty;
 using zvsim::CameraModel;
 using zvsim::Configuration;
 using zvsim::Environment;
-using zvsim::FormatCodes;
 
 std::vector<CameraModel> cameras_of(const Configuration& configuration)
 {
@@ -20,6 +20,12 @@ std::vector<CameraModel> cameras_of(const Configuration& configuration)
     for (const auto& grabber : configuration.grabbers)
         cameras.insert(cameras.end(), grabber.cameras.begin(), grabber.cameras.end());
     return cameras;
+}
+
+uint64_t payload_of(const CameraModel& camera)
+{
+    const zvsim::GrabberModel grabber;
+    return zvsim::CameraDevice{camera, grabber}.payload();
 }
 
 Environment with_rate(const char* rate)
@@ -60,19 +66,17 @@ TEST(Configuration, WithoutVariablesHasGrabbersOfBothKinds)
     EXPECT_EQ(1U, configuration->grabbers[2].cameras.size());
 
     const auto cameras = cameras_of(*configuration);
-    EXPECT_STREQ("Mono8", cameras[0].format.name);
-    EXPECT_STREQ("Mono16", cameras[1].format.name);
-    EXPECT_EQ(0x105U, cameras[1].format_code());
-    EXPECT_EQ(0x01080001U, cameras[2].format_code());
+    EXPECT_STREQ("Mono8", cameras[0].start.format->name);
+    EXPECT_STREQ("Mono16", cameras[1].start.format->name);
     for (const auto& camera : cameras)
-        EXPECT_EQ(25, camera.frames_per_second);
+        EXPECT_EQ(25, camera.start.frames_per_second);
 }
 
 TEST(Configuration, PayloadIsTheSizeOfAPicture)
 {
     const auto cameras = cameras_of(*Configuration::make({}));
-    EXPECT_EQ(uint64_t{640} * 480, cameras[0].payload());
-    EXPECT_EQ(uint64_t{800} * 600 * 2, cameras[1].payload());
+    EXPECT_EQ(uint64_t{640} * 480, payload_of(cameras[0]));
+    EXPECT_EQ(uint64_t{800} * 600 * 2, payload_of(cameras[1]));
 }
 
 TEST(Configuration, RateHoldsForAllCameras)
@@ -88,15 +92,15 @@ TEST(Configuration, RateHoldsForAllCameras)
         const auto configuration = Configuration::make(with_rate(text));
         EXPECT_THAT(configuration->warnings, IsEmpty());
         for (const auto& camera : cameras_of(*configuration))
-            EXPECT_EQ(rate, camera.frames_per_second);
+            EXPECT_EQ(rate, camera.start.is_rate_set ? camera.start.frames_per_second : 0);
     }
 }
 
 TEST(Configuration, SizeHoldsForAllCameras)
 {
     for (const auto& camera : cameras_of(*Configuration::make(with_size("1x16384")))) {
-        EXPECT_EQ(1U, camera.width);
-        EXPECT_EQ(16384U, camera.height);
+        EXPECT_EQ(1U, camera.start.width);
+        EXPECT_EQ(16384U, camera.start.height);
     }
 }
 
@@ -104,7 +108,7 @@ TEST(Configuration, PixelFormatHoldsForAllCameras)
 {
     for (const char* const name : {"Mono8", "Mono16"}) {
         for (const auto& camera : cameras_of(*Configuration::make(with_format(name)))) {
-            EXPECT_STREQ(name, camera.format.name);
+            EXPECT_STREQ(name, camera.start.format->name);
         }
     }
 }
@@ -130,8 +134,8 @@ TEST(Configuration, MalformedVariablesChangeNothingAndSayWhatIsAllowed)
         const auto cameras = cameras_of(*configuration);
         ASSERT_EQ(defaults.size(), cameras.size());
         for (size_t index = 0; index < cameras.size(); ++index) {
-            EXPECT_EQ(defaults[index].payload(), cameras[index].payload());
-            EXPECT_EQ(defaults[index].frames_per_second, cameras[index].frames_per_second);
+            EXPECT_EQ(payload_of(defaults[index]), payload_of(cameras[index]));
+            EXPECT_EQ(defaults[index].start.frames_per_second, cameras[index].start.frames_per_second);
             EXPECT_EQ(nullptr, cameras[index].pictures);
         }
     }
@@ -149,9 +153,9 @@ TEST(Configuration, PicturesSetSizeAndFormatOfAllCameras)
     EXPECT_THAT(configuration->warnings, IsEmpty());
     for (const auto& camera : cameras_of(*configuration)) {
         EXPECT_NE(nullptr, camera.pictures);
-        EXPECT_EQ(30U, camera.width);
-        EXPECT_EQ(20U, camera.height);
-        EXPECT_STREQ("Mono16", camera.format.name);
+        EXPECT_EQ(30U, camera.start.width);
+        EXPECT_EQ(20U, camera.start.height);
+        EXPECT_STREQ("Mono16", camera.start.format->name);
     }
 }
 

@@ -1,4 +1,4 @@
-#include "simulator/Model.h"
+#include "simulator/Devices.h"
 #include "simulator/PatternSource.h"
 
 #include "zvgr/FrameStamp.h"
@@ -9,29 +9,35 @@
 
 namespace {
 
+using zvsim::CameraDevice;
 using zvsim::CameraModel;
+using zvsim::Exposure;
+using zvsim::GrabberModel;
 using zvsim::PatternSource;
-using zvsim::PixelFormat;
 
-CameraModel camera_of(uint32_t width, uint32_t height, const PixelFormat& format)
+CameraModel camera_of(uint32_t width, uint32_t height, const char* format)
 {
     CameraModel camera;
-    camera.width = width;
-    camera.height = height;
-    camera.format = format;
+    camera.start.width = width;
+    camera.start.height = height;
+    camera.start.format = &zvsim::pixel_format(format);
     return camera;
 }
 
+Exposure exposure_of(uint64_t frame) { return {frame, zvsim::TestPattern::diagonal_ramp, 1}; }
+
 std::vector<unsigned char> frame_of(const CameraModel& camera, uint64_t number)
 {
-    std::vector<unsigned char> frame(static_cast<size_t>(camera.payload()));
-    PatternSource{camera}.draw(number, frame.data(), frame.size());
+    const GrabberModel grabber;
+    const CameraDevice device{camera, grabber};
+    std::vector<unsigned char> frame(static_cast<size_t>(device.payload()));
+    PatternSource{device}.draw(exposure_of(number), frame.data(), frame.size());
     return frame;
 }
 
 TEST(PatternSource, EightBitRampMovesAlongTheDiagonal)
 {
-    const CameraModel camera = camera_of(300, 7, zvsim::mono8);
+    const CameraModel camera = camera_of(300, 7, "Mono8");
     for (const uint64_t number : {uint64_t{0}, uint64_t{3}, uint64_t{255}, uint64_t{256}, UINT64_MAX}) {
         const auto frame = frame_of(camera, number);
         for (size_t at = zvgr::frame_stamp_size; at < frame.size(); ++at) {
@@ -43,7 +49,7 @@ TEST(PatternSource, EightBitRampMovesAlongTheDiagonal)
 
 TEST(PatternSource, SixteenBitRampIsLittleEndianAndUsesBothBytes)
 {
-    const CameraModel camera = camera_of(1100, 5, zvsim::mono16);
+    const CameraModel camera = camera_of(1100, 5, "Mono16");
     for (const uint64_t number : {uint64_t{0}, uint64_t{5}, uint64_t{1023}, uint64_t{1024}}) {
         const auto frame = frame_of(camera, number);
         for (size_t at = zvgr::frame_stamp_size; at < frame.size(); at += 2) {
@@ -56,7 +62,7 @@ TEST(PatternSource, SixteenBitRampIsLittleEndianAndUsesBothBytes)
 
 TEST(PatternSource, CarriesTheFrameNumber)
 {
-    for (const PixelFormat& format : {zvsim::mono8, zvsim::mono16, zvsim::rgb8}) {
+    for (const char* const format : {"Mono8", "Mono16", "RGB8"}) {
         const auto frame = frame_of(camera_of(33, 9, format), 0x1234567890);
         const auto stamp = zvgr::read_stamp(frame.data(), frame.size());
         ASSERT_TRUE(stamp);
@@ -67,17 +73,20 @@ TEST(PatternSource, CarriesTheFrameNumber)
 
 TEST(PatternSource, OfAPictureTooSmallForAStampIsThePlainRamp)
 {
-    const auto frame = frame_of(camera_of(4, 2, zvsim::mono8), 10);
+    const auto frame = frame_of(camera_of(4, 2, "Mono8"), 10);
     EXPECT_EQ((std::vector<unsigned char>{10, 11, 12, 13, 11, 12, 13, 14}), frame);
 }
 
 TEST(PatternSource, StaysWithinTheRoomThatItIsGiven)
 {
-    const CameraModel camera = camera_of(20, 10, zvsim::mono8);
-    PatternSource source{camera};
+    const CameraModel camera = camera_of(20, 10, "Mono8");
+    const GrabberModel grabber;
+    PatternSource source{
+        CameraDevice{camera, grabber}
+    };
     for (size_t room = 0; room <= 220; ++room) {
         std::vector<unsigned char> target(240, 0x5A);
-        source.draw(1, target.data(), room);
+        source.draw(exposure_of(1), target.data(), room);
         for (size_t at = std::min<size_t>(room, 200); at < target.size(); ++at)
             ASSERT_EQ(0x5A, target[at]) << "room " << room << ", byte " << at;
         const auto stamp = zvgr::read_stamp(target.data(), room);

@@ -40,7 +40,7 @@ TEST(PngFile, HasThePixelFormatOfItsPixels)
     for (const auto& [pixels, name] : formats) {
         write_png(folder.file("a.png"), test_picture(8, 8, pixels, 1));
         std::string problem;
-        EXPECT_EQ(name, zvsim::read_png(folder.file("a.png"), problem)->format.name);
+        EXPECT_EQ(name, zvsim::read_png(folder.file("a.png"), problem)->format->name);
     }
 }
 
@@ -142,7 +142,7 @@ TEST(FolderSource, StaysWithinTheRoomThatItIsGiven)
     zvsim::FolderSource source{*read};
     for (const size_t room : {size_t{0}, size_t{10}, size_t{64}, size_t{70}}) {
         std::vector<unsigned char> target(80, 0x5A);
-        source.draw(0, target.data(), room);
+        source.draw({0, zvsim::TestPattern::diagonal_ramp, 1}, target.data(), room);
         std::vector<unsigned char> expected(80, 0x5A);
         std::copy_n(picture.bytes.begin(), std::min(room, picture.bytes.size()), expected.begin());
         EXPECT_EQ(expected, target) << room;

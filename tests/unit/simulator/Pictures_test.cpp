@@ -63,7 +63,7 @@ using QueuedPicturesRgb = QueuedPictures<Pixels::rgb_8>;
 
 TEST_F(QueuedPictures8, ArriveBitForBitInALoop)
 {
-    EXPECT_EQ(0x101, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
+    EXPECT_EQ(0x01080001, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
     EXPECT_EQ(50, ZVGR_GetCameraValueInt(camera, "Width"));
     EXPECT_EQ(30, ZVGR_GetCameraValueInt(camera, "Height"));
     play();
@@ -71,13 +71,13 @@ TEST_F(QueuedPictures8, ArriveBitForBitInALoop)
 
 TEST_F(QueuedPictures16, ArriveBitForBitInALoop)
 {
-    EXPECT_EQ(0x105, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
+    EXPECT_EQ(0x01100007, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
     play();
 }
 
 TEST_F(QueuedPicturesRgb, ArriveBitForBitInALoop)
 {
-    EXPECT_EQ(0x401, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
+    EXPECT_EQ(0x02180014, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
     play();
 }
 

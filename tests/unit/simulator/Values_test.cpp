@@ -5,9 +5,8 @@ namespace {
 using namespace zvsim_test;
 
 constexpr uint32_t success = zv_success;
-constexpr int64_t cxp_mono8 = 0x101;
-constexpr int64_t cxp_mono16 = 0x105;
 constexpr int64_t pfnc_mono8 = 0x01080001;
+constexpr int64_t pfnc_mono16 = 0x01100007;
 
 class ClhsStream : public QueuedStream {
 protected:
@@ -21,7 +20,7 @@ TEST_F(QueuedStream, CameraValuesAnswerEveryKindOfHandle)
         EXPECT_EQ(48, ZVGR_GetCameraValueInt(handle, "Height"));
         EXPECT_EQ(0, ZVGR_GetCameraValueInt(handle, "OffsetX"));
         EXPECT_EQ(0, ZVGR_GetCameraValueInt(handle, "OffsetY"));
-        EXPECT_EQ(cxp_mono8, ZVGR_GetCameraValueEnum(handle, "PixelFormat"));
+        EXPECT_EQ(pfnc_mono8, ZVGR_GetCameraValueEnum(handle, "PixelFormat"));
     }
 }
 
@@ -58,8 +57,8 @@ TEST_F(ClhsStream, HasNoImageIds)
 
 TEST_F(OpenGrabber, CamerasDifferInPixelFormat)
 {
-    EXPECT_EQ(cxp_mono8, ZVGR_GetCameraValueEnum(cameras[0], "PixelFormat"));
-    EXPECT_EQ(cxp_mono16, ZVGR_GetCameraValueEnum(cameras[1], "PixelFormat"));
+    EXPECT_EQ(pfnc_mono8, ZVGR_GetCameraValueEnum(cameras[0], "PixelFormat"));
+    EXPECT_EQ(pfnc_mono16, ZVGR_GetCameraValueEnum(cameras[1], "PixelFormat"));
 }
 
 TEST_F(QueuedStream, UnknownNamesAndHandlesAreNotAvailable)
