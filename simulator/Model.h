@@ -42,6 +42,7 @@ struct CameraModel {
     /// Frames come up to this much late, each by another amount.
     std::chrono::microseconds jitter{0};
     std::shared_ptr<const PictureFolder> pictures; ///< Null: the test pattern.
+    bool has_stamp = true; ///< Frames of a test pattern begin with a stamp (zvgr/FrameStamp.h).
 };
 
 struct GrabberModel {

@@ -20,6 +20,7 @@ PatternSource::PatternSource(const CameraDevice& camera)
     : m_bytes_per_pixel{camera.settings().format->bits_per_pixel() / 8},
       m_row_size{camera.settings().width * m_bytes_per_pixel}, m_height{camera.settings().height},
       m_ramp_pixels{m_bytes_per_pixel == 2 ? ramp_pixels_16_bit : ramp_pixels_8_bit},
+      m_has_stamp{camera.model().has_stamp},
       m_ramp((camera.settings().width + m_ramp_pixels) * m_bytes_per_pixel)
 {
     for (size_t at = 0; at < m_ramp.size(); ++at) {
@@ -38,6 +39,8 @@ void PatternSource::draw(const Exposure& exposure, unsigned char* target, size_t
         const size_t shift = row % m_ramp_pixels * m_bytes_per_pixel;
         std::memcpy(target + at, m_ramp.data() + shift, std::min(m_row_size, drawn - at));
     }
+    if (!m_has_stamp)
+        return;
     if (drawn == whole)
         zvgr::write_stamp(target, whole, exposure.frame);
     else

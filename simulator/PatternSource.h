@@ -20,7 +20,8 @@ private:
     size_t m_bytes_per_pixel;
     size_t m_row_size;
     size_t m_height;
-    size_t m_ramp_pixels;              ///< Pixels after which the ramp repeats.
+    size_t m_ramp_pixels; ///< Pixels after which the ramp repeats.
+    bool m_has_stamp;
     std::vector<unsigned char> m_ramp; ///< A row and one repetition more: every shift of it is one copy.
 };
 

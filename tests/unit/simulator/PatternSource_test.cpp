@@ -77,6 +77,16 @@ TEST(PatternSource, OfAPictureTooSmallForAStampIsThePlainRamp)
     EXPECT_EQ((std::vector<unsigned char>{10, 11, 12, 13, 11, 12, 13, 14}), frame);
 }
 
+TEST(PatternSource, WithoutAStampBeginsWithThePattern)
+{
+    CameraModel camera = camera_of(64, 2, "Mono8");
+    camera.has_stamp = false;
+    const auto frame = frame_of(camera, 7);
+    EXPECT_FALSE(zvgr::read_stamp(frame.data(), frame.size()));
+    EXPECT_EQ(7, frame[0]);
+    EXPECT_EQ(38, frame[31]);
+}
+
 TEST(PatternSource, StaysWithinTheRoomThatItIsGiven)
 {
     const CameraModel camera = camera_of(20, 10, "Mono8");
