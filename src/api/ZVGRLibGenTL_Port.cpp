@@ -1,4 +1,4 @@
-// Port functions: GC*Port*. Arguments and handles are checked; access itself is not implemented yet.
+// Port functions that access registers: GC*Port and GC*PortStacked.
 
 #include <algorithm>
 #include <cstring>
@@ -6,12 +6,13 @@
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
-#include "api/InfoOutput.h"
 #include "api/ProcessState.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
 #include "log/text.h"
 #include "log/unit_loggers.h"
+#include "port/Port.h"
+#include "port/routing.h"
 
 namespace GenTL {
 
@@ -30,7 +31,68 @@ int data_word(const void* data, size_t size)
 
 bool is_no_handle(PORT_HANDLE handle) { return current_system() == nullptr || handle == nullptr; }
 
-bool is_port(PORT_HANDLE handle) { return get_handle_type(handle) != ModuleKind::invalid; }
+enum class Access { read, write };
+
+bool transfer(const Port& port, Access access, const PORT_REGISTER_STACK_ENTRY& entry)
+{
+    auto size = static_cast<uint32_t>(entry.Size); // contract: what was transferred is not reported
+    return access == Access::read ? read_registers(port, entry.Address, entry.pBuffer, &size)
+                                  : write_registers(port, entry.Address, entry.pBuffer, &size);
+}
+
+/// What both stacked accesses do with a port that exists.
+GC_ERROR transfer_stacked(const ApiCall& call, const Port& port, Access access,
+                          const PORT_REGISTER_STACK_ENTRY* entries, size_t* count)
+{
+    const Route& route = *route_of(port.kind());
+    if (route.registers == Registers::of_module) {
+        call.log_error(At{690}, "%s - GC_ERR_NOT_IMPLEMENTED", call.function());
+        return GC_ERR_NOT_IMPLEMENTED;
+    }
+    if (!is_open(port)) {
+        call.log_error(At{692}, "%s - GC_ERR_INVALID_HANDLE, %s is closed", call.function(), route.owner);
+        return GC_ERR_INVALID_HANDLE;
+    }
+    if (*count == 0)
+        return GC_ERR_SUCCESS;
+
+    size_t done = 0;
+    do {
+        // Contract: the count of transfers overwrites the number of entries, so that only the first entry
+        // moves. Pinned by StackedAccess.MovesOnlyTheFirstEntry.
+        *count = done;
+        if (!transfer(port, access, entries[done])) {
+            const auto address_bits = static_cast<unsigned>(entries[done].Address);
+            if (access == Access::read && port.kind() == ModuleKind::remote_device)
+                call.log_info(At{694}, "%s - GC_ERR_ACCESS_DENIED, address=0x%X ", call.function(),
+                              address_bits);
+            else
+                call.log_error(At{695}, "%s - GC_ERR_ACCESS_DENIED, address=0x%X ", call.function(),
+                               address_bits);
+            return GC_ERR_ACCESS_DENIED;
+        }
+        ++done;
+    } while (done < *count);
+    *count = done;
+    return GC_ERR_SUCCESS;
+}
+
+/// Reads grabber or camera registers; `*size` becomes what the library has read.
+GC_ERROR read_from_library(const Port& port, uint64_t iAddress, void* pBuffer, size_t* size)
+{
+    if (!is_open(port)) {
+        log_debug(api_logger, "GCReadPort", At{697}, "GC_ERR_INVALID_HANDLE, %s is closed",
+                  route_of(port.kind())->owner);
+        return GC_ERR_INVALID_HANDLE;
+    }
+    auto transferred = static_cast<uint32_t>(*size);
+    if (!read_registers(port, iAddress, pBuffer, &transferred)) {
+        log_debug(api_logger, "GCReadPort", At{698}, "GC_ERR_ACCESS_DENIED");
+        return GC_ERR_ACCESS_DENIED;
+    }
+    *size = transferred;
+    return GC_ERR_SUCCESS;
+}
 
 } // namespace
 
@@ -45,11 +107,22 @@ try {
         return GC_ERR_INVALID_HANDLE;
     if (is_missing(pBuffer) || is_missing(piSize))
         return call.fail(At{706}, GC_ERR_INVALID_PARAMETER);
-    if (!is_port(hPort)) {
+    const Port port = find_port(hPort);
+    if (!port) {
         log_debug(api_logger, "GCReadPort", At{708}, "GC_ERR_INVALID_HANDLE");
         return GC_ERR_INVALID_HANDLE;
     }
-    return call.fail(At{711}, GC_ERR_NOT_IMPLEMENTED);
+
+    const size_t asked = *piSize;
+    const bool is_own = route_of(port.kind())->registers == Registers::of_module;
+    const GC_ERROR error = is_own ? read_description(port, iAddress, pBuffer, piSize)
+                                  : read_from_library(port, iAddress, pBuffer, piSize);
+    if (error != GC_ERR_SUCCESS)
+        return error;
+    if (is_logged(api_logger, Priority::trace)) // for the data: a read may be of any size
+        call.log(At{713}, "Exit GCReadPort, address=0x%X, size=%d, data=%d", static_cast<unsigned>(iAddress),
+                 low32_signed(*piSize), data_word(pBuffer, std::min(asked, *piSize)));
+    return GC_ERR_SUCCESS;
 } catch (...) {
     return after_exception("GCReadPort");
 }
@@ -68,11 +141,23 @@ try {
         return GC_ERR_NOT_INITIALIZED;
     if (iAddress > UINT32_MAX) // without a log line
         return GC_ERR_INVALID_ADDRESS;
-    if (!is_port(hPort)) {
+    const Port port = find_port(hPort);
+    if (!port) {
         call.log_error(At{739}, "GCWritePort - GC_ERR_INVALID_HANDLE");
         return call.fail(At{740}, GC_ERR_INVALID_HANDLE);
     }
-    return call.fail(At{742}, GC_ERR_NOT_IMPLEMENTED);
+    if (route_of(port.kind())->registers == Registers::of_module) {
+        *piSize = 0;
+        return call.fail(At{742}, GC_ERR_NOT_IMPLEMENTED);
+    }
+    if (!is_open(port))
+        return call.fail(At{744}, GC_ERR_INVALID_HANDLE);
+
+    // Contract: the library is handed the consumer's own size, of which it knows the low half. Pinned by
+    // GCWritePort.LeavesTheSizeToTheLibrary.
+    if (!write_registers(port, iAddress, pBuffer, reinterpret_cast<uint32_t*>(piSize)))
+        return call.fail(At{748}, GC_ERR_ACCESS_DENIED);
+    return call.succeed(At{749}, "Exit GCWritePort, handle = 0x%X", low32(hPort));
 } catch (...) {
     return after_exception("GCWritePort");
 }
@@ -85,11 +170,13 @@ try {
         return GC_ERR_NOT_INITIALIZED;
     if (is_missing(pEntries) || is_missing(piNumEntries)) // without a log line
         return GC_ERR_INVALID_PARAMETER;
-    if (!is_port(hPort)) {
+    const Port port = find_port(hPort);
+    if (!port) {
         call.log_error(At{767}, "GCReadPortStacked - GC_ERR_INVALID_HANDLE");
         return GC_ERR_INVALID_HANDLE;
     }
-    return call.fail(At{770}, GC_ERR_NOT_IMPLEMENTED);
+    const GC_ERROR error = transfer_stacked(call, port, Access::read, pEntries, piNumEntries);
+    return error != GC_ERR_SUCCESS ? error : call.succeed(At{772}, "Exit GCReadPortStacked");
 } catch (...) {
     return after_exception("GCReadPortStacked");
 }
@@ -104,93 +191,15 @@ try {
         return GC_ERR_INVALID_HANDLE;
     if (is_missing(pEntries) || is_missing(piNumEntries))
         return GC_ERR_INVALID_PARAMETER;
-    if (!is_port(hPort)) {
+    const Port port = find_port(hPort);
+    if (!port) {
         call.log_error(At{799}, "GCWritePortStacked - GC_ERR_INVALID_HANDLE");
         return GC_ERR_INVALID_HANDLE;
     }
-    return call.fail(At{802}, GC_ERR_NOT_IMPLEMENTED);
+    const GC_ERROR error = transfer_stacked(call, port, Access::write, pEntries, piNumEntries);
+    return error != GC_ERR_SUCCESS ? error : call.succeed(At{804}, "Exit GCWritePortStacked");
 } catch (...) {
     return after_exception("GCWritePortStacked");
-}
-
-GC_API GCGetPortURL(PORT_HANDLE hPort, char* /*sURL*/, size_t* piSize)
-try {
-    const ApiCall call{"GCGetPortURL"};
-    call.log(At{820}, "Enter GCGetPortURL, port handle=0x%016llX", address(hPort));
-    if (!call.library_is_open(At{822}))
-        return GC_ERR_NOT_INITIALIZED;
-    if (is_missing(piSize))
-        return call.fail(At{825}, GC_ERR_INVALID_PARAMETER);
-    if (!is_port(hPort)) {
-        call.log_error(At{827}, "case %s: GC_ERR_NOT_IMPLEMENTED", handle_type_name(ModuleKind::invalid));
-        return GC_ERR_NOT_IMPLEMENTED;
-    }
-    return call.fail(At{830}, GC_ERR_NOT_IMPLEMENTED);
-} catch (...) {
-    return after_exception("GCGetPortURL");
-}
-
-GC_API GCGetNumPortURLs(PORT_HANDLE hPort, uint32_t* piNumURLs)
-try {
-    const ApiCall call{"GCGetNumPortURLs"};
-    call.log(At{850}, "Enter GCGetNumPortURLs, handle=0x%016llX", address(hPort));
-    if (!call.library_is_open(At{852}))
-        return GC_ERR_NOT_INITIALIZED;
-    if (is_missing(piNumURLs)) // without a log line
-        return GC_ERR_INVALID_PARAMETER;
-    const ModuleKind kind = get_handle_type(hPort);
-    call.log_info(At{857}, "Get URL count for device type %s", handle_type_name(kind));
-    if (kind == ModuleKind::invalid) {
-        *piNumURLs = 0;
-        call.log_error(At{860}, "case %s: GC_ERR_NOT_IMPLEMENTED", handle_type_name(kind));
-    }
-    return call.fail(At{862}, GC_ERR_NOT_IMPLEMENTED);
-} catch (...) {
-    return after_exception("GCGetNumPortURLs");
-}
-
-GC_API GCGetPortURLInfo(PORT_HANDLE hPort, uint32_t iURLIndex, URL_INFO_CMD iInfoCmd, INFO_DATATYPE* piType,
-                        void* pBuffer, size_t* piSize)
-try {
-    const ApiCall call{"GCGetPortURLInfo"};
-    call.log(At{880}, "Enter GCGetPortURLInfo, handle=0x%016llX, URL index=%d, info=%d, size=%d",
-             address(hPort), static_cast<int>(iURLIndex), iInfoCmd, logged_size(piSize));
-    if (!call.library_is_open(At{882}))
-        return GC_ERR_NOT_INITIALIZED;
-    const InfoOutput output{piType, pBuffer, piSize};
-    if (output.is_malformed())
-        return call.fail(At{885}, GC_ERR_INVALID_PARAMETER);
-    if (iURLIndex != 0) {
-        // Contract: the text names another code than the one returned. Pinned by
-        // GCGetPortURLInfo.RefusesOtherUrls.
-        call.log_error(At{888}, "GCGetPortURLInfo [GC_ERR_INVALID_PARAMETER]: Invalid URL index=%d",
-                       static_cast<int>(iURLIndex));
-        return GC_ERR_INVALID_INDEX;
-    }
-    const ModuleKind kind = get_handle_type(hPort);
-    call.log_info(At{893}, "Get URL info for device type %s", handle_type_name(kind));
-    if (kind == ModuleKind::invalid)
-        call.log_error(At{895}, "case %s: GC_ERR_NOT_IMPLEMENTED", handle_type_name(kind));
-    return call.fail(At{896}, GC_ERR_NOT_IMPLEMENTED);
-} catch (...) {
-    return after_exception("GCGetPortURLInfo");
-}
-
-GC_API GCGetPortInfo(PORT_HANDLE hPort, PORT_INFO_CMD iInfoCmd, INFO_DATATYPE* piType, void* pBuffer,
-                     size_t* piSize)
-try {
-    const ApiCall call{"GCGetPortInfo"};
-    call.log(At{910}, "Enter GCGetPortInfo, info=%d, buffer size=%d", iInfoCmd, logged_size(piSize));
-    if (!call.library_is_open(At{912}))
-        return GC_ERR_NOT_INITIALIZED;
-    const InfoOutput output{piType, pBuffer, piSize};
-    if (output.is_malformed())
-        return call.fail(At{915}, GC_ERR_INVALID_PARAMETER);
-    if (!is_port(hPort)) // without a log line
-        return GC_ERR_INVALID_HANDLE;
-    return call.fail(At{918}, GC_ERR_NOT_IMPLEMENTED);
-} catch (...) {
-    return after_exception("GCGetPortInfo");
 }
 
 } // namespace GenTL

@@ -98,9 +98,9 @@ bool has_open_owners(const EventModule& event)
 
 /// A closed module counts as no module.
 template <class Module>
-ModuleKind kind_of_open(const Module& module, ModuleKind kind)
+Port port_if_open(const Module& module)
 {
-    return module.is_Open() ? kind : ModuleKind::invalid;
+    return module.is_Open() ? Port(module) : Port();
 }
 
 } // namespace
@@ -185,21 +185,24 @@ Checked<EventRef> check_event_handle(EVENT_HANDLE handle, const ApiCall& call, O
     return event;
 }
 
-ModuleKind get_handle_type(const void* handle)
+Port find_port(const void* handle)
 {
-    if (current_system() == nullptr || handle == nullptr)
-        return ModuleKind::invalid;
-    if (handle == current_system())
-        return ModuleKind::system;
+    SystemModule* const system = current_system();
+    if (system == nullptr || handle == nullptr)
+        return {};
+    if (handle == system)
+        return Port(*system);
     if (const InterfaceModule* const iface = find_interface(handle))
-        return kind_of_open(*iface, ModuleKind::iface);
+        return port_if_open(*iface);
     if (const DeviceModule* const device = find_device(handle))
-        return kind_of_open(*device, ModuleKind::device);
+        return port_if_open(*device);
     if (const CameraModule* const camera = find_camera(handle))
-        return kind_of_open(*camera, ModuleKind::remote_device);
+        return port_if_open(*camera);
     if (const StreamModule* const stream = find_stream(handle))
-        return kind_of_open(*stream, ModuleKind::stream);
-    return find_buffer(handle) ? ModuleKind::buffer : ModuleKind::invalid; // whatever its stream
+        return port_if_open(*stream);
+    return Port(find_buffer(handle)); // whatever its stream
 }
+
+ModuleKind get_handle_type(const void* handle) { return find_port(handle).kind(); }
 
 } // namespace zvgentl

@@ -5,9 +5,10 @@
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
-#include "api/module_kind.h"
 #include "modules/BufferPool.h"
 #include "modules/EventModule.h"
+#include "modules/module_kind.h"
+#include "port/Port.h"
 
 namespace zvgentl {
 
@@ -52,6 +53,9 @@ Checked<StreamModule*> check_stream_handle(GenTL::DS_HANDLE handle, const ApiCal
 Checked<PinnedBuffer> check_buffer_handle(GenTL::BUFFER_HANDLE handle, const ApiCall& call);
 /// Also GC_ERR_NOT_AVAILABLE: for an event of a closed stream, camera or interface.
 Checked<EventRef> check_event_handle(GenTL::EVENT_HANDLE handle, const ApiCall& call, Open open);
+
+/// The module that a handle names as a port, whatever its kind; no port for one that is closed. Never logs.
+Port find_port(const void* handle);
 
 /// What any handle names, for functions that accept several kinds.
 ModuleKind get_handle_type(const void* handle);

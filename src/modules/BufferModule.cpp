@@ -10,16 +10,22 @@
 
 #include "log/Log.h"
 #include "log/unit_loggers.h"
+#include "modules/PortMemory.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_status.h"
 #include "modules/pixel_formats.h"
 #include "modules/settings.h"
+#include "resources/descriptions.h"
 
 namespace zvgentl {
+
+using namespace GenTL;
 
 namespace {
 
 constexpr std::align_val_t memory_alignment{4096};
+
+constexpr PortMemory port_memory{"ZV_BufferGenTL.zip", buffer_description, buffer_description_size};
 
 SerialLock::Serialise serialise_setting(const PlainSetting& setting)
 {
@@ -123,6 +129,21 @@ std::string BufferModule::getId() const
     char id[32];
     std::snprintf(id, sizeof id, "Buffer0x%" PRIx64, m_grabber_handle);
     return id;
+}
+
+std::string BufferModule::get_Url() const { return port_memory.url(); }
+
+GC_ERROR BufferModule::ReadPort(uint64_t address, void* buffer, size_t* size) const
+{
+    if (port_memory.read(address, buffer, size))
+        return GC_ERR_SUCCESS;
+    log_error(buffer_module_logger, "BufferModule::ReadPort", At{120},
+              "Unsupported port read for address 0x%llx with size %zu",
+              static_cast<unsigned long long>(address), *size);
+    log_error(buffer_module_logger, "BufferModule::ReadPort", At{123},
+              "Exit, Returning error GC_ERR_INVALID_ADDRESS (0x%X)",
+              static_cast<unsigned>(GC_ERR_INVALID_ADDRESS));
+    return GC_ERR_INVALID_ADDRESS;
 }
 
 uint64_t BufferModule::get_Geometry(Geometry value) const noexcept

@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "GenTL/GenTL.h"
+
 #include "modules/Quarantine.h"
 #include "modules/SerialLock.h"
 
@@ -71,6 +73,12 @@ public:
                  void* private_pointer);
 
     std::string getId() const override;
+
+    /// The URL of the port's register description.
+    std::string get_Url() const;
+    /// Reads the port's memory, which is that description alone; `*size` is shortened to what is there.
+    /// GC_ERR_INVALID_ADDRESS, with `*size` untouched, for an address outside.
+    GenTL::GC_ERROR ReadPort(uint64_t address, void* buffer, size_t* size) const;
 
     uint64_t get_GrabberHandle() const noexcept { return m_grabber_handle; }
     const StreamModule& get_Stream() const noexcept { return m_stream; }

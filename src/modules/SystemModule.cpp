@@ -2,9 +2,21 @@
 
 #include <algorithm>
 
+#include "log/Log.h"
+#include "log/unit_loggers.h"
 #include "modules/DeviceStore.h"
+#include "modules/PortMemory.h"
+#include "resources/descriptions.h"
 
 namespace zvgentl {
+
+using namespace GenTL;
+
+namespace {
+
+constexpr PortMemory port_memory{"ZV_SystemGenTL.xml", system_description, system_description_size};
+
+} // namespace
 
 SystemModule::SystemModule() { device_store.add_user(); }
 
@@ -46,6 +58,21 @@ void SystemModule::init_Interfaces(int32_t count)
     destroy_interfaces();
     for (int32_t i = 0; i < count; ++i)
         m_interfaces.push_back(std::make_unique<InterfaceModule>(*this, "FG" + std::to_string(i)));
+}
+
+std::string SystemModule::get_Url() const { return port_memory.url(); }
+
+GC_ERROR SystemModule::ReadPort(uint64_t address, void* buffer, size_t* size) const
+{
+    if (port_memory.read(address, buffer, size))
+        return GC_ERR_SUCCESS;
+    log_error(system_module_logger, "SystemModule::ReadPort", At{110},
+              "Unsupported port read for address 0x%llx with size %zu",
+              static_cast<unsigned long long>(address), *size);
+    log_error(system_module_logger, "SystemModule::ReadPort", At{113},
+              "Exit, Returning error GC_ERR_INVALID_ADDRESS (0x%X)",
+              static_cast<unsigned>(GC_ERR_INVALID_ADDRESS));
+    return GC_ERR_INVALID_ADDRESS;
 }
 
 } // namespace zvgentl

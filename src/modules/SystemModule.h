@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "GenTL/GenTL.h"
+
 #include "modules/InterfaceModule.h"
 #include "modules/Quarantine.h"
 
@@ -32,6 +34,12 @@ public:
     {
         return m_interfaces;
     }
+
+    /// The URL of the port's register description.
+    std::string get_Url() const;
+    /// Reads the port's memory, which is that description alone; `*size` is shortened to what is there.
+    /// GC_ERR_INVALID_ADDRESS, with `*size` untouched, for an address outside.
+    GenTL::GC_ERROR ReadPort(uint64_t address, void* buffer, size_t* size) const;
 
     /// Destroys every interface and lists `count` new closed ones; a negative count lists none.
     void init_Interfaces(int32_t count);

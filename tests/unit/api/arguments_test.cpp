@@ -4,7 +4,7 @@
 
 #include "api/error_names.h"
 #include "api/id_output.h"
-#include "api/module_kind.h"
+#include "modules/module_kind.h"
 
 #include <gtest/gtest.h>
 
