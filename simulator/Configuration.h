@@ -4,6 +4,7 @@
 
 #include "simulator/Model.h"
 #include "simulator/PictureFolder.h"
+#include "simulator/faults/FaultPlan.h"
 
 #include <memory>
 #include <string>
@@ -29,6 +30,7 @@ struct Configuration {
     Environment environment;
     std::vector<GrabberModel> grabbers;
     std::vector<std::string> warnings;
+    FaultPlan faults;
 
     static std::unique_ptr<const Configuration> make(const Environment& environment);
 };

@@ -1,0 +1,20 @@
+/// \file FaultConfiguration.h
+/// The fault plan of a configuration file.
+#pragma once
+
+#include "simulator/config/YamlReader.h"
+#include "simulator/faults/FaultPlan.h"
+
+#include <string_view>
+#include <vector>
+
+namespace zvsim {
+
+/// The keys at the top of the file that belong to the fault plan.
+const std::vector<std::string_view>& fault_keys();
+/// The sections below them, for the comparison with the schema.
+const std::vector<const YamlKeys*>& fault_sections();
+/// What the file's top section says about faults; what is wrong is reported into the section's errors.
+FaultPlan read_fault_plan(const YamlMap& file);
+
+} // namespace zvsim
