@@ -2,7 +2,7 @@
 /// The pictures of a folder, in memory.
 #pragma once
 
-#include "simulator/PngFile.h"
+#include "simulator/pictures/PngFile.h"
 
 #include <filesystem>
 #include <memory>

@@ -1,5 +1,5 @@
 #include "simulator/Devices.h"
-#include "simulator/PatternSource.h"
+#include "simulator/pictures/PatternSource.h"
 
 #include "zvgr/FrameStamp.h"
 

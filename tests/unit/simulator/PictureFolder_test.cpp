@@ -1,7 +1,8 @@
 #include "unit/simulator/picture_files.h"
 
-#include "simulator/FolderSource.h"
+#include "simulator/Devices.h"
 #include "simulator/PictureFolder.h"
+#include "simulator/pictures/FolderSource.h"
 
 #include <gmock/gmock.h>
 
@@ -139,7 +140,15 @@ TEST(FolderSource, StaysWithinTheRoomThatItIsGiven)
     std::vector<std::string> warnings;
     const auto read = PictureFolder::read(folder.path(), warnings);
     ASSERT_NE(nullptr, read);
-    zvsim::FolderSource source{*read};
+    zvsim::CameraModel camera;
+    camera.start.width = 16;
+    camera.start.height = 4;
+    camera.start.format = &read->format();
+    const zvsim::GrabberModel grabber;
+    zvsim::FolderSource source{
+        zvsim::CameraDevice{camera, grabber},
+        *read
+    };
     for (const size_t room : {size_t{0}, size_t{10}, size_t{64}, size_t{70}}) {
         std::vector<unsigned char> target(80, 0x5A);
         source.draw({0, zvsim::TestPattern::diagonal_ramp, 1}, target.data(), room);

@@ -1,4 +1,4 @@
-#include "simulator/PngFile.h"
+#include "simulator/pictures/PngFile.h"
 
 #include <csetjmp>
 #include <cstdio>

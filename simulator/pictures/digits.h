@@ -1,0 +1,13 @@
+/// \file digits.h
+/// The pattern with the frame's number in large digits.
+#pragma once
+
+#include "simulator/pictures/PatternScene.h"
+
+namespace zvsim {
+
+/// Rows that cut the digits at the same height, or pass above or below them.
+uint64_t row_of_digits(const PatternWindow& window, ScenePlace place);
+void draw_digits(const PatternWindow& window, ScenePlace place, SceneRow& row);
+
+} // namespace zvsim
