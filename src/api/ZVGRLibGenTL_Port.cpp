@@ -154,7 +154,7 @@ try {
         return call.fail(At{744}, GC_ERR_INVALID_HANDLE);
 
     // Contract: the library is handed the consumer's own size, of which it knows the low half. Pinned by
-    // GCWritePort.LeavesTheSizeToTheLibrary.
+    // WritingPorts.LeavesTheSizeToTheLibrary.
     if (!write_registers(port, iAddress, pBuffer, reinterpret_cast<uint32_t*>(piSize)))
         return call.fail(At{748}, GC_ERR_ACCESS_DENIED);
     return call.succeed(At{749}, "Exit GCWritePort, handle = 0x%X", low32(hPort));

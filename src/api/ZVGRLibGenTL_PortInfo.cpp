@@ -37,7 +37,7 @@ GC_ERROR fail_without_url(const ApiCall& call, const Port& port)
 }
 
 /// Contract: an ID is given in the form that the consumer left in the type, unlike everything else. Nothing
-/// for a form that it does not have. Pinned by GCGetPortInfo.ChoosesTheFormOfAnIdByTheIncomingType.
+/// for a form that it does not have. Pinned by PortInformation.GivesAnIdInTheFormOfTheIncomingType.
 std::optional<InfoValue> id_in_form(INFO_DATATYPE form, InfoValue id)
 {
     if (form == INFO_DATATYPE_STRING)
@@ -69,7 +69,7 @@ try {
     }
 
     // Contract: two zeros end the URL, where GCGetPortURLInfo has one. Pinned by
-    // GCGetPortURL.NeedsOneByteMoreThanGCGetPortURLInfo.
+    // PortUrls.NeedOneByteMoreOnTheirOwn.
     const InfoValue value = InfoValue::string(*url + '\0');
     INFO_DATATYPE type = INFO_DATATYPE_STRING;
     const InfoOutput output{&type, sURL, piSize};

@@ -40,6 +40,25 @@ protected:
             {buffers[0]->handle, "TLBuffer"    },
         };
     }
+    /// The ports behind which the grabber library is, and the handle that it knows them by.
+    struct LibraryPort {
+        PORT_HANDLE handle;
+        const char* kind;
+        uint32_t library;
+        std::string side; // "Grabber" or "Camera", as the register functions are named
+    };
+    std::vector<LibraryPort> library_ports() const
+    {
+        return {
+            {iface, "TLInterface",  grabber(), "Grabber"},
+            {dev,   "TLDevice",     grabber(), "Grabber"},
+            {ds,    "TLDataStream", camera(),  "Camera" },
+            {port,  "Device",       camera(),  "Camera" },
+        };
+    }
+    /// The ports that the producer serves itself.
+    std::vector<PORT_HANDLE> own_ports() const { return {tl, buffers[0]->handle}; }
+
     /// Handles that are no port: null, unknown, all ones.
     std::vector<PORT_HANDLE> strangers() { return {nullptr, this, all_ones<PORT_HANDLE>()}; }
 };

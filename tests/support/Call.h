@@ -49,8 +49,8 @@ private:
 /// Stands for any argument in an expected call.
 inline Argument any() { return Argument::anything(); }
 
-/// One call. Output parameters are not among the arguments; a size that goes both ways is there with its
-/// value on entry.
+/// One call. Output parameters are not among the arguments, but for the buffers of registers and URLs; a size
+/// that goes both ways is there with its value on entry.
 struct Call {
     std::string function;
     std::vector<Argument> arguments;

@@ -197,7 +197,7 @@ uint32_t ZVGR_CALL ZVGR_CameraCallbackRegister(uint32_t camera, ZvCameraCallback
 uint32_t ZVGR_CALL ZVGR_GetXmlUrl(uint32_t handle, char* url, uint64_t* size)
 {
     const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_GetXmlUrl", handle, *size);
+    const Call made = call("ZVGR_GetXmlUrl", handle, static_cast<const void*>(url), *size);
     return perform_status(made, size, [&](FakeWorld& world) {
         if (!is_live_anywhere(made, world, handle))
             return any_failure;

@@ -1,0 +1,140 @@
+// GCWritePort: which registers it writes, and what it makes of the library's answers.
+#include "Port_fixtures.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace zvtest {
+
+namespace {
+
+class WritingPorts : public OpenPorts {
+protected:
+    static ExpectedLine entered(PORT_HANDLE handle, const std::string& address, int size, int word)
+    {
+        return {Priority::trace,
+                "Enter with handle=0x" + hex16(handle) + ", address=0x" + address +
+                    ", size=" + std::to_string(size) + ", data=" + std::to_string(word),
+                "GCWritePort", "ZVGRLibGenTL"};
+    }
+    static ExpectedLine left(PORT_HANDLE handle)
+    {
+        return {Priority::trace, "Exit GCWritePort, handle = 0x" + low_hex(handle), "GCWritePort",
+                "ZVGRLibGenTL"};
+    }
+
+    const std::vector<uint8_t> data = {0x12, 0x34, 0x56, 0x78};
+    size_t size = 4;
+};
+
+TEST_F(WritingPorts, HandsTheDataToTheRegistersOfGrabberOrCamera)
+{
+    for (const LibraryPort& asked : library_ports()) {
+        SCOPED_TRACE(asked.kind);
+        forget();
+        EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(asked.handle, 0x1000, data.data(), &size));
+        const std::string function = "ZVGR_" + asked.side + "WriteReg";
+        ASSERT_EQ((Calls{call(function.c_str(), asked.library, 0x1000, data.data(), 4)}), fake.calls());
+        EXPECT_EQ(data, fake.calls()[0].data);
+        EXPECT_EQ(4U, size);
+        EXPECT_LOG_LINES(entered(asked.handle, "1000", 4, 0x12345678), left(asked.handle));
+    }
+}
+
+TEST_F(WritingPorts, ReachTheLastAddress)
+{
+    EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0xFFFFFFFF, data.data(), &size));
+    EXPECT_EQ((Calls{call("ZVGR_CameraWriteReg", camera(), 0xFFFFFFFF, data.data(), 4)}), fake.calls());
+}
+
+TEST_F(WritingPorts, RefuseLongerAddresses)
+{
+    for (const LibraryPort& asked : library_ports()) {
+        EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCWritePort(asked.handle, 0x100000000, data.data(), &size));
+        EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCWritePort(asked.handle, UINT64_MAX, data.data(), &size));
+    }
+    EXPECT_EQ(4U, size);
+    EXPECT_TRUE(fake.calls().empty());
+}
+
+TEST_F(WritingPorts, WriteNothingForSizeZero)
+{
+    size = 0;
+    EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0x1000, data.data(), &size));
+    EXPECT_EQ((Calls{call("ZVGR_CameraWriteReg", camera(), 0x1000, data.data(), 0)}), fake.calls());
+    EXPECT_LOG_LINES(entered(port, "1000", 0, 0), left(port));
+}
+
+// The library knows 32 bits of it; the rest is not touched.
+TEST_F(WritingPorts, LeavesTheSizeToTheLibrary)
+{
+    for (const LibraryPort& asked : library_ports()) {
+        SCOPED_TRACE(asked.kind);
+        const std::string function = "ZVGR_" + asked.side + "WriteReg";
+        forget();
+        size = 0x100000004;
+        fake.next(function).gives(2);
+        EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(asked.handle, 0x1000, data.data(), &size));
+        EXPECT_EQ(0x100000002U, size);
+        EXPECT_EQ((Calls{call(function.c_str(), asked.library, 0x1000, data.data(), 4)}), fake.calls());
+        EXPECT_LOG_LINES(entered(asked.handle, "1000", 4, 0x12345678), left(asked.handle));
+    }
+}
+
+TEST_F(WritingPorts, AreDeniedWhenTheLibraryRefuses)
+{
+    for (const LibraryPort& asked : library_ports()) {
+        for (const uint32_t status : {0U, any_failure, 0xFFFFFFFFU}) {
+            SCOPED_TRACE(asked.kind);
+            fake.next("ZVGR_" + asked.side + "WriteReg").answers(status);
+            forget();
+            EXPECT_EQ(GC_ERR_ACCESS_DENIED, GCWritePort(asked.handle, 0x1000, data.data(), &size));
+            EXPECT_EQ(4U, size);
+            EXPECT_LOG_LINES(entered(asked.handle, "1000", 4, 0x12345678),
+                             port_error_exit("GCWritePort", "GC_ERR_ACCESS_DENIED", -1005));
+        }
+    }
+}
+
+TEST_F(WritingPorts, RecordNoError)
+{
+    const std::string before = last_error();
+    fake.next("ZVGR_CameraWriteReg").answers(any_failure);
+    EXPECT_EQ(GC_ERR_ACCESS_DENIED, GCWritePort(port, 0x1000, data.data(), &size));
+    EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GCWritePort(tl, 0x1000, data.data(), &size));
+    EXPECT_EQ(before, last_error());
+}
+
+TEST_F(WritingPorts, DoNotWriteDescriptions)
+{
+    for (const PORT_HANDLE handle : own_ports()) {
+        forget();
+        size = 0x100000004;
+        EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GCWritePort(handle, 0x88888888, data.data(), &size));
+        EXPECT_EQ(0U, size);
+        EXPECT_LOG_LINES(entered(handle, "88888888", 4, 0x12345678),
+                         port_error_exit("GCWritePort", "GC_ERR_NOT_IMPLEMENTED", -1003));
+    }
+    EXPECT_TRUE(fake.calls().empty());
+}
+
+TEST_F(WritingPorts, AreAsQuietAsReadingBelowTrace)
+{
+    log.set_level(Priority::debug);
+    EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0x1000, data.data(), &size));
+    EXPECT_LOG_LINES();
+}
+
+TEST_F(WritingPorts, CanBeReadAgain)
+{
+    for (const LibraryPort& asked : library_ports()) {
+        std::vector<uint8_t> read(4);
+        EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(asked.handle, 0x20, data.data(), &size));
+        EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(asked.handle, 0x20, read.data(), &size));
+        EXPECT_EQ(data, read) << asked.kind;
+    }
+}
+
+} // namespace
+
+} // namespace zvtest
