@@ -70,6 +70,7 @@ RULES = [
     Rule("tests/support", SRC + INTERFACES, (GTEST, POCO)),
     Rule("tests/unit", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
     Rule("tests/unit/support", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
+    Rule("tests/unit/resources", ("src/resources",), (GTEST, r"libxml/.*", r"zip\.h")),
     Rule("tests/unit/logger", ("logger", "include/zvlog", "tests/support"), (GTEST, POCO, SYSTEM),
          knows_system=True),
     Rule("tests/unit/simulator", ("simulator", "include/zvgr", "include/zvlog", "tests/support"),

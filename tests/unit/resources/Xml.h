@@ -1,0 +1,43 @@
+/// \file Xml.h
+/// An XML document in plain types, so that a test can compare it as a whole.
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zvtest {
+
+/// An element, or a comment, which is named "#comment". White space between elements is left out.
+struct Element {
+    std::string name;
+    std::map<std::string, std::string> attributes; // names of the schema instance with "xsi:"
+    std::string text;
+    std::vector<Element> children;
+
+    /// Name and text of the children, in order.
+    std::vector<std::pair<std::string, std::string>> values() const;
+    /// The child element with this value of the attribute Name; fails the test when there is none.
+    Element child(const std::string& name_attribute) const;
+};
+
+struct Document {
+    Element root;
+    std::string default_namespace; // of the root
+    std::string version;
+    std::string encoding;
+};
+
+/// Fails the test when the text is not well-formed.
+Document parse(const std::string& text);
+
+/// A file of the repository, byte for byte.
+std::string resource(const std::string& name);
+
+/// The root of a description as both have it.
+std::map<std::string, std::string> root_attributes(const std::string& model, const std::string& tool_tip);
+/// The port node, the same in both.
+bool is_device_port(const Element& node);
+
+} // namespace zvtest
