@@ -64,10 +64,10 @@ std::vector<fs::path> producers_of_list(const std::string& list)
     return found;
 }
 
-DynamicLibrary load(const fs::path& file)
+void load(std::optional<DynamicLibrary>& library, const fs::path& file)
 {
     try {
-        return DynamicLibrary(file);
+        library.emplace(file);
     } catch (const std::runtime_error& reason) {
         throw std::runtime_error(
             "cannot load " + file.string() + ": " + reason.what() +
@@ -140,8 +140,16 @@ std::vector<fs::path> find_producers(const fs::path& wanted)
     return beside;
 }
 
-Producer::Producer(const fs::path& file)
-    : m_file(fs::absolute(file)), m_library(load(m_file)), m_functions(find_functions_of(m_library, m_file))
+Producer::Producer(const fs::path& file) : m_file(fs::absolute(file))
+{
+    load(m_library, m_file);
+    m_functions = find_functions_of(*m_library, m_file);
+    start();
+}
+
+Producer::Producer(const Functions& functions) : m_functions(functions) { start(); }
+
+void Producer::start()
 {
     check(m_functions.GCInitLib(), "GCInitLib");
     m_known_error_text = last_error_text();

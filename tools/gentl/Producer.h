@@ -28,6 +28,8 @@ class Producer {
 public:
     /// Throws std::runtime_error when the file is not a GenTL producer, Error when it refuses to start.
     explicit Producer(const std::filesystem::path& file);
+    /// A producer that is part of this program.
+    explicit Producer(const Functions& functions);
     ~Producer();
     Producer(const Producer&) = delete;
     Producer& operator=(const Producer&) = delete;
@@ -43,10 +45,11 @@ public:
     std::optional<std::uint64_t> number(GenTL::TL_INFO_CMD command) const;
 
 private:
+    void start();
     std::string last_error_text() const;
 
     std::filesystem::path m_file;
-    DynamicLibrary m_library;
+    std::optional<DynamicLibrary> m_library;
     Functions m_functions;
     mutable std::string m_known_error_text; // a producer leaves an old text in place: only a new one is shown
 };

@@ -30,15 +30,18 @@ std::uint64_t Stream::number(STREAM_INFO_CMD command) const
     });
 }
 
+BUFFER_HANDLE Stream::add_buffer(std::size_t size) const
+{
+    BUFFER_HANDLE buffer = nullptr;
+    m_producer.check(m_producer.functions().DSAllocAndAnnounceBuffer(m_handle, size, nullptr, &buffer),
+                     "DSAllocAndAnnounceBuffer");
+    return buffer;
+}
+
 void Stream::add_buffers(std::size_t count, std::size_t size)
 {
-    const Functions& functions = m_producer.functions();
-    for (std::size_t i = 0; i < count; ++i) {
-        BUFFER_HANDLE buffer = nullptr;
-        m_producer.check(functions.DSAllocAndAnnounceBuffer(m_handle, size, nullptr, &buffer),
-                         "DSAllocAndAnnounceBuffer");
-        queue(buffer);
-    }
+    for (std::size_t i = 0; i < count; ++i)
+        queue(add_buffer(size));
 }
 
 void Stream::queue(BUFFER_HANDLE buffer) const

@@ -40,6 +40,8 @@ public:
     /// A number of DSGetInfo; throws Error when the stream does not have it.
     std::uint64_t number(GenTL::STREAM_INFO_CMD command) const;
 
+    /// Lets the stream allocate one buffer, which is not queued.
+    GenTL::BUFFER_HANDLE add_buffer(std::size_t size) const;
     /// Lets the stream allocate `count` buffers of `size` bytes and queues them all.
     void add_buffers(std::size_t count, std::size_t size);
     void queue(GenTL::BUFFER_HANDLE buffer) const;

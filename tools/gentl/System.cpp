@@ -115,4 +115,11 @@ std::vector<std::string> Device::stream_ids() const
     return ids;
 }
 
+PORT_HANDLE Device::remote_port() const
+{
+    PORT_HANDLE port = nullptr;
+    m_producer.check(m_producer.functions().DevGetPort(m_handle, &port), "DevGetPort");
+    return port;
+}
+
 } // namespace zvgentl::tool

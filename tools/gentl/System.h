@@ -64,6 +64,8 @@ public:
     GenTL::DEV_HANDLE handle() const noexcept { return m_handle; }
 
     std::vector<std::string> stream_ids() const;
+    /// The port of the camera itself; the handle stays the device's.
+    GenTL::PORT_HANDLE remote_port() const;
 
 private:
     const Producer& m_producer;

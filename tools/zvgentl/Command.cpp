@@ -13,12 +13,15 @@ namespace zvgentl::tool {
 namespace {
 
 constexpr const char* description =
-    "Lists the frame grabbers and cameras that a GenTL producer offers, and grabs frames from them.";
+    "Lists the frame grabbers and cameras that a GenTL producer offers, shows and sets their features, and "
+    "grabs frames from them.";
 
 constexpr const char* footer =
     "Examples:\n"
     "  zvgentl list\n"
     "  zvgentl grab --frames 100 --output pictures\n"
+    "  zvgentl features --category ImageFormatControl\n"
+    "  zvgentl set ExposureTime=2500\n"
     "  zvgentl grab --help\n"
     "\n"
     "Which producer is loaded: the one named with --cti; else those in the folders of\n"

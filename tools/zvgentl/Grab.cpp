@@ -8,6 +8,7 @@
 
 #include "gentl/Error.h"
 #include "gentl/Stream.h"
+#include "zvgentl/OpenPort.h"
 #include "zvgentl/PictureSaver.h"
 #include "zvgentl/Progress.h"
 #include "zvgentl/Selection.h"
@@ -59,6 +60,15 @@ std::string first_stream(const Device& device)
     if (ids.empty())
         throw std::runtime_error("the device has no data stream");
     return ids.front();
+}
+
+/// Before the stream is opened: features decide how large its frames are.
+void set_features(const Device& device, const Assignments& settings)
+{
+    if (settings.empty())
+        return;
+    const Port port(device.producer(), device.remote_port());
+    set_all(settings, *make_node_map(port));
 }
 
 void give_buffers(Stream& stream, const GrabOptions& options, GrabResult& result)
@@ -145,6 +155,8 @@ void describe(const SelectedDevice& device, GrabResult& result)
 GrabResult grab(const GrabOptions& options, Interrupt& interrupt)
 {
     GrabResult result(options);
+    if (!options.settings.empty())
+        require_genapi_parser();
     std::optional<PictureSaver> saver;
     if (!options.output.empty())
         saver.emplace(options.output, options.format, most_waiting_pictures);
@@ -155,6 +167,7 @@ GrabResult grab(const GrabOptions& options, Interrupt& interrupt)
     const SelectedDevice selected = select_device(system, options.interface_id, options.device);
     describe(selected, result);
     const Device device(*selected.iface, selected.id);
+    set_features(device, options.settings);
     Stream stream(device, first_stream(device));
     const NewBufferEvent event(stream);
     give_buffers(stream, options, result);

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "zvgentl/Command.h"
+#include "zvgentl/PortOptions.h"
 
 namespace zvgentl::tool {
 
@@ -17,6 +18,7 @@ constexpr const char* footer =
     "  zvgentl grab --frames 100\n"
     "  zvgentl grab --device Device10 --mode cyclic --frames 1000 --json\n"
     "  zvgentl grab --frames 20 --output pictures --format tiff\n"
+    "  zvgentl grab --set Width=320 --set ExposureTime=2000\n"
     "  zvgentl grab --frames 0            # until Ctrl-C\n"
     "\n"
     "Modes: `queued` fills the buffers in place; `cyclic` copies each frame from a ring of the grabber "
@@ -57,14 +59,8 @@ void add_grab_options(CLI::App& app, GrabOptions& options)
         {"tiff", FileFormat::tiff}
     };
 
-    add_producer_option(app, options.cti);
-    app.add_option("-i,--interface", options.interface_id,
-                   "Interface (frame grabber) to take the device from")
-        ->type_name("ID");
-    app.add_option(
-           "-d,--device", options.device,
-           "Device (camera), by ID or serial number as `zvgentl list` shows them [the first one found]")
-        ->type_name("ID");
+    add_selection_options(app, options.cti, options.interface_id, options.device);
+    add_set_option(app, options.settings);
     app.add_option("-n,--frames", options.frames, "Frames to grab; 0 grabs until Ctrl-C [10]")
         ->type_name("N")
         ->check(CLI::Range(std::uint64_t{0}, most_frames).description(""));

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "pictures/PictureWriter.h"
+#include "zvgentl/Assignments.h"
 
 namespace zvgentl::tool {
 
@@ -21,6 +22,7 @@ struct GrabOptions {
     std::string cti;
     std::string interface_id;  // empty: any
     std::string device;        // ID or serial number; empty: the first one found
+    Assignments settings;      // features of the camera that are set first
     std::uint64_t frames = 10; // 0: until interrupted
     std::size_t buffers = 8;
     StreamMode mode = StreamMode::queued;

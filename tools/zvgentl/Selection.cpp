@@ -4,6 +4,7 @@
 #include <iterator>
 #include <map>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 #include <fmt/format.h>
@@ -95,7 +96,7 @@ std::filesystem::path select_producer(const std::vector<std::filesystem::path>& 
     throw std::runtime_error(text);
 }
 
-SelectedDevice select_device(const System& system, const std::string& interface_id, const std::string& device)
+std::string select_interface(const System& system, const std::string& interface_id)
 {
     const auto interfaces = system.interface_ids();
     if (interfaces.empty())
@@ -106,9 +107,14 @@ SelectedDevice select_device(const System& system, const std::string& interface_
         std::find(interfaces.begin(), interfaces.end(), interface_id) == interfaces.end())
         throw std::runtime_error(
             fmt::format("no interface {}; there are {}", interface_id, fmt::join(interfaces, ", ")));
+    return interface_id.empty() ? interfaces.front() : interface_id;
+}
 
+SelectedDevice select_device(const System& system, const std::string& interface_id, const std::string& device)
+{
+    std::ignore = select_interface(system, interface_id); // says so when there is none
     Search search;
-    for (const auto& candidate : interfaces) {
+    for (const auto& candidate : system.interface_ids()) {
         if (interface_id.empty() || candidate == interface_id)
             search_interface(system, candidate, device, search);
         if (device.empty() && !search.hits.empty())

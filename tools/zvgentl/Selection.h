@@ -13,6 +13,10 @@ namespace zvgentl::tool {
 /// when that leaves a choice.
 std::filesystem::path select_producer(const std::vector<std::filesystem::path>& files);
 
+/// The interface with this ID; the first one for an empty text. Throws std::runtime_error, naming what there
+/// is, when there is none.
+std::string select_interface(const System& system, const std::string& interface_id);
+
 /// A device and its opened interface.
 struct SelectedDevice {
     std::unique_ptr<Interface> iface;

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "genapi/Feature.h"
+
+namespace zvgentl::tool {
+
+/// What a user wrote for a value, or nothing when it is no such value. Whole numbers are decimal or
+/// hexadecimal (0x), or an address of the notation.
+std::optional<std::int64_t> parse_integer(const std::string& text, Notation notation);
+std::optional<double> parse_float(const std::string& text);
+/// true, false, on, off, 1, 0.
+std::optional<bool> parse_boolean(const std::string& text);
+/// Pairs of hexadecimal digits, with or without blanks between them.
+std::optional<std::vector<unsigned char>> parse_bytes(const std::string& text);
+std::string bytes_text(const std::vector<unsigned char>& bytes);
+
+/// "16 to 1024 in steps of 16"; empty when everything is allowed.
+std::string range_text(const Feature& feature);
+
+/// Whether a whole number lies within the feature's limits and on its steps.
+bool is_allowed(const Feature& feature, std::int64_t number);
+/// Whether a number lies within the feature's limits. Steps are the device's to round to.
+bool is_allowed(const Feature& feature, double number);
+
+} // namespace zvgentl::tool

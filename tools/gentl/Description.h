@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "gentl/PortUrl.h"
+#include "gentl/Registers.h"
+
+namespace zvgentl::tool {
+
+/// A register description as it lies in the device.
+struct DescriptionFile {
+    std::string name; // of the file, as the URL tells it
+    std::string data; // packed, if the name ends in .zip
+};
+
+/// Reads the first of a port's descriptions that lies in its registers. Throws std::runtime_error when there
+/// is none, or what the port throws.
+DescriptionFile read_description(const Registers& port, const std::vector<std::string>& urls);
+
+/// The description's text: unpacked, and without the zeros that fill up registers. Throws std::runtime_error
+/// for a damaged archive and for one that unpacks to more than `limit` bytes.
+std::string unpack(const DescriptionFile& file, std::size_t limit = largest_description);
+
+} // namespace zvgentl::tool

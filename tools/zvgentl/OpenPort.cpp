@@ -1,0 +1,93 @@
+#include "zvgentl/OpenPort.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace zvgentl::tool {
+
+using namespace GenTL;
+
+namespace {
+
+constexpr std::size_t least_buffer = 4096; // for a stream that does not say how large its frames are
+
+/// Registers of a build that has no parser to look at them.
+class NoRegisters final : public Registers {
+public:
+    void read(std::uint64_t /*address*/, void* /*data*/, std::size_t /*size*/) const override {}
+    void write(std::uint64_t /*address*/, const void* /*data*/, std::size_t /*size*/) const override {}
+};
+
+const PortOptions& checked(const PortOptions& options)
+{
+    require_genapi_parser();
+    return options;
+}
+
+} // namespace
+
+OpenPort::OpenPort(const PortOptions& options)
+    : m_producer(select_producer(find_producers(options.cti))), m_system(m_producer)
+{
+    m_port.emplace(m_producer, open(options));
+}
+
+PORT_HANDLE OpenPort::open(const PortOptions& options)
+{
+    if (options.port == PortKind::system) {
+        m_title = "system";
+        return m_system.handle();
+    }
+    if (options.port != PortKind::iface || !options.device.empty())
+        return open_device(options);
+    m_title = select_interface(m_system, options.interface_id);
+    m_interface = std::make_unique<Interface>(m_system, m_title);
+    m_title += " (interface)";
+    return m_interface->handle();
+}
+
+PORT_HANDLE OpenPort::open_device(const PortOptions& options)
+{
+    SelectedDevice selected = select_device(m_system, options.interface_id, options.device);
+    m_interface = std::move(selected.iface);
+    if (options.port == PortKind::iface) {
+        m_title = selected.interface_id + " (interface)";
+        return m_interface->handle();
+    }
+    m_device.emplace(*m_interface, selected.id);
+    m_title = selected.id + (options.port == PortKind::remote ? " (remote)" : " (device)");
+    if (options.port == PortKind::remote)
+        return m_device->remote_port();
+    return options.port == PortKind::device ? m_device->handle() : open_stream(options.port);
+}
+
+PORT_HANDLE OpenPort::open_stream(PortKind kind)
+{
+    const auto ids = m_device->stream_ids();
+    if (ids.empty())
+        throw std::runtime_error("the device has no data stream");
+    m_stream.emplace(*m_device, ids.front());
+    m_title = ids.front() + (kind == PortKind::stream ? " (stream)" : " (buffer)");
+    if (kind == PortKind::stream)
+        return m_stream->handle();
+    const auto frame = static_cast<std::size_t>(m_stream->number(STREAM_INFO_PAYLOAD_SIZE));
+    return m_stream->add_buffer(std::max(frame, least_buffer));
+}
+
+PortFeatures::PortFeatures(const PortOptions& options)
+    : m_port(checked(options)), m_map(unpack(m_port.description()), m_port.port())
+{
+}
+
+std::unique_ptr<NodeMap> make_node_map(const Port& port)
+{
+    return std::make_unique<NodeMap>(unpack(read_description(port, port.urls())), port);
+}
+
+void require_genapi_parser()
+{
+    if (!has_genapi_parser())
+        const NodeMap map("", NoRegisters()); // knows best what to say
+}
+
+} // namespace zvgentl::tool
