@@ -1,5 +1,6 @@
 // The tables of the info queries that several functions share.
 #include "api/module_info.h"
+#include "api/port_info.h"
 #include "api/producer_info.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,8 @@ TEST(InfoTables, HaveOneRowForEachCommandInOrder)
     EXPECT_EQ(3U, std::size(interface_info));
     EXPECT_TRUE(has_commands_from_zero(device_info));
     EXPECT_EQ(10U, std::size(device_info));
+    EXPECT_TRUE(has_commands_from_zero(port_info));
+    EXPECT_EQ(13U, std::size(port_info));
 }
 
 TEST(InfoTables, ReadTextsOfARecordWithinTheirBounds)

@@ -1,0 +1,95 @@
+#include "modules/PortMemory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <locale>
+#include <string>
+
+namespace {
+
+using zvgentl::PortMemory;
+
+constexpr uint64_t start = 0x88888888;
+constexpr unsigned char bytes[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+constexpr PortMemory memory{"some.xml", bytes, sizeof bytes};
+
+struct Read {
+    bool is_inside;
+    size_t size;
+    std::string data; // what was written
+};
+
+/// Reads with a buffer of exactly the size asked for, so that a write beyond it is found.
+Read read(uint64_t address, size_t asked)
+{
+    std::string data(asked, '\x55');
+    size_t size = asked;
+    const bool is_inside = memory.read(address, data.data(), &size);
+    return {is_inside, size, data};
+}
+
+TEST(PortMemory, IsReadWhole)
+{
+    const Read whole = read(start, 10);
+    EXPECT_TRUE(whole.is_inside);
+    EXPECT_EQ(10U, whole.size);
+    EXPECT_EQ(0, std::memcmp(bytes, whole.data.data(), 10));
+}
+
+TEST(PortMemory, IsReadFromAnyAddressInside)
+{
+    for (size_t i = 0; i < sizeof bytes; ++i) {
+        const Read one = read(start + i, 1);
+        EXPECT_TRUE(one.is_inside);
+        EXPECT_EQ(1U, one.size);
+        EXPECT_EQ(bytes[i], one.data[0]);
+    }
+}
+
+TEST(PortMemory, ShortensReadsAtItsEnd)
+{
+    const Read last = read(start + 9, 5);
+    EXPECT_TRUE(last.is_inside);
+    EXPECT_EQ(1U, last.size);
+    EXPECT_EQ("\x0A\x55\x55\x55\x55", last.data);
+}
+
+TEST(PortMemory, GivesNothingForSizeZero)
+{
+    const Read nothing = read(start, 0);
+    EXPECT_TRUE(nothing.is_inside);
+    EXPECT_EQ(0U, nothing.size);
+}
+
+TEST(PortMemory, HasNothingOutside)
+{
+    for (const uint64_t address :
+         {start - 1, start + 10, uint64_t{0}, UINT64_MAX, start + 0x100000000, start + (uint64_t{1} << 63)}) {
+        const Read outside = read(address, 5);
+        EXPECT_FALSE(outside.is_inside) << address;
+        EXPECT_EQ(5U, outside.size);
+        EXPECT_EQ("\x55\x55\x55\x55\x55", outside.data);
+    }
+}
+
+TEST(PortMemory, IsNamedByAUrlInLowerCaseHexadecimal)
+{
+    EXPECT_EQ("Local:some.xml;88888888;a", memory.url());
+}
+
+/// Groups the digits of every number by two.
+class GroupedDigits : public std::numpunct<char> {
+    char do_thousands_sep() const override { return ','; }
+    std::string do_grouping() const override { return "\2"; }
+};
+
+TEST(PortMemory, IsNamedAlikeWhateverLocaleTheApplicationSets)
+{
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new GroupedDigits));
+    const std::string url = memory.url();
+    std::locale::global(before);
+    EXPECT_EQ("Local:some.xml;88888888;a", url);
+}
+
+} // namespace
