@@ -31,18 +31,23 @@ CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, c
 {
 }
 
-bool CyclicStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& frame)
+bool CyclicStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate)
 {
     const uint32_t next = m_last + 1 < m_timestamps.size() ? m_last + 1 : 0; // the first one after none
     const Exposure exposure = exposure_of(frame);
     lock.unlock();
-    acquisition.source->draw(exposure, static_cast<unsigned char*>(memory(next)),
-                             static_cast<size_t>(payload()));
+    auto* const target = static_cast<unsigned char*>(memory(next));
+    acquisition.source->draw(exposure, target, fate.drawn(payload()));
+    fate.damage(target, payload());
     lock.lock();
+    hold_up(lock, acquisition, fate.stall);
     if (!is_current(acquisition))
         return false;
-    m_timestamps[next] = frame.timestamp;
+    m_timestamps[next] = fate.timestamp;
     m_last = next;
+    log_delivery(fate);
+    if (fate.is_unreported)
+        return true;
     const Camera* const owner = library().find_camera(camera());
     if (owner == nullptr || owner->callback == nullptr)
         return true;

@@ -25,7 +25,7 @@ public:
 
 private:
     bool has_room() const override { return true; }
-    bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame) override;
+    bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate) override;
     void report_end(Lock& /*lock*/) override {} // nobody waits for buffers
 
     size_t m_frame_space; ///< From the beginning of one ring frame to that of the next.

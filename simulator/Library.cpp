@@ -4,6 +4,8 @@
 
 #include "simulator/CyclicStream.h"
 #include "simulator/Log.h"
+#include "simulator/QueuedStream.h"
+#include "simulator/faults/HookedCall.h"
 
 #include <algorithm>
 #include <new>
@@ -36,7 +38,7 @@ Library& Library::instance()
 
 uint32_t Library::new_handle() { return m_last_handle < ZV_NO_HANDLE - 1 ? ++m_last_handle : ZV_NO_HANDLE; }
 
-void Library::scan()
+void Library::configure()
 {
     const Environment environment = Environment::read();
     Lock guard = lock();
@@ -59,13 +61,23 @@ void Library::scan()
         return;
     m_devices.swap(devices);
     m_configuration.swap(configuration);
+    scan();
+    const std::unique_ptr<PlugTimer> past = renew_faults();
+    guard.unlock();
 }
 
-uint32_t Library::grabber_count() const { return static_cast<uint32_t>(m_devices.size()); }
+void Library::scan()
+{
+    m_present.clear();
+    for (uint32_t i = 0; i < m_devices.size(); ++i) {
+        if (is_there({i, Place::none}))
+            m_present.push_back(i);
+    }
+}
 
 GrabberDevice* Library::grabber_device(uint32_t index) const
 {
-    return index < grabber_count() ? m_devices[index].get() : nullptr;
+    return index < grabber_count() ? m_devices[m_present[index]].get() : nullptr;
 }
 
 const char* Library::keep_text(const std::string& text) { return m_texts.insert(text).first->c_str(); }
@@ -73,15 +85,18 @@ const char* Library::keep_text(const std::string& text) { return m_texts.insert(
 uint32_t Library::open_grabber(uint32_t index)
 {
     GrabberDevice* const device = grabber_device(index);
-    const auto is_taken = [index](const auto& grabber) { return grabber.second.index == index; };
+    const auto is_taken = [device](const auto& grabber) { return grabber.second.device == device; };
     if (device == nullptr || std::any_of(m_grabbers.begin(), m_grabbers.end(), is_taken))
         return ZV_NO_HANDLE;
     const uint32_t handle = new_handle();
     std::map<uint32_t, Camera> cameras;
-    Grabber grabber{index, device, {}};
+    Place place{m_present[index], Place::none};
+    Grabber grabber{place, device, {}};
+    place.camera = 0;
     for (const auto& camera : device->cameras()) {
         grabber.cameras.push_back(new_handle());
-        cameras.emplace(grabber.cameras.back(), Camera{handle, camera.get()});
+        cameras.emplace(grabber.cameras.back(), Camera{handle, camera.get(), place});
+        ++place.camera;
     }
     if (m_last_handle == ZV_NO_HANDLE - 1)
         return ZV_NO_HANDLE;
@@ -123,6 +138,7 @@ uint32_t Library::close_camera(Lock& lock, uint32_t handle)
         return status_bad_handle;
     if (!std::exchange(camera->is_open, false))
         return status_not_ready;
+    camera->has_been_lost = false;
     stop_streams_of(lock, handle);
     return status_ok;
 }
@@ -171,7 +187,7 @@ uint32_t Library::start(uint32_t camera, uint32_t stream, uint32_t frames)
     Stream* const started = find_stream<Stream>(stream);
     if (owner == nullptr || started == nullptr || started->camera() != camera)
         return status_bad_handle;
-    if (!owner->is_open)
+    if (!owner->is_open || owner->has_been_lost)
         return status_not_ready;
     if (acquiring_stream(camera) != nullptr)
         return status_in_use;
@@ -233,11 +249,108 @@ void Library::release_left_streams(Lock& lock)
     lock.lock();
 }
 
+std::unique_ptr<PlugTimer> Library::renew_faults()
+{
+    const FaultPlan& plan = m_configuration->faults;
+    m_faults = nullptr;
+    std::unique_ptr<PlugTimer> past = std::move(m_plug_timer);
+    if (FaultEngine::is_needed(plan)) {
+        m_engines.push_back(std::make_unique<FaultEngine>(plan, m_devices.size()));
+        m_faults = m_engines.back().get();
+        const auto advance = [this] {
+            const Lock guard = lock();
+            if (m_faults != nullptr)
+                m_faults->advance();
+        };
+        if (!m_faults->event_times().empty())
+            m_plug_timer = std::make_unique<PlugTimer>(m_faults->event_times(), advance);
+    }
+    HookedCall::set_needed(m_faults != nullptr);
+    return past;
+}
+
+Place Library::place_of(const Target& target) const
+{
+    switch (target.type) {
+    case Target::Type::index:
+        return {target.value < m_present.size() ? m_present[static_cast<size_t>(target.value)] : Place::none,
+                Place::none};
+    case Target::Type::handle:
+        return place_of_handle(static_cast<uint32_t>(target.value));
+    case Target::Type::buffer:
+        return place_of_handle(QueuedStream::stream_of(target.value));
+    case Target::Type::none:
+        break;
+    }
+    return {};
+}
+
+Place Library::place_of_handle(uint32_t handle) const
+{
+    const auto stream = m_streams.find(handle);
+    const auto camera = m_cameras.find(stream != m_streams.end() ? stream->second->camera() : handle);
+    if (camera != m_cameras.end())
+        return camera->second.place;
+    const auto grabber = m_grabbers.find(handle);
+    return grabber != m_grabbers.end() ? grabber->second.place : Place{};
+}
+
+char Library::kind_of(uint32_t handle) const
+{
+    if (m_grabbers.count(handle) != 0)
+        return 'g';
+    if (m_cameras.count(handle) != 0)
+        return 'c';
+    return m_streams.count(handle) != 0 ? 's' : '?';
+}
+
+std::vector<uint32_t> Library::streams_of(const Target& target) const
+{
+    std::vector<uint32_t> found;
+    for (const auto& entry : m_streams) {
+        const uint32_t camera = entry.second->camera();
+        const auto owner = m_cameras.find(camera);
+        const bool is_of_grabber = owner != m_cameras.end() && owner->second.grabber == target.value;
+        if (target.value == entry.first || target.value == camera || is_of_grabber)
+            found.push_back(entry.first);
+    }
+    return found;
+}
+
+uint32_t Library::stream_of_this_thread() const
+{
+    for (const auto& entry : m_streams) {
+        if (entry.second->is_own_thread())
+            return entry.first;
+    }
+    return 0;
+}
+
+void Library::end_absent_acquisitions()
+{
+    for (auto& entry : m_cameras) {
+        if (!is_there(entry.second.place))
+            entry.second.has_been_lost = true;
+    }
+    for (const auto& entry : m_streams) {
+        const auto owner = m_cameras.find(entry.second->camera());
+        if (owner != m_cameras.end() && owner->second.has_been_lost)
+            entry.second->run_out();
+    }
+}
+
 void Library::shut_down()
 {
     Lock guard = lock();
     if (std::exchange(m_is_shut_down, true))
         return;
+    m_faults = nullptr;
+    HookedCall::set_needed(false);
+    {
+        const std::unique_ptr<PlugTimer> timer = std::move(m_plug_timer);
+        guard.unlock(); // its thread may wait for the lock
+    }
+    guard.lock();
     m_grabbers.clear();
     m_cameras.clear();
     for (const auto& entry : m_streams)
@@ -250,6 +363,9 @@ void Library::shut_down()
     release_left_streams(guard);
     if (!m_streams.empty())
         return;
+    for (const auto& engine : m_engines)
+        engine->end_log();
+    m_present.clear();
     m_devices.clear();
     m_configuration.reset();
     m_texts.clear();

@@ -5,6 +5,9 @@
 #include "simulator/Configuration.h"
 #include "simulator/Devices.h"
 #include "simulator/Stream.h"
+#include "simulator/faults/Call.h"
+#include "simulator/faults/FaultEngine.h"
+#include "simulator/faults/PlugTimer.h"
 
 #include "zvgr/ZVGRLib.h"
 
@@ -22,7 +25,7 @@ namespace zvsim {
 
 /// An open grabber.
 struct Grabber {
-    uint32_t index;
+    Place place;
     GrabberDevice* device;
     std::vector<uint32_t> cameras;
 };
@@ -31,7 +34,9 @@ struct Grabber {
 struct Camera {
     uint32_t grabber;
     CameraDevice* device;
+    Place place;
     bool is_open = false;
+    bool has_been_lost = false; ///< Since it was opened: it must be opened again.
     ZvCameraCallback callback = nullptr;
     void* context = nullptr;
 };
@@ -49,10 +54,15 @@ public:
     std::condition_variable& changed() { return m_changed; }
 
     /// Reads the configuration if it is missing, or if the environment has changed and nothing is open.
+    void configure();
+    bool is_configured() const { return m_configuration != nullptr; }
+    /// Numbers the grabbers that are there.
     void scan();
-    uint32_t grabber_count() const;
+    uint32_t grabber_count() const { return static_cast<uint32_t>(m_present.size()); }
     /// Null for an index beyond the last scan.
     GrabberDevice* grabber_device(uint32_t index) const;
+    /// Whether a grabber or camera is there, and not unplugged or lost.
+    bool is_there(const Place& place) const { return m_faults == nullptr || m_faults->has(place); }
     /// The same text for as long as the library is loaded.
     const char* keep_text(const std::string& text);
 
@@ -83,12 +93,27 @@ public:
     uint32_t start(uint32_t camera, uint32_t stream, uint32_t frames);
     uint32_t stop(Lock& lock, uint32_t camera);
 
+    /// Null: there is nothing for it to do.
+    FaultEngine* faults() const { return m_faults; }
+    Place place_of(const Target& target) const;
+    /// 'g' grabber, 'c' camera, 's' stream, '?' nothing that is there.
+    char kind_of(uint32_t handle) const;
+    /// The streams of a grabber or camera, or the stream itself.
+    std::vector<uint32_t> streams_of(const Target& target) const;
+    /// The stream whose thread this is, or 0.
+    uint32_t stream_of_this_thread() const;
+    /// Ends the acquisitions of cameras that are not there, as if by themselves.
+    void end_absent_acquisitions();
+
     /// Ends everything, for good. A callback that does not return within five seconds is left behind: a
     /// process that ends does not wait for ever.
     void shut_down();
 
 private:
     uint32_t new_handle();
+    Place place_of_handle(uint32_t handle) const;
+    /// Replaces the faults by those of the configuration, and gives the timer that has to go.
+    std::unique_ptr<PlugTimer> renew_faults();
     // A call made inside a callback does not wait for that callback. Ends need no memory.
     void stop_streams_of(Lock& lock, uint32_t camera);
     /// Kills the streams for which `belongs(stream handle, camera handle)` holds, and waits until they are
@@ -103,6 +128,10 @@ private:
     uint32_t m_last_handle = 0x1000;
     std::unique_ptr<const Configuration> m_configuration;
     std::vector<std::unique_ptr<GrabberDevice>> m_devices; ///< What the configuration describes.
+    std::vector<uint32_t> m_present; ///< Positions in m_devices of the grabbers that the last scan found.
+    FaultEngine* m_faults = nullptr;
+    std::vector<std::unique_ptr<FaultEngine>> m_engines; ///< The present one and those before it.
+    std::unique_ptr<PlugTimer> m_plug_timer;
     std::set<std::string> m_texts;
     std::map<uint32_t, Grabber> m_grabbers;
     std::map<uint32_t, Camera> m_cameras;

@@ -3,6 +3,7 @@
 #include "simulator/Library.h"
 #include "simulator/Status.h"
 
+#include <algorithm>
 #include <tuple>
 #include <utility>
 
@@ -125,7 +126,7 @@ void QueuedStream::wait_until_drawn(Lock& lock, uint64_t buffer)
     });
 }
 
-bool QueuedStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& frame)
+bool QueuedStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate)
 {
     if (m_input.empty())
         return false;
@@ -136,20 +137,24 @@ bool QueuedStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& fr
     const uint64_t size = buffer->size;
     const Exposure exposure = exposure_of(frame);
     lock.unlock();
-    acquisition.source->draw(exposure, memory, static_cast<size_t>(size));
+    acquisition.source->draw(exposure, memory, fate.drawn(size));
+    fate.damage(memory, std::min(size, payload()));
     lock.lock();
     const uint64_t drawn = std::exchange(m_drawn_into, 0);
     library().changed().notify_all();
+    hold_up(lock, acquisition, fate.stall);
     if (m_drawing.empty()) // moved or revoked meanwhile
         return false;
     if (!is_current(acquisition)) {
         move(buffer, m_input, m_input.begin());
         return false;
     }
-    buffer->timestamp = frame.timestamp;
-    buffer->frame_id = frame.id;
+    buffer->timestamp = fate.timestamp;
+    buffer->frame_id = fate.id;
     move(buffer, m_output, m_output.end());
-    call_back(lock, drawn);
+    log_delivery(fate);
+    if (!fate.is_unreported)
+        call_back(lock, drawn);
     return true;
 }
 

@@ -53,7 +53,7 @@ private:
     };
 
     bool has_room() const override { return !m_input.empty(); }
-    bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame) override;
+    bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate) override;
     void report_end(Lock& lock) override;
 
     uint64_t add(unsigned char* memory, uint64_t size, Memory own_memory);

@@ -15,5 +15,6 @@ constexpr uint32_t status_in_use = 0x3003;    ///< Already running.
 constexpr uint32_t status_not_ready = 0x3004; ///< Needs an open camera.
 constexpr uint32_t status_unsupported = 0x3005;
 constexpr uint32_t status_failed = 0x3006; ///< Out of memory or of threads.
+constexpr uint32_t status_gone = 0x3007;   ///< The camera or grabber is not there any more.
 
 } // namespace zvsim

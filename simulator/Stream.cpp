@@ -3,6 +3,8 @@
 #include "simulator/Devices.h"
 #include "simulator/Library.h"
 
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace zvsim {
@@ -24,13 +26,18 @@ void Stream::start(uint32_t frames)
     const CameraSettings& settings = m_device.settings();
     const double rate = settings.is_rate_set ? settings.frames_per_second : 0;
     m_next = Acquisition{
-        m_started + 1, frames, Pacer{rate, first_frame},
-            make_picture_source(m_device)
+        m_started + 1, frames, Pacer{rate,                                         first_frame},
+            make_picture_source(m_device), {                                            }
     };
+    FaultEngine* const faults = m_library.faults();
+    const Camera* const camera = m_library.find_camera(m_camera);
+    if (faults != nullptr && camera != nullptr)
+        m_next->faults = faults->begin_acquisition(m_handle, camera->place);
     if (!m_thread.joinable())
         m_thread = std::thread{&Stream::work, this};
     ++m_started;
     m_is_acquiring = true;
+    m_has_run_out = false;
     wake();
 }
 
@@ -38,6 +45,12 @@ void Stream::stop()
 {
     m_is_acquiring = false;
     m_stopped = m_started;
+    wake();
+}
+
+void Stream::run_out()
+{
+    m_has_run_out = m_has_run_out || m_is_acquiring;
     wake();
 }
 
@@ -77,27 +90,76 @@ void Stream::work()
 
 void Stream::acquire(Lock& lock, Acquisition& acquisition)
 {
-    uint64_t delivered = 0;
-    while (wait_for_frame(lock, acquisition)) {
-        const Frame frame = acquisition.pacer.take(Clock::now());
-        delivered += deliver(lock, acquisition, frame) ? 1 : 0;
-        if (acquisition.frames == 0 || delivered < acquisition.frames || !is_current(acquisition))
-            continue;
-        m_is_acquiring = false; // before the report, so that its receiver can start again
-        report_end(lock);
+    m_delivered = 0;
+    while (wait_for_frame(lock, acquisition))
+        expose(lock, acquisition, acquisition.pacer.take(Clock::now()));
+    if (!is_current(acquisition))
+        return;
+    m_is_acquiring = false; // before the report, so that its receiver can start again
+    report_end(lock);
+}
+
+void Stream::expose(Lock& lock, Acquisition& acquisition, const Frame& frame)
+{
+    if (!acquisition.faults.can_happen()) {
+        deliver_one(lock, acquisition, frame, FrameFate{frame});
         return;
     }
+    const FrameFate fate = acquisition.faults.fate_of(frame);
+    if (fate.ends_acquisition)
+        run_out();
+    hold_up(lock, acquisition, fate.late);
+    if (fate.is_dropped || is_over(acquisition))
+        return;
+    if (fate.is_held) {
+        acquisition.faults.held = HeldFrame{frame, fate};
+        return;
+    }
+    deliver_one(lock, acquisition, frame, fate);
+    if (fate.is_duplicated && wait_for_room(lock, acquisition))
+        deliver_one(lock, acquisition, frame, fate);
+    const std::optional<HeldFrame> held = std::exchange(acquisition.faults.held, std::nullopt);
+    if (held && wait_for_room(lock, acquisition))
+        deliver_one(lock, acquisition, held->frame, held->fate);
+}
+
+void Stream::deliver_one(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate)
+{
+    m_delivered += deliver(lock, acquisition, frame, fate) ? 1 : 0;
+    if (acquisition.frames != 0 && m_delivered >= acquisition.frames && is_current(acquisition))
+        m_has_run_out = true;
+}
+
+void Stream::hold_up(Lock& lock, const Acquisition& acquisition, std::chrono::microseconds time)
+{
+    if (time.count() > 0)
+        m_wake.wait_for(lock, time, [&] { return is_over(acquisition); });
+}
+
+void Stream::log_delivery(const FrameFate& fate) const
+{
+    const FaultEngine* const faults = m_library.faults();
+    CallLog* const log = faults != nullptr ? faults->call_log() : nullptr;
+    if (log != nullptr)
+        log->add(m_handle, log->name_of('s', m_handle) + " frame " + std::to_string(fate.id));
 }
 
 bool Stream::wait_for_frame(Lock& lock, const Acquisition& acquisition)
 {
-    const auto is_over = [&] { return !is_current(acquisition); };
+    const auto is_at_end = [&] { return is_over(acquisition); };
     const Clock::time_point due = acquisition.pacer.due();
-    if (Clock::now() < due && m_wake.wait_until(lock, due, is_over))
+    if (acquisition.faults.is_silent())
+        m_wake.wait(lock, is_at_end);
+    if (Clock::now() < due && m_wake.wait_until(lock, due, is_at_end))
         return false;
+    return wait_for_room(lock, acquisition);
+}
+
+bool Stream::wait_for_room(Lock& lock, const Acquisition& acquisition)
+{
     if (acquisition.pacer.is_free_running())
-        m_wake.wait(lock, [&] { return is_over() || has_room(); });
-    return !is_over();
+        m_wake.wait(lock, [&] { return is_over(acquisition) || has_room(); });
+    return !is_over(acquisition);
 }
 
 } // namespace zvsim

@@ -4,6 +4,7 @@
 
 #include "simulator/Pacer.h"
 #include "simulator/PictureSource.h"
+#include "simulator/faults/FrameFaults.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -44,6 +45,8 @@ public:
     void start(uint32_t frames);
     /// Ends the acquisition; a frame on its way is not reported any more.
     void stop();
+    /// Ends the acquisition as if by itself: that is reported.
+    void run_out();
     /// Ends everything; the handles of the stream and of its buffers are dead from now on.
     void kill();
 
@@ -60,6 +63,7 @@ protected:
         uint32_t frames;
         Pacer pacer;
         std::unique_ptr<PictureSource> source;
+        FrameFaults faults;
     };
 
     Library& library() const { return m_library; }
@@ -73,7 +77,10 @@ protected:
     /// Whether a free-running camera can expose a frame now.
     virtual bool has_room() const = 0;
     /// Draws a frame and reports it; false when the frame was lost.
-    virtual bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame) = 0;
+    virtual bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate) = 0;
+    /// Waits, unless the acquisition ends meanwhile.
+    void hold_up(Lock& lock, const Acquisition& acquisition, std::chrono::microseconds time);
+    void log_delivery(const FrameFate& fate) const;
     /// Reports that the acquisition has ended by itself.
     virtual void report_end(Lock& lock) = 0;
 
@@ -81,6 +88,11 @@ private:
     void work();
     void acquire(Lock& lock, Acquisition& acquisition);
     bool wait_for_frame(Lock& lock, const Acquisition& acquisition);
+    bool wait_for_room(Lock& lock, const Acquisition& acquisition);
+    /// Delivers a frame, or what faults make of it.
+    void expose(Lock& lock, Acquisition& acquisition, const Frame& frame);
+    void deliver_one(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate);
+    bool is_over(const Acquisition& acquisition) const { return !is_current(acquisition) || m_has_run_out; }
 
     Library& m_library;
     const uint32_t m_handle;
@@ -90,10 +102,12 @@ private:
 
     std::condition_variable m_wake; ///< Wakes the thread, and nobody else.
     std::optional<Acquisition> m_next;
-    uint64_t m_started = 0; ///< The latest acquisition that was started.
-    uint64_t m_stopped = 0; ///< The latest one that was told to stop.
-    uint64_t m_ended = 0;   ///< The latest one that is over and reported.
+    uint64_t m_started = 0;   ///< The latest acquisition that was started.
+    uint64_t m_stopped = 0;   ///< The latest one that was told to stop.
+    uint64_t m_ended = 0;     ///< The latest one that is over and reported.
+    uint64_t m_delivered = 0; ///< Frames of the acquisition that the thread works at.
     bool m_is_acquiring = false;
+    bool m_has_run_out = false; ///< The acquisition that is running ends by itself.
     bool m_is_dead = false;
     bool m_has_left = false;
     std::thread m_thread;

@@ -19,7 +19,11 @@ QueuedStream* stream_of(Library& library, uint64_t buffer)
 
 uint32_t ZVGR_BufferAnnounce(uint32_t stream, void* memory, uint64_t size, void* /*user*/, uint64_t* buffer)
 {
-    return api_call("ZVGR_BufferAnnounce", status_failed, [&] {
+    const Call call{Function::buffer_announce,
+                    handle_target(stream),
+                    {{{"size", size}, Argument::pointer("memory", memory)}},
+                    buffer};
+    return api_call(call, status_failed, [&] {
         if (memory == nullptr || buffer == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();
@@ -37,7 +41,8 @@ uint32_t ZVGR_BufferAnnounce(uint32_t stream, void* memory, uint64_t size, void*
 
 uint32_t ZVGR_BufferAllocAndAnnounce(uint32_t stream, uint64_t size, void* /*user*/, uint64_t* buffer)
 {
-    return api_call("ZVGR_BufferAllocAndAnnounce", status_failed, [&] {
+    const Call call{Function::buffer_alloc_and_announce, handle_target(stream), {{{"size", size}}}, buffer};
+    return api_call(call, status_failed, [&] {
         if (buffer == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();
@@ -55,7 +60,8 @@ uint32_t ZVGR_BufferAllocAndAnnounce(uint32_t stream, uint64_t size, void* /*use
 
 uint32_t ZVGR_BufferRevoke(uint32_t stream, uint64_t buffer)
 {
-    return api_call("ZVGR_BufferRevoke", status_failed, [&] {
+    const Call call{Function::buffer_revoke, handle_target(stream), {{{"buffer", buffer_target(buffer)}}}};
+    return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
         Lock lock = library.lock();
         auto* const found = library.find_stream<QueuedStream>(stream);
@@ -65,7 +71,8 @@ uint32_t ZVGR_BufferRevoke(uint32_t stream, uint64_t buffer)
 
 uint32_t ZVGR_BufferToQueue(uint64_t buffer, uint32_t queue)
 {
-    return api_call("ZVGR_BufferToQueue", status_failed, [&] {
+    const Call call{Function::buffer_to_queue, buffer_target(buffer), {{{"queue", queue}}}};
+    return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
         Lock lock = library.lock();
         auto* const found = stream_of(library, buffer);
@@ -75,7 +82,8 @@ uint32_t ZVGR_BufferToQueue(uint64_t buffer, uint32_t queue)
 
 uint32_t ZVGR_BufferGetInfo(uint64_t buffer, uint32_t command, uint64_t* value)
 {
-    return api_call("ZVGR_BufferGetInfo", status_failed, [&] {
+    const Call call{Function::buffer_info, buffer_target(buffer), {{{"command", command}}}, value};
+    return api_call(call, status_failed, [&] {
         if (value == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();
@@ -93,7 +101,8 @@ uint32_t ZVGR_BufferGetInfo(uint64_t buffer, uint32_t command, uint64_t* value)
 
 uint32_t ZVGR_StreamBufferCallbackRegister(uint32_t stream, ZvStreamBufferCallback callback, void* context)
 {
-    return api_call("ZVGR_StreamBufferCallbackRegister", status_failed, [&] {
+    const Call call{Function::buffer_callback_register, handle_target(stream), {}};
+    return api_call(call, status_failed, [&] {
         if (callback == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();

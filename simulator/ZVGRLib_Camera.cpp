@@ -22,7 +22,8 @@ void fill(char (&field)[size], const std::string& text)
 
 uint32_t ZVGR_UpdateCameraList(uint32_t grabber, uint32_t* cameras, uint32_t* count)
 {
-    return api_call("ZVGR_UpdateCameraList", status_failed, [&] {
+    const Call call{Function::update_camera_list, handle_target(grabber), {}, count};
+    return api_call(call, status_failed, [&] {
         if (cameras == nullptr || count == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();
@@ -30,16 +31,23 @@ uint32_t ZVGR_UpdateCameraList(uint32_t grabber, uint32_t* cameras, uint32_t* co
         const Grabber* const found = library.find_grabber(grabber);
         if (found == nullptr)
             return status_bad_handle;
-        const size_t room = std::min(found->cameras.size(), size_t{*count});
-        std::copy_n(found->cameras.begin(), room, cameras);
-        *count = static_cast<uint32_t>(found->cameras.size());
+        uint32_t there = 0;
+        for (const uint32_t camera : found->cameras) {
+            if (!library.is_there(library.find_camera(camera)->place))
+                continue;
+            if (there < *count)
+                cameras[there] = camera;
+            ++there;
+        }
+        *count = there;
         return status_ok;
     });
 }
 
 uint32_t ZVGR_CameraInfo2(uint32_t camera, ZvCameraInfo* info)
 {
-    return api_call("ZVGR_CameraInfo2", status_failed, [&] {
+    const Call call{Function::camera_info, handle_target(camera), {}, info};
+    return api_call(call, status_failed, [&] {
         if (info == nullptr || info->version != 0)
             return status_bad_argument;
         Library& library = Library::instance();
@@ -58,7 +66,8 @@ uint32_t ZVGR_CameraInfo2(uint32_t camera, ZvCameraInfo* info)
 // Opening an open camera succeeds: a consumer that rebuilt its device list opens the same camera again.
 uint32_t ZVGR_CameraOpen2(uint32_t camera, const char* description_file)
 {
-    return api_call("ZVGR_CameraOpen2", status_failed, [&] {
+    const Call call{Function::camera_open, handle_target(camera), {}};
+    return api_call(call, status_failed, [&] {
         if (description_file != nullptr)
             return status_unsupported;
         Library& library = Library::instance();
@@ -67,13 +76,15 @@ uint32_t ZVGR_CameraOpen2(uint32_t camera, const char* description_file)
         if (found == nullptr)
             return status_bad_handle;
         found->is_open = true;
+        found->has_been_lost = false;
         return status_ok;
     });
 }
 
 uint32_t ZVGR_CameraClose(uint32_t camera)
 {
-    return api_call("ZVGR_CameraClose", status_failed, [&] {
+    const Call call{Function::camera_close, handle_target(camera), {}};
+    return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
         Lock lock = library.lock();
         return library.close_camera(lock, camera);
@@ -82,7 +93,8 @@ uint32_t ZVGR_CameraClose(uint32_t camera)
 
 uint32_t ZVGR_CameraCallbackRegister(uint32_t camera, ZvCameraCallback callback, void* context)
 {
-    return api_call("ZVGR_CameraCallbackRegister", status_failed, [&] {
+    const Call call{Function::camera_callback_register, handle_target(camera), {}};
+    return api_call(call, status_failed, [&] {
         if (callback == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();
@@ -98,7 +110,9 @@ uint32_t ZVGR_CameraCallbackRegister(uint32_t camera, ZvCameraCallback callback,
 
 uint32_t ZVGR_CameraStartAcquire_GenTL(uint32_t camera, uint32_t stream, uint32_t frames)
 {
-    return api_call("ZVGR_CameraStartAcquire_GenTL", status_failed, [&] {
+    const Call call{
+        Function::start, handle_target(camera), {{{"stream", handle_target(stream)}, {"frames", frames}}}};
+    return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
         const Lock lock = library.lock();
         return library.start(camera, stream, frames);
@@ -107,7 +121,8 @@ uint32_t ZVGR_CameraStartAcquire_GenTL(uint32_t camera, uint32_t stream, uint32_
 
 uint32_t ZVGR_CameraStopAcquire_GenTL(uint32_t camera)
 {
-    return api_call("ZVGR_CameraStopAcquire_GenTL", status_failed, [&] {
+    const Call call{Function::stop, handle_target(camera), {}};
+    return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
         Lock lock = library.lock();
         return library.stop(lock, camera);

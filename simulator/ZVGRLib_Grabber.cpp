@@ -8,16 +8,16 @@ using namespace zvsim;
 
 namespace {
 
-/// The library after at least one scan: callers may ask for a grabber that they remember.
-Library& scanned_library()
+/// The library with its configuration read: callers may ask for a grabber that they remember.
+Library& configured_library()
 {
     Library& library = Library::instance();
     const bool is_new = [&] {
         const Lock lock = library.lock();
-        return library.grabber_count() == 0;
+        return !library.is_configured();
     }();
     if (is_new)
-        library.scan();
+        library.configure();
     return library;
 }
 
@@ -25,23 +25,28 @@ Library& scanned_library()
 
 uint32_t ZV_DeviceScan(uint32_t* count)
 {
+    // The configuration comes first: the very first scan can be the one that fails.
     return api_call("ZV_DeviceScan", status_failed, [&] {
-        if (count == nullptr)
-            return status_bad_argument;
         Library& library = Library::instance();
-        library.scan();
-        const Lock lock = library.lock();
-        *count = library.grabber_count();
-        return status_ok;
+        library.configure();
+        return api_call({Function::device_scan, {}, {}, count}, status_failed, [&] {
+            if (count == nullptr)
+                return status_bad_argument;
+            const Lock lock = library.lock();
+            library.scan();
+            *count = library.grabber_count();
+            return status_ok;
+        });
     });
 }
 
 uint32_t ZV_DeviceInfo(uint32_t index, ZvDeviceInfo* info)
 {
-    return api_call("ZV_DeviceInfo", status_failed, [&] {
+    const Call call{Function::device_info, grabber_index(index), {}, info};
+    return api_call(call, status_failed, [&] {
         if (info == nullptr || info->version != 3)
             return status_bad_argument;
-        Library& library = scanned_library();
+        Library& library = configured_library();
         const Lock lock = library.lock();
         const GrabberDevice* const device = library.grabber_device(index);
         if (device == nullptr)
@@ -53,8 +58,9 @@ uint32_t ZV_DeviceInfo(uint32_t index, ZvDeviceInfo* info)
 
 const char* ZV_DeviceDisplayName(uint32_t index)
 {
-    return api_call<const char*>("ZV_DeviceDisplayName", nullptr, [&]() -> const char* {
-        Library& library = scanned_library();
+    const Call call{Function::device_display_name, grabber_index(index), {}};
+    return api_call<const char*>(call, nullptr, [&]() -> const char* {
+        Library& library = configured_library();
         const Lock lock = library.lock();
         const GrabberDevice* const device = library.grabber_device(index);
         return device != nullptr ? library.keep_text(device->model().display_name) : nullptr;
@@ -63,8 +69,9 @@ const char* ZV_DeviceDisplayName(uint32_t index)
 
 uint32_t ZVGR_Open(uint32_t index)
 {
-    return api_call("ZVGR_Open", ZV_NO_HANDLE, [&] {
-        Library& library = scanned_library();
+    const Call call{Function::open, grabber_index(index), {}};
+    return api_call(call, ZV_NO_HANDLE, [&] {
+        Library& library = configured_library();
         const Lock lock = library.lock();
         return library.open_grabber(index);
     });
@@ -72,7 +79,8 @@ uint32_t ZVGR_Open(uint32_t index)
 
 uint32_t ZVGR_Close(uint32_t grabber)
 {
-    return api_call("ZVGR_Close", status_failed, [&] {
+    const Call call{Function::close, handle_target(grabber), {}};
+    return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
         Lock lock = library.lock();
         return library.close_grabber(lock, grabber);

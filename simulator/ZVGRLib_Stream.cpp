@@ -31,7 +31,8 @@ uint32_t create_stream(uint32_t camera, uint32_t* stream, uint32_t index, const 
 
 uint32_t ZVGR_StreamCreate(uint32_t camera, uint32_t* stream, uint32_t index)
 {
-    return api_call("ZVGR_StreamCreate", status_failed, [&] {
+    const Call call{Function::stream_create, handle_target(camera), {{{"index", index}}}, stream};
+    return api_call(call, status_failed, [&] {
         return create_stream(camera, stream, index, [&](uint32_t handle, const CameraDevice& device) {
             return std::make_unique<QueuedStream>(Library::instance(), handle, camera, device);
         });
@@ -40,7 +41,11 @@ uint32_t ZVGR_StreamCreate(uint32_t camera, uint32_t* stream, uint32_t index)
 
 uint32_t ZVGR_StreamCreateAndAlloc(uint32_t camera, uint32_t* stream, uint32_t frames, uint32_t index)
 {
-    return api_call("ZVGR_StreamCreateAndAlloc", status_failed, [&] {
+    const Call call{Function::stream_create_and_alloc,
+                    handle_target(camera),
+                    {{{"frames", frames}, {"index", index}}},
+                    stream};
+    return api_call(call, status_failed, [&] {
         if (frames == 0 || frames > largest_ring)
             return status_bad_argument;
         return create_stream(camera, stream, index, [&](uint32_t handle, const CameraDevice& device) {
@@ -51,7 +56,8 @@ uint32_t ZVGR_StreamCreateAndAlloc(uint32_t camera, uint32_t* stream, uint32_t f
 
 uint32_t ZVGR_StreamDelete(uint32_t stream)
 {
-    return api_call("ZVGR_StreamDelete", status_failed, [&] {
+    const Call call{Function::stream_delete, handle_target(stream), {}};
+    return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
         Lock lock = library.lock();
         return library.delete_stream(lock, stream);
@@ -60,7 +66,8 @@ uint32_t ZVGR_StreamDelete(uint32_t stream)
 
 uint32_t ZVGR_StreamGetInfo(uint32_t stream, uint32_t command, uint64_t* value)
 {
-    return api_call("ZVGR_StreamGetInfo", status_failed, [&] {
+    const Call call{Function::stream_info, handle_target(stream), {{{"command", command}}}, value};
+    return api_call(call, status_failed, [&] {
         if (value == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();
@@ -86,7 +93,8 @@ uint32_t ZVGR_StreamGetInfo(uint32_t stream, uint32_t command, uint64_t* value)
 
 uint32_t ZVGR_StreamGetFrameIndex(uint32_t stream)
 {
-    return api_call("ZVGR_StreamGetFrameIndex", UINT32_MAX, [&] {
+    const Call call{Function::stream_frame_index, handle_target(stream), {}};
+    return api_call(call, UINT32_MAX, [&] {
         Library& library = Library::instance();
         const Lock lock = library.lock();
         const auto* const found = library.find_stream<CyclicStream>(stream);
@@ -96,7 +104,8 @@ uint32_t ZVGR_StreamGetFrameIndex(uint32_t stream)
 
 void* ZVGR_StreamGetPtr(uint32_t stream, uint32_t frame)
 {
-    return api_call<void*>("ZVGR_StreamGetPtr", nullptr, [&]() -> void* {
+    const Call call{Function::stream_pointer, handle_target(stream), {{{"frame", frame}}}};
+    return api_call<void*>(call, nullptr, [&]() -> void* {
         Library& library = Library::instance();
         const Lock lock = library.lock();
         const auto* const found = library.find_stream<CyclicStream>(stream);
@@ -106,7 +115,8 @@ void* ZVGR_StreamGetPtr(uint32_t stream, uint32_t frame)
 
 uint32_t ZVGR_StreamGetAux(uint32_t stream, uint32_t frame, ZvFrameAux* record)
 {
-    return api_call("ZVGR_StreamGetAux", status_failed, [&] {
+    const Call call{Function::stream_aux, handle_target(stream), {{{"frame", frame}}}, record};
+    return api_call(call, status_failed, [&] {
         if (record == nullptr)
             return status_bad_argument;
         Library& library = Library::instance();

@@ -83,9 +83,10 @@ constexpr ValueRow camera_enumerations[] = {
 };
 
 template <size_t rows>
-int64_t value_from(const ValueRow (&table)[rows], const char* function, uint32_t handle, const char* name)
+int64_t value_from(const ValueRow (&table)[rows], Function function, uint32_t handle, const char* name)
 {
-    return api_call(function, ZV_NOT_AVAILABLE, [&]() -> int64_t {
+    const Call call{function, handle_target(handle), {{{"name", name}}}};
+    return api_call(call, ZV_NOT_AVAILABLE, [&]() -> int64_t {
         if (name == nullptr)
             return ZV_NOT_AVAILABLE;
         Library& library = Library::instance();
@@ -105,20 +106,20 @@ int64_t value_from(const ValueRow (&table)[rows], const char* function, uint32_t
 
 int64_t ZVGR_GetGrabberValueInt(uint32_t handle, const char* name)
 {
-    return value_from(grabber_integers, "ZVGR_GetGrabberValueInt", handle, name);
+    return value_from(grabber_integers, Function::grabber_integer, handle, name);
 }
 
 int64_t ZVGR_GetGrabberValueEnum(uint32_t handle, const char* name)
 {
-    return value_from(grabber_enumerations, "ZVGR_GetGrabberValueEnum", handle, name);
+    return value_from(grabber_enumerations, Function::grabber_enumeration, handle, name);
 }
 
 int64_t ZVGR_GetCameraValueInt(uint32_t handle, const char* name)
 {
-    return value_from(camera_integers, "ZVGR_GetCameraValueInt", handle, name);
+    return value_from(camera_integers, Function::camera_integer, handle, name);
 }
 
 int64_t ZVGR_GetCameraValueEnum(uint32_t handle, const char* name)
 {
-    return value_from(camera_enumerations, "ZVGR_GetCameraValueEnum", handle, name);
+    return value_from(camera_enumerations, Function::camera_enumeration, handle, name);
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulator/Log.h"
+#include "simulator/faults/HookedCall.h"
 
 #include <exception>
 
@@ -21,6 +22,17 @@ Result api_call(const char* function, Result failure, const Body& body) noexcept
         log_failed_call(function, "unknown exception");
     }
     return failure;
+}
+
+/// The same for a call that faults can happen to. Without faults and call log it costs one branch.
+template <class Result, class Body>
+Result api_call(const Call& call, Result failure, const Body& body) noexcept
+{
+    return api_call(row_of(call.function).name, failure, [&]() -> Result {
+        if (!HookedCall::is_needed())
+            return body();
+        return HookedCall{call}.carry_out(failure, body);
+    });
 }
 
 } // namespace zvsim

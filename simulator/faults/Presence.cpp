@@ -1,0 +1,103 @@
+#include "simulator/faults/Presence.h"
+
+#include <algorithm>
+
+namespace zvsim {
+
+Presence::Presence(size_t grabbers, const std::vector<PlugEvent>& events)
+    : m_states(grabbers), m_events{events}
+{
+}
+
+void Presence::State::pass_list()
+{
+    if (!is_lost || !lists)
+        return;
+    if (*lists == 0)
+        is_lost = false;
+    else
+        --*lists;
+}
+
+bool Presence::has(const Place& place) const
+{
+    const State* const grabber = find({place.grabber, Place::none});
+    if (grabber == nullptr)
+        return true;
+    const State* const state = find(place);
+    return grabber->is_there() && (state == nullptr || state->is_there());
+}
+
+void Presence::lose(const Place& place, const Absence& absence, Clock::time_point now)
+{
+    State* const state = find(place);
+    if (state == nullptr)
+        return;
+    state->is_lost = true;
+    state->lists = absence.scans;
+    state->back.reset();
+    if (!absence.time)
+        return;
+    state->back = now + std::chrono::duration_cast<Clock::duration>(*absence.time);
+    m_has_returns = true;
+}
+
+void Presence::begin_scan()
+{
+    ++m_scans;
+    for (PlugEvent& event : m_events) {
+        if (!event.at && event.scan == m_scans)
+            apply(event);
+    }
+    for (GrabberState& state : m_states)
+        state.grabber.pass_list();
+}
+
+void Presence::begin_camera_list(uint32_t grabber)
+{
+    if (grabber >= m_states.size())
+        return;
+    for (State& camera : m_states[grabber].cameras)
+        camera.pass_list();
+}
+
+bool Presence::advance(Clock::time_point first_scan, Clock::time_point now)
+{
+    bool has_gone = false;
+    const auto is_due = [&](const PlugEvent& event) { return event.at && first_scan + *event.at <= now; };
+    for (PlugEvent& event : m_events) {
+        if (!is_due(event))
+            continue;
+        apply(event);
+        has_gone = has_gone || !event.is_plugged;
+    }
+    m_events.erase(std::remove_if(m_events.begin(), m_events.end(), is_due), m_events.end());
+    if (!m_has_returns)
+        return has_gone;
+    const auto come_back = [now](State& state) {
+        state.is_lost = state.is_lost && !(state.back && *state.back <= now);
+    };
+    for (GrabberState& state : m_states) {
+        come_back(state.grabber);
+        std::for_each(state.cameras.begin(), state.cameras.end(), come_back);
+    }
+    return has_gone;
+}
+
+Presence::State* Presence::find(const Place& place)
+{
+    if (place.grabber >= m_states.size())
+        return nullptr;
+    GrabberState& grabber = m_states[place.grabber];
+    if (place.camera == Place::none)
+        return &grabber.grabber;
+    return place.camera < grabber.cameras.size() ? &grabber.cameras[place.camera] : nullptr;
+}
+
+void Presence::apply(PlugEvent& event)
+{
+    if (State* const state = find(event.place))
+        state->is_plugged = event.is_plugged;
+}
+
+} // namespace zvsim

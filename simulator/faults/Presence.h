@@ -1,0 +1,58 @@
+/// \file Presence.h
+/// Which grabbers and cameras are there.
+#pragma once
+
+#include "simulator/Pacer.h"
+#include "simulator/faults/FaultPlan.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+#include "zvgr/ZVGRLib.h"
+
+namespace zvsim {
+
+/// What is plugged in, and what has been lost for a while.
+class Presence {
+public:
+    Presence(size_t grabbers, const std::vector<PlugEvent>& events);
+
+    /// False for a place that is unplugged or lost, or whose grabber is.
+    bool has(const Place& place) const;
+    /// Loses a camera, or a grabber when the place names none.
+    void lose(const Place& place, const Absence& absence, Clock::time_point now);
+
+    /// Before the grabbers are listed: what has been missing for long enough is back.
+    void begin_scan();
+    /// Before the cameras of a grabber are listed.
+    void begin_camera_list(uint32_t grabber);
+    /// Lets happen what is due by time. True when something has gone.
+    bool advance(Clock::time_point first_scan, Clock::time_point now);
+
+private:
+    struct State {
+        bool is_plugged = true;
+        bool is_lost = false;
+        std::optional<uint32_t> lists; ///< In how many lists it is still missing.
+        std::optional<Clock::time_point> back;
+
+        bool is_there() const { return is_plugged && !is_lost; }
+        void pass_list();
+    };
+    struct GrabberState {
+        State grabber;
+        std::array<State, zv_max_cameras> cameras;
+    };
+
+    State* find(const Place& place);
+    const State* find(const Place& place) const { return const_cast<Presence*>(this)->find(place); }
+    void apply(PlugEvent& event);
+
+    std::vector<GrabberState> m_states;
+    std::vector<PlugEvent> m_events; ///< Those that are still to come.
+    uint64_t m_scans = 0;
+    bool m_has_returns = false; ///< Something comes back by time.
+};
+
+} // namespace zvsim

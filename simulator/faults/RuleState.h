@@ -1,0 +1,50 @@
+/// \file RuleState.h
+/// When a fault happens.
+#pragma once
+
+#include "simulator/Pacer.h"
+#include "simulator/faults/FaultPlan.h"
+
+#include <vector>
+
+namespace zvsim {
+
+/// One opportunity of a rule.
+struct Occasion {
+    Place place;
+    uint64_t frame = 0; ///< Of opportunities at frames.
+    Clock::time_point now;
+    Clock::time_point first_scan;
+    Clock::time_point start; ///< Of opportunities at frames.
+};
+
+/// A rule with its counters. Opportunities at calls are counted together; those at frames and starts for each
+/// camera apart, since streams of several cameras race each other. So what happens at an opportunity depends
+/// on nothing but the seed, the rule and how many opportunities there were before.
+class RuleState {
+public:
+    /// `number` is the rule's position; `grabbers` how many there are.
+    RuleState(const FaultRule& rule, uint64_t seed, size_t number, size_t grabbers);
+
+    const FaultRule& rule() const { return m_rule; }
+    bool concerns(const Place& place) const;
+    /// Counts an opportunity at a place that the rule concerns; true when the fault happens. Allocates
+    /// nothing.
+    bool happens(const Occasion& occasion);
+
+private:
+    struct Counter {
+        uint64_t opportunities = 0;
+        uint64_t happened = 0;
+    };
+
+    size_t cell_of(const Place& place) const;
+    bool is_due(const Occasion& occasion) const;
+    bool is_drawn(size_t cell, uint64_t opportunity) const;
+
+    FaultRule m_rule;
+    uint64_t m_seed;
+    std::vector<Counter> m_counters;
+};
+
+} // namespace zvsim
