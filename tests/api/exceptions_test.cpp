@@ -241,70 +241,93 @@ const Row every_function[] = {
 const ThrowingRow every_function_that_calls_the_library[] = {
     {"ZV_DeviceScan",
      {"TLUpdateInterfaceList",
-      [](const Situation& s, Outputs& o) { return TLUpdateInterfaceList(s.tl, &o.changed, 0); }}           },
+      [](const Situation& s, Outputs& o) { return TLUpdateInterfaceList(s.tl, &o.changed, 0); }}            },
     {"ZV_DeviceDisplayName",
      {"TLGetInterfaceInfo",
       [](const Situation& s, Outputs& o) {
           return TLGetInterfaceInfo(s.tl, "FG0", INTERFACE_INFO_DISPLAYNAME, &o.type, o.bytes, &o.size);
-      }}                                                                                                   },
+      }}                                                                                                    },
     {"ZVGR_Open",
      {"TLOpenInterface",
       [](const Situation& s, Outputs& o) { return TLOpenInterface(s.tl, "FG0", &o.handle); },
-      close_interface}                                                                                     },
+      close_interface}                                                                                      },
     {"ZV_DeviceInfo",
      {"IFGetInfo",
       [](const Situation& s, Outputs& o) {
           return IFGetInfo(s.iface, INTERFACE_INFO_TLTYPE, &o.type, o.bytes, &o.size);
-      }}                                                                                                   },
+      }}                                                                                                    },
     {"ZV_DeviceInfo",
      {"IFGetDeviceInfo",
       [](const Situation& s, Outputs& o) {
           return IFGetDeviceInfo(s.iface, "Device00", DEVICE_INFO_TLTYPE, &o.type, o.bytes, &o.size);
-      }}                                                                                                   },
+      }}                                                                                                    },
     {"ZV_DeviceInfo",
      {"DevGetInfo",
       [](const Situation& s, Outputs& o) {
           return DevGetInfo(s.dev, DEVICE_INFO_TLTYPE, &o.type, o.bytes, &o.size);
-      }}                                                                                                   },
+      }}                                                                                                    },
     {"ZVGR_UpdateCameraList",
      {"IFUpdateDeviceList",
-      [](const Situation& s, Outputs& o) { return IFUpdateDeviceList(s.iface, &o.changed, 0); }}           },
+      [](const Situation& s, Outputs& o) { return IFUpdateDeviceList(s.iface, &o.changed, 0); }}            },
     {"ZVGR_CameraOpen2",
      {"IFOpenDevice",
       [](const Situation& s, Outputs& o) {
           return IFOpenDevice(s.iface, "Device00", DEVICE_ACCESS_CONTROL, &o.handle);
       },
-      close_device}                                                                                        },
-    {"ZVGR_CameraClose",              {"DevClose", close_device}                                           },
+      close_device}                                                                                         },
+    {"ZVGR_CameraClose",              {"DevClose", close_device}                                            },
     {"ZVGR_StreamCreate",
      {"DevOpenDataStream",
       [](const Situation& s, Outputs& o) { return DevOpenDataStream(s.dev, "Stream000", &o.handle); },
-      close_stream}                                                                                        },
+      close_stream}                                                                                         },
     {"ZVGR_BufferAnnounce",
      {"DSAnnounceBuffer",
       [](const Situation& s, Outputs& o) {
           return DSAnnounceBuffer(s.ds, some_memory, sizeof some_memory, nullptr, &o.handle);
-      }}                                                                                                   },
+      }}                                                                                                    },
     {"ZVGR_BufferAllocAndAnnounce",
      {"DSAllocAndAnnounceBuffer",
-      [](const Situation& s, Outputs& o) { return DSAllocAndAnnounceBuffer(s.ds, 8, nullptr, &o.handle); }}},
+      [](const Situation& s, Outputs& o) { return DSAllocAndAnnounceBuffer(s.ds, 8, nullptr, &o.handle); }} },
     {"ZVGR_BufferRevoke",
      {"DSRevokeBuffer",
-      [](const Situation& s, Outputs&) { return DSRevokeBuffer(s.ds, s.buffer, nullptr, nullptr); }}       },
+      [](const Situation& s, Outputs&) { return DSRevokeBuffer(s.ds, s.buffer, nullptr, nullptr); }}        },
     {"ZVGR_BufferToQueue",
-     {"DSQueueBuffer", [](const Situation& s, Outputs&) { return DSQueueBuffer(s.ds, s.buffer); }}         },
+     {"DSQueueBuffer", [](const Situation& s, Outputs&) { return DSQueueBuffer(s.ds, s.buffer); }}          },
     {"ZVGR_BufferToQueue",
      {"DSFlushQueue",
-      [](const Situation& s, Outputs&) { return DSFlushQueue(s.ds, ACQ_QUEUE_INPUT_TO_OUTPUT); }}          },
+      [](const Situation& s, Outputs&) { return DSFlushQueue(s.ds, ACQ_QUEUE_INPUT_TO_OUTPUT); }}           },
     {"ZVGR_CameraStartAcquire_GenTL",
      {"DSStartAcquisition",
-      [](const Situation& s, Outputs&) { return DSStartAcquisition(s.ds, ACQ_START_FLAGS_DEFAULT, 1); }}   },
-    {"ZVGR_CameraStopAcquire_GenTL",  {"DSStopAcquisition", stop}                                          },
+      [](const Situation& s, Outputs&) { return DSStartAcquisition(s.ds, ACQ_START_FLAGS_DEFAULT, 1); }}    },
+    {"ZVGR_CameraStopAcquire_GenTL",  {"DSStopAcquisition", stop}                                           },
     {"ZVGR_StreamGetInfo",
      {"DSGetInfo",
       [](const Situation& s, Outputs& o) {
           return DSGetInfo(s.ds, STREAM_INFO_PAYLOAD_SIZE, &o.type, o.bytes, &o.size);
-      }}                                                                                                   },
+      }}                                                                                                    },
+    {"ZVGR_CameraReadReg",
+     {"GCReadPort", [](const Situation& s, Outputs& o) { return GCReadPort(s.port, 0, o.bytes, &o.size); }} },
+    {"ZVGR_GrabberWriteReg",
+     {"GCWritePort", [](const Situation& s, Outputs& o) { return GCWritePort(s.dev, 0, o.bytes, &o.size); }}},
+    {"ZVGR_GrabberReadReg",
+     {"GCReadPortStacked",
+      [](const Situation& s, Outputs& o) {
+          PORT_REGISTER_STACK_ENTRY entry = {0, o.bytes, 4};
+          return GCReadPortStacked(s.iface, &entry, &o.size);
+      }}                                                                                                    },
+    {"ZVGR_CameraWriteReg",
+     {"GCWritePortStacked",
+      [](const Situation& s, Outputs& o) {
+          PORT_REGISTER_STACK_ENTRY entry = {0, o.bytes, 4};
+          return GCWritePortStacked(s.ds, &entry, &o.size);
+      }}                                                                                                    },
+    {"ZVGR_GetXmlUrl",
+     {"GCGetPortURL", [](const Situation& s, Outputs& o) { return GCGetPortURL(s.port, o.bytes, &o.size); }}},
+    {"ZVGR_GetXmlUrl",
+     {"GCGetPortURLInfo",
+      [](const Situation& s, Outputs& o) {
+          return GCGetPortURLInfo(s.port, 0, URL_INFO_URL, &o.type, o.bytes, &o.size);
+      }}                                                                                                    },
 };
 
 class Faulted : public RunningQueuedStream {

@@ -38,6 +38,9 @@ public:
     GenTL::PGCCloseLib GCCloseLib = m_find("GCCloseLib");
     GenTL::PGCGetInfo GCGetInfo = m_find("GCGetInfo");
     GenTL::PGCGetLastError GCGetLastError = m_find("GCGetLastError");
+    GenTL::PGCReadPort GCReadPort = m_find("GCReadPort");
+    GenTL::PGCGetPortURL GCGetPortURL = m_find("GCGetPortURL");
+    GenTL::PGCGetPortURLInfo GCGetPortURLInfo = m_find("GCGetPortURLInfo");
     GenTL::PGCRegisterEvent GCRegisterEvent = m_find("GCRegisterEvent");
     GenTL::PGCUnregisterEvent GCUnregisterEvent = m_find("GCUnregisterEvent");
     GenTL::PEventGetData EventGetData = m_find("EventGetData");
