@@ -1,20 +1,21 @@
 #include "simulator/Configuration.h"
 
-#include "zvgr/ZVGRLib.h"
+#include "simulator/Limits.h"
+#include "simulator/config/CameraGeometry.h"
+#include "simulator/config/GrabberReader.h"
+#include "simulator/config/YamlReader.h"
+#include "simulator/faults/FaultConfiguration.h"
 
 #include <charconv>
-#include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <tuple>
+#include <utility>
 
 namespace zvsim {
 
 namespace {
-
-constexpr double default_rate = 25;
-constexpr double highest_rate = 100000;
-constexpr uint32_t largest_side = 16384;
 
 std::string variable(const char* name)
 {
@@ -27,7 +28,7 @@ std::optional<double> rate_from(const std::string& text)
     double rate = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, rate, std::chars_format::fixed);
-    if (error != std::errc{} || stop != end || !(rate == 0 || (rate >= 0.001 && rate <= highest_rate)))
+    if (error != std::errc{} || stop != end || !(rate == 0 || (rate >= lowest_rate && rate <= highest_rate)))
         return std::nullopt;
     return rate;
 }
@@ -51,51 +52,6 @@ std::optional<Size> size_from(const std::string& text)
     return is_side(size.width) && is_side(size.height) ? std::optional{size} : std::nullopt;
 }
 
-/// Null for a format that the cameras do not offer.
-const PixelFormat* format_from(const std::string& text)
-{
-    return text == "Mono8" || text == "Mono16" ? find_pixel_format(text) : nullptr;
-}
-
-CameraModel camera(const char* model, const char* serial, Size size, const char* format)
-{
-    CameraModel camera;
-    camera.vendor = "ZEVA Electronics";
-    camera.model = model;
-    camera.serial_number = serial;
-    camera.version = "1.0.0";
-    camera.sensor_width = camera.start.width = size.width;
-    camera.sensor_height = camera.start.height = size.height;
-    camera.start.format = &pixel_format(format);
-    camera.formats = {camera.start.format};
-    camera.start.frames_per_second = default_rate;
-    return camera;
-}
-
-std::vector<GrabberModel> built_in_grabbers()
-{
-    GrabberModel coaxpress;
-    coaxpress.display_name = "ZEVA Software Grabber CXP-2";
-    coaxpress.protocol = zv_protocol_cxp;
-    coaxpress.has_image_ids = true;
-    coaxpress.cameras = {camera("SoftCam CX 640", "SCX640-0001", {640, 480}, "Mono8"),
-                         camera("SoftCam CX 800 HDR", "SCX800-0002", {800, 600}, "Mono16")};
-
-    GrabberModel camera_link_hs;
-    camera_link_hs.display_name = "ZEVA Software Grabber CLHS-1";
-    camera_link_hs.protocol = zv_protocol_clhs;
-    camera_link_hs.reports_geometry = true;
-    camera_link_hs.cameras = {camera("SoftCam HS 2048", "SHS2048-0003", {2048, 1024}, "Mono8")};
-
-    GrabberModel demo;
-    demo.display_name = "ZEVA Demo Grabber";
-    demo.protocol = zv_protocol_cxp;
-    demo.has_image_ids = true;
-    demo.cameras = {camera("SoftCam Demo", "SDEMO-0004", {320, 240}, "Mono8")};
-
-    return {coaxpress, camera_link_hs, demo};
-}
-
 std::string rejected(const char* name, const std::string& value, const char* allowed)
 {
     return std::string{name} + "=" + value + " is ignored; allowed: " + allowed;
@@ -110,9 +66,9 @@ public:
             configuration.warnings.push_back(rejected(
                 "ZV_GRABBER_RATE", environment.rate, "0 (free-running), or 0.001 to 100000 frames a second"));
         if (!environment.pixel_format.empty() &&
-            (m_format = format_from(environment.pixel_format)) == nullptr)
-            configuration.warnings.push_back(
-                rejected("ZV_GRABBER_PIXEL_FORMAT", environment.pixel_format, "Mono8, Mono16"));
+            (m_format = find_pixel_format(environment.pixel_format)) == nullptr)
+            configuration.warnings.push_back(rejected("ZV_GRABBER_PIXEL_FORMAT", environment.pixel_format,
+                                                      "the name of a pixel format, such as Mono8, Mono16"));
         if (!environment.size.empty() && !(m_size = size_from(environment.size)))
             configuration.warnings.push_back(
                 rejected("ZV_GRABBER_SIZE", environment.size, "WIDTHxHEIGHT, each 1 to 16384"));
@@ -120,33 +76,39 @@ public:
             read_pictures(environment.pictures, configuration);
     }
 
-    void apply(CameraModel& camera) const
+    void apply(CameraModel& camera, uint32_t segments, std::vector<std::string>& warnings) const
     {
         if (m_rate && *m_rate > 0)
             camera.start.frames_per_second = *m_rate;
-        camera.start.is_rate_set = !m_rate || *m_rate > 0;
-        if (m_format != nullptr)
-            set_format(camera, *m_format);
-        if (m_size)
-            set_size(camera, *m_size);
-        if (m_pictures == nullptr)
+        if (m_rate)
+            camera.start.is_rate_set = *m_rate > 0;
+        const bool changes_pattern = (m_format != nullptr || m_size) && camera.pictures == nullptr;
+        if (m_pictures == nullptr && !changes_pattern)
             return;
-        camera.pictures = m_pictures;
-        set_size(camera, {m_pictures->width(), m_pictures->height()});
-        set_format(camera, m_pictures->format());
+        CameraModel changed = with_picture(camera);
+        if (fits_formats(changed) && largest_payload_of(changed, segments) <= largest_payload)
+            camera = std::move(changed);
+        else
+            warnings.push_back(
+                "camera " + camera.serial_number +
+                " keeps its picture: what the variables ask for is too small for its pixel format or "
+                "too large for a buffer");
     }
 
 private:
-    static void set_size(CameraModel& camera, Size size)
+    CameraModel with_picture(CameraModel camera) const
     {
-        camera.sensor_width = camera.start.width = size.width;
-        camera.sensor_height = camera.start.height = size.height;
-    }
-
-    static void set_format(CameraModel& camera, const PixelFormat& format)
-    {
-        camera.start.format = &format;
-        camera.formats = {&format};
+        if (m_pictures != nullptr) {
+            camera.pictures = m_pictures;
+            set_format(camera, m_pictures->format());
+            set_size(camera, m_pictures->width(), m_pictures->height());
+            return camera;
+        }
+        if (m_format != nullptr)
+            set_format(camera, *m_format);
+        const Size size = m_size.value_or(Size{camera.sensor_width, camera.sensor_height});
+        set_size(camera, size.width, size.height);
+        return camera;
     }
 
     void read_pictures(const std::string& folder, Configuration& configuration)
@@ -166,29 +128,58 @@ private:
     std::shared_ptr<const PictureFolder> m_pictures;
 };
 
+void read_file(const ConfigurationFile& file, Configuration& configuration)
+{
+    YamlErrors errors{file.path.empty() ? "the built-in configuration" : file.path};
+    if (!file.problem.empty())
+        errors.add(0, file.problem);
+    const YamlDocument built_in{default_configuration, errors};
+    const YamlDocument own{file.problem.empty() ? file.text : "", errors};
+    const YamlMap defaults{
+        YamlValue{built_in.root(), "the file", errors},
+        file_keys()
+    };
+    const bool is_empty = own.root().kind == YamlNode::Kind::nothing;
+    const YamlMap map = is_empty ? defaults
+                                 : YamlMap{
+                                       YamlValue{own.root(), "the file", errors},
+                                       file_keys()
+    };
+    // A file that speaks of faults only is about the built-in grabbers.
+    configuration.grabbers = read_grabbers(map.has("grabbers") ? map : defaults, configuration.warnings);
+    if (read_demo_grabber(map))
+        configuration.grabbers.push_back(demo_grabber());
+    configuration.faults = read_fault_plan(map);
+    configuration.errors = errors.lines();
+    if (errors.is_empty())
+        return;
+    configuration.grabbers.clear();
+    configuration.faults = {};
+}
+
 } // namespace
 
 Environment Environment::read()
 {
-    return {variable("ZV_GRABBER_PICTURES"), variable("ZV_GRABBER_RATE"), variable("ZV_GRABBER_PIXEL_FORMAT"),
-            variable("ZV_GRABBER_SIZE")};
+    return {ConfigurationFile::find(), variable("ZV_GRABBER_PICTURES"), variable("ZV_GRABBER_RATE"),
+            variable("ZV_GRABBER_PIXEL_FORMAT"), variable("ZV_GRABBER_SIZE")};
 }
 
 bool Environment::operator==(const Environment& other) const
 {
-    return std::tie(pictures, rate, pixel_format, size) ==
-           std::tie(other.pictures, other.rate, other.pixel_format, other.size);
+    return std::tie(file, pictures, rate, pixel_format, size) ==
+           std::tie(other.file, other.pictures, other.rate, other.pixel_format, other.size);
 }
 
 std::unique_ptr<const Configuration> Configuration::make(const Environment& environment)
 {
     auto configuration = std::make_unique<Configuration>();
     configuration->environment = environment;
-    configuration->grabbers = built_in_grabbers();
+    read_file(environment.file, *configuration);
     const Overrides overrides{environment, *configuration};
     for (auto& grabber : configuration->grabbers) {
         for (auto& camera : grabber.cameras)
-            overrides.apply(camera);
+            overrides.apply(camera, grabber.segments_per_buffer, configuration->warnings);
     }
     return configuration;
 }

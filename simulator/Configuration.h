@@ -4,6 +4,7 @@
 
 #include "simulator/Model.h"
 #include "simulator/PictureFolder.h"
+#include "simulator/config/ConfigurationFile.h"
 #include "simulator/faults/FaultPlan.h"
 
 #include <memory>
@@ -12,25 +13,27 @@
 
 namespace zvsim {
 
-/// The configuration variables as they stand in the environment; unset and empty are the same.
+/// What the configuration is made of: the file, and the variables as they stand in the environment; unset and
+/// empty are the same.
 struct Environment {
-    std::string pictures;     ///< ZV_GRABBER_PICTURES: absolute path of a folder of PNG files.
+    ConfigurationFile file;
+    std::string pictures;     ///< ZV_GRABBER_PICTURES: absolute path of a folder of pictures.
     std::string rate;         ///< ZV_GRABBER_RATE: frames per second, 0 is free-running.
-    std::string pixel_format; ///< ZV_GRABBER_PIXEL_FORMAT: Mono8 or Mono16.
+    std::string pixel_format; ///< ZV_GRABBER_PIXEL_FORMAT: the name of a pixel format.
     std::string size;         ///< ZV_GRABBER_SIZE: WIDTHxHEIGHT.
 
     static Environment read();
     bool operator==(const Environment& other) const;
 };
 
-/// What one reading of the environment makes of the built-in grabbers: a CoaXPress one with two cameras, a
-/// Camera Link HS one with one, and, last, a demo grabber. A malformed variable gives a warning and changes
-/// nothing.
+/// What one reading of file and variables makes. An error in the file leaves no grabbers. A malformed
+/// variable gives a warning and changes nothing.
 struct Configuration {
     Environment environment;
-    std::vector<GrabberModel> grabbers;
-    std::vector<std::string> warnings;
+    std::vector<GrabberModel> grabbers; ///< The demo grabber last.
     FaultPlan faults;
+    std::vector<std::string> errors; ///< Why there are no grabbers.
+    std::vector<std::string> warnings;
 
     static std::unique_ptr<const Configuration> make(const Environment& environment);
 };

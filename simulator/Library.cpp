@@ -27,6 +27,20 @@ struct ShutDown {
 
 const ShutDown at_unload;
 
+void log_outcome(const Configuration& configuration)
+{
+    const std::string& file = configuration.environment.file.path;
+    if (!configuration.errors.empty())
+        log_error("no grabbers are offered: their configuration has errors");
+    else if (!file.empty())
+        log_information(std::to_string(configuration.grabbers.size()) + " grabbers are configured by " +
+                        file);
+    for (const std::string& error : configuration.errors)
+        log_error(error);
+    for (const std::string& warning : configuration.warnings)
+        log_warning(warning);
+}
+
 } // namespace
 
 Library& Library::instance()
@@ -54,8 +68,7 @@ void Library::configure()
     std::vector<std::unique_ptr<GrabberDevice>> devices;
     for (const GrabberModel& model : configuration->grabbers)
         devices.push_back(std::make_unique<GrabberDevice>(model));
-    for (const std::string& warning : configuration->warnings)
-        log_warning(warning);
+    log_outcome(*configuration);
     guard.lock();
     if (is_settled())
         return;

@@ -15,6 +15,18 @@ ZVPocoLogger* logger() { return InitLogger(nullptr, "ZVGRLib.cpp", configured_le
 
 } // namespace
 
+void log_information(const std::string& text)
+{
+    if (ZVPocoLogger* const target = logger())
+        target->information(text);
+}
+
+void log_error(const std::string& text)
+{
+    if (ZVPocoLogger* const target = logger())
+        target->error(text);
+}
+
 void log_warning(const std::string& text)
 {
     if (ZVPocoLogger* const target = logger())

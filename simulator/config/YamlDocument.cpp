@@ -32,10 +32,13 @@ bool is_control(char character)
 
 void YamlErrors::add(int line, const std::string& wrong, const std::string& allowed)
 {
-    if (m_count++ >= most)
-        return;
     const std::string place = line > 0 ? m_file + ":" + std::to_string(line) : m_file;
-    m_lines.push_back(place + ": " + wrong + (allowed.empty() ? "" : "; allowed: " + allowed));
+    std::string text = place + ": " + wrong + (allowed.empty() ? "" : "; allowed: " + allowed);
+    // What an alias repeats is read more than once.
+    if (std::find(m_lines.begin(), m_lines.end(), text) != m_lines.end())
+        return;
+    if (m_count++ < most)
+        m_lines.push_back(std::move(text));
 }
 
 std::vector<std::string> YamlErrors::lines() const

@@ -157,14 +157,14 @@ std::optional<int64_t> YamlValue::integer(int64_t least, int64_t most) const
     return std::nullopt;
 }
 
-std::optional<double> YamlValue::number(double least, double most) const
+std::optional<double> YamlValue::number(double least, double most, const char* otherwise) const
 {
     const auto number = is_scalar() && !m_node->is_quoted
                             ? number_from<double>(raw(), std::chars_format::general)
                             : std::nullopt;
     if (number && *number >= least && *number <= most)
         return number;
-    wrong("a number from " + shown_number(least) + " to " + shown_number(most));
+    wrong(std::string{otherwise} + "a number from " + shown_number(least) + " to " + shown_number(most));
     return std::nullopt;
 }
 

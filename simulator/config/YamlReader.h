@@ -52,8 +52,8 @@ public:
     std::optional<std::string> path(size_t longest = 4000) const;
     /// Decimal, or hexadecimal with 0x.
     std::optional<int64_t> integer(int64_t least, int64_t most) const;
-    /// A number with or without a fraction.
-    std::optional<double> number(double least, double most) const;
+    /// A number with or without a fraction. `otherwise` names in a message what the caller accepts beside it.
+    std::optional<double> number(double least, double most, const char* otherwise = "") const;
     /// true or false.
     std::optional<bool> flag() const;
     /// A number and a unit: "40 ns", "10 us", "1.5 ms", "2 s", "3 min".

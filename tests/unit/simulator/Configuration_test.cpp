@@ -106,7 +106,7 @@ TEST(Configuration, SizeHoldsForAllCameras)
 
 TEST(Configuration, PixelFormatHoldsForAllCameras)
 {
-    for (const char* const name : {"Mono8", "Mono16"}) {
+    for (const char* const name : {"Mono8", "Mono16", "BayerRG12p", "YUV411_8_UYYVYY"}) {
         for (const auto& camera : cameras_of(*Configuration::make(with_format(name)))) {
             EXPECT_STREQ(name, camera.start.format->name);
         }
@@ -122,7 +122,7 @@ TEST(Configuration, MalformedVariablesChangeNothingAndSayWhatIsAllowed)
     for (const char* const size : {"640", "640x", "x480", "640X480", "640x480x3", "0x480", "640x0",
                                    "-640x480", "16385x1", "99999999999x1", "640x480 "})
         malformed.emplace_back(with_size(size), "ZV_GRABBER_SIZE");
-    for (const char* const format : {"mono8", "Mono12", "RGB8", "8"})
+    for (const char* const format : {"mono8", "Mono11", "RGB", "8"})
         malformed.emplace_back(with_format(format), "ZV_GRABBER_PIXEL_FORMAT");
     malformed.emplace_back(with_pictures("relative/folder"), "ZV_GRABBER_PICTURES");
 

@@ -1,0 +1,243 @@
+#include "simulator/config/CameraReader.h"
+
+#include "simulator/Limits.h"
+#include "simulator/config/CameraGeometry.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace zvsim {
+
+namespace {
+
+// The tables are made where they are used: a call that comes while the process ends must find them whole.
+
+using namespace std::chrono_literals;
+
+constexpr auto longest_jitter = 1s;
+constexpr auto longest_start_up = 60s;
+
+YamlChoices<FormatCodes> code_names()
+{
+    return {
+        {"PFNC",      FormatCodes::pfnc     },
+        {"CoaXPress", FormatCodes::coaxpress},
+    };
+}
+
+YamlChoices<TestPattern> pattern_names()
+{
+    return {
+        {"DiagonalRamp",   TestPattern::diagonal_ramp  },
+        {"HorizontalRamp", TestPattern::horizontal_ramp},
+        {"VerticalRamp",   TestPattern::vertical_ramp  },
+        {"ColorBars",      TestPattern::color_bars     },
+        {"Checkerboard",   TestPattern::checkerboard   },
+        {"Black",          TestPattern::black          },
+        {"White",          TestPattern::white          },
+        {"Grey",           TestPattern::grey           },
+        {"Grid",           TestPattern::grid           },
+        {"MovingBar",      TestPattern::moving_bar     },
+        {"Blinking",       TestPattern::blinking       },
+        {"Noise",          TestPattern::noise          },
+        {"FrameCounter",   TestPattern::frame_counter  },
+        {"Star",           TestPattern::star           },
+    };
+}
+
+YamlChoices<AcquisitionMode> mode_names()
+{
+    return {
+        {"Continuous",  AcquisitionMode::continuous  },
+        {"SingleFrame", AcquisitionMode::single_frame},
+        {"MultiFrame",  AcquisitionMode::multi_frame },
+    };
+}
+
+YamlChoices<TriggerSource> source_names()
+{
+    return {
+        {"Software", TriggerSource::software},
+        {"Line0",    TriggerSource::line0   },
+        {"Line1",    TriggerSource::line1   },
+    };
+}
+
+YamlChoices<TriggerActivation> activation_names()
+{
+    return {
+        {"RisingEdge",  TriggerActivation::rising_edge },
+        {"FallingEdge", TriggerActivation::falling_edge},
+        {"AnyEdge",     TriggerActivation::any_edge    },
+        {"LevelHigh",   TriggerActivation::level_high  },
+        {"LevelLow",    TriggerActivation::level_low   },
+    };
+}
+
+std::chrono::nanoseconds in_nanoseconds(double microseconds)
+{
+    return std::chrono::nanoseconds{static_cast<int64_t>(microseconds * 1000)};
+}
+
+using Formats = std::vector<const PixelFormat*>;
+
+YamlChoices<const PixelFormat*> names_of(const Formats& formats)
+{
+    YamlChoices<const PixelFormat*> names;
+    for (const PixelFormat* const format : formats)
+        names.emplace_back(format->name, format);
+    return names;
+}
+
+Formats every_format()
+{
+    Formats formats;
+    for (const PixelFormat& format : pixel_formats())
+        formats.push_back(&format);
+    return formats;
+}
+
+Formats read_format_list(const YamlValue& value)
+{
+    if (value.raw() == "all")
+        return every_format();
+    Formats formats;
+    if (!value.is_list()) {
+        value.wrong("all, or a list of pixel formats");
+        return formats;
+    }
+    const auto names = names_of(every_format());
+    for (const YamlValue& item : value.list(names.size(), 1)) {
+        const auto format = item.choice(names);
+        if (!format)
+            continue;
+        if (std::find(formats.begin(), formats.end(), *format) != formats.end())
+            item.report(item.name() + " is " + (*format)->name + " again", "each format once");
+        else
+            formats.push_back(*format);
+    }
+    return formats;
+}
+
+void read_formats(const YamlMap& map, CameraModel& camera)
+{
+    if (const auto list = map.find("pixel_formats"))
+        camera.formats = read_format_list(*list);
+    const PixelFormat* first = camera.formats.empty() ? &pixel_format("Mono8") : camera.formats.front();
+    const auto choices = names_of(camera.formats.empty() ? every_format() : camera.formats);
+    map.choice("pixel_format", first, choices);
+    camera.start.format = first;
+    if (camera.formats.empty())
+        camera.formats = {first};
+    map.choice("pixel_format_codes", camera.format_codes, code_names());
+}
+
+void read_identity(const YamlMap& map, CameraEntry& entry)
+{
+    CameraModel& camera = entry.model;
+    camera.vendor = "ZEVA Electronics";
+    camera.model = "SoftCam";
+    camera.version = "1.0.0";
+    map.integer("count", entry.count, 1, most_cameras);
+    // Several cameras get numbers behind the texts that tell them apart.
+    const size_t longest = entry.count == 1 ? longest_identity : longest_identity - 3;
+    map.text("vendor", camera.vendor, longest_identity);
+    map.text("model", camera.model, longest_identity);
+    map.text("version", camera.version, longest_identity);
+    map.text("serial", camera.serial_number, longest, 1);
+    map.text("user_id", camera.user_id, longest);
+}
+
+void read_acquisition(const YamlMap& map, CameraModel& camera)
+{
+    CameraSettings& start = camera.start;
+    if (const auto rate = map.find("rate")) {
+        start.is_rate_set = rate->raw() != "free-running";
+        if (start.is_rate_set)
+            start.frames_per_second =
+                rate->number(lowest_rate, highest_rate, "free-running, or ").value_or(lowest_rate);
+    }
+    map.duration("jitter", camera.jitter, 0s, longest_jitter);
+    map.duration("start_up", camera.start_up, 0s, longest_start_up);
+    std::chrono::duration<double, std::micro> exposure{start.exposure_us};
+    map.duration("exposure", exposure, in_nanoseconds(shortest_exposure_us),
+                 in_nanoseconds(longest_exposure_us));
+    start.exposure_us = exposure.count();
+    map.number("gain", start.gain_db, lowest_gain_db, highest_gain_db);
+    map.choice("acquisition_mode", start.mode, mode_names());
+    map.integer("frame_count", start.frame_count, 1, most_frames);
+    map.flag("triggered", start.is_triggered);
+    map.choice("trigger_source", start.trigger_source, source_names());
+    map.choice("trigger_activation", start.trigger_activation, activation_names());
+}
+
+void read_picture(const YamlMap& map, CameraModel& camera, PictureFolders& folders)
+{
+    map.choice("test_pattern", camera.start.pattern, pattern_names());
+    map.flag("stamp", camera.has_stamp);
+    const auto pictures = map.find("pictures");
+    const auto folder = pictures ? pictures->path() : std::nullopt;
+    if (!folder)
+        return;
+    // A relative path would depend on the working directory of whatever application loads the library.
+    if (!std::filesystem::path{*folder}.is_absolute()) {
+        pictures->wrong("the absolute path of a folder");
+        return;
+    }
+    for (const char* const key : {"sensor_width", "sensor_height", "width", "height", "offset_x", "offset_y",
+                                  "pixel_formats", "pixel_format"}) {
+        if (const auto value = map.find(key))
+            value->report(std::string{key} + " stands beside pictures", "one of both: the pictures set it");
+    }
+    camera.pictures = folders.read(*folder);
+    if (camera.pictures == nullptr)
+        return;
+    set_format(camera, camera.pictures->format());
+    set_size(camera, camera.pictures->width(), camera.pictures->height());
+}
+
+} // namespace
+
+YamlKeys camera_keys()
+{
+    return {
+        "camera",
+        {"vendor",
+          "model", "serial",
+          "version", "user_id",
+          "count", "sensor_width",
+          "sensor_height", "width",
+          "height", "offset_x",
+          "offset_y", "pixel_formats",
+          "pixel_format", "pixel_format_codes",
+          "test_pattern", "stamp",
+          "pictures", "rate",
+          "jitter", "start_up",
+          "exposure", "gain",
+          "acquisition_mode", "frame_count",
+          "triggered", "trigger_source",
+          "trigger_activation"}
+    };
+}
+
+std::shared_ptr<const PictureFolder> PictureFolders::read(const std::string& folder)
+{
+    const auto found = m_folders.find(folder);
+    if (found != m_folders.end())
+        return found->second;
+    return m_folders.emplace(folder, PictureFolder::read(folder, m_warnings)).first->second;
+}
+
+CameraEntry read_camera(const YamlValue& value, uint32_t segments, PictureFolders& folders)
+{
+    CameraEntry entry{{}, 1, value.map(camera_keys())};
+    read_identity(entry.map, entry);
+    read_formats(entry.map, entry.model);
+    read_geometry(entry.map, entry.model);
+    read_acquisition(entry.map, entry.model);
+    read_picture(entry.map, entry.model, folders);
+    check_payload(entry.map, entry.model, segments);
+    return entry;
+}
+
+} // namespace zvsim

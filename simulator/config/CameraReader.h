@@ -1,0 +1,41 @@
+/// \file CameraReader.h
+/// A camera of the configuration file.
+#pragma once
+
+#include "simulator/Model.h"
+#include "simulator/PictureFolder.h"
+#include "simulator/config/YamlReader.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zvsim {
+
+/// The picture folders of one configuration, each read once however many cameras show it.
+class PictureFolders {
+public:
+    explicit PictureFolders(std::vector<std::string>& warnings) : m_warnings{warnings} {}
+
+    /// Null, after a warning, when the folder offers no picture.
+    std::shared_ptr<const PictureFolder> read(const std::string& folder);
+
+private:
+    std::vector<std::string>& m_warnings;
+    std::map<std::string, std::shared_ptr<const PictureFolder>> m_folders;
+};
+
+YamlKeys camera_keys();
+
+/// A camera as the file describes it, and how many of them there are.
+struct CameraEntry {
+    CameraModel model;
+    uint32_t count = 1;
+    YamlMap map;
+};
+
+/// `segments`: how many of the camera's pictures a buffer of its grabber holds.
+CameraEntry read_camera(const YamlValue& value, uint32_t segments, PictureFolders& folders);
+
+} // namespace zvsim

@@ -1,0 +1,24 @@
+/// \file ConfigurationFile.h
+/// The file that says which grabbers and cameras there are.
+#pragma once
+
+#include <string>
+
+namespace zvsim {
+
+/// The configuration file as it is now. Two of them are equal when they lead to the same configuration, so
+/// that a comparison tells whether somebody has changed the file.
+struct ConfigurationFile {
+    std::string path;    ///< Empty: there is none, the built-in configuration counts.
+    std::string text;    ///< Of a file that is longer than any may be, no more than shows it.
+    std::string problem; ///< Why the file cannot be read; empty: it can.
+
+    /// The file that ZV_GRABBER_CONFIG names, else the user's, else the system's.
+    static ConfigurationFile find();
+    bool operator==(const ConfigurationFile& other) const;
+};
+
+/// The text of the built-in configuration.
+extern const char* const default_configuration;
+
+} // namespace zvsim
