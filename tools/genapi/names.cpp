@@ -58,6 +58,8 @@ std::vector<std::string> near_names(const std::string& wanted, const std::vector
     std::sort(near.begin(), near.end());
     near.erase(std::unique(near.begin(), near.end()), near.end());
     std::vector<std::string> best;
+    if (!near.empty() && near.front().first == 0)
+        return {near.front().second}; // only capital letters are wrong
     for (std::size_t i = 0; i < std::min(near.size(), most_names); ++i)
         best.push_back(near[i].second);
     return best;

@@ -57,13 +57,14 @@ std::optional<std::int64_t> parse_integer(const std::string& text, Notation nota
         const auto bits = whole<std::uint64_t>(text.substr(2), 16);
         return bits ? std::optional<std::int64_t>(static_cast<std::int64_t>(*bits)) : std::nullopt;
     }
-    return whole<std::int64_t>(text.compare(0, 1, "+") == 0 ? text.substr(1) : text, 10);
+    const bool has_plus = text.size() > 1 && text[0] == '+' && text[1] != '-';
+    return whole<std::int64_t>(has_plus ? text.substr(1) : text, 10);
 }
 
 std::optional<double> parse_float(const std::string& text)
 {
     double number = 0;
-    const std::size_t start = text.compare(0, 1, "+") == 0 ? 1 : 0;
+    const std::size_t start = text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0;
     const char* const end = text.data() + text.size();
     const auto [stopped, error] = std::from_chars(text.data() + start, end, number);
     if (error != std::errc() || stopped != end || !std::isfinite(number))

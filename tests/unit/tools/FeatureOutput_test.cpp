@@ -1,0 +1,107 @@
+#include "zvgentl/FeatureOutput.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "zvgentl/Assignments.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+
+namespace {
+
+FeatureLine line_of(const std::string& name, FeatureKind kind, Value value, int level = 1)
+{
+    FeatureLine line{
+        {name,   level, false},
+        {     }
+    };
+    line.feature.name = name;
+    line.feature.kind = kind;
+    line.feature.value = std::move(value);
+    return line;
+}
+
+} // namespace
+
+TEST(FeatureOutput, ShowsATreeInColumns)
+{
+    FeatureLine width = line_of("Width", FeatureKind::integer, std::int64_t{640});
+    width.feature.minimum = std::int64_t{16};
+    width.feature.maximum = std::int64_t{1024};
+    width.feature.increment = std::int64_t{16};
+    width.feature.unit = "px";
+    FeatureLine format = line_of("PixelFormat", FeatureKind::enumeration, std::string("Mono8"));
+    format.feature.entries = {"Mono8", "Mono12"};
+    format.feature.selects = {"PixelSize"};
+    FeatureLine model = line_of("Model", FeatureKind::string, std::string("A \"B\""));
+    model.feature.access.is_writable = false;
+    model.feature.maximum = std::int64_t{16};
+    FeatureLine start = line_of("Start", FeatureKind::command, {});
+    start.feature.access.is_readable = false;
+    FeatureLine gain = line_of("Gain", FeatureKind::floating_point, {});
+    gain.feature.problem = "the cable\nis out";
+    FeatureLine again = line_of("Image", FeatureKind::category, {}, 0);
+    again.entry.is_repeated = true;
+    EXPECT_EQ(
+        "Image\n"
+        "  Width        Integer      RW  640 px  [16 .. 1024, step 16]\n"
+        "  PixelFormat  Enumeration  RW  Mono8  (Mono8, Mono12)  selects PixelSize\n"
+        "  Model        String       RO  \"A \"B\"\"\n"
+        "  Start        Command      WO\n"
+        "  Gain         Float        RW  ! the cable.is out\n"
+        "Image                           (see above)\n",
+        to_text({line_of("Image", FeatureKind::category, {}, 0), width, format, model, start, gain, again}));
+}
+
+TEST(FeatureOutput, LetsNoDeviceWriteToTheTerminal)
+{
+    const std::string text = to_text({line_of("A", FeatureKind::string, std::string("\x1B[2J\n\t\x7F"))});
+    EXPECT_EQ("  A  String  RW  \".[2J...\"\n", text);
+}
+
+TEST(FeatureOutput, GivesProgramsTypedValues)
+{
+    FeatureLine width = line_of("Width", FeatureKind::integer, std::int64_t{640});
+    width.feature.minimum = std::int64_t{16};
+    const auto json = to_json({width, line_of("Gain", FeatureKind::floating_point, 1.5),
+                               line_of("On", FeatureKind::boolean, true)});
+    EXPECT_EQ(640, json[0]["value"]);
+    EXPECT_EQ(16, json[0]["minimum"]);
+    EXPECT_TRUE(json[0]["maximum"].is_null());
+    EXPECT_EQ("Integer", json[0]["type"]);
+    EXPECT_EQ(1.5, json[1]["value"]);
+    EXPECT_EQ(true, json[2]["value"]);
+    EXPECT_TRUE(to_json(Value(std::numeric_limits<double>::quiet_NaN())).is_null());
+}
+
+TEST(Assignments, AreANameAndAValue)
+{
+    const auto assignment = parse_assignment("Name=a=b ");
+    ASSERT_TRUE(assignment);
+    EXPECT_EQ("Name", assignment->name);
+    EXPECT_EQ("a=b ", assignment->value);
+    EXPECT_EQ("", parse_assignment("Name=")->value);
+    EXPECT_FALSE(parse_assignment("Name"));
+    EXPECT_FALSE(parse_assignment("=1"));
+    EXPECT_FALSE(parse_assignment(""));
+}
+
+TEST(Assignments, MayBeTwoWordsInsteadOfOne)
+{
+    EXPECT_EQ("5", parse_assignments({"Width", "5"})->at(0).value);
+    EXPECT_EQ("b=c", parse_assignments({"Name", "b=c"})->at(0).value);
+    EXPECT_EQ(2U, parse_assignments({"A=1", "B=2"})->size());
+    for (const auto& words : std::vector<std::vector<std::string>>{
+             {   },
+             {    "A"   },
+             { "A", "B", "C"},
+             {   "A=1", "B"},
+             {   "", "1"}
+    })
+        EXPECT_FALSE(parse_assignments(words)) << words.size();
+}
+
+} // namespace zvgentl::test

@@ -1,0 +1,184 @@
+#include "gentl/Port.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "gentl/Error.h"
+
+namespace zvgentl::test {
+
+using namespace GenTL;
+using namespace tool;
+
+namespace {
+
+/// What stands behind the functions of the fake producer; C functions have no other place for it.
+struct FakeProducer {
+    std::array<unsigned char, 256> memory{};
+    std::size_t most_at_once = 256;
+    std::size_t claimed = 0; // the size that is answered, unless 0
+    GC_ERROR answer = GC_ERR_SUCCESS;
+    std::string last_error;
+    std::vector<std::string> calls;
+    std::vector<std::string> urls;
+};
+
+FakeProducer fake;
+
+GC_ERROR GC_CALLTYPE init() { return GC_ERR_SUCCESS; }
+
+GC_ERROR GC_CALLTYPE get_last_error(GC_ERROR* code, char* text, size_t* size)
+{
+    *code = fake.answer;
+    *size = std::min(*size, fake.last_error.size() + 1);
+    std::memcpy(text, fake.last_error.c_str(), *size);
+    return GC_ERR_SUCCESS;
+}
+
+GC_ERROR access(const char* name, uint64_t address, size_t* size)
+{
+    fake.calls.push_back(name + std::to_string(address) + "+" + std::to_string(*size));
+    *size = std::min(*size, fake.most_at_once);
+    return fake.answer;
+}
+
+GC_ERROR GC_CALLTYPE read_port(PORT_HANDLE, uint64_t address, void* buffer, size_t* size)
+{
+    const GC_ERROR error = access("read ", address, size);
+    if (error == GC_ERR_SUCCESS)
+        std::memcpy(buffer, fake.memory.data() + address, *size);
+    *size = fake.claimed != 0 ? fake.claimed : *size;
+    return error;
+}
+
+GC_ERROR GC_CALLTYPE write_port(PORT_HANDLE, uint64_t address, const void* buffer, size_t* size)
+{
+    const GC_ERROR error = access("write ", address, size);
+    if (error == GC_ERR_SUCCESS)
+        std::memcpy(fake.memory.data() + address, buffer, *size);
+    return error;
+}
+
+GC_ERROR GC_CALLTYPE get_num_port_urls(PORT_HANDLE, uint32_t* count)
+{
+    *count = static_cast<uint32_t>(fake.urls.size());
+    return fake.answer;
+}
+
+GC_ERROR GC_CALLTYPE get_port_url_info(PORT_HANDLE, uint32_t index, URL_INFO_CMD, INFO_DATATYPE* type,
+                                       void* buffer, size_t* size)
+{
+    *type = INFO_DATATYPE_STRING;
+    *size = fake.urls[index].size() + 1;
+    if (buffer != nullptr)
+        std::memcpy(buffer, fake.urls[index].c_str(), *size);
+    return GC_ERR_SUCCESS;
+}
+
+Functions fake_functions()
+{
+    Functions functions;
+    functions.GCInitLib = init;
+    functions.GCCloseLib = init;
+    functions.GCGetLastError = get_last_error;
+    functions.GCReadPort = read_port;
+    functions.GCWritePort = write_port;
+    functions.GCGetNumPortURLs = get_num_port_urls;
+    functions.GCGetPortURLInfo = get_port_url_info;
+    return functions;
+}
+
+class PortOfAProducer : public testing::Test {
+protected:
+    PortOfAProducer() { fake = FakeProducer(); }
+
+    std::string error_of_read()
+    {
+        std::array<char, 10> bytes{};
+        try {
+            port.read(0, bytes.data(), bytes.size());
+        } catch (const Error& error) {
+            return error.what();
+        }
+        return "no error";
+    }
+
+    Producer producer{fake_functions()};
+    Port port{producer, &fake};
+};
+
+using Calls = std::vector<std::string>;
+
+} // namespace
+
+TEST_F(PortOfAProducer, ReadsInOneCallWhatItMay)
+{
+    std::memcpy(fake.memory.data() + 16, "description", 11);
+    std::string text(11, '\0');
+    port.read(16, text.data(), text.size());
+    EXPECT_EQ("description", text);
+    EXPECT_EQ(Calls{"read 16+11"}, fake.calls);
+}
+
+TEST_F(PortOfAProducer, AsksForTheRestOfAShortRead)
+{
+    std::memcpy(fake.memory.data() + 16, "description", 11);
+    fake.most_at_once = 4;
+    std::string text(11, '\0');
+    port.read(16, text.data(), text.size());
+    EXPECT_EQ("description", text);
+    EXPECT_EQ((Calls{"read 16+11", "read 20+7", "read 24+3"}), fake.calls);
+}
+
+TEST_F(PortOfAProducer, WritesTheRestOfAShortWrite)
+{
+    fake.most_at_once = 4;
+    port.write(8, "0123456789", 10);
+    EXPECT_EQ(0, std::memcmp(fake.memory.data() + 8, "0123456789", 10));
+    EXPECT_EQ((Calls{"write 8+10", "write 12+6", "write 16+2"}), fake.calls);
+}
+
+TEST_F(PortOfAProducer, CallsNothingForNoBytes)
+{
+    port.read(0, nullptr, 0);
+    port.write(0, nullptr, 0);
+    EXPECT_EQ(Calls{}, fake.calls);
+}
+
+TEST_F(PortOfAProducer, EndsWhenNothingMoves)
+{
+    fake.most_at_once = 0;
+    EXPECT_EQ("GCReadPort failed with GC_ERR_IO (-1010): it moved 0 of 10 bytes at 0x0", error_of_read());
+    EXPECT_THROW(port.write(0, "1", 1), Error);
+}
+
+TEST_F(PortOfAProducer, DoesNotBelieveThatMoreMovedThanWasAskedFor)
+{
+    fake.claimed = 11;
+    EXPECT_EQ("GCReadPort failed with GC_ERR_IO (-1010): it moved 11 of 10 bytes at 0x0", error_of_read());
+}
+
+TEST_F(PortOfAProducer, FailsInTheProducersWords)
+{
+    fake.answer = GC_ERR_INVALID_ADDRESS;
+    fake.last_error = "nothing lies there";
+    EXPECT_EQ("GCReadPort failed with GC_ERR_INVALID_ADDRESS (-1015): nothing lies there", error_of_read());
+}
+
+TEST_F(PortOfAProducer, TellsAllItsUrls)
+{
+    EXPECT_EQ(Calls{}, port.urls());
+    fake.urls = {"Local:a.xml;0;10", "http://maker.example/a.xml"};
+    EXPECT_EQ(fake.urls, port.urls());
+}
+
+TEST_F(PortOfAProducer, FailsWhenItsUrlsCannotBeCounted)
+{
+    fake.answer = GC_ERR_INVALID_HANDLE;
+    EXPECT_THROW(port.urls(), Error);
+}
+
+} // namespace zvgentl::test

@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+
+#include "CameraMap.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+
+namespace {
+
+/// What describing a node of this description tells as its problem.
+std::string problem_of(const std::string& name, const std::string& nodes)
+{
+    const FakeRegisters registers;
+    const NodeMap map(description_of(nodes), registers);
+    const Feature feature = map.describe(name);
+    EXPECT_EQ(FeatureKind::other, feature.kind) << "nothing of it was evaluated";
+    EXPECT_NE("no error", error_of([&] { map.get(name); }));
+    EXPECT_NE("no error", error_of([&] { map.set(name, "1"); }));
+    return feature.problem;
+}
+
+std::string refusal_of(const std::string& description)
+{
+    const FakeRegisters registers;
+    return error_of([&] { const NodeMap map(description, registers); });
+}
+
+std::string integer(const std::string& name, const std::string& content)
+{
+    return "<Integer Name=\"" + name + "\">" + content + "</Integer>\n";
+}
+
+std::string formula(const std::string& name, const std::string& variables, const std::string& text)
+{
+    return "<IntSwissKnife Name=\"" + name + "\">" + variables + "<Formula>" + text +
+           "</Formula></IntSwissKnife>\n";
+}
+
+} // namespace
+
+TEST(HostileDescription, IsRefusedUnlessItIsComplete)
+{
+    const std::string description = camera_description();
+    for (std::size_t size = 0; size + 24 < description.size(); size += 97)
+        EXPECT_TRUE(contains(refusal_of(description.substr(0, size)), "description is damaged")) << size;
+}
+
+TEST(HostileDescription, IsRefusedWhenItIsSomethingElse)
+{
+    EXPECT_TRUE(contains(refusal_of("<html><body/></html>"), "its root element is <html>"));
+    EXPECT_TRUE(contains(refusal_of("PK\x03\x04"), "description is damaged: line 1"));
+    EXPECT_TRUE(contains(refusal_of(std::string(1000, '\0')), "description is damaged"));
+}
+
+TEST(HostileDescription, MayNotDefineEntities)
+{
+    EXPECT_TRUE(contains(refusal_of("<!DOCTYPE RegisterDescription [<!ENTITY a \"aaaa\">]>"
+                                    "<RegisterDescription>&a;</RegisterDescription>"),
+                         "document type declaration"));
+    EXPECT_TRUE(contains(refusal_of("<!DOCTYPE r SYSTEM \"file:///etc/hostname\"><RegisterDescription/>"),
+                         "document type declaration"));
+}
+
+TEST(HostileDescription, MayNotBeNestedWithoutEnd)
+{
+    std::string text = "<RegisterDescription>";
+    for (int i = 0; i < 100000; ++i)
+        text += "<Group>";
+    EXPECT_TRUE(contains(refusal_of(text), "description is damaged"));
+}
+
+TEST(HostileDescription, MayHoldNoNodesAtAll)
+{
+    const FakeRegisters registers;
+    const NodeMap map("<RegisterDescription/>", registers);
+    EXPECT_EQ("there is no category Root", error_of([&] { map.tree(); }));
+    EXPECT_TRUE(contains(error_of([&] { map.get("Width"); }), "no feature Width"));
+}
+
+TEST(HostileDescription, HasUnusableFeaturesWhereReferencesLeadNowhere)
+{
+    EXPECT_TRUE(contains(problem_of("A", integer("A", "<pValue>B</pValue>")),
+                         "description is faulty: A refers to B, which the description does not have"));
+    for (const char* const content : {"<Value>1</Value><pMin>B</pMin>", "<Value>1</Value><pMax>B</pMax>",
+                                      "<pIsAvailable>B</pIsAvailable>", "<pIsLocked>B</pIsLocked>",
+                                      "<pIndex>B</pIndex>", "<pValue></pValue>"})
+        EXPECT_TRUE(contains(problem_of("A", integer("A", content)), "which the description does not have"))
+            << content;
+    EXPECT_TRUE(contains(problem_of("A", integer("A", "<pValue>C</pValue>") +
+                                             formula("C", "<pVariable Name=\"X\">B</pVariable>", "X")),
+                         "C refers to B"));
+}
+
+TEST(HostileDescription, HasUnusableFeaturesWhereReferencesGoRound)
+{
+    EXPECT_TRUE(contains(problem_of("A", integer("A", "<pValue>A</pValue>")), "A depends on itself"));
+    EXPECT_TRUE(
+        contains(problem_of("A", integer("A", "<pValue>B</pValue>") + integer("B", "<pValue>A</pValue>")),
+                 "depends on itself"));
+    EXPECT_TRUE(contains(problem_of("B", integer("B", "<pValue>C</pValue>") +
+                                             formula("C", "<pVariable Name=\"X\">B</pVariable>", "X")),
+                         "depends on itself"));
+    EXPECT_TRUE(
+        contains(problem_of("A", "<IntReg Name=\"A\"><IntSwissKnife Name=\"N\"><pVariable Name=\"X\">A"
+                                 "</pVariable><Formula>X</Formula></IntSwissKnife><Length>4</Length>"
+                                 "<AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"),
+                 "A depends on itself"));
+}
+
+TEST(HostileDescription, MayLockAFeatureByItsOwnValue)
+{
+    const FakeRegisters registers;
+    const NodeMap map(description_of(integer("A", "<Value>1</Value><pIsLocked>A</pIsLocked>")), registers);
+    EXPECT_EQ("1", map.get_text("A"));
+    EXPECT_TRUE(contains(error_of([&] { map.set("A", "2"); }), "it is locked now"));
+}
+
+TEST(HostileDescription, KeepsTheFeaturesThatAreSound)
+{
+    const FakeRegisters registers;
+    const NodeMap map(description_of(integer("A", "<pValue>A</pValue>") + integer("B", "<Value>5</Value>")),
+                      registers);
+    EXPECT_EQ("5", map.get_text("B"));
+}
+
+TEST(HostileDescription, HasUnusableFeaturesAtTheEndOfLongChains)
+{
+    std::string nodes = integer("N0", "<Value>7</Value>");
+    for (int i = 1; i <= 20000; ++i)
+        nodes += integer("N" + std::to_string(i), "<pValue>N" + std::to_string(i - 1) + "</pValue>");
+    EXPECT_TRUE(contains(problem_of("N20000", nodes), "too long a chain of nodes"));
+    const FakeRegisters registers;
+    EXPECT_EQ("7", NodeMap(description_of(nodes), registers).get_text("N100"));
+}
+
+TEST(HostileDescription, HasUnusableFeaturesThatWouldTakeForEver)
+{
+    std::string nodes = integer("N0", "<Value>1</Value>");
+    for (int i = 1; i <= 60; ++i) {
+        const std::string below = "N" + std::to_string(i - 1);
+        nodes += formula("N" + std::to_string(i),
+                         "<pVariable Name=\"X\">" + below + "</pVariable><pVariable Name=\"Y\">" + below +
+                             "</pVariable>",
+                         "X + Y");
+    }
+    EXPECT_TRUE(contains(problem_of("N60", nodes), "depends on too many nodes"));
+}
+
+TEST(HostileDescription, MayListCategoriesInCircles)
+{
+    const FakeRegisters registers;
+    const NodeMap map(
+        description_of("<Category Name=\"Root\"><pFeature>A</pFeature><pFeature>Root</pFeature></Category>"
+                       "<Category Name=\"A\"><pFeature>B</pFeature><pFeature>B</pFeature></Category>"
+                       "<Category Name=\"B\"><pFeature>A</pFeature></Category>"),
+        registers);
+    const auto entries = map.tree();
+    ASSERT_EQ(5U, entries.size());
+    EXPECT_EQ("A", entries[2].name);
+    EXPECT_TRUE(entries[2].is_repeated);
+    EXPECT_TRUE(entries[3].is_repeated);
+    EXPECT_EQ("Root", entries[4].name);
+    EXPECT_TRUE(entries[4].is_repeated);
+}
+
+TEST(HostileDescription, HasUnusableRegistersOfImpossibleLength)
+{
+    const auto reg = [](const std::string& element, const std::string& length) {
+        return "<" + element + " Name=\"A\"><Address>0</Address><Length>" + length +
+               "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></" + element + ">\n";
+    };
+    for (const char* const length : {"0", "-4", "9", "40000000000", "0xFFFFFFFFFFFFFFFF", "four", ""})
+        EXPECT_TRUE(contains(problem_of("A", reg("IntReg", length)), "cannot be")) << length;
+    EXPECT_TRUE(contains(problem_of("A", reg("StringReg", "40000000000")), "bytes long"));
+    EXPECT_TRUE(contains(problem_of("A", reg("Register", "0")), "bytes long"));
+}
+
+TEST(HostileDescription, DoesNotTakeTheMemoryThatTheDeviceNames)
+{
+    FakeRegisters registers;
+    const NodeMap map(
+        description_of(register_of("LengthReg", 0) +
+                       "<StringReg Name=\"A\"><Address>0x100</Address><pLength>LengthReg</pLength>"
+                       "<AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>"
+                       "<String Name=\"B\"><pValue>A</pValue></String>"),
+        registers);
+    registers.put<std::uint32_t>(0, 0xFFFFFFF0);
+    EXPECT_TRUE(contains(map.describe("B").problem, "says that it is 4294967280 bytes long"));
+    registers.put<std::uint32_t>(0, 8);
+    registers.put<std::uint32_t>(0x100, 0x44434241);
+    EXPECT_EQ("ABCD", map.get_text("B"));
+}
+
+TEST(HostileDescription, HasUnusableFormulas)
+{
+    const std::string variable = "<pVariable Name=\"X\">B</pVariable>";
+    const std::string value = integer("B", "<Value>3</Value>");
+    for (const char* const text : {"1 + (", "Y + 1", "", "((((", "FOO(X)", "1 2"})
+        EXPECT_TRUE(contains(problem_of("A", formula("A", variable, text) + value), "cannot be evaluated"))
+            << text;
+    EXPECT_TRUE(
+        contains(problem_of("A", formula("A", "<pVariable Name=\"X.Max\">B</pVariable>", "X.Max") + value),
+                 "its formula uses X.Max"));
+    EXPECT_TRUE(contains(problem_of("A", formula("A", "<Expression Name=\"E\">E + 1</Expression>", "E")),
+                         "cannot be evaluated"));
+}
+
+TEST(HostileDescription, MayUseFormulasThatAreZeroSomewhere)
+{
+    const FakeRegisters registers;
+    const NodeMap map(description_of(formula("A", "<pVariable Name=\"X\">B</pVariable>", "12 / (X - 1)") +
+                                     integer("B", "<Value>3</Value>")),
+                      registers);
+    EXPECT_EQ("6", map.get_text("A"));
+}
+
+TEST(HostileDescription, MayNameTheSameNodeTwice)
+{
+    const FakeRegisters registers;
+    const NodeMap map(description_of(integer("A", "<pValue>A</pValue>") + integer("A", "<Value>5</Value>")),
+                      registers);
+    EXPECT_NE("", map.describe("A").name); // whichever of them counts, it ends
+}
+
+TEST(HostileDescription, MayHoldReferencesToNodesOfTheWrongKind)
+{
+    const FakeRegisters registers;
+    const NodeMap map(
+        description_of(integer("A", "<pValue>Text</pValue>") +
+                       integer("B", "<Value>1</Value><pIsLocked>Text</pIsLocked>") +
+                       integer("C", "<pValue>Root</pValue>") +
+                       "<Boolean Name=\"D\"><pValue>Device</pValue></Boolean>"
+                       "<Enumeration Name=\"E\"><pValue>Text</pValue></Enumeration>"
+                       "<Command Name=\"F\"><pValue>Text</pValue><CommandValue>1</CommandValue></Command>"
+                       "<String Name=\"Text\"><Value>hello</Value></String>"
+                       "<Category Name=\"Root\"/>"),
+        registers);
+    for (const char* const name : {"A", "B", "C", "D", "E", "F"}) {
+        map.describe(name);
+        error_of([&] { map.set(name, "1"); });
+        error_of([&] { map.execute(name, std::chrono::milliseconds(1)); });
+    }
+    EXPECT_EQ("Text is no number", map.describe("B").problem);
+}
+
+} // namespace zvgentl::test

@@ -1,0 +1,213 @@
+#include <gtest/gtest.h>
+
+#include "CameraMap.h"
+#include "genapi/values.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+
+namespace {
+
+class ReadFeatures : public CameraMap {};
+
+std::vector<std::string> names_of(const std::vector<TreeEntry>& entries)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : entries)
+        names.push_back(std::string(static_cast<std::size_t>(entry.level), '.') + entry.name);
+    return names;
+}
+
+using Names = std::vector<std::string>;
+
+} // namespace
+
+TEST_F(ReadFeatures, ListsTheTreeBelowRoot)
+{
+    EXPECT_EQ((Names{"ImageFormat", ".Width", ".OffsetX", ".PixelFormat", ".ReverseX", ".NotThere",
+                     "Acquisition", ".ExposureTime", ".Gain", ".TriggerSelector", ".TriggerMode",
+                     ".AcquisitionStart", ".DeviceUserID"}),
+              names_of(map.tree()));
+}
+
+TEST_F(ReadFeatures, ListsOneCategory)
+{
+    EXPECT_EQ("Width", map.tree("ImageFormat").at(0).name);
+    EXPECT_EQ(5U, map.tree("ImageFormat").size());
+}
+
+TEST_F(ReadFeatures, NamesTheCategoriesWhenOneIsNotThere)
+{
+    EXPECT_EQ("there is no category Width; there are Root, ImageFormat, Acquisition",
+              error_of([this] { map.tree("Width"); }));
+}
+
+TEST_F(ReadFeatures, DescribesAnInteger)
+{
+    const Feature width = feature("Width");
+    EXPECT_EQ(FeatureKind::integer, width.kind);
+    EXPECT_EQ(Value(std::int64_t{640}), width.value);
+    EXPECT_EQ("16 to 1024 in steps of 16", range_text(width));
+    EXPECT_EQ("px", width.unit);
+    EXPECT_EQ("Expert", width.visibility);
+    EXPECT_EQ("Picture Width", width.display_name);
+    EXPECT_EQ("Width of the picture", width.description);
+    EXPECT_EQ("RW", access_name(width.access));
+    EXPECT_EQ("", width.problem);
+}
+
+TEST_F(ReadFeatures, FollowsLimitsThatDependOnEachOther)
+{
+    EXPECT_EQ("0 to 384", range_text(feature("OffsetX")));
+    registers.put<std::uint32_t>(0x04, 300);
+    EXPECT_EQ("16 to 724 in steps of 16", range_text(feature("Width")));
+}
+
+TEST_F(ReadFeatures, ReadsRegistersOfEveryKind)
+{
+    registers.put<std::uint32_t>(0x10, 0xF08);
+    registers.put<std::uint32_t>(0x310, 0xFEFFFFFF);
+    registers.put<std::uint32_t>(0x300, 0x0A14);
+    registers.put<std::uint32_t>(0x200, 0xD4C3B2A1);
+    EXPECT_EQ("640", text("WidthReg"));
+    EXPECT_EQ("15", text("Nibble"));
+    EXPECT_EQ("true", text("ReverseX"));
+    EXPECT_EQ("-2", text("BigEndian"));
+    EXPECT_EQ("20", text("Temperature"));
+    EXPECT_EQ("10", text("Voltage"));
+    EXPECT_EQ("A1 B2 C3 D4", text("Blob"));
+    EXPECT_EQ("1.5", text("Gain"));
+}
+
+TEST_F(ReadFeatures, EvaluatesFormulas)
+{
+    registers.put<std::uint32_t>(0x3C, 21);
+    EXPECT_EQ("6.4", text("Ratio"));
+    EXPECT_EQ("100", text("ExposureTime"));
+    EXPECT_EQ("42", text("Doubled"));
+    EXPECT_EQ("1024", text("WidthMax"));
+}
+
+TEST_F(ReadFeatures, ReadsTexts)
+{
+    std::memcpy(registers.bytes.data() + 0x100, "left", 4);
+    EXPECT_EQ("left", text("DeviceUserID"));
+    EXPECT_EQ("left", text("UserName"));
+    EXPECT_EQ("Test Ltd.", text("Vendor"));
+    EXPECT_EQ(Value(std::int64_t{16}), feature("UserName").maximum);
+}
+
+TEST_F(ReadFeatures, EndsATextWithItsRegister)
+{
+    std::memset(registers.bytes.data() + 0x100, 'x', 32);
+    EXPECT_EQ(std::string(16, 'x'), text("DeviceUserID"));
+}
+
+TEST_F(ReadFeatures, DescribesAnEnumerationWithWhatCanBeChosen)
+{
+    const Feature format = feature("PixelFormat");
+    EXPECT_EQ(FeatureKind::enumeration, format.kind);
+    EXPECT_EQ(Value(std::string("Mono8")), format.value);
+    EXPECT_EQ((Names{"Mono8", "Mono12"}), format.entries) << "colour is not available";
+}
+
+TEST_F(ReadFeatures, SaysThatAValueIsNoEntry)
+{
+    registers.put<std::uint32_t>(0x08, 99);
+    EXPECT_EQ("PixelFormat cannot be read: the device's value 99 is none of its entries",
+              feature("PixelFormat").problem);
+}
+
+TEST_F(ReadFeatures, WritesAddressesAsTheDescriptionWants)
+{
+    registers.put<std::uint32_t>(0x50, 0xC0A80001);
+    EXPECT_EQ("192.168.0.1", text("Address"));
+    EXPECT_EQ("0xC0A80001", text("Mask"));
+}
+
+TEST_F(ReadFeatures, FollowsASelector)
+{
+    registers.put<std::uint32_t>(0x40, 5);
+    registers.put<std::uint32_t>(0x44, 6);
+    EXPECT_EQ("5", text("TriggerMode"));
+    registers.put<std::uint32_t>(0x30, 1);
+    EXPECT_EQ("6", text("TriggerMode"));
+    EXPECT_EQ(Names{"TriggerMode"}, feature("TriggerSelector").selects);
+}
+
+TEST_F(ReadFeatures, SeesTheDevicesPresentValueEveryTime)
+{
+    EXPECT_EQ("640", text("Width"));
+    registers.put<std::uint32_t>(0x00, 320);
+    EXPECT_EQ("320", text("Width"));
+}
+
+TEST_F(ReadFeatures, KnowsWhatMayBeDone)
+{
+    const std::pair<const char*, const char*> accesses[] = {
+        {"Width",            "RW"},
+        {"Gain",             "RW"},
+        {"Ratio",            "RO"},
+        {"Temperature",      "RO"},
+        {"Doubled",          "RO"},
+        {"Vendor",           "RO"},
+        {"AcquisitionStart", "WO"},
+        {"Reset",            "WO"},
+    };
+    for (const auto& [name, access] : accesses)
+        EXPECT_EQ(access, access_name(feature(name).access)) << name;
+}
+
+TEST_F(ReadFeatures, ChangesWhatMayBeDoneWithTheDevice)
+{
+    registers.put<std::uint32_t>(0x14, 1); // Locked
+    registers.put<std::uint32_t>(0x18, 0); // HasGain
+    EXPECT_EQ("RO locked", access_name(feature("Width").access));
+    EXPECT_EQ("NA", access_name(feature("Gain").access));
+    EXPECT_EQ("", feature("Gain").problem);
+    EXPECT_TRUE(
+        contains(error_of([this] { map.get("Gain"); }), "Gain cannot be read: it is not available now"));
+}
+
+TEST_F(ReadFeatures, DoesNotReadWhatCanOnlyBeWritten)
+{
+    EXPECT_EQ("ResetReg cannot be read: it can only be written", error_of([this] { map.get("ResetReg"); }));
+    EXPECT_EQ("AcquisitionStart is a command and has no value; `zvgentl exec AcquisitionStart` executes it",
+              error_of([this] { map.get("AcquisitionStart"); }));
+    EXPECT_TRUE(contains(error_of([this] { map.get("Root"); }), "is a category"));
+}
+
+TEST_F(ReadFeatures, SuggestsNamesForOneThatIsNotThere)
+{
+    EXPECT_EQ("there is no feature Wdith; did you mean Width?", error_of([this] { map.get("Wdith"); }));
+    EXPECT_EQ("there is no feature exposure; did you mean ExposureTime?",
+              error_of([this] { map.get("exposure"); }));
+    EXPECT_EQ("there is no feature Zoom; `zvgentl features` shows those that there are",
+              error_of([this] { map.get("Zoom"); }));
+    EXPECT_TRUE(contains(error_of([this] { map.get("Device"); }), "no feature Device")) << "it is a port";
+    EXPECT_TRUE(contains(error_of([this] { map.get(""); }), "no feature"));
+}
+
+TEST_F(ReadFeatures, PassesOnWhatThePortSays)
+{
+    registers.refusal = "GCReadPort failed with GC_ERR_IO (-1010): the cable is out";
+    EXPECT_TRUE(contains(error_of([this] { map.get("ExposureTime"); }), registers.refusal));
+    EXPECT_TRUE(contains(feature("Width").problem, registers.refusal));
+    registers.refusal.clear();
+    EXPECT_EQ("640", text("Width")) << "and goes on when the port is back";
+}
+
+TEST_F(ReadFeatures, UsesDescriptionsOfAnOlderSchema)
+{
+    std::string description = camera_description();
+    const std::string version = "SchemaMinorVersion=\"1\"";
+    description.replace(description.find(version), version.size(), "SchemaMinorVersion=\"0\"");
+    const NodeMap old(description, registers);
+    registers.put<std::uint32_t>(0x310, 0xFEFFFFFF);
+    EXPECT_EQ("640", old.get_text("Width"));
+    old.set("Width", "320");
+    EXPECT_EQ(320U, registers.at<std::uint32_t>(0x00));
+}
+
+} // namespace zvgentl::test

@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include "CameraMap.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+using std::chrono::milliseconds;
+
+namespace {
+
+class WriteFeatures : public CameraMap {};
+
+} // namespace
+
+TEST_F(WriteFeatures, SetsAnInteger)
+{
+    map.set("Width", "320");
+    EXPECT_EQ(320U, registers.at<std::uint32_t>(0x00));
+    map.set("Width", "0x10");
+    EXPECT_EQ(16U, registers.at<std::uint32_t>(0x00));
+}
+
+TEST_F(WriteFeatures, RefusesAnIntegerBeyondItsLimits)
+{
+    const std::string allowed = "; allowed: 16 to 1024 in steps of 16 px";
+    for (const char* const value : {"0", "1040", "-16", "650", "9223372036854775807"})
+        EXPECT_EQ("Width cannot be \"" + std::string(value) + "\"" + allowed, refusal_of_set("Width", value));
+    for (const char* const value : {"", "wide", "640.0", "640 ", " 640", "9223372036854775808", "0x", "1e3"})
+        EXPECT_TRUE(contains(refusal_of_set("Width", value), "a whole number, 16 to 1024")) << value;
+}
+
+TEST_F(WriteFeatures, ChecksAgainstTheLimitsOfTheMoment)
+{
+    map.set("OffsetX", "384");
+    EXPECT_TRUE(contains(refusal_of_set("OffsetX", "385"), "allowed: 0 to 384"));
+    EXPECT_TRUE(contains(refusal_of_set("Width", "656"), "allowed: 16 to 640"));
+    map.set("OffsetX", "0");
+    map.set("Width", "656");
+}
+
+TEST_F(WriteFeatures, SetsANumberThroughItsConverter)
+{
+    map.set("ExposureTime", "250.5");
+    EXPECT_EQ(2505U, registers.at<std::uint32_t>(0x0C));
+    map.set("Gain", "-2.25");
+    EXPECT_EQ(-2.25, registers.at<double>(0x20));
+}
+
+TEST_F(WriteFeatures, RefusesANumberBeyondItsLimits)
+{
+    EXPECT_EQ("ExposureTime cannot be \"9.5\"; allowed: 10 to 1000000 us",
+              refusal_of_set("ExposureTime", "9.5"));
+    for (const char* const value : {"", "long", "nan", "inf", "1e999", "10us", "1,5"})
+        EXPECT_TRUE(contains(refusal_of_set("ExposureTime", value), "a number, 10 to 1000000")) << value;
+}
+
+TEST_F(WriteFeatures, SetsABooleanWithoutTouchingItsNeighbours)
+{
+    registers.put<std::uint32_t>(0x10, 0xFFFFFFF7);
+    for (const char* const value : {"true", "On", "1"})
+        map.set("ReverseX", value);
+    EXPECT_EQ(0xFFFFFFFFU, registers.at<std::uint32_t>(0x10));
+    map.set("ReverseX", "FALSE");
+    EXPECT_EQ(0xFFFFFFF7U, registers.at<std::uint32_t>(0x10));
+    EXPECT_EQ("ReverseX cannot be \"2\"; allowed: true or false", refusal_of_set("ReverseX", "2"));
+}
+
+TEST_F(WriteFeatures, SetsPartsOfARegister)
+{
+    registers.put<std::uint32_t>(0x10, 0xFFFFFFFF);
+    map.set("Nibble", "5");
+    EXPECT_EQ(0xFFFFF5FFU, registers.at<std::uint32_t>(0x10));
+    EXPECT_TRUE(contains(refusal_of_set("Nibble", "16"), "allowed: 0 to 15"));
+}
+
+TEST_F(WriteFeatures, SetsAnEnumerationByTheNamesOfItsEntries)
+{
+    map.set("PixelFormat", "Mono12");
+    EXPECT_EQ(0x01100005U, registers.at<std::uint32_t>(0x08));
+    for (const char* const value : {"RGB8", "mono8", "Mono", "", "17825797"})
+        EXPECT_EQ("PixelFormat cannot be \"" + std::string(value) + "\"; allowed: Mono8, Mono12",
+                  refusal_of_set("PixelFormat", value));
+}
+
+TEST_F(WriteFeatures, SetsATextAndFillsTheRestWithZeros)
+{
+    std::memset(registers.bytes.data() + 0x100, 'x', 32);
+    map.set("DeviceUserID", "left");
+    EXPECT_EQ(std::string("left") + std::string(12, '\0') + "x",
+              std::string(reinterpret_cast<const char*>(registers.bytes.data()) + 0x100, 17));
+    map.set("DeviceUserID", "0123456789abcdef");
+    EXPECT_EQ("0123456789abcdef", text("DeviceUserID"));
+    map.set("UserName", "");
+    EXPECT_EQ("", text("DeviceUserID"));
+}
+
+TEST_F(WriteFeatures, RefusesATextThatIsTooLong)
+{
+    for (const char* const name : {"DeviceUserID", "UserName"})
+        EXPECT_TRUE(contains(refusal_of_set(name, "0123456789abcdefg"), "at most 16 characters")) << name;
+}
+
+TEST_F(WriteFeatures, SetsBytes)
+{
+    map.set("Blob", "01 02 0a FF");
+    EXPECT_EQ(0xFF0A0201U, registers.at<std::uint32_t>(0x200));
+    for (const char* const value : {"", "01 02 03", "0102030405", "01 02 03 4", "01 02 03 0g"})
+        EXPECT_TRUE(contains(refusal_of_set("Blob", value), "4 bytes")) << value;
+}
+
+TEST_F(WriteFeatures, SetsAddressesAsTheDescriptionWritesThem)
+{
+    map.set("Address", "10.0.0.1");
+    EXPECT_EQ(0x0A000001U, registers.at<std::uint32_t>(0x50));
+    for (const char* const value : {"10.0.0", "10.0.0.256", "10.0.0.1.2", "10..0.1"})
+        EXPECT_TRUE(contains(refusal_of_set("Address", value), "a whole number")) << value;
+}
+
+TEST_F(WriteFeatures, FollowsASelector)
+{
+    map.set("TriggerSelector", "LineStart");
+    map.set("TriggerMode", "6");
+    EXPECT_EQ(6U, registers.at<std::uint32_t>(0x44));
+    EXPECT_EQ(0U, registers.at<std::uint32_t>(0x40));
+}
+
+TEST_F(WriteFeatures, RefusesWhatCannotBeWritten)
+{
+    registers.put<std::uint32_t>(0x14, 1); // Locked
+    registers.put<std::uint32_t>(0x18, 0); // HasGain
+    EXPECT_EQ("Vendor cannot be written: it is read only", refusal_of_set("Vendor", "x"));
+    EXPECT_EQ("Ratio cannot be written: it is read only", refusal_of_set("Ratio", "1"));
+    EXPECT_EQ("Temperature cannot be written: it is read only", refusal_of_set("Temperature", "1"));
+    EXPECT_TRUE(contains(refusal_of_set("Width", "320"), "Width cannot be written: it is locked now"));
+    EXPECT_TRUE(contains(refusal_of_set("Gain", "1"), "Gain cannot be written: it is not available now"));
+    EXPECT_TRUE(contains(refusal_of_set("AcquisitionStart", "1"), "`zvgentl exec AcquisitionStart`"));
+    EXPECT_TRUE(contains(refusal_of_set("Root", "1"), "Root is a category"));
+    EXPECT_TRUE(contains(refusal_of_set("Widht", "1"), "did you mean Width?"));
+}
+
+TEST_F(WriteFeatures, PassesOnWhatThePortSays)
+{
+    registers.on_write = [] {
+        throw std::runtime_error("GCWritePort failed with GC_ERR_INVALID_VALUE (-1019)");
+    };
+    const std::string refusal = error_of([this] { map.set("Gain", "1"); });
+    EXPECT_TRUE(contains(refusal, "Gain was not set to \"1\"")) << refusal;
+    EXPECT_TRUE(contains(refusal, "GC_ERR_INVALID_VALUE")) << refusal;
+}
+
+TEST_F(WriteFeatures, ExecutesACommandThatClearsItself)
+{
+    registers.on_write = [this] { registers.put<std::uint32_t>(0x34, 0); };
+    map.execute("AcquisitionStart", milliseconds(60000));
+    EXPECT_EQ(1, registers.writes);
+}
+
+TEST_F(WriteFeatures, ExecutesACommandThatNeverTellsWhetherItIsDone)
+{
+    map.execute("Reset", milliseconds(60000));
+    EXPECT_EQ(7U, registers.at<std::uint32_t>(0x38));
+}
+
+TEST_F(WriteFeatures, WaitsNoLongerForACommandThanAllowed)
+{
+    EXPECT_EQ(
+        "AcquisitionStart was started, but the device has not finished it after 20 ms; --timeout sets how "
+        "long to wait",
+        error_of([this] { map.execute("AcquisitionStart", milliseconds(20)); }));
+    EXPECT_LT(1, registers.reads);
+}
+
+TEST_F(WriteFeatures, ExecutesCommandsOnly)
+{
+    EXPECT_EQ("Width is no command; `zvgentl set Width=VALUE` writes a value",
+              error_of([this] { map.execute("Width", milliseconds(1)); }));
+    EXPECT_TRUE(contains(error_of([this] { map.execute("Rset", milliseconds(1)); }), "no feature Rset"));
+    registers.refusal = "the cable is out";
+    EXPECT_TRUE(
+        contains(error_of([this] { map.execute("Reset", milliseconds(1)); }), "Reset was not executed: "));
+}
+
+} // namespace zvgentl::test
