@@ -23,7 +23,7 @@ size_t ring_size(size_t frame_space, uint32_t frames)
 
 } // namespace
 
-CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, const CameraDevice& device,
+CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, CameraDevice& device,
                            uint32_t frames)
     : Stream{library, handle, camera, device},
       m_frame_space{frame_space_for(payload())}, m_ring{ring_size(m_frame_space, frames)},

@@ -14,8 +14,7 @@ namespace zvsim {
 class CyclicStream final : public Stream {
 public:
     /// Throws std::bad_alloc.
-    CyclicStream(Library& library, uint32_t handle, uint32_t camera, const CameraDevice& device,
-                 uint32_t frames);
+    CyclicStream(Library& library, uint32_t handle, uint32_t camera, CameraDevice& device, uint32_t frames);
 
     /// The ring frame last filled, or 0xFFFFFFFF.
     uint32_t last_frame() const { return m_last; }

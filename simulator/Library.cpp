@@ -67,7 +67,7 @@ void Library::configure()
     auto configuration = Configuration::make(environment); // reads pictures: not under the lock
     std::vector<std::unique_ptr<GrabberDevice>> devices;
     for (const GrabberModel& model : configuration->grabbers)
-        devices.push_back(std::make_unique<GrabberDevice>(model));
+        devices.push_back(std::make_unique<GrabberDevice>(model, static_cast<uint32_t>(devices.size())));
     log_outcome(*configuration);
     guard.lock();
     if (is_settled())

@@ -73,7 +73,7 @@ public:
     Camera* find_camera(uint32_t handle);
     uint32_t close_camera(Lock& lock, uint32_t handle);
 
-    using MakeStream = std::function<std::unique_ptr<Stream>(uint32_t handle, const CameraDevice& device)>;
+    using MakeStream = std::function<std::unique_ptr<Stream>(uint32_t handle, CameraDevice& device)>;
     /// A stream handle, or ZV_NO_HANDLE.
     uint32_t add_stream(uint32_t camera, const MakeStream& make);
     uint32_t delete_stream(Lock& lock, uint32_t handle);

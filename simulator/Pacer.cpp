@@ -6,14 +6,14 @@ namespace {
 
 constexpr std::chrono::seconds longest_lag{1};
 
+} // namespace
+
 uint64_t ticks_of_25_mhz(Clock::time_point time)
 {
     using Nanoseconds = std::chrono::nanoseconds;
     const auto ns = std::chrono::duration_cast<Nanoseconds>(time.time_since_epoch()).count();
     return static_cast<uint64_t>(ns) / 40;
 }
-
-} // namespace
 
 Pacer::Pacer(double frames_per_second, Clock::time_point first_frame)
     : m_period_ns{frames_per_second > 0 ? 1e9 / frames_per_second : 0}, m_first_frame{first_frame}

@@ -9,6 +9,9 @@ namespace zvsim {
 
 using Clock = std::chrono::steady_clock;
 
+/// The time as the cameras tell it.
+uint64_t ticks_of_25_mhz(Clock::time_point time);
+
 /// One frame that the camera exposed: its number since the start, and its time in ticks of 25 MHz.
 struct Frame {
     uint64_t id;

@@ -9,7 +9,7 @@
 
 namespace zvsim {
 
-Stream::Stream(Library& library, uint32_t handle, uint32_t camera, const CameraDevice& device)
+Stream::Stream(Library& library, uint32_t handle, uint32_t camera, CameraDevice& device)
     : m_library{library}, m_handle{handle}, m_camera{camera}, m_device{device}, m_payload{device.payload()}
 {
 }
@@ -38,14 +38,21 @@ void Stream::start(uint32_t frames)
     ++m_started;
     m_is_acquiring = true;
     m_has_run_out = false;
+    m_device.begin_acquisition();
     wake();
 }
 
 void Stream::stop()
 {
-    m_is_acquiring = false;
+    idle();
     m_stopped = m_started;
     wake();
+}
+
+void Stream::idle()
+{
+    if (std::exchange(m_is_acquiring, false))
+        m_device.end_acquisition();
 }
 
 void Stream::run_out()
@@ -95,7 +102,7 @@ void Stream::acquire(Lock& lock, Acquisition& acquisition)
         expose(lock, acquisition, acquisition.pacer.take(Clock::now()));
     if (!is_current(acquisition))
         return;
-    m_is_acquiring = false; // before the report, so that its receiver can start again
+    idle(); // before the report, so that its receiver can start again
     report_end(lock);
 }
 

@@ -30,7 +30,7 @@ using Lock = std::unique_lock<std::mutex>;
 /// keeps it until its thread has left.
 class Stream {
 public:
-    Stream(Library& library, uint32_t handle, uint32_t camera, const CameraDevice& device);
+    Stream(Library& library, uint32_t handle, uint32_t camera, CameraDevice& device);
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
     /// Joins the thread, which must have left or never started. Without the lock.
@@ -87,6 +87,7 @@ protected:
 private:
     void work();
     void acquire(Lock& lock, Acquisition& acquisition);
+    void idle();
     bool wait_for_frame(Lock& lock, const Acquisition& acquisition);
     bool wait_for_room(Lock& lock, const Acquisition& acquisition);
     /// Delivers a frame, or what faults make of it.
@@ -97,7 +98,7 @@ private:
     Library& m_library;
     const uint32_t m_handle;
     const uint32_t m_camera;
-    const CameraDevice& m_device;
+    CameraDevice& m_device;
     const uint64_t m_payload;
 
     std::condition_variable m_wake; ///< Wakes the thread, and nobody else.

@@ -75,6 +75,8 @@ uint32_t ZVGR_CameraOpen2(uint32_t camera, const char* description_file)
         Camera* const found = library.find_camera(camera);
         if (found == nullptr)
             return status_bad_handle;
+        if (!found->is_open)
+            found->device->begin_session();
         found->is_open = true;
         found->has_been_lost = false;
         return status_ok;

@@ -33,7 +33,7 @@ uint32_t ZVGR_StreamCreate(uint32_t camera, uint32_t* stream, uint32_t index)
 {
     const Call call{Function::stream_create, handle_target(camera), {{{"index", index}}}, stream};
     return api_call(call, status_failed, [&] {
-        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraDevice& device) {
+        return create_stream(camera, stream, index, [&](uint32_t handle, CameraDevice& device) {
             return std::make_unique<QueuedStream>(Library::instance(), handle, camera, device);
         });
     });
@@ -48,7 +48,7 @@ uint32_t ZVGR_StreamCreateAndAlloc(uint32_t camera, uint32_t* stream, uint32_t f
     return api_call(call, status_failed, [&] {
         if (frames == 0 || frames > largest_ring)
             return status_bad_argument;
-        return create_stream(camera, stream, index, [&](uint32_t handle, const CameraDevice& device) {
+        return create_stream(camera, stream, index, [&](uint32_t handle, CameraDevice& device) {
             return std::make_unique<CyclicStream>(Library::instance(), handle, camera, device, frames);
         });
     });

@@ -1,5 +1,7 @@
 #include "simulator/Library.h"
 #include "simulator/api_call.h"
+#include "simulator/features/CameraRegisters.h"
+#include "simulator/features/GrabberRegisters.h"
 
 #include "zvgr/ZVGRLib.h"
 
@@ -9,81 +11,81 @@ using namespace zvsim;
 
 namespace {
 
-constexpr int64_t channel_idle = 1; // any number but that of "grabbing"
-
 /// What a value is read from. A grabber's handle stands for its first camera too: handles of all kinds answer
 /// all values.
 struct Subject {
-    const GrabberModel* grabber = nullptr;
+    const GrabberDevice* grabber = nullptr;
     const CameraDevice* camera = nullptr;
-    bool is_grabbing = false;
+    bool stands_for_all_cameras = false;
 };
-
-Subject subject_of_grabber(Library& library, const Grabber& grabber)
-{
-    const uint32_t first = grabber.cameras.empty() ? ZV_NO_HANDLE : grabber.cameras.front();
-    const Camera* const first_camera = library.find_camera(first);
-    Subject subject{&grabber.device->model(), first_camera != nullptr ? first_camera->device : nullptr};
-    for (const uint32_t camera : grabber.cameras)
-        subject.is_grabbing = subject.is_grabbing || library.acquiring_stream(camera) != nullptr;
-    return subject;
-}
 
 Subject subject_of(Library& library, uint32_t handle)
 {
-    if (const Grabber* const grabber = library.find_grabber(handle))
-        return subject_of_grabber(library, *grabber);
+    if (const Grabber* const grabber = library.find_grabber(handle)) {
+        const auto& cameras = grabber->device->cameras();
+        return {grabber->device, cameras.empty() ? nullptr : cameras.front().get(), true};
+    }
     const auto* const stream = library.find_stream<Stream>(handle);
-    const uint32_t camera_handle = stream != nullptr ? stream->camera() : handle;
-    const Camera* const camera = library.find_camera(camera_handle);
+    const Camera* const camera = library.find_camera(stream != nullptr ? stream->camera() : handle);
     if (camera == nullptr)
         return {};
-    return {&library.find_grabber(camera->grabber)->device->model(), camera->device,
-            library.acquiring_stream(camera_handle) != nullptr};
+    return {library.find_grabber(camera->grabber)->device, camera->device};
 }
 
-struct ValueRow {
+/// What the library can do, beside the features of the grabber.
+struct CapabilityRow {
     std::string_view name;
-    int64_t (*value)(const Subject& subject);
+    int64_t (*value)(const GrabberModel& grabber);
 };
 
-int64_t where_reported(const Subject& subject, int64_t value)
+constexpr CapabilityRow capabilities[] = {
+    {"FW_Dma_Capable_FrameImageId_Imp",  [](const GrabberModel& g) -> int64_t { return g.has_image_ids; }},
+    {"FW_Dma_Capable_QueuedBuffers_Imp", [](const GrabberModel&) -> int64_t { return 1; }                },
+};
+
+int64_t available(const RegisterValue& value)
 {
-    return subject.grabber->reports_geometry ? value : ZV_NOT_AVAILABLE;
+    const auto* const number = std::get_if<int64_t>(&value);
+    return number != nullptr ? *number : ZV_NOT_AVAILABLE;
 }
 
-int64_t channel_state(const Subject& subject)
+bool is_of(RegisterKind kind, RegisterKind asked)
 {
-    if (subject.is_grabbing)
-        return zv_channel_grabbing;
-    return channel_idle;
+    return kind == asked || (kind == RegisterKind::boolean && asked == RegisterKind::integer);
 }
 
-constexpr ValueRow grabber_integers[] = {
-    {"FW_Dma_Capable_FrameImageId_Imp",  [](const Subject& s) -> int64_t { return s.grabber->has_image_ids; }              },
-    {"FW_Dma_Capable_QueuedBuffers_Imp", [](const Subject&) -> int64_t { return 1; }                                       },
-    {"Height",                           [](const Subject& s) { return where_reported(s, s.camera->settings().height); }   },
-    {"SegmentsPerBuffer",                [](const Subject& s) { return where_reported(s, s.grabber->segments_per_buffer); }},
-    {"Width",                            [](const Subject& s) { return where_reported(s, s.camera->settings().width); }    },
-};
+int64_t camera_value(const Subject& subject, RegisterKind kind, std::string_view name)
+{
+    const CameraRow* const row = find_camera_row(name);
+    const bool is_there = row != nullptr && is_of(row->kind, kind) && subject.camera != nullptr;
+    return is_there ? available(row->read(*subject.camera)) : ZV_NOT_AVAILABLE;
+}
 
-constexpr ValueRow grabber_enumerations[] = {
-    {"CameraChannelState", channel_state},
-};
+int64_t grabber_value(const Subject& subject, RegisterKind kind, std::string_view name)
+{
+    if (subject.grabber == nullptr)
+        return ZV_NOT_AVAILABLE;
+    if (kind == RegisterKind::integer) {
+        for (const CapabilityRow& row : capabilities) {
+            if (row.name == name)
+                return row.value(subject.grabber->model());
+        }
+    }
+    // Of a whole grabber this says whether any of its cameras grabs.
+    if (subject.stands_for_all_cameras && name == "CameraChannelState") {
+        for (const auto& camera : subject.grabber->cameras()) {
+            if (kind == RegisterKind::enumeration && camera->is_acquiring())
+                return zv_channel_grabbing;
+        }
+    }
+    const GrabberRow* const row = find_grabber_row(name);
+    const bool is_there = row != nullptr && is_of(row->kind, kind);
+    return is_there ? available(row->read({*subject.grabber, subject.camera})) : ZV_NOT_AVAILABLE;
+}
 
-constexpr ValueRow camera_integers[] = {
-    {"Height",  [](const Subject& s) -> int64_t { return s.camera->settings().height; }  },
-    {"OffsetX", [](const Subject& s) -> int64_t { return s.camera->settings().offset_x; }},
-    {"OffsetY", [](const Subject& s) -> int64_t { return s.camera->settings().offset_y; }},
-    {"Width",   [](const Subject& s) -> int64_t { return s.camera->settings().width; }   },
-};
-
-constexpr ValueRow camera_enumerations[] = {
-    {"PixelFormat", [](const Subject& s) -> int64_t { return s.camera->format_code(); }},
-};
-
-template <size_t rows>
-int64_t value_from(const ValueRow (&table)[rows], Function function, uint32_t handle, const char* name)
+template <class Value>
+int64_t value_from(Function function, const Value& value, RegisterKind kind, uint32_t handle,
+                   const char* name)
 {
     const Call call{function, handle_target(handle), {{{"name", name}}}};
     return api_call(call, ZV_NOT_AVAILABLE, [&]() -> int64_t {
@@ -91,14 +93,7 @@ int64_t value_from(const ValueRow (&table)[rows], Function function, uint32_t ha
             return ZV_NOT_AVAILABLE;
         Library& library = Library::instance();
         const Lock lock = library.lock();
-        const Subject subject = subject_of(library, handle);
-        if (subject.grabber == nullptr || subject.camera == nullptr)
-            return ZV_NOT_AVAILABLE;
-        for (const ValueRow& row : table) {
-            if (row.name == name)
-                return row.value(subject);
-        }
-        return ZV_NOT_AVAILABLE;
+        return value(subject_of(library, handle), kind, name);
     });
 }
 
@@ -106,20 +101,20 @@ int64_t value_from(const ValueRow (&table)[rows], Function function, uint32_t ha
 
 int64_t ZVGR_GetGrabberValueInt(uint32_t handle, const char* name)
 {
-    return value_from(grabber_integers, Function::grabber_integer, handle, name);
+    return value_from(Function::grabber_integer, grabber_value, RegisterKind::integer, handle, name);
 }
 
 int64_t ZVGR_GetGrabberValueEnum(uint32_t handle, const char* name)
 {
-    return value_from(grabber_enumerations, Function::grabber_enumeration, handle, name);
+    return value_from(Function::grabber_enumeration, grabber_value, RegisterKind::enumeration, handle, name);
 }
 
 int64_t ZVGR_GetCameraValueInt(uint32_t handle, const char* name)
 {
-    return value_from(camera_integers, Function::camera_integer, handle, name);
+    return value_from(Function::camera_integer, camera_value, RegisterKind::integer, handle, name);
 }
 
 int64_t ZVGR_GetCameraValueEnum(uint32_t handle, const char* name)
 {
-    return value_from(camera_enumerations, Function::camera_enumeration, handle, name);
+    return value_from(Function::camera_enumeration, camera_value, RegisterKind::enumeration, handle, name);
 }

@@ -114,26 +114,4 @@ TEST_F(QueuedStream, AlignmentIsAPowerOfTwo)
     EXPECT_EQ(0U, buffer_info(announced(), zv_buffer_address) % alignment);
 }
 
-TEST_F(QueuedStream, RegistersAndDescriptionsTransferNothing)
-{
-    uint32_t word = 0x5A5A5A5A;
-    for (const uint32_t handle : {grabber, camera, stream, 0U, ZV_NO_HANDLE}) {
-        uint32_t size = sizeof word;
-        EXPECT_NE(success, ZVGR_GrabberReadReg(handle, 0, &word, &size));
-        EXPECT_EQ(0U, std::exchange(size, 4));
-        EXPECT_NE(success, ZVGR_GrabberWriteReg(handle, 0, &word, &size));
-        EXPECT_EQ(0U, std::exchange(size, 4));
-        EXPECT_NE(success, ZVGR_CameraReadReg(handle, 0, &word, &size));
-        EXPECT_EQ(0U, std::exchange(size, 4));
-        EXPECT_NE(success, ZVGR_CameraWriteReg(handle, 0, &word, &size));
-        EXPECT_EQ(0U, size);
-        char url[zv_url_capacity] = "unchanged";
-        uint64_t url_size = sizeof url;
-        EXPECT_NE(success, ZVGR_GetXmlUrl(handle, url, &url_size));
-        EXPECT_EQ(0U, url_size);
-        EXPECT_STREQ("unchanged", url);
-    }
-    EXPECT_EQ(0x5A5A5A5AU, word);
-}
-
 } // namespace

@@ -128,7 +128,18 @@ private:
     std::atomic<bool> m_expects_silence{false};
 };
 
-/// The three grabbers, scanned, with free-running cameras of small pictures.
+/// Cameras keep their settings while the library is loaded. They have those of power-on again when the
+/// configuration has been read anew, as it is when the environment has changed.
+struct PowerCycle {
+    PowerCycle()
+    {
+        const Variable other_rate{"ZV_GRABBER_RATE", "99999"};
+        uint32_t count = 0;
+        EXPECT_EQ(uint32_t{zv_success}, ZV_DeviceScan(&count));
+    }
+};
+
+/// The three grabbers, scanned, with free-running cameras of small pictures, as they are after power-on.
 class Scanned : public testing::Test {
 protected:
     static constexpr uint32_t coaxpress = 0;
@@ -143,6 +154,7 @@ protected:
     uint32_t grabber_count() const { return m_count; }
 
 private:
+    PowerCycle m_power_cycle;
     Variable m_rate;
     Variable m_size{"ZV_GRABBER_SIZE", "64x48"};
     uint32_t m_count = 0;

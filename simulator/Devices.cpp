@@ -1,0 +1,55 @@
+#include "simulator/Devices.h"
+
+#include "simulator/features/Description.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zvsim {
+
+CameraDevice::CameraDevice(const CameraModel& model, const GrabberModel& grabber)
+    : m_model{model}, m_grabber{grabber}, m_description{describe_camera(model)}
+{
+    m_state.settings = model.start;
+    m_state.user_id = model.user_id;
+}
+
+double CameraDevice::temperature(Clock::time_point now) const
+{
+    constexpr double room = 22;
+    constexpr double rise = 19;
+    constexpr double seconds_to_warm_up = 600;
+    const std::chrono::duration<double> age = now - m_power_on;
+    return room + rise * (1 - std::exp(-age.count() / seconds_to_warm_up));
+}
+
+void CameraDevice::begin_acquisition()
+{
+    m_is_acquiring = true;
+    m_state.triggers = 0;
+}
+
+bool CameraDevice::take_trigger()
+{
+    if (m_state.triggers == 0)
+        return false;
+    --m_state.triggers;
+    return true;
+}
+
+void CameraDevice::share_description(const CameraDevice& other)
+{
+    if (other.m_description->name == m_description->name && other.m_description->text == m_description->text)
+        m_description = other.m_description;
+}
+
+GrabberDevice::GrabberDevice(const GrabberModel& model, uint32_t index)
+    : m_model{model}, m_index{index}, m_description{describe_grabber(model)}
+{
+    for (const CameraModel& camera : model.cameras) {
+        m_cameras.push_back(std::make_unique<CameraDevice>(camera, model));
+        m_cameras.back()->share_description(*m_cameras.front());
+    }
+}
+
+} // namespace zvsim

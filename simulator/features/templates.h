@@ -1,0 +1,14 @@
+/// \file templates.h
+/// The templates of the register descriptions, as the build embeds them. What stands between two @ depends on
+/// the model.
+#pragma once
+
+#include <iterator>
+#include <string>
+
+namespace zvsim {
+
+std::string camera_template();
+std::string grabber_template();
+
+} // namespace zvsim
