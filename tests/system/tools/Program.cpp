@@ -47,8 +47,8 @@ Program::Program(const std::vector<std::string>& arguments) : m_arguments(argume
     with("ZV_SETTINGS_FILE", (m_folder / "settings.properties").string());
     with("ZV_LOGGER_CONFIG", (m_folder / "logger.properties").string());
     with("GENICAM_GENTL64_PATH", "");
-    for (const char* const variable :
-         {"ZV_GRABBER_PICTURES", "ZV_GRABBER_RATE", "ZV_GRABBER_PIXEL_FORMAT", "ZV_GRABBER_SIZE"})
+    for (const char* const variable : {"ZV_GRABBER_CONFIG", "ZV_GRABBER_PICTURES", "ZV_GRABBER_RATE",
+                                       "ZV_GRABBER_PIXEL_FORMAT", "ZV_GRABBER_SIZE"})
         with(variable, "");
 }
 

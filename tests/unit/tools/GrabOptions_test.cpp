@@ -50,6 +50,7 @@ TEST(GrabOptions, GrabTenFramesInQueuedModeFromTheFirstDevice)
     EXPECT_EQ("", options.cti);
     EXPECT_EQ("", options.interface_id);
     EXPECT_EQ("", options.device);
+    EXPECT_TRUE(options.settings.empty());
     EXPECT_EQ(10U, options.frames);
     EXPECT_EQ(8U, options.buffers);
     EXPECT_EQ(StreamMode::queued, options.mode);
@@ -78,13 +79,24 @@ TEST(GrabOptions, AreAllTakenFromTheCommandLine)
     EXPECT_FALSE(options.verify);
 }
 
+TEST(GrabOptions, KeepTheOrderInWhichFeaturesAreSet)
+{
+    const GrabOptions options = parsed("--set Width=320 -s Name=a=b --frames 5 --set Width=640");
+    ASSERT_EQ(3U, options.settings.size());
+    EXPECT_EQ("Width", options.settings[0].name);
+    EXPECT_EQ("a=b", options.settings[1].value);
+    EXPECT_EQ("640", options.settings[2].value);
+    EXPECT_EQ(5U, options.frames);
+}
+
 TEST(GrabOptions, TakeZeroFramesAsWithoutEnd) { EXPECT_EQ(0U, parsed("--frames 0").frames); }
 
 TEST(GrabOptions, RefuseWhatMakesNoSense)
 {
     for (const char* const arguments :
          {"--frames -1", "--frames many", "--buffers 0", "--buffers 10001", "--mode ring", "--timeout 0",
-          "--format jpeg --output x", "--format png", "--unknown", "stray"})
+          "--format jpeg --output x", "--format png", "--unknown", "stray", "--set Width", "--set =1",
+          "--set"})
         EXPECT_TRUE(is_refused(arguments)) << arguments;
 }
 
@@ -104,8 +116,13 @@ TEST(Program, ExplainsItself)
 {
     for (const auto& words : {
              std::vector<const char*>{"--help" },
-              { "list", "--help"},
-              { "grab", "--help"}
+             { "list", "--help"},
+             { "grab", "--help"},
+             { "features", "--help"},
+             { "get", "--help"},
+             { "set", "--help"},
+             { "exec", "--help"},
+             { "xml", "--help"}
     }) {
         testing::internal::CaptureStdout();
         std::vector<const char*> all{"zvgentl"};
@@ -130,8 +147,8 @@ TEST(Program, KnowsItsCommands)
     std::vector<std::string> names;
     for (const auto& command : make_commands())
         names.push_back(command->name());
-    EXPECT_NE(names.end(), std::find(names.begin(), names.end(), "grab"));
-    EXPECT_NE(names.end(), std::find(names.begin(), names.end(), "list"));
+    for (const char* const name : {"exec", "features", "get", "grab", "list", "set", "xml"})
+        EXPECT_NE(names.end(), std::find(names.begin(), names.end(), name)) << name;
     EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
 }
 
