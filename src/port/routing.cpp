@@ -89,7 +89,7 @@ struct Url {
 
 } // namespace
 
-bool is_open(const Port& port) noexcept { return std::visit(OwnerIsOpen{}, port.module()); }
+bool is_open(const Port& port) { return std::visit(OwnerIsOpen{}, port.module()); }
 
 GC_ERROR read_description(const Port& port, uint64_t address, void* buffer, size_t* size)
 {

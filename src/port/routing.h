@@ -50,7 +50,7 @@ constexpr const Route* route_of(ModuleKind kind) noexcept
 
 /// Whether what the route names as owner is open now. A port's own module was open when it was found, but a
 /// device's grabber may not have been.
-bool is_open(const Port& port) noexcept;
+bool is_open(const Port& port);
 
 /// Reads the port's own description. Answers as the module's ReadPort; the port is `of_module`.
 GenTL::GC_ERROR read_description(const Port& port, uint64_t address, void* buffer, size_t* size);
