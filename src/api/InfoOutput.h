@@ -19,7 +19,7 @@ enum class NumberLog {
 };
 
 /// The three output arguments of an info query. Nothing else sets the type, compares sizes or copies bytes,
-/// but for the one answer that takes an entry out of an event.
+/// but for the one answer that takes an entry out of an event, and the type of a URL that cannot be given.
 class InfoOutput {
 public:
     InfoOutput(GenTL::INFO_DATATYPE* type, void* buffer, size_t* size) noexcept;

@@ -98,7 +98,7 @@ try {
         return call.fail(At{862}, GC_ERR_NOT_IMPLEMENTED);
     }
     *piNumURLs = 1;
-    return call.succeed(At{865}, "Exit URL count=%d", 1);
+    return call.succeed(At{865}, "Exit URL count=%d", static_cast<int>(*piNumURLs));
 } catch (...) {
     return after_exception("GCGetNumPortURLs");
 }
@@ -130,7 +130,9 @@ try {
     if (iInfoCmd != URL_INFO_URL)
         return output.refuse(call, At{898}, At{899}, iInfoCmd);
 
-    *piType = INFO_DATATYPE_STRING; // also when there is no URL
+    // Contract: also when there is no URL. Pinned by
+    // PortUrls.AreNotAvailableAsInformationWhenTheLibraryRefuses.
+    *piType = INFO_DATATYPE_STRING;
     const std::optional<std::string> url = url_of(port);
     if (!url)
         return fail_without_url(call, port);
