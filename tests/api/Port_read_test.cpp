@@ -141,7 +141,7 @@ TEST_F(ReadingPorts, ReportsTheSizeThatTheLibraryGives)
     }
 }
 
-TEST_F(ReadingPorts, ReadNothingForSizeZero)
+TEST_F(ReadingPorts, ReadsNothingForSizeZero)
 {
     size = 0;
     data[0] = 0x55;
@@ -184,7 +184,7 @@ TEST_F(ReadingPorts, TrustsNoSizeBeyondTheOneAskedForWithItsLogLine)
 }
 
 // A consumer's buffer is not read for a line that nobody wants.
-TEST_F(ReadingPorts, DoNotReadTheirDataBelowTrace)
+TEST_F(ReadingPorts, DoesNotReadItsDataBelowTrace)
 {
     log.set_level(Priority::debug);
     void* const unreadable = reinterpret_cast<void*>(uintptr_t{16});
@@ -193,7 +193,7 @@ TEST_F(ReadingPorts, DoNotReadTheirDataBelowTrace)
     EXPECT_LOG_LINES();
 }
 
-TEST_F(ReadingPorts, AreDeniedWhenTheLibraryRefuses)
+TEST_F(ReadingPorts, IsDeniedWhenTheLibraryRefuses)
 {
     for (const LibraryPort& asked : library_ports()) {
         for (const uint32_t status : {0U, any_failure, 0xFFFFFFFFU}) {
@@ -210,14 +210,14 @@ TEST_F(ReadingPorts, AreDeniedWhenTheLibraryRefuses)
 }
 
 // The library may have spoilt the size that it was given before it refused.
-TEST_F(ReadingPorts, LeaveTheSizeAloneWhenTheLibraryRefuses)
+TEST_F(ReadingPorts, LeavesTheSizeAloneWhenTheLibraryRefuses)
 {
     fake.next("ZVGR_CameraReadReg").answers_after_effect(any_failure);
     EXPECT_EQ(GC_ERR_ACCESS_DENIED, GCReadPort(port, 0x1000, data, &size));
     EXPECT_EQ(4U, size);
 }
 
-TEST_F(ReadingPorts, RecordNoError)
+TEST_F(ReadingPorts, RecordsNoError)
 {
     const std::string before = last_error();
     fake.next("ZVGR_CameraReadReg").answers(any_failure);
@@ -247,7 +247,7 @@ TEST_F(ReadingPorts, LogsReadsOfADescriptionLikeAnyOther)
     EXPECT_LOG_LINES(entered(buffers[0]->handle, description), left(description, 4, 0x504B0304));
 }
 
-TEST_F(ReadingPorts, GiveADescriptionInPiecesAsInOne)
+TEST_F(ReadingPorts, GivesADescriptionInPiecesAsInOne)
 {
     for (const PORT_HANDLE handle : own_ports()) {
         const std::vector<uint8_t> expected = whole(handle);
@@ -263,7 +263,7 @@ TEST_F(ReadingPorts, GiveADescriptionInPiecesAsInOne)
     }
 }
 
-TEST_F(ReadingPorts, ShortenReadsThatRunPastADescription)
+TEST_F(ReadingPorts, ShortensReadsThatRunPastADescription)
 {
     struct Row {
         PORT_HANDLE handle;
@@ -297,7 +297,7 @@ TEST_F(ReadingPorts, ReadsNothingOfADescriptionForSizeZero)
     }
 }
 
-TEST_F(ReadingPorts, RefuseAddressesOutsideADescription)
+TEST_F(ReadingPorts, RefusesAddressesOutsideADescription)
 {
     for (const PORT_HANDLE handle : own_ports()) {
         const uint64_t length = handle == tl ? 3391 : 640;
@@ -314,7 +314,7 @@ TEST_F(ReadingPorts, RefuseAddressesOutsideADescription)
     }
 }
 
-TEST_F(ReadingPorts, ReachADescriptionWithAHugeSize)
+TEST_F(ReadingPorts, AcceptsAHugeSize)
 {
     std::vector<uint8_t> bytes(3391);
     size = SIZE_MAX;

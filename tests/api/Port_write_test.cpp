@@ -41,13 +41,13 @@ TEST_F(WritingPorts, HandsTheDataToTheRegistersOfGrabberOrCamera)
     }
 }
 
-TEST_F(WritingPorts, ReachTheLastAddress)
+TEST_F(WritingPorts, ReachesTheLastAddress)
 {
     EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0xFFFFFFFF, data.data(), &size));
     EXPECT_EQ((Calls{call("ZVGR_CameraWriteReg", camera(), 0xFFFFFFFF, data.data(), 4)}), fake.calls());
 }
 
-TEST_F(WritingPorts, RefuseLongerAddresses)
+TEST_F(WritingPorts, RefusesLongerAddresses)
 {
     for (const LibraryPort& asked : library_ports()) {
         EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCWritePort(asked.handle, 0x100000000, data.data(), &size));
@@ -57,7 +57,7 @@ TEST_F(WritingPorts, RefuseLongerAddresses)
     EXPECT_TRUE(fake.calls().empty());
 }
 
-TEST_F(WritingPorts, WriteNothingForSizeZero)
+TEST_F(WritingPorts, WritesNothingForSizeZero)
 {
     size = 0;
     EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0x1000, data.data(), &size));
@@ -81,7 +81,7 @@ TEST_F(WritingPorts, LeavesTheSizeToTheLibrary)
     }
 }
 
-TEST_F(WritingPorts, AreDeniedWhenTheLibraryRefuses)
+TEST_F(WritingPorts, IsDeniedWhenTheLibraryRefuses)
 {
     for (const LibraryPort& asked : library_ports()) {
         for (const uint32_t status : {0U, any_failure, 0xFFFFFFFFU}) {
@@ -96,7 +96,7 @@ TEST_F(WritingPorts, AreDeniedWhenTheLibraryRefuses)
     }
 }
 
-TEST_F(WritingPorts, RecordNoError)
+TEST_F(WritingPorts, RecordsNoError)
 {
     const std::string before = last_error();
     fake.next("ZVGR_CameraWriteReg").answers(any_failure);
@@ -105,7 +105,7 @@ TEST_F(WritingPorts, RecordNoError)
     EXPECT_EQ(before, last_error());
 }
 
-TEST_F(WritingPorts, DoNotWriteDescriptions)
+TEST_F(WritingPorts, LeavesDescriptionsAlone)
 {
     for (const PORT_HANDLE handle : own_ports()) {
         forget();
@@ -118,14 +118,14 @@ TEST_F(WritingPorts, DoNotWriteDescriptions)
     EXPECT_TRUE(fake.calls().empty());
 }
 
-TEST_F(WritingPorts, AreAsQuietAsReadingBelowTrace)
+TEST_F(WritingPorts, IsSilentBelowTrace)
 {
     log.set_level(Priority::debug);
     EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0x1000, data.data(), &size));
     EXPECT_LOG_LINES();
 }
 
-TEST_F(WritingPorts, CanBeReadAgain)
+TEST_F(WritingPorts, IsVisibleToReading)
 {
     for (const LibraryPort& asked : library_ports()) {
         std::vector<uint8_t> read(4);
