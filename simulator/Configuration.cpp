@@ -82,8 +82,7 @@ public:
             camera.start.frames_per_second = *m_rate;
         if (m_rate)
             camera.start.is_rate_set = *m_rate > 0;
-        const bool changes_pattern = (m_format != nullptr || m_size) && camera.pictures == nullptr;
-        if (m_pictures == nullptr && !changes_pattern)
+        if (m_pictures == nullptr && m_format == nullptr && !m_size)
             return;
         CameraModel changed = with_picture(camera);
         if (fits_formats(changed) && largest_payload_of(changed, segments) <= largest_payload)

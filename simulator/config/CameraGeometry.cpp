@@ -1,6 +1,7 @@
 #include "simulator/config/CameraGeometry.h"
 
 #include "simulator/Limits.h"
+#include "simulator/PictureFolder.h"
 
 #include <algorithm>
 
@@ -8,12 +9,14 @@ namespace zvsim {
 
 namespace {
 
+constexpr uint32_t usual_width = 640;
+constexpr uint32_t usual_height = 480;
+
 /// One direction of the picture: its keys, and what they set.
 struct Side {
     const char* sensor_key;
     const char* size_key;
     const char* offset_key;
-    uint32_t usual_sensor;
     uint32_t CameraModel::*sensor;
     uint32_t CameraSettings::*size;
     uint32_t CameraSettings::*offset;
@@ -23,7 +26,6 @@ struct Side {
 constexpr Side across{"sensor_width",
                       "width",
                       "offset_x",
-                      640,
                       &CameraModel::sensor_width,
                       &CameraSettings::width,
                       &CameraSettings::offset_x,
@@ -31,7 +33,6 @@ constexpr Side across{"sensor_width",
 constexpr Side down{"sensor_height",
                     "height",
                     "offset_y",
-                    480,
                     &CameraModel::sensor_height,
                     &CameraSettings::height,
                     &CameraSettings::offset_y,
@@ -54,9 +55,9 @@ void read_in_steps(const YamlMap& map, const char* key, uint32_t& target, uint32
                          std::to_string(step) + ", as sensor and pixel format set them");
 }
 
-void read_side(const YamlMap& map, CameraModel& camera, const Side& side)
+void read_side(const YamlMap& map, CameraModel& camera, const Side& side, uint32_t usual_sensor)
 {
-    uint32_t& sensor = camera.*side.sensor = side.usual_sensor;
+    uint32_t& sensor = camera.*side.sensor = usual_sensor;
     map.integer(side.sensor_key, sensor, 1, largest_side);
     for (const PixelFormat* const format : camera.formats) {
         if (sensor >= (format->*side.step)())
@@ -76,8 +77,9 @@ void read_side(const YamlMap& map, CameraModel& camera, const Side& side)
 
 void read_geometry(const YamlMap& map, CameraModel& camera)
 {
-    read_side(map, camera, across);
-    read_side(map, camera, down);
+    const PictureFolder* const pictures = camera.pictures.get();
+    read_side(map, camera, across, pictures != nullptr ? pictures->width() : usual_width);
+    read_side(map, camera, down, pictures != nullptr ? pictures->height() : usual_height);
 }
 
 void check_payload(const YamlMap& map, const CameraModel& camera, uint32_t segments)

@@ -123,7 +123,9 @@ void read_formats(const YamlMap& map, CameraModel& camera)
 {
     if (const auto list = map.find("pixel_formats"))
         camera.formats = read_format_list(*list);
-    const PixelFormat* first = camera.formats.empty() ? &pixel_format("Mono8") : camera.formats.front();
+    const PixelFormat* usual =
+        camera.pictures != nullptr ? &camera.pictures->format() : &pixel_format("Mono8");
+    const PixelFormat* first = camera.formats.empty() ? usual : camera.formats.front();
     const auto choices = names_of(camera.formats.empty() ? every_format() : camera.formats);
     map.choice("pixel_format", first, choices);
     camera.start.format = first;
@@ -184,16 +186,7 @@ void read_picture(const YamlMap& map, CameraModel& camera, PictureFolders& folde
         pictures->wrong("the absolute path of a folder");
         return;
     }
-    for (const char* const key : {"sensor_width", "sensor_height", "width", "height", "offset_x", "offset_y",
-                                  "pixel_formats", "pixel_format"}) {
-        if (const auto value = map.find(key))
-            value->report(std::string{key} + " stands beside pictures", "one of both: the pictures set it");
-    }
     camera.pictures = folders.read(*folder);
-    if (camera.pictures == nullptr)
-        return;
-    set_format(camera, camera.pictures->format());
-    set_size(camera, camera.pictures->width(), camera.pictures->height());
 }
 
 } // namespace
@@ -232,10 +225,10 @@ CameraEntry read_camera(const YamlValue& value, uint32_t segments, PictureFolder
 {
     CameraEntry entry{{}, 1, value.map(camera_keys())};
     read_identity(entry.map, entry);
+    read_picture(entry.map, entry.model, folders);
     read_formats(entry.map, entry.model);
     read_geometry(entry.map, entry.model);
     read_acquisition(entry.map, entry.model);
-    read_picture(entry.map, entry.model, folders);
     check_payload(entry.map, entry.model, segments);
     return entry;
 }

@@ -43,11 +43,11 @@ std::optional<int64_t> integer_from(std::string_view text)
     return digits.empty() || digits.front() == '-' ? std::nullopt : number_from<int64_t>(digits, 16);
 }
 
-/// As people write a number: without needless zeros.
+/// As people write a number: without needless zeros, and without an exponent.
 std::string shown_number(double number)
 {
-    std::array<char, 40> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), number);
+    std::array<char, 400> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
     return {text.data(), end.ptr};
 }
 

@@ -266,29 +266,70 @@ TEST_F(Exit, DoesNotWaitForEverForACallbackThatHangs)
     EXPECT_EXIT(exit_while_a_callback_hangs(), testing::ExitedWithCode(0), "");
 }
 
+/// The log of a library that is loaded meanwhile.
+class Log {
+public:
+    Log()
+    {
+        m_folder.write("logger.properties", "logging.loggers.root.channel = file\n"
+                                            "logging.loggers.root.level = warning\n"
+                                            "logging.channels.file.class = FileChannel\n"
+                                            "logging.channels.file.path = " +
+                                                m_folder.file("grabber.log").string() + "\n");
+        if (const char* const previous = std::getenv("ZV_LOGGER_CONFIG"))
+            m_previous = previous;
+        setenv("ZV_LOGGER_CONFIG", m_folder.file("logger.properties").c_str(), 1);
+    }
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+    ~Log() { setenv("ZV_LOGGER_CONFIG", m_previous.c_str(), 1); }
+
+    const Folder& folder() const { return m_folder; }
+    std::string text() const
+    {
+        std::ifstream file{m_folder.file("grabber.log")};
+        return {std::istreambuf_iterator<char>{file}, {}};
+    }
+
+private:
+    Folder m_folder;
+    std::string m_previous;
+};
+
 TEST(Warnings, GoToTheLog)
 {
-    const Folder folder;
-    const std::string log = folder.file("grabber.log").string();
-    folder.write("logger.properties", "logging.loggers.root.channel = file\n"
-                                      "logging.loggers.root.level = warning\n"
-                                      "logging.channels.file.class = FileChannel\n"
-                                      "logging.channels.file.path = " +
-                                          log + "\n");
-    const char* const previous = std::getenv("ZV_LOGGER_CONFIG");
-    const std::string restored = previous != nullptr ? previous : "";
+    const Log log;
     {
-        const Variable configuration{"ZV_LOGGER_CONFIG", folder.file("logger.properties").string()};
         const Variable malformed{"ZV_GRABBER_RATE", "very fast"};
         LoadedLibrary library;
         uint32_t count = 0;
         EXPECT_EQ(success, library.device_scan(&count));
         EXPECT_EQ(3U, count);
     }
-    setenv("ZV_LOGGER_CONFIG", restored.c_str(), 1);
-    std::ifstream file{log};
-    const std::string text{std::istreambuf_iterator<char>{file}, {}};
-    EXPECT_THAT(text, testing::HasSubstr("ZV_GRABBER_RATE=very fast is ignored"));
+    EXPECT_THAT(log.text(), testing::HasSubstr("ZV_GRABBER_RATE=very fast is ignored"));
+}
+
+TEST(ConfigurationErrors, GoToTheLogOnce)
+{
+    const Log log;
+    const std::string file = log.folder().file("grabbers.yaml").string();
+    log.folder().write("grabbers.yaml", "grabbers:\n  - nmae: x\n");
+    {
+        const Variable named{"ZV_GRABBER_CONFIG", file};
+        LoadedLibrary library;
+        uint32_t count = 1;
+        for (int scan = 0; scan < 3; ++scan) {
+            EXPECT_EQ(success, library.device_scan(&count));
+            EXPECT_EQ(0U, count);
+        }
+    }
+    const std::string text = log.text();
+    const std::string error =
+        file + ":2: \"nmae\" is no key of a grabber (meant is name?); allowed: name, protocol";
+    EXPECT_THAT(text, testing::HasSubstr("no grabbers are offered: their configuration has errors"));
+    EXPECT_THAT(text, testing::HasSubstr("ZVGRLib"));
+    ASSERT_THAT(text, testing::HasSubstr(error));
+    EXPECT_EQ(std::string::npos, text.find(error, text.find(error) + 1));
 }
 
 } // namespace
