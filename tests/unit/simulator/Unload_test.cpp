@@ -327,7 +327,6 @@ TEST(ConfigurationErrors, GoToTheLogOnce)
     const std::string error =
         file + ":2: \"nmae\" is no key of a grabber (meant is name?); allowed: name, protocol";
     EXPECT_THAT(text, testing::HasSubstr("no grabbers are offered: their configuration has errors"));
-    EXPECT_THAT(text, testing::HasSubstr("ZVGRLib"));
     ASSERT_THAT(text, testing::HasSubstr(error));
     EXPECT_EQ(std::string::npos, text.find(error, text.find(error) + 1));
 }
