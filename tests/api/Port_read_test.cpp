@@ -209,14 +209,6 @@ TEST_F(ReadingPorts, IsDeniedWhenTheLibraryRefuses)
     EXPECT_EQ(0, data[0]);
 }
 
-// The library may have spoilt the size that it was given before it refused.
-TEST_F(ReadingPorts, LeavesTheSizeAloneWhenTheLibraryRefuses)
-{
-    fake.next("ZVGR_CameraReadReg").answers_after_effect(any_failure);
-    EXPECT_EQ(GC_ERR_ACCESS_DENIED, GCReadPort(port, 0x1000, data, &size));
-    EXPECT_EQ(4U, size);
-}
-
 TEST_F(ReadingPorts, RecordsNoError)
 {
     const std::string before = last_error();
