@@ -211,6 +211,8 @@ Access Nodes::access(const std::string& name) const
     }
     if (feature != nullptr && feature->element == "Command")
         access.is_readable = false;
+    if (feature != nullptr && feature->element == "Category")
+        restrict_to_mode(access, "RO");
     if (!access.is_implemented || !access.is_available)
         access.is_readable = access.is_writable = false;
     access.is_locked = access.is_locked && access.is_writable;

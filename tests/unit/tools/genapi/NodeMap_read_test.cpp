@@ -153,6 +153,7 @@ TEST_F(ReadFeatures, KnowsWhatMayBeDone)
         {"Doubled",          "RO"},
         {"Vendor",           "RO"},
         {"AcquisitionStart", "WO"},
+        {"Acquisition",      "RO"},
         {"Reset",            "WO"},
     };
     for (const auto& [name, access] : accesses)
