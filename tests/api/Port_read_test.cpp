@@ -2,7 +2,6 @@
 #include "Port_fixtures.h"
 
 #include <cstdint>
-#include <numeric>
 #include <vector>
 
 namespace zvtest {
