@@ -7,16 +7,13 @@ namespace zvsim {
 
 namespace {
 
-constexpr size_t memory_limit = size_t{1} << 30U;
-
-std::vector<std::filesystem::path> png_files(const std::filesystem::path& folder, std::error_code& error)
+std::vector<std::filesystem::path> picture_files(const std::filesystem::path& folder, std::error_code& error)
 {
     std::vector<std::filesystem::path> files;
     std::filesystem::directory_iterator entry{folder, error};
     for (; !error && entry != std::filesystem::directory_iterator{}; entry.increment(error)) {
-        const auto extension = entry->path().extension();
         std::error_code ignored; // a file that cannot be examined is no regular file
-        if ((extension == ".png" || extension == ".PNG") && entry->is_regular_file(ignored))
+        if (is_picture_file(entry->path()) && entry->is_regular_file(ignored))
             files.push_back(entry->path());
     }
     std::sort(files.begin(), files.end());
@@ -29,7 +26,7 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
                                                          std::vector<std::string>& warnings)
 {
     std::error_code error;
-    const auto files = png_files(folder, error);
+    const auto files = picture_files(folder, error);
     if (error) {
         warnings.push_back("picture folder " + folder.string() + " cannot be read: " + error.message());
         return nullptr;
@@ -37,7 +34,7 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
     auto pictures = std::make_unique<PictureFolder>();
     for (const auto& file : files) {
         std::string problem;
-        auto picture = read_png(file, problem);
+        auto picture = read_picture(file, problem);
         if (picture && pictures->accepts(*picture, problem)) {
             pictures->m_size += picture->pixels.size();
             pictures->m_pictures.push_back(std::move(*picture));
@@ -46,7 +43,7 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
         }
     }
     if (pictures->m_pictures.empty()) {
-        warnings.push_back("picture folder " + folder.string() + " holds no usable PNG picture");
+        warnings.push_back("picture folder " + folder.string() + " holds no usable PNG or TIFF picture");
         return nullptr;
     }
     return pictures;
@@ -59,7 +56,7 @@ bool PictureFolder::accepts(const Picture& picture, std::string& problem) const
         problem = "size or pixel format differ from the first picture";
         return false;
     }
-    if (picture.pixels.size() > memory_limit - m_size) {
+    if (picture.pixels.size() > picture_memory_limit - m_size) {
         problem = "the folder's pictures take more than 1 GiB";
         return false;
     }

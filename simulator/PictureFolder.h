@@ -2,7 +2,7 @@
 /// The pictures of a folder, in memory.
 #pragma once
 
-#include "simulator/pictures/PngFile.h"
+#include "simulator/pictures/PictureFile.h"
 
 #include <filesystem>
 #include <memory>
@@ -11,8 +11,8 @@
 
 namespace zvsim {
 
-/// All PNG files of a folder in name order, decoded. The first one sets size and pixel format; files that
-/// differ from it, or cannot be read, are left out with a warning each. Immutable.
+/// All PNG and TIFF files of a folder in name order, decoded. The first one sets size and pixel format; files
+/// that differ from it, or cannot be read, are left out with a warning each. Immutable.
 class PictureFolder {
 public:
     /// Null, with a warning in `warnings`, when the folder offers no picture.

@@ -1,8 +1,11 @@
 #include "simulator/pictures/PngFile.h"
 
+#include <array>
 #include <csetjmp>
 #include <cstdio>
 #include <memory>
+#include <system_error>
+#include <tuple>
 
 #include <png.h>
 
@@ -10,18 +13,21 @@ namespace zvsim {
 
 namespace {
 
-constexpr uint32_t largest_side = 65536;
+/// The most that deflate can make of a byte, and a little more.
+constexpr uint64_t best_compression = 1100;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::ignore = std::fclose(file); /* only read from */ }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-std::string& problem_of(png_structp png) { return *static_cast<std::string*>(png_get_error_ptr(png)); }
+/// libpng is C: what it calls must not throw, so the text of its error has a fixed place.
+using Message = std::array<char, 256>;
 
-[[noreturn]] void on_error(png_structp png, png_const_charp message)
+[[noreturn]] void on_error(png_structp png, png_const_charp text)
 {
-    problem_of(png) = message;
+    auto& message = *static_cast<Message*>(png_get_error_ptr(png));
+    std::ignore = std::snprintf(message.data(), message.size(), "%s", text); // cut if too long
     png_longjmp(png, 1);
 }
 
@@ -30,8 +36,8 @@ void on_warning(png_structp /*png*/, png_const_charp /*message*/) {}
 /// The two structures that libpng works on.
 class PngReader {
 public:
-    explicit PngReader(std::string& problem)
-        : m_png{png_create_read_struct(PNG_LIBPNG_VER_STRING, &problem, on_error, on_warning)},
+    PngReader()
+        : m_png{png_create_read_struct(PNG_LIBPNG_VER_STRING, &m_message, on_error, on_warning)},
           m_info{m_png != nullptr ? png_create_info_struct(m_png) : nullptr}
     {
     }
@@ -42,8 +48,10 @@ public:
     bool is_ready() const { return m_info != nullptr; }
     png_structp png() const { return m_png; }
     png_infop info() const { return m_info; }
+    const char* message() const { return m_message.data(); }
 
 private:
+    Message m_message{};
     png_structp m_png;
     png_infop m_info;
 };
@@ -56,7 +64,7 @@ bool read_header(const PngReader& reader, std::FILE* file)
     if (setjmp(png_jmpbuf(reader.png())) != 0) // how libpng reports errors
         return false;
     png_init_io(reader.png(), file);
-    png_set_user_limits(reader.png(), largest_side, largest_side);
+    png_set_user_limits(reader.png(), PNG_UINT_31_MAX, PNG_UINT_31_MAX); // the caller looks at the size
     png_read_info(reader.png(), reader.info());
     return true;
 }
@@ -71,17 +79,22 @@ bool read_rows(const PngReader& reader, png_bytepp rows)
     return true;
 }
 
-const PixelFormat* format_of(const PngReader& reader)
+/// Why the pixels cannot be delivered as they stand in the file; empty if they can.
+std::string objection_to(const PngReader& reader)
 {
-    const int depth = png_get_bit_depth(reader.png(), reader.info());
-    switch (png_get_color_type(reader.png(), reader.info())) {
-    case PNG_COLOR_TYPE_GRAY:
-        return depth == 8 ? &pixel_format("Mono8") : depth == 16 ? &pixel_format("Mono16") : nullptr;
-    case PNG_COLOR_TYPE_RGB:
-        return depth == 8 ? &pixel_format("RGB8") : nullptr;
-    default:
-        return nullptr;
-    }
+    const int color_type = png_get_color_type(reader.png(), reader.info());
+    if ((color_type & PNG_COLOR_MASK_PALETTE) != 0)
+        return "has a palette";
+    if ((color_type & PNG_COLOR_MASK_ALPHA) != 0)
+        return "has an alpha channel";
+    return {};
+}
+
+PictureHeader header_of(const PngReader& reader)
+{
+    return {png_get_image_width(reader.png(), reader.info()),
+            png_get_image_height(reader.png(), reader.info()), png_get_channels(reader.png(), reader.info()),
+            png_get_bit_depth(reader.png(), reader.info())};
 }
 
 } // namespace
@@ -93,30 +106,30 @@ std::optional<Picture> read_png(const std::filesystem::path& file, std::string& 
         problem = "cannot be opened";
         return std::nullopt;
     }
-    const PngReader reader{problem};
+    const PngReader reader;
     if (!reader.is_ready()) {
-        problem = "out of memory";
+        problem = "does not fit into memory";
         return std::nullopt;
     }
-    if (!read_header(reader, stream.get()))
-        return std::nullopt;
-    const PixelFormat* const format = format_of(reader);
-    if (format == nullptr) {
-        problem = "is neither grey with 8 or 16 bit nor colour with 3 x 8 bit";
+    if (!read_header(reader, stream.get())) {
+        problem = reader.message();
         return std::nullopt;
     }
-
-    Picture picture;
-    picture.width = png_get_image_width(reader.png(), reader.info());
-    picture.height = png_get_image_height(reader.png(), reader.info());
-    picture.format = format;
-    const size_t row_size = size_t{picture.width} * (format->bits_per_pixel() / 8);
-    picture.pixels.resize(row_size * picture.height);
-    std::vector<png_bytep> rows(picture.height);
+    problem = objection_to(reader);
+    if (!problem.empty())
+        return std::nullopt;
+    std::error_code error;
+    const uint64_t file_size = std::filesystem::file_size(file, error);
+    auto picture = picture_for(header_of(reader), error ? 0 : file_size, best_compression, problem);
+    if (!picture)
+        return std::nullopt;
+    std::vector<png_bytep> rows(picture->height);
     for (size_t row = 0; row < rows.size(); ++row)
-        rows[row] = picture.pixels.data() + row * row_size;
-    if (!read_rows(reader, rows.data()))
+        rows[row] = picture->pixels.data() + row * picture->row_size();
+    if (!read_rows(reader, rows.data())) {
+        problem = reader.message();
         return std::nullopt;
+    }
     return picture;
 }
 

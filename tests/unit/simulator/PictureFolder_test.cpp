@@ -3,6 +3,7 @@
 #include "simulator/Devices.h"
 #include "simulator/PictureFolder.h"
 #include "simulator/pictures/FolderSource.h"
+#include "simulator/pictures/PngFile.h"
 
 #include <gmock/gmock.h>
 
@@ -15,7 +16,7 @@ using zvsim::PictureFolder;
 TEST(PngFile, IsReadBitForBit)
 {
     const Folder folder;
-    for (const Pixels pixels : {Pixels::grey_8, Pixels::grey_16, Pixels::rgb_8}) {
+    for (const Pixels pixels : {Pixels::grey_8, Pixels::grey_16, Pixels::rgb_8, Pixels::rgb_16}) {
         for (const bool is_interlaced : {false, true}) {
             TestPicture written = test_picture(61, 37, pixels, 1);
             written.is_interlaced = is_interlaced;
@@ -36,7 +37,8 @@ TEST(PngFile, HasThePixelFormatOfItsPixels)
     const std::vector<std::pair<Pixels, std::string>> formats{
         {Pixels::grey_8,  "Mono8" },
         {Pixels::grey_16, "Mono16"},
-        {Pixels::rgb_8,   "RGB8"  }
+        {Pixels::rgb_8,   "RGB8"  },
+        {Pixels::rgb_16,  "RGB16" }
     };
     for (const auto& [pixels, name] : formats) {
         write_png(folder.file("a.png"), test_picture(8, 8, pixels, 1));
@@ -47,12 +49,18 @@ TEST(PngFile, HasThePixelFormatOfItsPixels)
 
 TEST(PngFile, OfAnotherKindIsAProblem)
 {
+    const std::vector<std::pair<Pixels, std::string>> problems{
+        {Pixels::grey_1,       "1 bits in a sample"},
+        {Pixels::grey_alpha_8, "alpha channel"     },
+        {Pixels::rgba_8,       "alpha channel"     },
+        {Pixels::palette_8,    "palette"           }
+    };
     const Folder folder;
-    for (const Pixels pixels : {Pixels::grey_1, Pixels::rgba_8, Pixels::rgb_16}) {
+    for (const auto& [pixels, reason] : problems) {
         write_png(folder.file("a.png"), test_picture(8, 8, pixels, 1));
         std::string problem;
         EXPECT_FALSE(zvsim::read_png(folder.file("a.png"), problem));
-        EXPECT_THAT(problem, HasSubstr("grey with 8 or 16 bit"));
+        EXPECT_THAT(problem, HasSubstr(reason));
     }
 }
 
@@ -121,7 +129,8 @@ TEST(PictureFolder, WithoutPicturesIsNone)
     folder.write("a.png", "broken");
     std::vector<std::string> warnings;
     EXPECT_EQ(nullptr, PictureFolder::read(folder.path(), warnings));
-    EXPECT_THAT(warnings, testing::ElementsAre(HasSubstr("a.png"), HasSubstr("no usable PNG picture")));
+    EXPECT_THAT(warnings,
+                testing::ElementsAre(HasSubstr("a.png"), HasSubstr("no usable PNG or TIFF picture")));
 }
 
 TEST(PictureFolder, ThatIsMissingIsNone)

@@ -35,6 +35,10 @@ Kind kind_of(Pixels pixels)
         return {PNG_COLOR_TYPE_RGB_ALPHA, 8, 4};
     case Pixels::rgb_16:
         return {PNG_COLOR_TYPE_RGB, 16, 3};
+    case Pixels::grey_alpha_8:
+        return {PNG_COLOR_TYPE_GRAY_ALPHA, 8, 2};
+    case Pixels::palette_8:
+        return {PNG_COLOR_TYPE_PALETTE, 8, 1};
     }
     throw std::logic_error{"no such kind"};
 }
@@ -106,6 +110,10 @@ void write_png(const std::filesystem::path& file, const TestPicture& picture)
                  picture.is_interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
                  PNG_FILTER_TYPE_BASE);
     png_set_gAMA(png, info, 0.45455); // a reader that honours it changes the pixels
+    if (picture.pixels == Pixels::palette_8) {
+        const std::vector<png_color> colors(256);
+        png_set_PLTE(png, info, colors.data(), static_cast<int>(colors.size()));
+    }
     png_write_info(png, info);
     std::vector<unsigned char> bytes = picture.bytes;
     std::vector<png_bytep> rows;

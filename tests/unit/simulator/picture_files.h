@@ -26,7 +26,7 @@ private:
 };
 
 /// Kinds of PNG file, by what stands in one pixel.
-enum class Pixels { grey_1, grey_8, grey_16, rgb_8, rgba_8, rgb_16 };
+enum class Pixels { grey_1, grey_8, grey_16, rgb_8, rgb_16, grey_alpha_8, rgba_8, palette_8 };
 
 struct TestPicture {
     uint32_t width = 0;

@@ -1,0 +1,48 @@
+/// \file PictureFile.h
+/// Picture files, whatever their kind. They may come from anywhere: nothing in them is believed before it has
+/// been checked, and a file that cannot be used costs no more memory than it has bytes.
+#pragma once
+
+#include "simulator/PixelFormat.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zvsim {
+
+struct Picture {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    const PixelFormat* format = nullptr; ///< Mono8, Mono16, RGB8 or RGB16.
+    std::vector<unsigned char> pixels;   ///< Rows without padding; 16-bit values little-endian.
+
+    size_t row_size() const { return pixels.size() / height; }
+};
+
+/// What pictures may take together.
+constexpr uint64_t picture_memory_limit = uint64_t{1} << 30U;
+
+/// What the header of a file says.
+struct PictureHeader {
+    uint64_t width = 0;
+    uint64_t height = 0;
+    uint32_t channels = 0; ///< 1: grey, 3: red, green and blue.
+    uint32_t bits = 0;     ///< Of a sample.
+};
+
+/// A picture with room for its pixels. Empty, with `problem` set, when there is no pixel format for it, or
+/// when so many pixels cannot come from a file of `file_size` bytes that is compressed at most
+/// `best_compression` times.
+std::optional<Picture> picture_for(const PictureHeader& header, uint64_t file_size, uint64_t best_compression,
+                                   std::string& problem);
+
+/// Whether the name of the file says that it is a picture: .png, .tif or .tiff.
+bool is_picture_file(const std::filesystem::path& file);
+/// The picture of such a file, bit for bit: grey or red, green and blue, with 8 or 16 bits in a sample.
+/// Empty, with `problem` set, for every other one.
+std::optional<Picture> read_picture(const std::filesystem::path& file, std::string& problem);
+
+} // namespace zvsim
