@@ -101,9 +101,9 @@ TEST_P(StackedAccess, LeavesTheEntriesAlone)
         EXPECT_EQ(GC_ERR_SUCCESS, access(asked.handle));
         EXPECT_EQ((Calls{call(library_function(asked).c_str(), asked.library, 0x1000, bytes[0], 4)}),
                   fake.calls());
-        EXPECT_EQ(0x100000004U, entries[0].Size);
-        EXPECT_EQ(0x1000U, entries[0].Address);
-        EXPECT_EQ(bytes[0], entries[0].pBuffer);
+        EXPECT_EQ(0x100000004U, size_t{entries[0].Size}); // packed: copied before it is compared
+        EXPECT_EQ(0x1000U, uint64_t{entries[0].Address});
+        EXPECT_EQ(bytes[0], static_cast<void*>(entries[0].pBuffer));
     }
 }
 
