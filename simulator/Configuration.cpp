@@ -160,14 +160,15 @@ void read_file(const ConfigurationFile& file, Configuration& configuration)
 
 Environment Environment::read()
 {
-    return {ConfigurationFile::find(), variable("ZV_GRABBER_PICTURES"), variable("ZV_GRABBER_RATE"),
-            variable("ZV_GRABBER_PIXEL_FORMAT"), variable("ZV_GRABBER_SIZE")};
+    return {ConfigurationFile::find(),   variable("ZV_GRABBER_PICTURES"),
+            variable("ZV_GRABBER_RATE"), variable("ZV_GRABBER_PIXEL_FORMAT"),
+            variable("ZV_GRABBER_SIZE"), variable("ZV_GRABBER_FAULTS")};
 }
 
 bool Environment::operator==(const Environment& other) const
 {
-    return std::tie(file, pictures, rate, pixel_format, size) ==
-           std::tie(other.file, other.pictures, other.rate, other.pixel_format, other.size);
+    return std::tie(file, pictures, rate, pixel_format, size, faults) ==
+           std::tie(other.file, other.pictures, other.rate, other.pixel_format, other.size, other.faults);
 }
 
 std::unique_ptr<const Configuration> Configuration::make(const Environment& environment)
@@ -175,6 +176,10 @@ std::unique_ptr<const Configuration> Configuration::make(const Environment& envi
     auto configuration = std::make_unique<Configuration>();
     configuration->environment = environment;
     read_file(environment.file, *configuration);
+    if (environment.faults == "off")
+        configuration->faults.is_enabled = false;
+    else if (!environment.faults.empty() && environment.faults != "on")
+        configuration->warnings.push_back(rejected("ZV_GRABBER_FAULTS", environment.faults, "on, off"));
     const Overrides overrides{environment, *configuration};
     for (auto& grabber : configuration->grabbers) {
         for (auto& camera : grabber.cameras)

@@ -21,6 +21,7 @@ struct Environment {
     std::string rate;         ///< ZV_GRABBER_RATE: frames per second, 0 is free-running.
     std::string pixel_format; ///< ZV_GRABBER_PIXEL_FORMAT: the name of a pixel format.
     std::string size;         ///< ZV_GRABBER_SIZE: WIDTHxHEIGHT.
+    std::string faults;       ///< ZV_GRABBER_FAULTS: off, or on as the file says.
 
     static Environment read();
     bool operator==(const Environment& other) const;

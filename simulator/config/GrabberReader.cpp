@@ -8,6 +8,7 @@
 #include "zvgr/ZVGRLib.h"
 
 #include <map>
+#include <utility>
 
 namespace zvsim {
 
@@ -120,15 +121,16 @@ YamlKeys file_keys()
     YamlKeys keys{
         "configuration file", {"demo_grabber", "grabbers"}
     };
-    keys.keys.insert(keys.keys.end(), fault_keys().begin(), fault_keys().end());
+    for (const std::string_view key : fault_keys())
+        keys.keys.push_back(key);
     return keys;
 }
 
 std::vector<YamlKeys> configuration_sections()
 {
     std::vector<YamlKeys> sections{file_keys(), grabber_keys(), camera_keys()};
-    for (const YamlKeys* const keys : fault_sections())
-        sections.push_back(*keys);
+    for (YamlKeys& keys : fault_sections())
+        sections.push_back(std::move(keys));
     return sections;
 }
 

@@ -18,17 +18,30 @@ constexpr size_t longest_name = 100;
 constexpr std::chrono::minutes longest_hold_up{10};
 constexpr std::chrono::hours longest_time{24 * 365};
 
-const YamlKeys fault_section{
-    "fault",
-    {"kind", "grabber", "camera", "when", "times", "function", "name", "command", "status", "time",
-      "away_for", "away_for_scans", "bytes", "by", "code", "count", "protocol", "ticks"}
-};
-const YamlKeys trigger_section{
-    "fault's 'when'", {"call", "frame", "every", "until", "after", "since", "probability"}
-};
-const YamlKeys event_section{
-    "event", {"at", "scan", "do", "grabber", "camera"}
-};
+// Made where they are used: a call that comes while the process ends must find them whole.
+
+YamlKeys fault_section()
+{
+    return {
+        "fault",
+        {"kind", "grabber", "camera", "when", "times", "function", "name", "command", "status", "time",
+          "away_for", "away_for_scans", "bytes", "by", "code", "count", "protocol", "ticks"}
+    };
+}
+
+YamlKeys trigger_section()
+{
+    return {
+        "fault's 'when'", {"call", "frame", "every", "until", "after", "since", "probability"}
+    };
+}
+
+YamlKeys event_section()
+{
+    return {
+        "event", {"at", "scan", "do", "grabber", "camera"}
+    };
+}
 
 bool is_loss(FaultKind kind)
 {
@@ -84,8 +97,8 @@ std::vector<std::string_view> allowed_keys(const FaultRule& rule)
 {
     std::vector<std::string_view> keys;
     const auto can_be_given = [&](std::string_view key) { return is_allowed(key, rule); };
-    std::copy_if(fault_section.keys.begin(), fault_section.keys.end(), std::back_inserter(keys),
-                 can_be_given);
+    const YamlKeys section = fault_section();
+    std::copy_if(section.keys.begin(), section.keys.end(), std::back_inserter(keys), can_be_given);
     return keys;
 }
 
@@ -185,7 +198,7 @@ void read_parameters(const YamlMap& map, FaultRule& rule)
         const auto chosen = function->choice(functions_of(rule.kind));
         rule.functions = chosen.value_or(rule.functions);
     }
-    for (const std::string_view key : fault_section.keys) {
+    for (const std::string_view key : fault_section().keys) {
         if (map.has(key) && !is_allowed(key, rule))
             map.find(key)->report("'" + std::string{key} + "' does not belong to such a fault",
                                   joined(allowed_keys(rule)));
@@ -206,7 +219,7 @@ void read_parameters(const YamlMap& map, FaultRule& rule)
 
 std::optional<FaultRule> read_fault(const YamlValue& value)
 {
-    const YamlMap map = value.map(fault_section);
+    const YamlMap map = value.map(fault_section());
     FaultRule rule;
     if (!map.has("kind"))
         map.report("'kind' is missing", "the name of a kind of fault");
@@ -215,14 +228,14 @@ std::optional<FaultRule> read_fault(const YamlValue& value)
     read_place(map, rule.place);
     read_parameters(map, rule);
     if (const auto when = map.find("when"))
-        rule.when = read_trigger(when->map(trigger_section), row_of(rule.kind).opportunity);
+        rule.when = read_trigger(when->map(trigger_section()), row_of(rule.kind).opportunity);
     map.integer("times", rule.times, 1, any_number);
     return rule;
 }
 
 PlugEvent read_event(const YamlValue& value)
 {
-    const YamlMap map = value.map(event_section);
+    const YamlMap map = value.map(event_section());
     PlugEvent event;
     if (!map.has("do"))
         map.report("'do' is missing", "unplug, plug");
@@ -245,17 +258,12 @@ PlugEvent read_event(const YamlValue& value)
 
 } // namespace
 
-const std::vector<std::string_view>& fault_keys()
+std::vector<std::string_view> fault_keys()
 {
-    static const std::vector<std::string_view> keys{"seed", "faults_enabled", "call_log", "faults", "events"};
-    return keys;
+    return {"seed", "faults_enabled", "call_log", "faults", "events"};
 }
 
-const std::vector<const YamlKeys*>& fault_sections()
-{
-    static const std::vector<const YamlKeys*> sections{&fault_section, &trigger_section, &event_section};
-    return sections;
-}
+std::vector<YamlKeys> fault_sections() { return {fault_section(), trigger_section(), event_section()}; }
 
 FaultPlan read_fault_plan(const YamlMap& file)
 {

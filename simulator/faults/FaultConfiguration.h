@@ -11,9 +11,9 @@
 namespace zvsim {
 
 /// The keys at the top of the file that belong to the fault plan.
-const std::vector<std::string_view>& fault_keys();
+std::vector<std::string_view> fault_keys();
 /// The sections below them, for the comparison with the schema.
-const std::vector<const YamlKeys*>& fault_sections();
+std::vector<YamlKeys> fault_sections();
 /// What the file's top section says about faults; what is wrong is reported into the section's errors.
 FaultPlan read_fault_plan(const YamlMap& file);
 

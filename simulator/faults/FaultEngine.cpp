@@ -9,7 +9,7 @@ namespace zvsim {
 
 namespace {
 
-const std::string pixel_format = "PixelFormat";
+constexpr std::string_view pixel_format = "PixelFormat";
 
 bool is_payload(uint64_t command)
 {
@@ -22,7 +22,8 @@ bool is_meant(const FaultRule& rule, const Call& call)
     const Argument& first = call.arguments[0];
     if (!has(rule.functions, call.function) || (rule.command && *rule.command != first.value))
         return false;
-    const std::string& name = rule.kind == FaultKind::pixel_format_unknown ? pixel_format : rule.name;
+    const std::string_view name =
+        rule.kind == FaultKind::pixel_format_unknown ? pixel_format : std::string_view{rule.name};
     if (!name.empty() && (first.text == nullptr || name != first.text))
         return false;
     const bool is_about_payload =
