@@ -339,12 +339,15 @@ uint32_t Library::stream_of_this_thread() const
     return 0;
 }
 
-void Library::end_absent_acquisitions()
+void Library::follow_presence()
 {
-    for (auto& entry : m_cameras) {
-        if (!is_there(entry.second.place))
-            entry.second.has_been_lost = true;
+    for (uint32_t i = 0; i < m_devices.size(); ++i) {
+        uint32_t position = 0;
+        for (const auto& camera : m_devices[i]->cameras())
+            camera->set_connected(is_there({i, position++}));
     }
+    for (auto& entry : m_cameras)
+        entry.second.has_been_lost = entry.second.has_been_lost || !is_there(entry.second.place);
     for (const auto& entry : m_streams) {
         const auto owner = m_cameras.find(entry.second->camera());
         if (owner != m_cameras.end() && owner->second.has_been_lost)

@@ -102,8 +102,9 @@ public:
     std::vector<uint32_t> streams_of(const Target& target) const;
     /// The stream whose thread this is, or 0.
     uint32_t stream_of_this_thread() const;
-    /// Ends the acquisitions of cameras that are not there, as if by themselves.
-    void end_absent_acquisitions();
+    /// Tells the cameras whether they are there, and ends the acquisitions of those that are not as if by
+    /// themselves.
+    void follow_presence();
 
     /// Ends everything, for good. A callback that does not return within five seconds is left behind: a
     /// process that ends does not wait for ever.

@@ -66,24 +66,29 @@ bool FaultEngine::is_needed(const FaultPlan& plan)
 void FaultEngine::lose(const Place& place, const Absence& absence)
 {
     m_presence.lose(place, absence, Clock::now());
-    Library::instance().end_absent_acquisitions();
+    follow_presence();
 }
 
 void FaultEngine::advance()
 {
-    if (m_presence.advance(m_first_scan, Clock::now()))
-        Library::instance().end_absent_acquisitions();
+    m_presence.advance(m_first_scan, Clock::now());
+    follow_presence();
+}
+
+void FaultEngine::follow_presence()
+{
+    if (m_presence.take_change())
+        Library::instance().follow_presence();
 }
 
 Verdict FaultEngine::before(const Call& call, const Place& place)
 {
     advance();
-    if (call.function == Function::device_scan) {
+    if (call.function == Function::device_scan)
         m_presence.begin_scan();
-        Library::instance().end_absent_acquisitions();
-    }
     if (call.function == Function::update_camera_list)
         m_presence.begin_camera_list(place.grabber);
+    follow_presence();
     Verdict verdict;
     for (RuleState& state : m_call_rules) {
         if (is_meant(state.rule(), call) && state.concerns(place))

@@ -74,6 +74,7 @@ public:
     void end_log();
 
 private:
+    void follow_presence();
     void judge(const Call& call, const Place& place, RuleState& state, Verdict& verdict);
     void log_call_fault(const Call& call, const FaultRule& rule);
     void log_frame_fault(uint32_t stream, const FaultRule& rule, uint64_t frame);

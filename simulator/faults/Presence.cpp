@@ -9,14 +9,16 @@ Presence::Presence(size_t grabbers, const std::vector<PlugEvent>& events)
 {
 }
 
-void Presence::State::pass_list()
+bool Presence::State::pass_list()
 {
     if (!is_lost || !lists)
-        return;
-    if (*lists == 0)
-        is_lost = false;
-    else
+        return false;
+    if (*lists > 0) {
         --*lists;
+        return false;
+    }
+    is_lost = false;
+    return true;
 }
 
 bool Presence::has(const Place& place) const
@@ -34,6 +36,7 @@ void Presence::lose(const Place& place, const Absence& absence, Clock::time_poin
     if (state == nullptr)
         return;
     state->is_lost = true;
+    m_has_changed = true;
     state->lists = absence.scans;
     state->back.reset();
     if (!absence.time)
@@ -50,7 +53,7 @@ void Presence::begin_scan()
             apply(event);
     }
     for (GrabberState& state : m_states)
-        state.grabber.pass_list();
+        m_has_changed = state.grabber.pass_list() || m_has_changed;
 }
 
 void Presence::begin_camera_list(uint32_t grabber)
@@ -58,30 +61,29 @@ void Presence::begin_camera_list(uint32_t grabber)
     if (grabber >= m_states.size())
         return;
     for (State& camera : m_states[grabber].cameras)
-        camera.pass_list();
+        m_has_changed = camera.pass_list() || m_has_changed;
 }
 
-bool Presence::advance(Clock::time_point first_scan, Clock::time_point now)
+void Presence::advance(Clock::time_point first_scan, Clock::time_point now)
 {
-    bool has_gone = false;
     const auto is_due = [&](const PlugEvent& event) { return event.at && first_scan + *event.at <= now; };
     for (PlugEvent& event : m_events) {
-        if (!is_due(event))
-            continue;
-        apply(event);
-        has_gone = has_gone || !event.is_plugged;
+        if (is_due(event))
+            apply(event);
     }
     m_events.erase(std::remove_if(m_events.begin(), m_events.end(), is_due), m_events.end());
     if (!m_has_returns)
-        return has_gone;
-    const auto come_back = [now](State& state) {
-        state.is_lost = state.is_lost && !(state.back && *state.back <= now);
+        return;
+    const auto come_back = [&](State& state) {
+        if (!state.is_lost || !state.back || *state.back > now)
+            return;
+        state.is_lost = false;
+        m_has_changed = true;
     };
     for (GrabberState& state : m_states) {
         come_back(state.grabber);
         std::for_each(state.cameras.begin(), state.cameras.end(), come_back);
     }
-    return has_gone;
 }
 
 Presence::State* Presence::find(const Place& place)
@@ -98,6 +100,7 @@ void Presence::apply(PlugEvent& event)
 {
     if (State* const state = find(event.place))
         state->is_plugged = event.is_plugged;
+    m_has_changed = true;
 }
 
 } // namespace zvsim

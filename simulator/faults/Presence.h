@@ -7,6 +7,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "zvgr/ZVGRLib.h"
@@ -27,8 +28,10 @@ public:
     void begin_scan();
     /// Before the cameras of a grabber are listed.
     void begin_camera_list(uint32_t grabber);
-    /// Lets happen what is due by time. True when something has gone.
-    bool advance(Clock::time_point first_scan, Clock::time_point now);
+    /// Lets happen what is due by time.
+    void advance(Clock::time_point first_scan, Clock::time_point now);
+    /// Whether anything has gone or come since the last time that this was asked.
+    bool take_change() { return std::exchange(m_has_changed, false); }
 
 private:
     struct State {
@@ -38,7 +41,8 @@ private:
         std::optional<Clock::time_point> back;
 
         bool is_there() const { return is_plugged && !is_lost; }
-        void pass_list();
+        /// True when it comes back.
+        bool pass_list();
     };
     struct GrabberState {
         State grabber;
@@ -53,6 +57,7 @@ private:
     std::vector<PlugEvent> m_events; ///< Those that are still to come.
     uint64_t m_scans = 0;
     bool m_has_returns = false; ///< Something comes back by time.
+    bool m_has_changed = false;
 };
 
 } // namespace zvsim

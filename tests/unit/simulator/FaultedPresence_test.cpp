@@ -120,19 +120,34 @@ TEST(FaultedPresence, CablesArePulledInTime)
     Presence presence{
         grabbers, {at_time(1s, false, grabber), at_time(3s, true, grabber)}
     };
-    EXPECT_FALSE(presence.advance(first_scan, first_scan));
+    presence.advance(first_scan, first_scan);
     EXPECT_TRUE(presence.has(grabber));
-    EXPECT_TRUE(presence.advance(first_scan, first_scan + 1s));
+    presence.advance(first_scan, first_scan + 1s);
     EXPECT_FALSE(presence.has(grabber));
-    EXPECT_FALSE(presence.advance(first_scan, first_scan + 3s));
+    presence.advance(first_scan, first_scan + 3s);
     EXPECT_TRUE(presence.has(grabber));
 }
 
-TEST(FaultedPresence, AnEventHappensOnce)
+TEST(FaultedPresence, AChangeIsToldOnce)
 {
     Presence presence{grabbers, {at_time(1s, false, grabber)}};
-    EXPECT_TRUE(presence.advance(first_scan, first_scan + 1s));
-    EXPECT_FALSE(presence.advance(first_scan, first_scan + 2s));
+    presence.advance(first_scan, first_scan);
+    EXPECT_FALSE(presence.take_change());
+    presence.advance(first_scan, first_scan + 1s);
+    EXPECT_TRUE(presence.take_change());
+    presence.advance(first_scan, first_scan + 2s);
+    EXPECT_FALSE(presence.take_change());
+}
+
+TEST(FaultedPresence, ComingBackIsAChangeToo)
+{
+    Presence presence{grabbers, {}};
+    presence.lose(camera, {1, std::nullopt}, first_scan);
+    EXPECT_TRUE(presence.take_change());
+    presence.begin_camera_list(1);
+    EXPECT_FALSE(presence.take_change());
+    presence.begin_camera_list(1);
+    EXPECT_TRUE(presence.take_change());
 }
 
 TEST(FaultedPresence, APluggedCameraThatIsLostStaysAway)
