@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace zvsim {
 
@@ -12,6 +13,24 @@ CameraDevice::CameraDevice(const CameraModel& model, const GrabberModel& grabber
 {
     m_state.settings = model.start;
     m_state.user_id = model.user_id;
+}
+
+Pace CameraDevice::pace() const
+{
+    return {settings().is_rate_set ? settings().frames_per_second : 0, settings().is_triggered};
+}
+
+uint64_t CameraDevice::frames_of_acquisition() const
+{
+    switch (settings().mode) {
+    case AcquisitionMode::single_frame:
+        return 1;
+    case AcquisitionMode::multi_frame:
+        return settings().frame_count;
+    case AcquisitionMode::continuous:
+        break;
+    }
+    return std::numeric_limits<uint64_t>::max();
 }
 
 double CameraDevice::temperature(Clock::time_point now) const

@@ -48,6 +48,10 @@ public:
     }
     /// The present pixel format as the camera numbers it.
     uint32_t format_code() const { return code_of(*settings().format, m_model.format_codes); }
+    /// What makes frames happen at the present settings.
+    Pace pace() const;
+    /// How many frames the camera sends after a start.
+    uint64_t frames_of_acquisition() const;
     /// Degrees Celsius; rises after power-on.
     double temperature(Clock::time_point now) const;
     bool is_connected() const { return m_is_connected; }

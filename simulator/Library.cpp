@@ -194,8 +194,12 @@ Stream* Library::acquiring_stream(uint32_t camera)
     return nullptr;
 }
 
-uint32_t Library::start(uint32_t camera, uint32_t stream, uint32_t frames)
+uint32_t Library::start(Lock& lock, uint32_t camera, uint32_t stream, uint32_t frames)
 {
+    m_changed.wait(lock, [this, stream] {
+        const auto* const ending = find_stream<Stream>(stream);
+        return ending == nullptr || !ending->is_reporting_end() || ending->is_own_thread();
+    });
     const Camera* const owner = find_camera(camera);
     Stream* const started = find_stream<Stream>(stream);
     if (owner == nullptr || started == nullptr || started->camera() != camera)

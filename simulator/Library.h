@@ -90,7 +90,8 @@ public:
     Stream* find_any_stream(uint32_t handle);
     /// The stream on which this camera acquires, or null.
     Stream* acquiring_stream(uint32_t camera);
-    uint32_t start(uint32_t camera, uint32_t stream, uint32_t frames);
+    /// Waits while the end of the acquisition before is still being reported.
+    uint32_t start(Lock& lock, uint32_t camera, uint32_t stream, uint32_t frames);
     uint32_t stop(Lock& lock, uint32_t camera);
 
     /// Null: there is nothing for it to do.

@@ -23,12 +23,15 @@ Stream::~Stream()
 void Stream::start(uint32_t frames)
 {
     const Clock::time_point first_frame = Clock::now() + m_device.model().start_up;
-    const CameraSettings& settings = m_device.settings();
-    const double rate = settings.is_rate_set ? settings.frames_per_second : 0;
-    m_next = Acquisition{
-        m_started + 1, frames, Pacer{rate,                                         first_frame},
-            make_picture_source(m_device), {                                            }
-    };
+    m_next.emplace(Acquisition{
+        m_started + 1,
+        frames,
+        m_device.frames_of_acquisition(),
+        0,
+        Pacer{m_device.pace(),          first_frame, m_device.model().jitter},
+        make_picture_source(m_device),
+        {                       }
+    });
     FaultEngine* const faults = m_library.faults();
     const Camera* const camera = m_library.find_camera(m_camera);
     if (faults != nullptr && camera != nullptr)
@@ -98,12 +101,18 @@ void Stream::work()
 void Stream::acquire(Lock& lock, Acquisition& acquisition)
 {
     m_delivered = 0;
-    while (wait_for_frame(lock, acquisition))
-        expose(lock, acquisition, acquisition.pacer.take(Clock::now()));
+    while (wait_for_frame(lock, acquisition)) {
+        const Frame frame = acquisition.pacer.take(Clock::now());
+        m_device.count_lost(frame.id - std::exchange(acquisition.next_frame, frame.id + 1));
+        --acquisition.frames_to_send;
+        expose(lock, acquisition, frame);
+    }
     if (!is_current(acquisition))
         return;
     idle(); // before the report, so that its receiver can start again
+    m_is_reporting_end = true;
     report_end(lock);
+    m_is_reporting_end = false;
 }
 
 void Stream::expose(Lock& lock, Acquisition& acquisition, const Frame& frame)
@@ -116,6 +125,8 @@ void Stream::expose(Lock& lock, Acquisition& acquisition, const Frame& frame)
     if (fate.ends_acquisition)
         run_out();
     hold_up(lock, acquisition, fate.late);
+    if (fate.is_dropped)
+        m_device.count_lost(1);
     if (fate.is_dropped || is_over(acquisition))
         return;
     if (fate.is_held) {
@@ -132,7 +143,12 @@ void Stream::expose(Lock& lock, Acquisition& acquisition, const Frame& frame)
 
 void Stream::deliver_one(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate)
 {
-    m_delivered += deliver(lock, acquisition, frame, fate) ? 1 : 0;
+    if (deliver(lock, acquisition, frame, fate)) {
+        ++m_delivered;
+        m_device.count_delivered();
+    } else if (is_current(acquisition)) {
+        m_device.count_lost(1);
+    }
     if (acquisition.frames != 0 && m_delivered >= acquisition.frames && is_current(acquisition))
         m_has_run_out = true;
 }
@@ -151,15 +167,27 @@ void Stream::log_delivery(const FrameFate& fate) const
         log->add(m_handle, log->name_of('s', m_handle) + " frame " + std::to_string(fate.id));
 }
 
-bool Stream::wait_for_frame(Lock& lock, const Acquisition& acquisition)
+bool Stream::wait_for_frame(Lock& lock, Acquisition& acquisition)
 {
-    const auto is_at_end = [&] { return is_over(acquisition); };
-    const Clock::time_point due = acquisition.pacer.due();
-    if (acquisition.faults.is_silent())
-        m_wake.wait(lock, is_at_end);
-    if (Clock::now() < due && m_wake.wait_until(lock, due, is_at_end))
-        return false;
-    return wait_for_room(lock, acquisition);
+    while (!is_over(acquisition)) { // whatever wakes the thread, settings may have changed
+        const Clock::time_point now = Clock::now();
+        acquisition.pacer.set_pace(m_device.pace(), now);
+        const bool is_silent = acquisition.faults.is_silent() || acquisition.frames_to_send == 0;
+        if (!is_silent && now < acquisition.pacer.due())
+            m_wake.wait_until(lock, acquisition.pacer.due());
+        else if (!is_silent && can_expose(acquisition))
+            return true;
+        else
+            m_wake.wait(lock);
+    }
+    return false;
+}
+
+bool Stream::can_expose(const Acquisition& acquisition)
+{
+    if (m_device.pace().is_triggered)
+        return m_device.take_trigger();
+    return !acquisition.pacer.is_free_running() || has_room();
 }
 
 bool Stream::wait_for_room(Lock& lock, const Acquisition& acquisition)

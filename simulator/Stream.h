@@ -50,6 +50,12 @@ public:
     /// Ends everything; the handles of the stream and of its buffers are dead from now on.
     void kill();
 
+    /// Lets settings of the camera that have changed take effect.
+    void follow_settings() { wake(); }
+
+    /// True while the end of an acquisition is being reported. One that another thread started now would be
+    /// taken for ended by its receiver.
+    bool is_reporting_end() const { return m_is_reporting_end; }
     /// True when the thread has done its last work for everything that was stopped.
     bool has_stopped() const { return m_ended >= m_stopped || has_left(); }
     /// True when a dead stream's thread will not come back.
@@ -60,7 +66,9 @@ public:
 protected:
     struct Acquisition {
         uint64_t number;
-        uint32_t frames;
+        uint32_t frames;         ///< To be delivered; 0: until stopped.
+        uint64_t frames_to_send; ///< How many the camera still sends, delivered or not.
+        uint64_t next_frame;     ///< Its number, when nothing is skipped.
         Pacer pacer;
         std::unique_ptr<PictureSource> source;
         FrameFaults faults;
@@ -88,7 +96,9 @@ private:
     void work();
     void acquire(Lock& lock, Acquisition& acquisition);
     void idle();
-    bool wait_for_frame(Lock& lock, const Acquisition& acquisition);
+    bool wait_for_frame(Lock& lock, Acquisition& acquisition);
+    /// Whether a frame whose time has come happens now; takes its trigger.
+    bool can_expose(const Acquisition& acquisition);
     bool wait_for_room(Lock& lock, const Acquisition& acquisition);
     /// Delivers a frame, or what faults make of it.
     void expose(Lock& lock, Acquisition& acquisition, const Frame& frame);
@@ -109,6 +119,7 @@ private:
     uint64_t m_delivered = 0; ///< Frames of the acquisition that the thread works at.
     bool m_is_acquiring = false;
     bool m_has_run_out = false; ///< The acquisition that is running ends by itself.
+    bool m_is_reporting_end = false;
     bool m_is_dead = false;
     bool m_has_left = false;
     std::thread m_thread;

@@ -116,8 +116,8 @@ uint32_t ZVGR_CameraStartAcquire_GenTL(uint32_t camera, uint32_t stream, uint32_
         Function::start, handle_target(camera), {{{"stream", handle_target(stream)}, {"frames", frames}}}};
     return api_call(call, status_failed, [&] {
         Library& library = Library::instance();
-        const Lock lock = library.lock();
-        return library.start(camera, stream, frames);
+        Lock lock = library.lock();
+        return library.start(lock, camera, stream, frames);
     });
 }
 

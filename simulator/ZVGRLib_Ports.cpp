@@ -67,7 +67,7 @@ uint32_t with_camera(Library& library, uint32_t camera, const Access& access)
     const Camera* const found = library.find_camera(camera);
     if (found == nullptr)
         return status_bad_handle;
-    if (!found->is_open)
+    if (!found->is_open || found->has_been_lost)
         return status_not_ready;
     CameraSpace space{*found->device};
     return access(space);
@@ -79,6 +79,11 @@ uint32_t with_grabber(Library& library, uint32_t grabber, const Access& access)
     const Grabber* const found = library.find_grabber(grabber);
     if (found == nullptr)
         return status_bad_handle;
+    const auto& devices = found->device->cameras();
+    for (size_t i = 0; i < devices.size(); ++i) {
+        const Camera* const camera = library.find_camera(found->cameras[i]);
+        devices[i]->set_connected(camera != nullptr && library.is_there(camera->place));
+    }
     GrabberSpace space{*found->device};
     return access(space);
 }
@@ -130,7 +135,10 @@ uint32_t ZVGR_CameraWriteReg(uint32_t camera, uint64_t address, const void* buff
     return transfer(Function::camera_write, camera, address, buffer, size,
                     [&](Library& library, uint32_t asked) {
                         return with_camera(library, camera, [&](RegisterSpace& space) {
-                            return write_to(space, address, buffer, size, asked);
+                            const uint32_t status = write_to(space, address, buffer, size, asked);
+            if (Stream* const stream = library.acquiring_stream(camera))
+                stream->follow_settings();
+            return status;
                         });
                     });
 }

@@ -14,7 +14,7 @@ constexpr uint64_t start_ticks = uint64_t{1000} * 25000000;
 
 TEST(Pacer, GivesFrameNItsTimeWhateverTheDelay)
 {
-    Pacer pacer{25, start};
+    Pacer pacer{{25}, start};
     for (uint64_t frame = 0; frame < 100; ++frame) {
         EXPECT_EQ(start + 40ms * frame, pacer.due());
         const Frame taken = pacer.take(start + 40ms * frame + 13ms);
@@ -25,7 +25,7 @@ TEST(Pacer, GivesFrameNItsTimeWhateverTheDelay)
 
 TEST(Pacer, KeepsRatesThatDoNotDivideASecond)
 {
-    Pacer pacer{3, start};
+    Pacer pacer{{3}, start};
     Frame frame{};
     for (int taken = 0; taken <= 30000; ++taken)
         frame = pacer.take(pacer.due());
@@ -35,7 +35,7 @@ TEST(Pacer, KeepsRatesThatDoNotDivideASecond)
 
 TEST(Pacer, CatchesUpWithinASecond)
 {
-    Pacer pacer{10, start};
+    Pacer pacer{{10}, start};
     EXPECT_EQ(0U, pacer.take(start).id);
     for (uint64_t frame = 1; frame <= 11; ++frame)
         EXPECT_EQ(frame, pacer.take(start + 1100ms).id);
@@ -43,7 +43,7 @@ TEST(Pacer, CatchesUpWithinASecond)
 
 TEST(Pacer, SkipsFramesWhenItIsMoreThanASecondBehind)
 {
-    Pacer pacer{10, start};
+    Pacer pacer{{10}, start};
     EXPECT_EQ(0U, pacer.take(start).id);
     const Frame frame = pacer.take(start + 1150ms);
     EXPECT_EQ(11U, frame.id);
@@ -53,7 +53,7 @@ TEST(Pacer, SkipsFramesWhenItIsMoreThanASecondBehind)
 
 TEST(Pacer, FreeRunningTakesEveryFrameWhenItIsAsked)
 {
-    Pacer pacer{0, start};
+    Pacer pacer{{0}, start};
     EXPECT_TRUE(pacer.is_free_running());
     EXPECT_EQ(start, pacer.due());
     EXPECT_EQ(start_ticks + 1, pacer.take(start + 40ns).timestamp);
