@@ -136,9 +136,9 @@ uint32_t ZVGR_CameraWriteReg(uint32_t camera, uint64_t address, const void* buff
                     [&](Library& library, uint32_t asked) {
                         return with_camera(library, camera, [&](RegisterSpace& space) {
                             const uint32_t status = write_to(space, address, buffer, size, asked);
-            if (Stream* const stream = library.acquiring_stream(camera))
-                stream->follow_settings();
-            return status;
+                            if (Stream* const stream = library.acquiring_stream(camera))
+                                stream->follow_settings();
+                            return status;
                         });
                     });
 }

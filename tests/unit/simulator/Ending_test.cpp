@@ -160,6 +160,44 @@ TEST_F(HeldCallback, AStopAfterTheEndWaitsForTheReportOfTheEnd)
     EXPECT_TRUE(waits_for_the_callback(may_return, has_returned, [this] { EXPECT_EQ(success, stop()); }));
 }
 
+/// Otherwise the report would seem to be about the acquisition that has just begun.
+TEST_F(HeldCallback, AStartAfterTheEndWaitsForTheReportOfTheEnd)
+{
+    receiver.on_buffer = [this](uint64_t buffer) {
+        if (buffer != 0)
+            return;
+        inside.open();
+        EXPECT_TRUE(may_return.wait());
+        has_returned = true;
+    };
+    start_and_enter(1);
+    EXPECT_TRUE(
+        waits_for_the_callback(may_return, has_returned, [this] { EXPECT_EQ(success, start(stream)); }));
+    EXPECT_EQ(success, stop());
+}
+
+TEST_F(QueuedStream, CanBeStartedFromTheReportOfItsEnd)
+{
+    Gate ended;
+    receiver.on_buffer = [&, ends = 0](uint64_t buffer) mutable {
+        if (buffer != 0) {
+            ZVGR_BufferToQueue(buffer, zv_queue_input);
+            return;
+        }
+        if (++ends < 3) {
+            EXPECT_EQ(success, start(stream, 2));
+        } else {
+            ended.open();
+        }
+    };
+    queued();
+    ASSERT_EQ(success, start(stream, 2));
+    ASSERT_TRUE(ended.wait());
+    ASSERT_EQ(success, stop());
+    EXPECT_EQ(6U, receiver.frames());
+    EXPECT_EQ(3U, receiver.ends());
+}
+
 TEST_F(HeldCallback, OtherStreamsGoOnMeanwhile)
 {
     start_and_enter();

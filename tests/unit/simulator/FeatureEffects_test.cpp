@@ -1,0 +1,266 @@
+// What writing features does to the frames.
+#include "unit/simulator/configured_camera.h"
+
+#include <atomic>
+#include <set>
+#include <thread>
+
+namespace {
+
+using namespace zvsim_test;
+
+constexpr uint32_t success = zv_success;
+
+constexpr int mono8 = 0x01080001;
+constexpr int mono16 = 0x01100007;
+constexpr int mono12p = 0x010C0047;
+
+constexpr int white = 6;
+constexpr int grey = 7;
+constexpr int black = 5;
+
+TEST_F(ConfiguredCamera, SizesSetThePayload)
+{
+    EXPECT_EQ(66U * 50U, number("PayloadSize"));
+    set("Width", 20);
+    set("Height", 10);
+    EXPECT_EQ(200U, number("PayloadSize"));
+    EXPECT_EQ(200U, stream_info(stream, zv_stream_payload_now));
+    EXPECT_EQ(66U * 50U, stream_info(stream, zv_stream_payload_at_creation));
+    set("PixelFormat", mono16);
+    EXPECT_EQ(400U, number("PayloadSize"));
+    set("PixelFormat", mono12p);
+    EXPECT_EQ(300U, number("PayloadSize"));
+    uint32_t other = 0;
+    ASSERT_EQ(success, ZVGR_StreamCreate(camera, &other, 0));
+    EXPECT_EQ(300U, stream_info(other, zv_stream_payload_at_creation));
+}
+
+TEST_F(ConfiguredCamera, SizeAndOffsetCutThePictureOut)
+{
+    const auto whole = frame(); // the diagonal ramp
+    set("Width", 20);
+    set("Height", 10);
+    set("OffsetX", 7);
+    set("OffsetY", 11);
+    const auto part = frame();
+    ASSERT_EQ(200U, part.size());
+    for (size_t y = 0; y < 10; ++y) {
+        for (size_t x = 0; x < 20; ++x)
+            ASSERT_EQ(whole[(y + 11) * 66 + x + 7], part[y * 20 + x]) << x << " " << y;
+    }
+}
+
+TEST_F(ConfiguredCamera, TheFormatIsThatOfThePixels)
+{
+    set("TestPattern", white);
+    const auto wide = [this](int format) {
+        set("PixelFormat", format);
+        return frame();
+    };
+    EXPECT_EQ(std::vector<unsigned char>(66 * 50, 0xFF), wide(mono8));
+    EXPECT_EQ(std::vector<unsigned char>(66 * 50 * 2, 0xFF), wide(mono16));
+    EXPECT_EQ(std::vector<unsigned char>(66 * 50 * 3 / 2, 0xFF), wide(mono12p));
+}
+
+TEST_F(ConfiguredCamera, ExposureAndGainSetTheBrightness)
+{
+    set("TestPattern", grey);
+    const int nominal = frame().at(0);
+    EXPECT_NEAR(128, nominal, 1);
+    set("ExposureTime", 5000.0);
+    EXPECT_NEAR(nominal / 2.0, frame().at(0), 1);
+    set("Gain", 6.0206); // twice as bright
+    EXPECT_NEAR(nominal, frame().at(0), 1);
+    set("Gain", -12.0);
+    EXPECT_NEAR(nominal / 2.0 * 0.2512, frame().at(0), 1);
+    set("Gain", 48.0);
+    EXPECT_EQ(255, frame().at(0)) << "no more than the full scale";
+}
+
+TEST_F(ConfiguredCamera, PatternExposureAndGainActOnTheNextFrame)
+{
+    set("TestPattern", white);
+    std::vector<int> pixels;
+    Gate done;
+    receiver.on_buffer = [&](uint64_t buffer) {
+        pixels.push_back(memory(buffer)[0]);
+        if (pixels.size() == 1)
+            set("ExposureTime", 5000.0);
+        else if (pixels.size() == 2)
+            set("Gain", 6.0206);
+        else if (pixels.size() == 3)
+            set("TestPattern", black);
+        else
+            done.open();
+        if (pixels.size() < 4)
+            ZVGR_BufferToQueue(buffer, zv_queue_input);
+    };
+    queued(); // the only one: the next frame is drawn when the settings have changed
+    ASSERT_EQ(success, start());
+    ASSERT_TRUE(done.wait());
+    ASSERT_EQ(success, stop());
+    ASSERT_EQ(4U, pixels.size());
+    EXPECT_EQ(255, pixels[0]);
+    EXPECT_NEAR(127.5, pixels[1], 1);
+    EXPECT_NEAR(255, pixels[2], 1);
+    EXPECT_EQ(0, pixels[3]);
+}
+
+TEST_F(ConfiguredCamera, AFasterRateDoesNotWaitForTheSlowOne)
+{
+    set("AcquisitionFrameRateEnable", 1);
+    set("AcquisitionFrameRate", 0.001);
+    std::vector<uint64_t> ids;
+    receiver.on_buffer = [&](uint64_t buffer) { ids.push_back(buffer_info(buffer, zv_buffer_frame_id)); };
+    for (int buffers = 0; buffers < 3; ++buffers)
+        queued();
+    ASSERT_EQ(success, start());
+    ASSERT_TRUE(receiver.wait_for(1));
+    set("AcquisitionFrameRate", 500.0); // the second frame would have come in a quarter of an hour
+    ASSERT_TRUE(receiver.wait_for(3));
+    ASSERT_EQ(success, stop());
+    EXPECT_EQ((std::vector<uint64_t>{0, 1, 2}), ids);
+}
+
+TEST_F(ConfiguredCamera, FreeRunningDoesNotWaitForTheRate)
+{
+    set("AcquisitionFrameRateEnable", 1);
+    set("AcquisitionFrameRate", 0.001);
+    queued();
+    queued();
+    ASSERT_EQ(success, start());
+    ASSERT_TRUE(receiver.wait_for(1));
+    set("AcquisitionFrameRateEnable", 0);
+    ASSERT_TRUE(receiver.wait_for(2));
+    ASSERT_EQ(success, stop());
+}
+
+TEST_F(ConfiguredCamera, ASmallerBufferTakesThePartOfALargerPictureThatFits)
+{
+    set("TestPattern", white);
+    set("Width", 10);
+    const uint64_t buffer = queued();
+    set("Width", 66);
+    Gate over;
+    receiver.on_buffer = [&](uint64_t reported) {
+        if (reported == 0)
+            over.open();
+    };
+    ASSERT_EQ(success, start(1));
+    ASSERT_TRUE(over.wait());
+    ASSERT_EQ(success, stop());
+    EXPECT_EQ(std::vector<unsigned char>(500, 0xFF),
+              std::vector<unsigned char>(memory(buffer), memory(buffer) + 500));
+}
+
+TEST_F(ConfiguredCamera, ARingKeepsTheSizeThatItWasMadeWith)
+{
+    set("TestPattern", white);
+    set("Height", 25);
+    uint32_t ring = 0;
+    ASSERT_EQ(success, ZVGR_StreamCreateAndAlloc(camera, &ring, 2, 0));
+    Receiver frames;
+    ASSERT_EQ(success, ZVGR_CameraCallbackRegister(camera, &Receiver::frame_callback, &frames));
+    set("Height", 50);
+    EXPECT_EQ(66U * 25U, stream_info(ring, zv_stream_payload_at_creation));
+    EXPECT_EQ(66U * 50U, stream_info(ring, zv_stream_payload_now));
+    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, ring, 2));
+    ASSERT_TRUE(frames.wait_for(2));
+    ASSERT_EQ(success, stop());
+    const auto* const second = static_cast<const unsigned char*>(ZVGR_StreamGetPtr(ring, 1));
+    EXPECT_EQ(0xFF, second[66 * 25 - 1]);
+    EXPECT_EQ(0, second[66 * 25]);
+    ASSERT_EQ(success, ZVGR_StreamDelete(ring));
+}
+
+TEST_F(ConfiguredCamera, ItsOwnCommandsNeitherStartNorStopAnything)
+{
+    set("AcquisitionStart", 1);
+    EXPECT_EQ(0U, number("ParametersAreLocked"));
+    queued();
+    receiver.on_buffer = [this](uint64_t buffer) {
+        set("AcquisitionStop", 1);
+        ZVGR_BufferToQueue(buffer, zv_queue_input);
+    };
+    ASSERT_EQ(success, start());
+    ASSERT_TRUE(receiver.wait_for(5));
+    set("AcquisitionStart", 1);
+    ASSERT_TRUE(receiver.wait_for(10));
+    ASSERT_EQ(success, stop());
+    set("AcquisitionStop", 1);
+    EXPECT_EQ(0U, receiver.ends());
+}
+
+TEST_F(ConfiguredCamera, ValuesAnswerEveryNumberByItsName)
+{
+    set("Width", 32);
+    set("OffsetX", 8);
+    const std::set<std::string> enumerations{"PixelFormat",     "PixelSize",        "TestPattern",
+                                             "AcquisitionMode", "TriggerSelector",  "TriggerMode",
+                                             "TriggerSource",   "TriggerActivation"};
+    const std::set<std::string> others{"DeviceVendorName",   "DeviceModelName",
+                                       "DeviceSerialNumber", "DeviceVersion",
+                                       "DeviceUserID",       "TimestampLatch",
+                                       "DeviceTemperature",  "Timestamp",
+                                       "AcquisitionStart",   "AcquisitionStop",
+                                       "TriggerSoftware",    "AcquisitionFrameRate",
+                                       "ExposureTime",       "Gain"};
+    for (const RegisterPlace& place : camera_registers()) {
+        if (others.count(place.name) != 0)
+            continue;
+        const bool is_enumeration = enumerations.count(place.name) != 0;
+        const auto value = static_cast<int64_t>(number(place.name));
+        for (const uint32_t handle : {grabber, camera, stream}) {
+            EXPECT_EQ(is_enumeration ? ZV_NOT_AVAILABLE : value, ZVGR_GetCameraValueInt(handle, place.name))
+                << place.name;
+            EXPECT_EQ(is_enumeration ? value : ZV_NOT_AVAILABLE, ZVGR_GetCameraValueEnum(handle, place.name))
+                << place.name;
+        }
+    }
+    for (const char* const name : {"DeviceVendorName", "Gain", "TimestampLatch", "WidthRegister"}) {
+        EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueInt(camera, name)) << name;
+        EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueEnum(camera, name)) << name;
+    }
+}
+
+/// A pair of registers that is always written at once is always read as it was written.
+TEST_F(ConfiguredCamera, RegistersAreReadAndWrittenFromManyThreadsWhileFramesCome)
+{
+    const RegisterPlace& pair = camera_register("AcquisitionFrameRate"); // ExposureTime is behind it
+    const auto pair_of = [](double first) {
+        Bytes bytes = bytes_of(first);
+        const Bytes second = bytes_of(first + 1);
+        bytes.insert(bytes.end(), second.begin(), second.end());
+        return bytes;
+    };
+    ASSERT_EQ(success, write_camera(camera, pair.address, pair_of(1000)).status);
+    receiver.on_buffer = [](uint64_t buffer) { ZVGR_BufferToQueue(buffer, zv_queue_input); };
+    queued();
+    queued();
+    ASSERT_EQ(success, start());
+    std::atomic<bool> is_over{false};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 2; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int round = 0; !is_over; ++round) {
+                EXPECT_EQ(success,
+                          write_camera(camera, pair.address, pair_of(1000 + thread + round % 7)).status);
+                const Bytes read = read_camera(camera, pair.address, 16).bytes;
+                const Bytes first{read.begin(), read.begin() + 8};
+                EXPECT_EQ(pair_of(float_from(first)), read);
+                set("TestPattern", round % 14);
+                set("AcquisitionFrameRateEnable", round % 2);
+                EXPECT_NE(success, write("Width", 32).status) << "the camera acquires";
+                EXPECT_EQ(1U, grabber_number("CameraLinkState"));
+            }
+        });
+    }
+    EXPECT_TRUE(receiver.wait_for(200));
+    is_over = true;
+    for (auto& thread : threads)
+        thread.join();
+    ASSERT_EQ(success, stop());
+}
+
+} // namespace

@@ -1,0 +1,136 @@
+// The registers of a grabber.
+#include "unit/simulator/configured_camera.h"
+
+#include <set>
+
+namespace {
+
+using namespace zvsim_test;
+
+constexpr uint32_t success = zv_success;
+
+std::string text_at(uint32_t grabber, uint64_t address)
+{
+    const Bytes bytes = read_grabber(grabber, address, 64).bytes;
+    return reinterpret_cast<const char*>(bytes.data()); // all of them end before
+}
+
+TEST_F(ConfiguredCamera, ItsGrabberSaysWhoItIs)
+{
+    EXPECT_EQ("ZEVA Electronics", text_at(grabber, grabber_register("InterfaceVendorName").address));
+    EXPECT_EQ("Software Grabber CLHS-2", text_at(grabber, grabber_register("InterfaceModelName").address));
+    EXPECT_EQ("Test Grabber", text_at(grabber, grabber_register("InterfaceDisplayName").address));
+    EXPECT_EQ(0U, grabber_number("InterfaceIndex"));
+    EXPECT_EQ(static_cast<uint64_t>(zv_protocol_clhs), grabber_number("InterfaceType"));
+    EXPECT_EQ(2U, grabber_number("CameraCount"));
+}
+
+TEST_F(ConfiguredCamera, ItsGrabberTellsCamerasApartByAddress)
+{
+    const RegisterPlace& model = grabber_register("CameraModelName");
+    const RegisterPlace& serial = grabber_register("CameraSerialNumber");
+    EXPECT_EQ("Test Camera", text_at(grabber, model.address));
+    EXPECT_EQ("Other Camera", text_at(grabber, model.address + 0x100));
+    EXPECT_EQ("T-1", text_at(grabber, serial.address));
+    EXPECT_EQ("T-2", text_at(grabber, serial.address + 0x100));
+    EXPECT_NE(success, read_grabber(grabber, model.address + 0x200, 4).status) << "there is no third one";
+}
+
+TEST_F(ConfiguredCamera, ItsGrabberRefusesWritesToAllButTheReset)
+{
+    for (const RegisterPlace& place : grabber_registers()) {
+        const Transfer written = write_grabber(grabber, place.address, bytes_of(1, place.length));
+        const bool is_reset = std::string{place.name} == "CameraStatisticsReset";
+        EXPECT_EQ(is_reset, written.status == success) << place.name;
+        EXPECT_EQ(is_reset ? 4U : 0U, written.size) << place.name;
+    }
+    const RegisterPlace& reset = grabber_register("CameraStatisticsReset");
+    EXPECT_NE(success, write_grabber(grabber, reset.address, bytes_of(0, 4)).status);
+    EXPECT_NE(success, write_grabber(grabber, reset.address, bytes_of(2, 4)).status);
+    EXPECT_EQ(0U, grabber_number("CameraStatisticsReset"));
+}
+
+TEST_F(ConfiguredCamera, ItsGrabberFollowsTheSizeOfTheCamera)
+{
+    set("Width", 32);
+    set("Height", 20);
+    EXPECT_EQ(1U, grabber_number("GeometryIsReported"));
+    EXPECT_EQ(32U, grabber_number("Width"));
+    EXPECT_EQ(20U, grabber_number("Height"));
+    EXPECT_EQ(1U, grabber_number("SegmentsPerBuffer"));
+    EXPECT_EQ(66U, grabber_number("Width", 1));
+    EXPECT_EQ(50U, grabber_number("Height", 1));
+}
+
+TEST_F(OpenGrabber, GeometryThatIsNotReportedReadsZeros)
+{
+    for (const char* const name : {"GeometryIsReported", "Width", "Height", "SegmentsPerBuffer"}) {
+        const Transfer read = read_grabber(grabber, grabber_register(name).address, 4);
+        EXPECT_EQ(success, read.status) << name;
+        EXPECT_EQ(0U, number_from(read.bytes)) << name;
+    }
+}
+
+TEST_F(ConfiguredCamera, ItsGrabberSaysWhetherItGrabs)
+{
+    EXPECT_EQ(1U, grabber_number("CameraLinkState"));
+    EXPECT_EQ(1U, grabber_number("CameraLinkState", 1));
+    EXPECT_EQ(1U, grabber_number("CameraChannelState"));
+    ASSERT_EQ(success, start());
+    EXPECT_EQ(static_cast<uint64_t>(zv_channel_grabbing), grabber_number("CameraChannelState"));
+    EXPECT_EQ(1U, grabber_number("CameraChannelState", 1));
+    ASSERT_EQ(success, stop());
+    EXPECT_EQ(1U, grabber_number("CameraChannelState"));
+}
+
+TEST_F(ConfiguredCamera, DeletingAnotherStreamLeavesTheStateAlone)
+{
+    uint32_t other = 0;
+    ASSERT_EQ(success, ZVGR_StreamCreate(camera, &other, 0));
+    ASSERT_EQ(success, start());
+    ASSERT_EQ(success, ZVGR_StreamDelete(other));
+    EXPECT_EQ(static_cast<uint64_t>(zv_channel_grabbing), grabber_number("CameraChannelState"));
+    EXPECT_EQ(1U, number("ParametersAreLocked"));
+    ASSERT_EQ(success, stop());
+}
+
+TEST_F(ConfiguredCamera, ItsGrabberCountsFramesUntilAReset)
+{
+    frame();
+    frame();
+    EXPECT_EQ(2U, grabber_number("CameraFramesDelivered"));
+    EXPECT_EQ(0U, grabber_number("CameraFramesLost"));
+    EXPECT_EQ(0U, grabber_number("CameraFramesDelivered", 1));
+    const RegisterPlace& reset = grabber_register("CameraStatisticsReset");
+    ASSERT_EQ(success, write_grabber(grabber, reset.address + 0x100, bytes_of(1, 4)).status);
+    EXPECT_EQ(2U, grabber_number("CameraFramesDelivered")) << "the counters of the other camera began anew";
+    ASSERT_EQ(success, write_grabber(grabber, reset.address, bytes_of(1, 4)).status);
+    EXPECT_EQ(0U, grabber_number("CameraFramesDelivered"));
+}
+
+TEST_F(ConfiguredCamera, GrabberValuesAnswerEveryNumberByItsName)
+{
+    const std::set<std::string> enumerations{"InterfaceType", "CameraLinkState", "CameraChannelState"};
+    for (const RegisterPlace& place : grabber_registers()) {
+        const std::string name = place.name;
+        const bool is_number = place.length != 64 && name != "CameraStatisticsReset";
+        const auto value = static_cast<int64_t>(is_number ? grabber_number(name) : 0);
+        const bool is_enumeration = enumerations.count(name) != 0;
+        for (const uint32_t handle : {grabber, camera, stream}) {
+            EXPECT_EQ(is_number && !is_enumeration ? value : ZV_NOT_AVAILABLE,
+                      ZVGR_GetGrabberValueInt(handle, place.name))
+                << name;
+            EXPECT_EQ(is_enumeration ? value : ZV_NOT_AVAILABLE, ZVGR_GetGrabberValueEnum(handle, place.name))
+                << name;
+        }
+    }
+}
+
+TEST_F(ConfiguredCamera, GrabberValuesOfACameraAreItsOwn)
+{
+    set("Width", 32);
+    EXPECT_EQ(32, ZVGR_GetGrabberValueInt(camera, "Width"));
+    EXPECT_EQ(66, ZVGR_GetGrabberValueInt(cameras[1], "Width"));
+}
+
+} // namespace

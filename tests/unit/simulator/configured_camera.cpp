@@ -1,0 +1,193 @@
+#include "unit/simulator/configured_camera.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace zvsim_test {
+
+namespace {
+
+constexpr uint32_t success = zv_success;
+
+constexpr const char* configuration = R"(
+grabbers:
+  - name: Test Grabber
+    protocol: CameraLinkHS
+    reports_geometry: true
+    cameras:
+      - vendor: Test Maker
+        model: Test Camera
+        serial: T-1
+        version: 2.3.4
+        user_id: first
+        sensor_width: 66
+        sensor_height: 50
+        pixel_formats: [Mono8, Mono16, Mono12p, BayerRG8, YUV411_8_UYYVYY]
+        rate: free-running
+        start_up: 0 ms
+        stamp: false
+      - model: Other Camera
+        serial: T-2
+        sensor_width: 66
+        sensor_height: 50
+        pixel_formats: [Mono8, RGB8]
+        pixel_format_codes: CoaXPress
+        rate: free-running
+        start_up: 0 ms
+        stamp: false
+)";
+
+const RegisterPlace& find(const std::vector<RegisterPlace>& places, const std::string& name)
+{
+    for (const RegisterPlace& place : places) {
+        if (place.name == name)
+            return place;
+    }
+    throw std::invalid_argument{"no register " + name};
+}
+
+} // namespace
+
+const std::vector<RegisterPlace>& camera_registers()
+{
+    static const std::vector<RegisterPlace> places{
+        {"DeviceVendorName",           0x1000, 64},
+        {"DeviceModelName",            0x1040, 64},
+        {"DeviceSerialNumber",         0x1080, 64},
+        {"DeviceVersion",              0x10C0, 64},
+        {"DeviceUserID",               0x1100, 64},
+        {"DeviceSFNCVersionMajor",     0x1140, 4 },
+        {"DeviceSFNCVersionMinor",     0x1144, 4 },
+        {"DeviceSFNCVersionSubMinor",  0x1148, 4 },
+        {"TimestampLatch",             0x114C, 4 },
+        {"DeviceTemperature",          0x1150, 8 },
+        {"Timestamp",                  0x1158, 8 },
+        {"TimestampLatchValue",        0x1160, 8 },
+        {"TimestampTickFrequency",     0x1168, 8 },
+        {"SensorWidth",                0x2000, 4 },
+        {"SensorHeight",               0x2004, 4 },
+        {"Width",                      0x2008, 4 },
+        {"Height",                     0x200C, 4 },
+        {"OffsetX",                    0x2010, 4 },
+        {"OffsetY",                    0x2014, 4 },
+        {"PixelFormat",                0x2018, 4 },
+        {"PixelSize",                  0x201C, 4 },
+        {"TestPattern",                0x2020, 4 },
+        {"WidthIncrement",             0x2024, 4 },
+        {"HeightIncrement",            0x2028, 4 },
+        {"AcquisitionMode",            0x3000, 4 },
+        {"AcquisitionFrameCount",      0x3004, 4 },
+        {"AcquisitionStart",           0x3008, 4 },
+        {"AcquisitionStop",            0x300C, 4 },
+        {"AcquisitionFrameRate",       0x3010, 8 },
+        {"ExposureTime",               0x3018, 8 },
+        {"AcquisitionFrameRateEnable", 0x3020, 4 },
+        {"TriggerSelector",            0x3024, 4 },
+        {"TriggerMode",                0x3028, 4 },
+        {"TriggerSource",              0x302C, 4 },
+        {"TriggerActivation",          0x3030, 4 },
+        {"TriggerSoftware",            0x3034, 4 },
+        {"Gain",                       0x4000, 8 },
+        {"PayloadSize",                0x5000, 8 },
+        {"TLParamsLocked",             0x5008, 4 },
+        {"ParametersAreLocked",        0x500C, 4 },
+    };
+    return places;
+}
+
+const std::vector<RegisterPlace>& grabber_registers()
+{
+    static const std::vector<RegisterPlace> places{
+        {"InterfaceVendorName",   0x1000, 64},
+        {"InterfaceModelName",    0x1040, 64},
+        {"InterfaceDisplayName",  0x1080, 64},
+        {"InterfaceIndex",        0x10C0, 4 },
+        {"InterfaceType",         0x10C4, 4 },
+        {"CameraCount",           0x10C8, 4 },
+        {"GeometryIsReported",    0x10CC, 4 },
+        {"CameraModelName",       0x2000, 64},
+        {"CameraSerialNumber",    0x2040, 64},
+        {"CameraLinkState",       0x2080, 4 },
+        {"CameraChannelState",    0x2084, 4 },
+        {"CameraFramesDelivered", 0x2088, 8 },
+        {"CameraFramesLost",      0x2090, 8 },
+        {"CameraStatisticsReset", 0x2098, 4 },
+        {"Width",                 0x209C, 4 },
+        {"Height",                0x20A0, 4 },
+        {"SegmentsPerBuffer",     0x20A4, 4 },
+    };
+    return places;
+}
+
+const RegisterPlace& camera_register(const std::string& name) { return find(camera_registers(), name); }
+const RegisterPlace& grabber_register(const std::string& name) { return find(grabber_registers(), name); }
+
+ConfiguredCamera::ConfiguredCamera() : file{configuration} { open(); }
+
+ConfiguredCamera::~ConfiguredCamera() { close(); }
+
+void ConfiguredCamera::open()
+{
+    uint32_t count = 0;
+    EXPECT_EQ(success, ZV_DeviceScan(&count));
+    EXPECT_LE(1U, count);
+    grabber = ZVGR_Open(0);
+    EXPECT_NE(ZV_NO_HANDLE, grabber);
+    cameras.resize(zv_max_cameras);
+    count = zv_max_cameras;
+    EXPECT_EQ(success, ZVGR_UpdateCameraList(grabber, cameras.data(), &count));
+    cameras.resize(count);
+    EXPECT_EQ(2U, count);
+    camera = cameras.empty() ? ZV_NO_HANDLE : cameras[0];
+    EXPECT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
+    EXPECT_EQ(success, ZVGR_StreamCreate(camera, &stream, 0));
+    EXPECT_EQ(success, ZVGR_StreamBufferCallbackRegister(stream, &Receiver::buffer_callback, &receiver));
+}
+
+void ConfiguredCamera::close() { EXPECT_EQ(success, ZVGR_Close(grabber)); }
+
+void ConfiguredCamera::reopen()
+{
+    close();
+    open();
+}
+
+std::vector<Bytes> ConfiguredCamera::everything() const
+{
+    std::vector<Bytes> all;
+    for (const RegisterPlace& place : camera_registers()) {
+        const std::string name = place.name;
+        if (name != "Timestamp" && name != "DeviceTemperature")
+            all.push_back(bytes(name));
+    }
+    return all;
+}
+
+uint64_t ConfiguredCamera::queued(uint64_t size) const
+{
+    uint64_t buffer = 0;
+    const uint64_t needed = size != 0 ? size : stream_info(stream, zv_stream_payload_now);
+    EXPECT_EQ(success, ZVGR_BufferAllocAndAnnounce(stream, needed, nullptr, &buffer));
+    EXPECT_EQ(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
+    return buffer;
+}
+
+std::vector<unsigned char> ConfiguredCamera::frame()
+{
+    const uint64_t size = stream_info(stream, zv_stream_payload_now);
+    const uint64_t buffer = queued(size);
+    Gate over;
+    receiver.on_buffer = [&over](uint64_t reported) {
+        if (reported == 0)
+            over.open();
+    };
+    EXPECT_EQ(success, start(1));
+    EXPECT_TRUE(over.wait());
+    EXPECT_EQ(success, stop());
+    receiver.on_buffer = nullptr;
+    std::vector<unsigned char> pixels(memory(buffer), memory(buffer) + size);
+    EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
+    return pixels;
+}
+
+} // namespace zvsim_test

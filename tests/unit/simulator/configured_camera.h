@@ -1,0 +1,132 @@
+/// \file configured_camera.h
+/// A camera of a configuration file, with registers that are read and written by name.
+#pragma once
+
+#include "unit/simulator/fixtures.h"
+#include "unit/simulator/register_calls.h"
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+namespace zvsim_test {
+
+/// A register as camera-features.md lists it.
+struct RegisterPlace {
+    const char* name;
+    uint32_t address;
+    uint32_t length;
+};
+
+/// All registers of cameras, by address.
+const std::vector<RegisterPlace>& camera_registers();
+/// All registers of grabbers, those of a camera for the first one.
+const std::vector<RegisterPlace>& grabber_registers();
+const RegisterPlace& camera_register(const std::string& name);
+const RegisterPlace& grabber_register(const std::string& name);
+
+/// A configuration file for the length of a test.
+class ConfigurationFile {
+public:
+    explicit ConfigurationFile(const std::string& text)
+        : m_path{testing::TempDir() + "zv_" +
+                 testing::UnitTest::GetInstance()->current_test_info()->test_suite_name() + "_" +
+                 testing::UnitTest::GetInstance()->current_test_info()->name() + ".yaml"},
+          m_variable{"ZV_GRABBER_CONFIG", m_path}
+    {
+        std::ofstream{m_path} << text;
+    }
+    ConfigurationFile(const ConfigurationFile&) = delete;
+    ConfigurationFile& operator=(const ConfigurationFile&) = delete;
+    ~ConfigurationFile() { std::remove(m_path.c_str()); }
+
+private:
+    std::string m_path;
+    Variable m_variable;
+};
+
+/// One grabber with two cameras of a sensor of 66 x 50 pixels, free-running and without a start-up delay,
+/// whose pictures have no stamp. The first one has five pixel formats, the second one CoaXPress codes. The
+/// first one is open, and has a queued-mode stream that nothing is queued to.
+class ConfiguredCamera : public testing::Test {
+protected:
+    ConfiguredCamera();
+    ~ConfiguredCamera() override;
+
+    Transfer write(const std::string& name, uint64_t value) const
+    {
+        const RegisterPlace& place = camera_register(name);
+        return write_camera(camera, place.address, bytes_of(value, place.length));
+    }
+    Transfer write(const std::string& name, int value) const
+    {
+        return write(name, static_cast<uint64_t>(value));
+    }
+    Transfer write(const std::string& name, double value) const
+    {
+        return write_camera(camera, camera_register(name).address, bytes_of(value));
+    }
+    void set(const std::string& name, int value) const
+    {
+        EXPECT_EQ(uint32_t{zv_success}, write(name, value).status) << name << " = " << value;
+    }
+    void set(const std::string& name, double value) const
+    {
+        EXPECT_EQ(uint32_t{zv_success}, write(name, value).status) << name << " = " << value;
+    }
+    /// Expects that a value is refused, and that everything stays as it was.
+    template <class Value>
+    void expect_refused(const std::string& name, Value value) const
+    {
+        const std::vector<Bytes> before = everything();
+        const Transfer written = write(name, value);
+        EXPECT_NE(uint32_t{zv_success}, written.status) << name << " = " << value;
+        EXPECT_EQ(0U, written.size) << name << " = " << value;
+        EXPECT_EQ(before, everything()) << name << " = " << value;
+    }
+    Bytes bytes(const std::string& name) const
+    {
+        const RegisterPlace& place = camera_register(name);
+        const Transfer read = read_camera(camera, place.address, place.length);
+        EXPECT_EQ(uint32_t{zv_success}, read.status) << name;
+        EXPECT_EQ(place.length, read.size) << name;
+        return read.bytes;
+    }
+    uint64_t number(const std::string& name) const { return number_from(bytes(name)); }
+    double real(const std::string& name) const { return float_from(bytes(name)); }
+    uint64_t grabber_number(const std::string& name, uint32_t camera_index = 0) const
+    {
+        const RegisterPlace& place = grabber_register(name);
+        return number_from(read_grabber(grabber, place.address + 0x100 * camera_index, place.length).bytes);
+    }
+    /// What all registers hold that do not change by themselves.
+    std::vector<Bytes> everything() const;
+
+    uint64_t queued(uint64_t size = 0) const;
+    static const unsigned char* memory(uint64_t buffer)
+    {
+        return reinterpret_cast<const unsigned char*>(buffer_info(buffer, zv_buffer_address));
+    }
+    uint32_t start(uint32_t frames = 0) const
+    {
+        return ZVGR_CameraStartAcquire_GenTL(camera, stream, frames);
+    }
+    uint32_t stop() const { return ZVGR_CameraStopAcquire_GenTL(camera); }
+    /// One frame of an acquisition of its own.
+    std::vector<unsigned char> frame();
+    void reopen();
+
+    PowerCycle power_cycle;
+    ConfigurationFile file;
+    uint32_t grabber = ZV_NO_HANDLE;
+    std::vector<uint32_t> cameras;
+    uint32_t camera = ZV_NO_HANDLE;
+    uint32_t stream = ZV_NO_HANDLE;
+    Receiver receiver;
+
+private:
+    void open();
+    void close();
+};
+
+} // namespace zvsim_test
