@@ -19,7 +19,7 @@ size_t long_ramp_width(const CameraDevice& camera, const PatternWindow& window)
                           format.colors == Colors::rgb || format.colors == Colors::rgba;
     if (!is_alike || format.packing != Packing::whole_bytes)
         return 0;
-    return (camera.settings().width + window.ramp_length() + 1) / 2 * 2; // a mosaic comes in pairs
+    return (size_t{camera.settings().width} + window.ramp_length() + 1) / 2 * 2; // a mosaic comes in pairs
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "simulator/Devices.h"
 #include "simulator/PictureSource.h"
 
+#include "support/FailingAllocations.h"
 #include "zvgr/FrameStamp.h"
 
 #include <gtest/gtest.h>
@@ -218,6 +219,22 @@ TEST_P(EveryFormat, RepeatsAFrameByteForByte)
         source->draw({12, pattern, 1}, again.data(), again.size());
         EXPECT_EQ(first, again) << static_cast<unsigned>(pattern);
     }
+}
+
+TEST_P(EveryFormat, AllocatesNothingForAFrame)
+{
+    const Camera camera = Camera{
+        format(),
+        {0, 0, 5, 3}
+    }.with_stamp();
+    const auto source = camera.source();
+    std::vector<unsigned char> frame(camera.payload());
+    const zvtest::CountedAllocations counted;
+    for (unsigned pattern = 0; pattern <= static_cast<unsigned>(TestPattern::star); ++pattern) {
+        for (const double brightness : {1.0, 0.5})
+            source->draw({3, static_cast<TestPattern>(pattern), brightness}, frame.data(), frame.size());
+    }
+    EXPECT_EQ(0, counted.count());
 }
 
 INSTANTIATE_TEST_SUITE_P(Pfnc, EveryFormat, testing::ValuesIn(zvsim::pixel_formats()),
