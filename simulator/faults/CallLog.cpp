@@ -4,6 +4,12 @@
 
 namespace zvsim {
 
+namespace {
+
+constexpr size_t most_collected = size_t{8} << 20U; // an acquisition that never ends shall not eat all memory
+
+} // namespace
+
 CallLog::CallLog(const std::string& path) : m_file{path, std::ios::binary | std::ios::trunc} {}
 
 std::string CallLog::name_of(char kind, uint64_t handle)
@@ -22,7 +28,10 @@ void CallLog::add(uint32_t stream, const std::string& line)
         m_file << ++m_lines << ' ' << line << '\n';
         return;
     }
-    m_collected[stream] += line + '\n';
+    std::string& collected = m_collected[stream];
+    collected += line + '\n';
+    if (collected.size() > most_collected)
+        release(stream);
 }
 
 void CallLog::release(uint32_t stream)

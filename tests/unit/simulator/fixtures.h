@@ -77,7 +77,7 @@ public:
             ++self.m_ends;
         if (self.on_buffer)
             self.on_buffer(buffer);
-        self.leave();
+        self.leave(buffer == 0);
     }
 
     static void frame_callback(void* context, uint32_t stream)
@@ -97,6 +97,13 @@ public:
         return m_changed.wait_for(lock, patience, [&] { return m_calls >= calls; });
     }
 
+    /// Waits until a callback of an end has returned.
+    bool wait_for_end()
+    {
+        std::unique_lock lock{m_mutex};
+        return m_changed.wait_for(lock, patience, [&] { return m_has_ended; });
+    }
+
     /// From now on a callback is an error.
     void expect_silence() { m_expects_silence = true; }
     void expect_calls() { m_expects_silence = false; }
@@ -111,17 +118,19 @@ private:
         EXPECT_FALSE(m_expects_silence) << "a callback came after the end";
         EXPECT_FALSE(m_is_inside.exchange(true)) << "two callbacks of one stream at once";
     }
-    void leave()
+    void leave(bool is_end = false)
     {
         m_is_inside = false;
         const std::lock_guard lock{m_mutex};
         ++m_calls;
+        m_has_ended = m_has_ended || is_end;
         m_changed.notify_all();
     }
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
     uint64_t m_calls = 0;
+    bool m_has_ended = false;
     uint64_t m_frames = 0;
     uint64_t m_ends = 0;
     std::atomic<bool> m_is_inside{false};

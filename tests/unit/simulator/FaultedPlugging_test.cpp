@@ -1,0 +1,195 @@
+#include "unit/simulator/faults.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace zvsim_test;
+using testing::ElementsAre;
+
+class FaultedPlugging : public Faulty {
+protected:
+    static uint32_t cameras_of_status(uint32_t grabber)
+    {
+        std::vector<uint32_t> cameras(zv_max_cameras);
+        uint32_t count = zv_max_cameras;
+        return ZVGR_UpdateCameraList(grabber, cameras.data(), &count);
+    }
+};
+
+TEST_F(FaultedPlugging, AnUnpluggedGrabberIsMissingInTheScan)
+{
+    plan("events: [{scan: 2, do: unplug, grabber: 0}, {scan: 3, do: plug, grabber: 0}]");
+    EXPECT_EQ(3u, scan());
+    EXPECT_STREQ("Two", ZV_DeviceDisplayName(0));
+    EXPECT_EQ(2u, scan());
+    EXPECT_STREQ("One", ZV_DeviceDisplayName(0));
+    EXPECT_EQ(nullptr, ZV_DeviceDisplayName(2));
+    EXPECT_EQ(3u, scan());
+    EXPECT_STREQ("Two", ZV_DeviceDisplayName(0));
+}
+
+TEST_F(FaultedPlugging, CallsOnAnUnpluggedGrabberFailUntilItIsBack)
+{
+    plan("events: [{scan: 2, do: unplug, grabber: 0}, {scan: 3, do: plug, grabber: 0}]");
+    scan();
+    const uint32_t grabber = open_grabber();
+    scan();
+    EXPECT_NE(success, cameras_of_status(grabber));
+    scan();
+    EXPECT_EQ(success, cameras_of_status(grabber));
+}
+
+TEST_F(FaultedPlugging, AnUnpluggedGrabberCanBeClosed)
+{
+    plan("events: [{scan: 2, do: unplug, grabber: 0}]");
+    scan();
+    const uint32_t grabber = ZVGR_Open(0);
+    scan();
+    EXPECT_EQ(success, ZVGR_Close(grabber));
+}
+
+TEST_F(FaultedPlugging, AnUnpluggedCameraIsMissingInTheListAndKeepsItsHandle)
+{
+    plan(
+        "events: [{scan: 2, do: unplug, grabber: 0, camera: 0}, {scan: 3, do: plug, grabber: 0, camera: 0}]");
+    scan();
+    const uint32_t grabber = open_grabber();
+    const auto before = cameras_of(grabber);
+    ASSERT_EQ(2u, before.size());
+    scan();
+    EXPECT_THAT(cameras_of(grabber), ElementsAre(before[1]));
+    EXPECT_NE(success, ZVGR_CameraOpen2(before[0], nullptr));
+    scan();
+    EXPECT_EQ(before, cameras_of(grabber));
+    EXPECT_EQ(success, ZVGR_CameraOpen2(before[0], nullptr));
+}
+
+TEST_F(FaultedPlugging, TheAcquisitionOfAnUnpluggedCameraEndsByItself)
+{
+    plan("events: [{scan: 2, do: unplug, grabber: 0, camera: 0}]");
+    Acquired acquired{open_camera(), 1}; // the stream waits for buffers after one frame
+    ASSERT_EQ(success, acquired.start());
+    ASSERT_TRUE(acquired.receiver.wait_for(1));
+    scan();
+    ASSERT_TRUE(acquired.receiver.wait_for(2));
+    EXPECT_EQ(success, acquired.stop());
+    EXPECT_EQ(1u, acquired.receiver.ends());
+}
+
+TEST_F(FaultedPlugging, ACableCanBePulledInTime)
+{
+    plan("events: [{at: 30 ms, do: unplug, grabber: 0, camera: 0}]");
+    Acquired acquired{open_camera(), 1};
+    ASSERT_EQ(success, acquired.start());
+    ASSERT_TRUE(acquired.receiver.wait_for(2)) << "nobody calls, and it ends all the same";
+    EXPECT_EQ(1u, acquired.receiver.ends());
+}
+
+TEST_F(FaultedPlugging, ACableThatIsPulledLaterDoesNotHoldUpTheEnd)
+{
+    plan("events: [{at: 10 min, do: unplug, grabber: 0}]");
+    EXPECT_EQ(3u, scan());
+}
+
+TEST_F(FaultedPlugging, ACameraThatCameBackMustBeOpenedAgain)
+{
+    plan(
+        "events: [{scan: 2, do: unplug, grabber: 0, camera: 0}, {scan: 3, do: plug, grabber: 0, camera: 0}]");
+    const uint32_t camera = open_camera();
+    Acquired acquired{camera, 2};
+    scan();
+    scan();
+    EXPECT_NE(success, acquired.start());
+    EXPECT_EQ(success, ZVGR_CameraClose(camera));
+    EXPECT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
+    acquired.run(2, 1);
+    EXPECT_THAT(acquired.ids(), ElementsAre(0));
+}
+
+TEST_F(FaultedPlugging, ALostCameraLetsEverythingOfItBeEnded)
+{
+    plan("events: [{scan: 2, do: unplug, grabber: 0, camera: 0}]");
+    const uint32_t camera = open_camera();
+    const uint32_t stream = create_stream(camera);
+    const uint64_t buffer = announce(stream);
+    scan();
+    EXPECT_NE(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
+    EXPECT_EQ(success, ZVGR_CameraStopAcquire_GenTL(camera));
+    EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
+    EXPECT_EQ(success, ZVGR_StreamDelete(stream));
+    EXPECT_EQ(success, ZVGR_CameraClose(camera));
+}
+
+TEST_F(FaultedPlugging, AGrabberSaysWhichOfItsCamerasIsThere)
+{
+    plan("events: [{scan: 2, do: unplug, grabber: 0, camera: 1}]");
+    const uint32_t camera = open_camera();
+    EXPECT_EQ(64, ZVGR_GetCameraValueInt(camera, "Width"));
+    scan();
+    EXPECT_EQ(64, ZVGR_GetCameraValueInt(camera, "Width")) << "the other one is lost";
+}
+
+TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsOpened)
+{
+    fault("kind: camera-lost-while-opening, grabber: 0, camera: 0, away_for_scans: 1, times: 1");
+    scan();
+    const uint32_t grabber = open_grabber();
+    const auto cameras = cameras_of(grabber);
+    EXPECT_NE(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+    EXPECT_THAT(cameras_of(grabber), ElementsAre(cameras[1]));
+    EXPECT_EQ(cameras, cameras_of(grabber));
+    EXPECT_EQ(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+}
+
+TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsConfigured)
+{
+    fault("kind: camera-lost-while-configuring, when: {call: 2}");
+    const uint32_t camera = open_camera();
+    uint32_t size = 4;
+    EXPECT_EQ(success, ZVGR_CameraWriteReg(camera, 0x1100, "new", &size));
+    EXPECT_NE(success, ZVGR_CameraWriteReg(camera, 0x1100, "old", &size));
+    EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueInt(camera, "Width"));
+}
+
+TEST_F(FaultedPlugging, ACameraCanBeLostWhileItStreams)
+{
+    fault("kind: camera-lost-while-streaming, when: {frame: 2}, away_for_scans: 1, times: 1");
+    const uint32_t camera = open_camera();
+    Acquired acquired{camera, 8};
+    acquired.run(3);
+    EXPECT_THAT(acquired.ids(), ElementsAre(0, 1));
+    EXPECT_EQ(1u, acquired.receiver.ends());
+    EXPECT_NE(success, acquired.start());
+}
+
+TEST_F(FaultedPlugging, AGrabberCanBeLostAtAnyCall)
+{
+    fault("kind: grabber-lost, grabber: 0, when: {call: 2}, away_for_scans: 1");
+    scan();
+    const uint32_t grabber = open_grabber();
+    EXPECT_NE(success, cameras_of_status(grabber));
+    EXPECT_EQ(2u, scan());
+    EXPECT_EQ(3u, scan());
+    EXPECT_EQ(success, cameras_of_status(grabber));
+}
+
+TEST_F(FaultedPlugging, AGrabberCanBeLostWhileItsCameraStreams)
+{
+    fault("kind: grabber-lost-while-streaming, when: {frame: 1}");
+    Acquired acquired{open_camera(), 4};
+    acquired.run(2);
+    EXPECT_THAT(acquired.ids(), ElementsAre(0));
+    EXPECT_EQ(2u, scan());
+}
+
+TEST_F(FaultedPlugging, ALossCanEndByTime)
+{
+    fault("kind: camera-lost-while-opening, away_for: 0 ms, times: 1");
+    scan();
+    const auto cameras = cameras_of(open_grabber());
+    EXPECT_NE(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+    EXPECT_EQ(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+}
+
+} // namespace
