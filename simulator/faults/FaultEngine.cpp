@@ -156,9 +156,12 @@ void FaultEngine::end_log()
 
 void FaultEngine::log_call_fault(const Call& call, const FaultRule& rule)
 {
-    if (m_log != nullptr)
-        m_log->add(Library::instance().stream_of_this_thread(),
-                   std::string{"fault "} + row_of(rule.kind).name + " at " + row_of(call.function).name);
+    if (m_log == nullptr)
+        return;
+    const uint32_t stream = Library::instance().stream_of_this_thread();
+    const std::string line =
+        std::string{"fault "} + row_of(rule.kind).name + " at " + row_of(call.function).name;
+    m_log->add(stream, stream == 0 ? line : m_log->name_of('s', stream) + ' ' + line);
 }
 
 void FaultEngine::log_frame_fault(uint32_t stream, const FaultRule& rule, uint64_t frame)
