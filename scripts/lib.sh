@@ -3,7 +3,7 @@
 packages_to_build="g++ cmake ninja-build pkg-config libpoco-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpng-dev
     libtiff-dev libyaml-cpp-dev"
 packages_to_test="$packages_to_build git python3 gcovr clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev
-    libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libzip-dev"
+    libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libzip-dev python3-jsonschema python3-yaml"
 
 # Prints a heading with the time since the script started.
 step()

@@ -28,20 +28,20 @@ YamlChoices<FormatCodes> code_names()
 YamlChoices<TestPattern> pattern_names()
 {
     return {
-        {"DiagonalRamp",   TestPattern::diagonal_ramp  },
-        {"HorizontalRamp", TestPattern::horizontal_ramp},
-        {"VerticalRamp",   TestPattern::vertical_ramp  },
-        {"ColorBars",      TestPattern::color_bars     },
-        {"Checkerboard",   TestPattern::checkerboard   },
-        {"Black",          TestPattern::black          },
-        {"White",          TestPattern::white          },
-        {"Grey",           TestPattern::grey           },
-        {"Grid",           TestPattern::grid           },
-        {"MovingBar",      TestPattern::moving_bar     },
-        {"Blinking",       TestPattern::blinking       },
-        {"Noise",          TestPattern::noise          },
-        {"FrameCounter",   TestPattern::frame_counter  },
-        {"Star",           TestPattern::star           },
+        {"DiagonalRampMoving", TestPattern::diagonal_ramp  },
+        {"GreyHorizontalRamp", TestPattern::horizontal_ramp},
+        {"GreyVerticalRamp",   TestPattern::vertical_ramp  },
+        {"ColorBar",           TestPattern::color_bars     },
+        {"Checkerboard",       TestPattern::checkerboard   },
+        {"Black",              TestPattern::black          },
+        {"White",              TestPattern::white          },
+        {"Grey",               TestPattern::grey           },
+        {"Grid",               TestPattern::grid           },
+        {"VerticalLineMoving", TestPattern::moving_bar     },
+        {"Blinking",           TestPattern::blinking       },
+        {"Noise",              TestPattern::noise          },
+        {"FrameCounter",       TestPattern::frame_counter  },
+        {"Star",               TestPattern::star           },
     };
 }
 

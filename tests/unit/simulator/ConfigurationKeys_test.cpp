@@ -84,10 +84,11 @@ std::vector<KeyRow> rows()
          "Mono8, Mono10,"                                                                                                                                                                },
         {"camera",             "pixel_format_codes",  {"PFNC", "CoaXPress"},                                             {"pfnc", ""},                   "PFNC, CoaXPress"               },
         {"camera",
-         "test_pattern",                              {"DiagonalRamp", "Star"},
+         "test_pattern",                              {"DiagonalRampMoving", "Star"},
          {"Stars", ""},
-         "DiagonalRamp, HorizontalRamp, VerticalRamp, ColorBars, Checkerboard, Black, White, Grey, Grid, "
-         "MovingBar, "
+         "DiagonalRampMoving, GreyHorizontalRamp, GreyVerticalRamp, ColorBar, Checkerboard, Black, White, "
+         "Grey, Grid, "
+         "VerticalLineMoving, "
          "Blinking, Noise, FrameCounter, Star"                                                                                                                                           },
         {"camera",             "stamp",               {"true", "false"},                                                 {"no", ""},                     flags                           },
         {"camera",
