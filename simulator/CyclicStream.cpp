@@ -25,10 +25,24 @@ size_t ring_size(size_t frame_space, uint32_t frames)
 
 CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, CameraDevice& device,
                            uint32_t frames)
-    : Stream{library, handle, camera, device},
-      m_frame_space{frame_space_for(payload())}, m_ring{ring_size(m_frame_space, frames)},
+    : Stream{library, handle, camera, device}, m_frame_space{frame_space_for(payload())},
+      m_frame_size{payload()}, m_ring{std::make_unique<RingMemory>(ring_size(m_frame_space, frames))},
       m_timestamps(frames)
 {
+}
+
+void CyclicStream::prepare()
+{
+    m_frame_size = device().payload();
+    const size_t needed = frame_space_for(m_frame_size);
+    if (needed <= m_frame_space)
+        return;
+    try {
+        m_ring = std::make_unique<RingMemory>(ring_size(needed, static_cast<uint32_t>(m_timestamps.size())));
+        m_frame_space = needed;
+    } catch (const std::bad_alloc&) {
+        m_frame_size = m_frame_space;
+    }
 }
 
 bool CyclicStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate)
@@ -37,8 +51,8 @@ bool CyclicStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& fr
     const Exposure exposure = exposure_of(frame);
     lock.unlock();
     auto* const target = static_cast<unsigned char*>(memory(next));
-    acquisition.source->draw(exposure, target, fate.drawn(payload()));
-    fate.damage(target, payload());
+    acquisition.source->draw(exposure, target, fate.drawn(m_frame_size));
+    fate.damage(target, m_frame_size);
     lock.lock();
     hold_up(lock, acquisition, fate.stall);
     if (!is_current(acquisition))

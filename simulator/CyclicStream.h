@@ -5,6 +5,7 @@
 #include "simulator/RingMemory.h"
 #include "simulator/Stream.h"
 
+#include <memory>
 #include <vector>
 
 namespace zvsim {
@@ -19,16 +20,20 @@ public:
     /// The ring frame last filled, or 0xFFFFFFFF.
     uint32_t last_frame() const { return m_last; }
     bool has_frame(uint32_t frame) const { return frame < m_timestamps.size(); }
-    void* memory(uint32_t frame) const { return m_ring.data() + frame * m_frame_space; }
+    void* memory(uint32_t frame) const { return m_ring->data() + frame * m_frame_space; }
     uint64_t timestamp(uint32_t frame) const { return m_timestamps[frame]; }
 
 private:
+    /// A ring that has become too small for the camera's settings is replaced by a larger one. Without memory
+    /// for it frames are cut.
+    void prepare() override;
     bool has_room() const override { return true; }
     bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate) override;
     void report_end(Lock& /*lock*/) override {} // nobody waits for buffers
 
-    size_t m_frame_space; ///< From the beginning of one ring frame to that of the next.
-    RingMemory m_ring;
+    size_t m_frame_space;  ///< From the beginning of one ring frame to that of the next.
+    uint64_t m_frame_size; ///< Bytes that are drawn of a frame.
+    std::unique_ptr<RingMemory> m_ring;
     std::vector<uint64_t> m_timestamps; ///< One per ring frame.
     uint32_t m_last = UINT32_MAX;
 };

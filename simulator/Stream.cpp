@@ -101,6 +101,7 @@ void Stream::work()
 void Stream::acquire(Lock& lock, Acquisition& acquisition)
 {
     m_delivered = 0;
+    prepare();
     while (wait_for_frame(lock, acquisition)) {
         const Frame frame = acquisition.pacer.take(Clock::now());
         m_device.count_lost(frame.id - std::exchange(acquisition.next_frame, frame.id + 1));

@@ -82,6 +82,8 @@ protected:
     bool is_current(const Acquisition& acquisition) const;
     void wake() { m_wake.notify_one(); }
 
+    /// Makes room for the frames of an acquisition that begins; on the stream's thread, outside callbacks.
+    virtual void prepare() {}
     /// Whether a free-running camera can expose a frame now.
     virtual bool has_room() const = 0;
     /// Draws a frame and reports it; false when the frame was lost.

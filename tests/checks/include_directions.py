@@ -80,6 +80,7 @@ RULES = [
          (GTEST, PICTURES, SYSTEM), knows_system=True),
     Rule("tests/api", ("include/GenTL", "tests/support"), (GTEST,)),
     Rule("tests/system", ("include/GenTL", "include/zvgr/FrameStamp.h"), (GTEST, SYSTEM), knows_system=True),
+    Rule("tests/system/consumers", ("tools", "tests/system", "include/GenTL", "include/zvgr/FrameStamp.h")),
     Rule("tests/system/tools", ("tools", "tests/unit/tools", "tests/system", "include/GenTL",
                                 "include/zvgr/FrameStamp.h"),
          (GTEST, PICTURES, SYSTEM, r"nlohmann/.*"), knows_system=True),

@@ -154,23 +154,24 @@ TEST_F(ConfiguredCamera, ASmallerBufferTakesThePartOfALargerPictureThatFits)
               std::vector<unsigned char>(memory(buffer), memory(buffer) + 500));
 }
 
-TEST_F(ConfiguredCamera, ARingKeepsTheSizeThatItWasMadeWith)
+TEST_F(ConfiguredCamera, ARingGrowsWithThePictureAtTheNextStart)
 {
     set("TestPattern", white);
-    set("Height", 25);
     uint32_t ring = 0;
     ASSERT_EQ(success, ZVGR_StreamCreateAndAlloc(camera, &ring, 2, 0));
     Receiver frames;
     ASSERT_EQ(success, ZVGR_CameraCallbackRegister(camera, &Receiver::frame_callback, &frames));
-    set("Height", 50);
-    EXPECT_EQ(66U * 25U, stream_info(ring, zv_stream_payload_at_creation));
-    EXPECT_EQ(66U * 50U, stream_info(ring, zv_stream_payload_now));
+    set("PixelFormat", mono16);
+    EXPECT_EQ(66U * 50U, stream_info(ring, zv_stream_payload_at_creation));
+    EXPECT_EQ(66U * 50U * 2, stream_info(ring, zv_stream_payload_now));
     ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, ring, 2));
     ASSERT_TRUE(frames.wait_for(2));
     ASSERT_EQ(success, stop());
-    const auto* const second = static_cast<const unsigned char*>(ZVGR_StreamGetPtr(ring, 1));
-    EXPECT_EQ(0xFF, second[66 * 25 - 1]);
-    EXPECT_EQ(0, second[66 * 25]);
+    for (const uint32_t frame : {0U, 1U}) {
+        const auto* const pixels = static_cast<const unsigned char*>(ZVGR_StreamGetPtr(ring, frame));
+        EXPECT_EQ(std::vector<unsigned char>(66 * 50 * 2, 0xFF),
+                  std::vector<unsigned char>(pixels, pixels + 66 * 50 * 2));
+    }
     ASSERT_EQ(success, ZVGR_StreamDelete(ring));
 }
 

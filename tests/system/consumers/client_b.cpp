@@ -1,0 +1,257 @@
+// A consumer that opens every interface and keeps it; that wants a port's name to be that of the
+// description's port, and each write to move every byte; that lets the producer allocate, waits three seconds
+// for a frame and asks for everything that a buffer tells; and that closes the device before its stream.
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "genapi/NodeMap.h"
+#include "system/consumers/client.h"
+#include "system/consumers/features.h"
+
+namespace {
+
+using namespace GenTL;
+using namespace zvclient;
+using zvgentl::tool::NodeMap;
+
+constexpr std::uint64_t patience_ms = 3000;
+constexpr int buffer_count = 6;
+constexpr int wanted_frames = 25;
+constexpr std::size_t room = 512;
+
+struct OpenInterface {
+    IF_HANDLE handle = nullptr;
+    std::vector<std::string> devices;
+};
+
+class ClientB {
+public:
+    explicit ClientB(const Functions& functions) : gentl{functions} {}
+
+    void run()
+    {
+        open_everything();
+        read_node_maps();
+        configure();
+        stream();
+        close();
+    }
+
+private:
+    template <class Query>
+    static std::string text_in_a_large_buffer(const Query& query, const char* call)
+    {
+        char text[room] = {};
+        std::size_t size = sizeof text;
+        need(query(text, &size), call);
+        return text;
+    }
+
+    void open_everything()
+    {
+        need(gentl.TLOpen(&m_system), "TLOpen");
+        ask_for_system_information();
+        need(gentl.TLUpdateInterfaceList(m_system, nullptr, 1000), "TLUpdateInterfaceList");
+        std::uint32_t count = 0;
+        need(gentl.TLGetNumInterfaces(m_system, &count), "TLGetNumInterfaces");
+        for (std::uint32_t index = 0; index < count; ++index)
+            open_interface(text_in_a_large_buffer(
+                [&](char* id, std::size_t* size) {
+                    return gentl.TLGetInterfaceID(m_system, index, id, size);
+                },
+                "TLGetInterfaceID"));
+        need_true(m_interfaces.size() == 2, "two interfaces are there");
+        const OpenInterface& last = m_interfaces.back();
+        need(gentl.IFOpenDevice(last.handle, last.devices.front().c_str(), DEVICE_ACCESS_CONTROL, &m_device),
+             "IFOpenDevice");
+        need(gentl.DevGetPort(m_device, &m_remote), "DevGetPort");
+        std::uint32_t streams = 0;
+        need(gentl.DevGetNumDataStreams(m_device, &streams), "DevGetNumDataStreams");
+        need_true(streams == 1, "one stream is there");
+        const std::string stream = text_in_a_large_buffer(
+            [&](char* id, std::size_t* size) { return gentl.DevGetDataStreamID(m_device, 0, id, size); },
+            "DevGetDataStreamID");
+        need(gentl.DevOpenDataStream(m_device, stream.c_str(), &m_stream), "DevOpenDataStream");
+    }
+
+    void ask_for_system_information() const
+    {
+        for (const TL_INFO_CMD command : {0, 1, 2, 3, 4, 5, 6, 7, 9, 10}) {
+            char text[room] = {};
+            std::size_t size = sizeof text;
+            INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
+            const GC_ERROR code = gentl.TLGetInfo(m_system, command, &type, text, &size);
+            // The version numbers are there without a system (GCGetInfo) or not at all.
+            need_code(command <= TL_INFO_DISPLAYNAME ? GC_ERR_SUCCESS : GC_ERR_NOT_IMPLEMENTED, code,
+                      "TLGetInfo");
+        }
+    }
+
+    void open_interface(const std::string& id)
+    {
+        OpenInterface opened;
+        need(gentl.TLOpenInterface(m_system, id.c_str(), &opened.handle), "TLOpenInterface");
+        need(gentl.IFUpdateDeviceList(opened.handle, nullptr, 1000), "IFUpdateDeviceList");
+        std::uint32_t count = 0;
+        need(gentl.IFGetNumDevices(opened.handle, &count), "IFGetNumDevices");
+        for (std::uint32_t index = 0; index < count; ++index)
+            opened.devices.push_back(text_in_a_large_buffer(
+                [&](char* text, std::size_t* size) {
+                    return gentl.IFGetDeviceID(opened.handle, index, text, size);
+                },
+                "IFGetDeviceID"));
+        m_interfaces.push_back(opened);
+    }
+
+    std::string description_of_port(const ExactPort& port) const
+    {
+        std::uint32_t urls = 0;
+        need(gentl.GCGetNumPortURLs(port.handle(), &urls), "GCGetNumPortURLs");
+        need_true(urls == 1, "one URL is there");
+        INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
+        const std::string url = text_in_a_large_buffer(
+            [&](char* text, std::size_t* size) {
+                return gentl.GCGetPortURLInfo(port.handle(), 0, URL_INFO_URL, &type, text, size);
+            },
+            "GCGetPortURLInfo");
+        const std::string name = text_in_a_large_buffer(
+            [&](char* text, std::size_t* size) {
+                return gentl.GCGetPortInfo(port.handle(), PORT_INFO_PORTNAME, &type, text, size);
+            },
+            "GCGetPortInfo");
+        const std::string description = description_of(port, url);
+        need_true(description.find("<Port Name=\"" + name + '"') != std::string::npos,
+                  "the description of " + url + " has no port " + name);
+        return description;
+    }
+
+    void read_node_maps()
+    {
+        for (const PORT_HANDLE handle : {m_system, m_interfaces.back().handle, m_device, m_stream}) {
+            const ExactPort port{gentl, handle};
+            read_every_feature(NodeMap{description_of_port(port), port});
+        }
+        m_port = std::make_unique<ExactPort>(gentl, m_remote);
+        m_nodes = std::make_unique<NodeMap>(description_of_port(*m_port), *m_port);
+        read_every_feature(*m_nodes);
+    }
+
+    void configure()
+    {
+        m_nodes->set("Height", "48");
+        m_nodes->set("Width", "200");
+        m_nodes->set("Gain", "0");
+        m_nodes->set("DeviceUserID", "client B");
+        m_payload = static_cast<std::size_t>(integer(*m_nodes, "PayloadSize"));
+    }
+
+    template <class Type>
+    std::optional<Type> buffer_info(BUFFER_HANDLE buffer, BUFFER_INFO_CMD command) const
+    {
+        INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
+        Type value{};
+        std::size_t size = sizeof value;
+        const GC_ERROR code = gentl.DSGetBufferInfo(m_stream, buffer, command, &type, &value, &size);
+        if (code == GC_ERR_NOT_IMPLEMENTED)
+            return std::nullopt;
+        need(code, "DSGetBufferInfo");
+        need_true(size == sizeof value,
+                  "buffer information " + std::to_string(command) + " of " + std::to_string(size) + " bytes");
+        return value;
+    }
+
+    void look_at(BUFFER_HANDLE buffer)
+    {
+        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_PAYLOADTYPE) == PAYLOAD_TYPE_IMAGE,
+                  "payload type");
+        need_true(buffer_info<bool8_t>(buffer, BUFFER_INFO_IS_INCOMPLETE) == 0, "an incomplete frame");
+        need_true(buffer_info<bool8_t>(buffer, BUFFER_INFO_IMAGEPRESENT) == 1, "no image");
+        need_true(buffer_info<std::uint64_t>(buffer, BUFFER_INFO_PIXELFORMAT) == 0x01080001, "pixel format");
+        const std::vector<std::size_t> sizes{200, 48, 0, 0, 0, 0};
+        for (std::size_t at = 0; at < sizes.size(); ++at) {
+            const auto command = static_cast<BUFFER_INFO_CMD>(BUFFER_INFO_WIDTH + static_cast<int>(at));
+            need_true(buffer_info<std::size_t>(buffer, command) == sizes[at],
+                      "buffer information " + std::to_string(command));
+        }
+        need_true(buffer_info<std::uint64_t>(buffer, BUFFER_INFO_FRAMEID).has_value(), "no frame id");
+        need_true(buffer_info<std::int32_t>(buffer, BUFFER_INFO_PIXEL_ENDIANNESS) == PIXELENDIANNESS_LITTLE,
+                  "endianness");
+        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_SIZE_FILLED) == m_payload, "filled size");
+        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_SIZE) == m_payload, "size");
+        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_IMAGEOFFSET) == 0U, "image offset");
+        void* const base = buffer_info<void*>(buffer, BUFFER_INFO_BASE).value();
+        // Nanoseconds are not offered: they follow from the ticks of 25 MHz.
+        need_true(!buffer_info<std::uint64_t>(buffer, 28).has_value(), "buffer information 28");
+        const std::uint64_t ticks = buffer_info<std::uint64_t>(buffer, BUFFER_INFO_TIMESTAMP).value();
+        const std::uint64_t nanoseconds = ticks * 40;
+        need_true(nanoseconds > m_last_time, "time goes backwards");
+        m_last_time = nanoseconds;
+        m_check.expect_newer(base, m_payload);
+    }
+
+    void stream()
+    {
+        for (int count = 0; count < buffer_count; ++count) {
+            BUFFER_HANDLE buffer = nullptr;
+            need(gentl.DSAllocAndAnnounceBuffer(m_stream, m_payload, nullptr, &buffer),
+                 "DSAllocAndAnnounceBuffer");
+            need(gentl.DSQueueBuffer(m_stream, buffer), "DSQueueBuffer");
+        }
+        EVENT_HANDLE event = nullptr;
+        need(gentl.GCRegisterEvent(m_stream, EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
+        need(gentl.DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
+             "DSStartAcquisition");
+        m_nodes->execute("AcquisitionStart", std::chrono::seconds{1});
+        while (m_check.frames() < wanted_frames) {
+            EVENT_NEW_BUFFER_DATA data{};
+            std::size_t size = sizeof data;
+            const GC_ERROR code = gentl.EventGetData(event, &data, &size, patience_ms);
+            if (code == GC_ERR_TIMEOUT) // woken for a frame that was taken already, or a slow machine
+                continue;
+            need(code, "EventGetData");
+            look_at(data.BufferHandle);
+            need(gentl.DSQueueBuffer(m_stream, data.BufferHandle), "DSQueueBuffer");
+        }
+        m_nodes->execute("AcquisitionStop", std::chrono::seconds{1});
+        need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
+        need(gentl.GCUnregisterEvent(m_stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
+        need(gentl.DSFlushQueue(m_stream, ACQ_QUEUE_ALL_DISCARD), "DSFlushQueue");
+        int revoked = 0;
+        for (BUFFER_HANDLE buffer = nullptr; gentl.DSGetBufferID(m_stream, 0, &buffer) == GC_ERR_SUCCESS;
+             ++revoked)
+            need(gentl.DSRevokeBuffer(m_stream, buffer, nullptr, nullptr), "DSRevokeBuffer");
+        need_true(revoked == buffer_count, "revoked " + std::to_string(revoked) + " buffers");
+    }
+
+    void close()
+    {
+        need(gentl.DevClose(m_device), "DevClose");
+        // The stream went with its device.
+        need_true(gentl.DSClose(m_stream) != GC_ERR_SUCCESS, "a stream outlived its device");
+        for (const OpenInterface& opened : m_interfaces)
+            need(gentl.IFClose(opened.handle), "IFClose");
+        need(gentl.TLClose(m_system), "TLClose");
+    }
+
+    const Functions& gentl;
+    TL_HANDLE m_system = nullptr;
+    std::vector<OpenInterface> m_interfaces;
+    DEV_HANDLE m_device = nullptr;
+    PORT_HANDLE m_remote = nullptr;
+    DS_HANDLE m_stream = nullptr;
+    std::unique_ptr<ExactPort> m_port;
+    std::unique_ptr<NodeMap> m_nodes;
+    std::size_t m_payload = 0;
+    std::uint64_t m_last_time = 0;
+    FrameCheck m_check;
+};
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    return run_client(count, arguments, [](const Functions& gentl) { ClientB{gentl}.run(); });
+}

@@ -1,0 +1,107 @@
+#include "system/consumers/features.h"
+
+#include <chrono>
+#include <variant>
+#include <vector>
+
+#include "genapi/Feature.h"
+#include "system/consumers/client.h"
+
+namespace zvclient {
+
+using namespace zvgentl::tool;
+
+namespace {
+
+constexpr std::chrono::seconds longest_command{5};
+
+std::vector<Feature> all_features(const NodeMap& nodes)
+{
+    std::vector<Feature> features;
+    for (const TreeEntry& entry : nodes.tree()) {
+        Feature feature = nodes.describe(entry.name);
+        need_true(feature.problem.empty(), entry.name + ": " + feature.problem);
+        if (feature.kind != FeatureKind::category && !entry.is_repeated)
+            features.push_back(std::move(feature));
+    }
+    need_true(!features.empty(), "a description without a feature");
+    return features;
+}
+
+void write_and_compare(const NodeMap& nodes, const Feature& feature, const std::string& text)
+{
+    nodes.set(feature.name, text);
+    const std::string now = nodes.get_text(feature.name);
+    need_true(now == text, feature.name + " is " + now + " after " + text + " was written");
+}
+
+std::vector<std::string> values_to_write(const Feature& feature)
+{
+    switch (feature.kind) {
+    case FeatureKind::integer:
+    case FeatureKind::floating_point: {
+        std::vector<std::string> limits;
+        for (const Value& limit : {feature.minimum, feature.maximum}) {
+            if (!std::holds_alternative<std::monostate>(limit))
+                limits.push_back(to_text(limit, feature.notation));
+        }
+        return limits;
+    }
+    case FeatureKind::boolean:
+        return {"true", "false"};
+    case FeatureKind::enumeration:
+        return feature.entries;
+    case FeatureKind::string: {
+        const auto* const longest = std::get_if<std::int64_t>(&feature.maximum);
+        const auto length = longest != nullptr ? static_cast<std::size_t>(*longest) : 1;
+        return {"", std::string(length, 'x')};
+    }
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+int read_every_feature(const NodeMap& nodes)
+{
+    int count = 0;
+    for (const Feature& feature : all_features(nodes)) {
+        const bool has_value = !std::holds_alternative<std::monostate>(feature.value);
+        need_true(has_value || !feature.access.is_readable || feature.kind == FeatureKind::command,
+                  feature.name + " cannot be read");
+        ++count;
+    }
+    return count;
+}
+
+int write_every_feature(const NodeMap& nodes)
+{
+    int count = 0;
+    for (const Feature& feature : all_features(nodes)) {
+        // Its limits may have moved with those that were written before.
+        const Feature present = nodes.describe(feature.name);
+        if (!present.access.is_writable)
+            continue;
+        if (present.kind == FeatureKind::command) {
+            nodes.execute(present.name, longest_command);
+        } else {
+            const std::string before = nodes.get_text(present.name);
+            for (const std::string& value : values_to_write(present))
+                write_and_compare(nodes, present, value);
+            write_and_compare(nodes, present, before);
+        }
+        ++count;
+    }
+    return count;
+}
+
+std::int64_t integer(const NodeMap& nodes, const std::string& name)
+{
+    const Value value = nodes.get(name);
+    const auto* const number = std::get_if<std::int64_t>(&value);
+    need_true(number != nullptr, name + " is no whole number");
+    return *number;
+}
+
+} // namespace zvclient
