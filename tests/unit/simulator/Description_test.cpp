@@ -1,0 +1,495 @@
+// The register descriptions: by the rules of GenApi 1.1, and register by register against the tables.
+#include "unit/simulator/description_xml.h"
+
+#include "simulator/features/CameraRegisters.h"
+#include "simulator/features/Description.h"
+#include "simulator/features/GrabberRegisters.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <regex>
+#include <set>
+
+namespace {
+
+using namespace zvsim_test;
+using zvsim::RegisterKind;
+
+zvsim::CameraModel camera_model()
+{
+    zvsim::CameraModel model;
+    model.vendor = "Test Maker";
+    model.model = "Test Camera";
+    model.sensor_width = model.start.width = 64;
+    model.sensor_height = model.start.height = 48;
+    model.formats = {&zvsim::pixel_format("Mono8"), &zvsim::pixel_format("BayerRG12"),
+                     &zvsim::pixel_format("RGB8")};
+    model.start.format = model.formats.front();
+    return model;
+}
+
+zvsim::GrabberModel grabber_model()
+{
+    zvsim::GrabberModel model;
+    model.display_name = "Test Grabber";
+    model.cameras = {camera_model(), camera_model(), camera_model()};
+    return model;
+}
+
+/// A register as either side knows it.
+struct Place {
+    uint64_t address;
+    uint64_t length;
+    bool is_writable;
+    std::string kind; ///< Of the node.
+
+    bool operator==(const Place& other) const
+    {
+        return address == other.address && length == other.length && is_writable == other.is_writable &&
+               kind == other.kind;
+    }
+    bool operator<(const Place& other) const { return address < other.address; }
+};
+
+std::ostream& operator<<(std::ostream& stream, const Place& place)
+{
+    return stream << place.kind << " 0x" << std::hex << place.address << std::dec << " + " << place.length
+                  << (place.is_writable ? " RW" : " RO");
+}
+
+std::string node_of(RegisterKind kind)
+{
+    if (kind == RegisterKind::text)
+        return "StringReg";
+    return kind == RegisterKind::floating ? "FloatReg" : "IntReg";
+}
+
+std::vector<Place> camera_places()
+{
+    std::vector<Place> places;
+    for (const zvsim::CameraRow& row : zvsim::camera_rows())
+        places.push_back({row.address, row.length, row.write != nullptr, node_of(row.kind)});
+    return places;
+}
+
+std::vector<Place> grabber_places(size_t cameras)
+{
+    std::vector<Place> places;
+    for (const zvsim::GrabberRow& row : zvsim::grabber_rows()) {
+        const bool is_repeated = row.address >= zvsim::camera_block_address;
+        for (size_t camera = 0; camera < (is_repeated ? cameras : 1); ++camera)
+            places.push_back({row.address + camera * zvsim::camera_block_stride, row.length,
+                              row.write != nullptr, node_of(row.kind)});
+    }
+    std::sort(places.begin(), places.end());
+    return places;
+}
+
+struct Case {
+    const char* name;
+    std::shared_ptr<const zvsim::Description> description;
+    std::vector<Place> places; ///< By address.
+};
+
+class ADescription : public testing::TestWithParam<Case> {
+protected:
+    const DescriptionXml xml{GetParam().description->text};
+
+    std::vector<const DescribedNode*> registers() const
+    {
+        std::vector<const DescribedNode*> found;
+        for (const DescribedNode& node : xml.nodes()) {
+            if (node.find("Address") != nullptr)
+                found.push_back(&node);
+        }
+        return found;
+    }
+    /// For every value of the selector, when its address depends on one.
+    std::vector<Place> places_of(const DescribedNode& node) const
+    {
+        const Place first{std::stoull(node.value_of("Address"), nullptr, 0),
+                          std::stoull(node.value_of("Length")), node.value_of("AccessMode") == "RW",
+                          node.kind};
+        const DescribedProperty* const index = node.find("pIndex");
+        if (index == nullptr)
+            return {first};
+        std::vector<Place> places;
+        const uint64_t last = std::stoull(xml.find(index->value)->value_of("Max"));
+        for (uint64_t value = 0; value <= last; ++value) {
+            places.push_back(first);
+            places.back().address += value * std::stoull(index->attributes.at("Offset"), nullptr, 0);
+        }
+        return places;
+    }
+};
+
+TEST_P(ADescription, IsWellFormed)
+{
+    ASSERT_TRUE(xml.is_well_formed());
+    EXPECT_EQ("RegisterDescription", xml.root());
+    EXPECT_EQ(std::string::npos, GetParam().description->text.find('@')) << "something was not filled in";
+    EXPECT_EQ(0U, GetParam().description->text.size() % 4);
+}
+
+TEST_P(ADescription, SaysWhichSchemaItFollows)
+{
+    const auto& attributes = xml.attributes();
+    const std::regex identifier{"[A-Za-z][A-Za-z0-9_]*"};
+    const std::regex guid{"[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"};
+    const auto at = [&](const char* name) { return attributes.count(name) != 0 ? attributes.at(name) : ""; };
+    EXPECT_TRUE(std::regex_match(at("ModelName"), identifier));
+    EXPECT_TRUE(std::regex_match(at("VendorName"), identifier));
+    EXPECT_EQ("None", at("StandardNameSpace"));
+    EXPECT_EQ("1", at("SchemaMajorVersion"));
+    EXPECT_EQ("1", at("SchemaMinorVersion"));
+    EXPECT_EQ("0", at("SchemaSubMinorVersion"));
+    EXPECT_TRUE(std::regex_match(at("ProductGuid"), guid));
+    EXPECT_TRUE(std::regex_match(at("VersionGuid"), guid));
+    EXPECT_EQ("http://www.genicam.org/GenApi/Version_1_1 "
+              "http://www.genicam.org/GenApi/GenApiSchema_Version_1_1.xsd",
+              at("schemaLocation"));
+}
+
+/// The elements of each kind of node, in the order in which the schema wants them.
+const std::map<std::string, std::vector<std::string>>& orders()
+{
+    static const std::vector<std::string> common{
+        "Extension",         "ToolTip", "Description",    "DisplayName",  "Visibility", "DocuURL",
+        "IsDeprecated",      "EventID", "pIsImplemented", "pIsAvailable", "pIsLocked",  "pBlockPolling",
+        "ImposedAccessMode", "pError",  "pAlias",         "pCastAlias"};
+    static const std::vector<std::string> in_register{"Address",  "pAddress",    "pIndex",
+                                                      "Length",   "AccessMode",  "pPort",
+                                                      "Cachable", "PollingTime", "pInvalidator"};
+    const auto after = [](std::initializer_list<std::vector<std::string>> lists) {
+        std::vector<std::string> all;
+        for (const auto& list : lists)
+            all.insert(all.end(), list.begin(), list.end());
+        return all;
+    };
+    static const std::map<std::string, std::vector<std::string>> table{
+        {"Category",      after({common, {"pFeature"}})                                                                         },
+        {"Integer",       after({common,
+                           {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
+                            "Inc", "pInc", "Unit", "Representation", "pSelected"}})                          },
+        {"IntReg",
+         after({common, in_register, {"Sign", "Endianess", "Unit", "Representation", "pSelected"}})                             },
+        {"FloatReg",      after({common,
+                            in_register,
+                            {"Endianess", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})},
+        {"StringReg",     after({common, in_register})                                                                          },
+        {"Float",         after({common,
+                         {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
+                          "Inc", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})            },
+        {"Enumeration",
+         after({common,
+                {"pInvalidator", "Streamable", "EnumEntry", "Value", "pValue", "pSelected", "PollingTime"}})                    },
+        {"EnumEntry",     after({common, {"Value", "NumericValue", "Symbolic", "IsSelfClearing"}})                              },
+        {"Command",
+         after(
+             {common, {"pInvalidator", "Value", "pValue", "CommandValue", "pCommandValue", "PollingTime"}})                     },
+        {"Boolean",
+         after({common, {"pInvalidator", "Streamable", "Value", "pValue", "OnValue", "OffValue"}})                              },
+        {"IntSwissKnife", after({common,
+                                 {"pInvalidator", "Streamable", "pVariable", "Constant", "Expression",
+                                  "Formula", "Unit", "Representation"}})                               },
+        {"Port",          after({common, {"ChunkID", "pChunkID", "SwapEndianess"}})                                             },
+    };
+    return table;
+}
+
+void expect_order(const std::string& kind, const std::string& name,
+                  const std::vector<DescribedProperty>& properties)
+{
+    ASSERT_EQ(1U, orders().count(kind)) << kind << " " << name;
+    const auto& order = orders().at(kind);
+    static const std::set<std::string> several{"pFeature", "pSelected", "EnumEntry", "pVariable",
+                                               "pIndex",   "Address",   "pAddress",  "pInvalidator"};
+    auto place = order.begin();
+    std::string last;
+    for (const DescribedProperty& property : properties) {
+        const auto found = std::find(place, order.end(), property.name);
+        EXPECT_NE(order.end(), found)
+            << property.name << " of " << kind << " " << name << " is unknown or in the wrong place";
+        if (found == order.end())
+            return;
+        EXPECT_TRUE(property.name != last || several.count(last) != 0)
+            << property.name << " twice in " << name;
+        place = found;
+        last = property.name;
+        if (property.name == "EnumEntry")
+            expect_order("EnumEntry", name + "." + property.attributes.at("Name"), property.children);
+    }
+}
+
+TEST_P(ADescription, HasItsElementsInTheOrderOfTheSchema)
+{
+    for (const DescribedNode& node : xml.nodes())
+        expect_order(node.kind, node.name, node.properties);
+}
+
+TEST_P(ADescription, HasUniqueNames)
+{
+    std::set<std::string> names;
+    const std::regex identifier{"[A-Za-z][A-Za-z0-9_]*"};
+    const auto expect_new = [&](const std::string& name) {
+        EXPECT_TRUE(std::regex_match(name, identifier)) << name;
+        EXPECT_TRUE(names.insert(name).second) << name << " stands there twice";
+    };
+    for (const DescribedNode& node : xml.nodes()) {
+        expect_new(node.name);
+        for (const DescribedProperty& property : node.properties) {
+            if (property.name == "EnumEntry")
+                expect_new("EnumEntry_" + node.name + "_" + property.attributes.at("Name"));
+        }
+    }
+}
+
+TEST_P(ADescription, NamesOnlyNodesThatAreThere)
+{
+    for (const DescribedNode& node : xml.nodes()) {
+        for (const DescribedProperty& property : node.properties) {
+            EXPECT_TRUE(!property.is_reference() || xml.find(property.value) != nullptr)
+                << property.value << " in " << node.name;
+        }
+    }
+}
+
+TEST_P(ADescription, ReachesEveryNodeFromTheRoot)
+{
+    std::set<std::string> reached{"Root"};
+    std::vector<std::string> pending{"Root"};
+    while (!pending.empty()) {
+        const DescribedNode* const node = xml.find(pending.back());
+        pending.pop_back();
+        ASSERT_NE(nullptr, node);
+        for (const DescribedProperty& property : node->properties) {
+            if (property.is_reference() && reached.insert(property.value).second)
+                pending.push_back(property.value);
+        }
+    }
+    for (const DescribedNode& node : xml.nodes())
+        EXPECT_EQ(1U, reached.count(node.name)) << node.name;
+}
+
+TEST_P(ADescription, ExplainsItsFeatures)
+{
+    for (const DescribedNode& category : xml.nodes()) {
+        for (const DescribedProperty& feature : category.properties) {
+            if (feature.name != "pFeature")
+                continue;
+            const DescribedNode& node = *xml.find(feature.value);
+            for (const char* const element : {"ToolTip", "DisplayName", "Visibility"})
+                EXPECT_NE(nullptr, node.find(element)) << element << " of " << node.name;
+        }
+    }
+}
+
+TEST_P(ADescription, GoesThroughThePortOfTheInterface)
+{
+    const DescribedNode* const port = xml.find("Device");
+    ASSERT_NE(nullptr, port);
+    EXPECT_EQ("Port", port->kind);
+    for (const DescribedNode* const node : registers())
+        EXPECT_EQ("Device", node->value_of("pPort")) << node->name;
+}
+
+TEST_P(ADescription, HasBigEndianRegistersOfWholeWords)
+{
+    for (const DescribedNode* const node : registers()) {
+        EXPECT_EQ(node->kind == "StringReg" ? "" : "BigEndian", node->value_of("Endianess")) << node->name;
+        for (const Place& place : places_of(*node)) {
+            EXPECT_EQ(0U, place.address % 4) << node->name;
+            EXPECT_EQ(0U, place.length % 4) << node->name;
+            EXPECT_LE(4U, place.length) << node->name;
+            EXPECT_LT(place.address + place.length, zvsim::description_address) << node->name;
+        }
+    }
+}
+
+TEST_P(ADescription, HasExactlyTheRegistersOfTheTable)
+{
+    std::vector<Place> described;
+    for (const DescribedNode* const node : registers()) {
+        const auto places = places_of(*node);
+        described.insert(described.end(), places.begin(), places.end());
+    }
+    std::sort(described.begin(), described.end());
+    EXPECT_EQ(GetParam().places, described);
+}
+
+TEST_P(ADescription, CallsRegistersAsTheTableDoes)
+{
+    for (const DescribedNode* const node : registers()) {
+        const std::string name = std::regex_replace(node->name, std::regex{"Register$"}, "");
+        const uint64_t address = std::stoull(node->value_of("Address"), nullptr, 0);
+        const auto* const camera_row = zvsim::find_camera_row(name);
+        const auto* const grabber_row = zvsim::find_grabber_row(name);
+        const bool is_camera_row = camera_row != nullptr && camera_row->address == address;
+        const bool is_grabber_row = grabber_row != nullptr && grabber_row->address == address;
+        EXPECT_TRUE(is_camera_row || is_grabber_row) << node->name;
+    }
+}
+
+TEST_P(ADescription, HasTablesWithoutOverlaps)
+{
+    uint64_t end = 0;
+    for (const Place& place : GetParam().places) {
+        EXPECT_LE(end, place.address) << place;
+        end = place.address + place.length;
+    }
+}
+
+TEST_P(ADescription, HasAUrlThatFits)
+{
+    const std::string url = GetParam().description->url();
+    char expected[64];
+    std::snprintf(expected, sizeof expected, ".xml;10000000;%zx", GetParam().description->text.size());
+    EXPECT_EQ(0U, url.rfind("Local:", 0));
+    EXPECT_EQ(url.size() - std::string{expected}.size(), url.rfind(expected));
+    EXPECT_LT(url.size(), 260U);
+}
+
+std::vector<Case> cases()
+{
+    zvsim::CameraModel strange = camera_model();
+    strange.model = "4\"<&>\xFC " + std::string(58, 'm');
+    strange.vendor = "";
+    strange.format_codes = zvsim::FormatCodes::coaxpress;
+    for (const zvsim::PixelFormat& format : zvsim::pixel_formats())
+        strange.formats.push_back(&format);
+    zvsim::GrabberModel empty = grabber_model();
+    empty.cameras.clear();
+    return {
+        {"Camera",        zvsim::describe_camera(camera_model()),   camera_places()  },
+        {"StrangeCamera", zvsim::describe_camera(strange),          camera_places()  },
+        {"Grabber",       zvsim::describe_grabber(grabber_model()), grabber_places(3)},
+        {"GrabberOfNone", zvsim::describe_grabber(empty),           grabber_places(1)},
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ADescription, testing::ValuesIn(cases()),
+                         [](const auto& instance) { return instance.param.name; });
+
+std::map<std::string, std::string> entries_of(const DescribedNode& enumeration)
+{
+    std::map<std::string, std::string> entries;
+    for (const DescribedProperty& property : enumeration.properties) {
+        if (property.name == "EnumEntry")
+            entries[property.attributes.at("Name")] = property.children.back().value;
+    }
+    return entries;
+}
+
+TEST(CameraDescription, OffersTheFormatsOfTheModel)
+{
+    zvsim::CameraModel model = camera_model();
+    const DescriptionXml pfnc{describe_camera(model)->text};
+    EXPECT_EQ((std::map<std::string, std::string>{
+                  {"Mono8",     "17301505"},
+                  {"BayerRG12", "17825809"},
+                  {"RGB8",      "35127316"}
+    }),
+              entries_of(*pfnc.find("PixelFormat")));
+    EXPECT_EQ((std::map<std::string, std::string>{
+                  {"Bpp8",  "8" },
+                  {"Bpp16", "16"},
+                  {"Bpp24", "24"}
+    }),
+              entries_of(*pfnc.find("PixelSize")));
+    model.format_codes = zvsim::FormatCodes::coaxpress;
+    const DescriptionXml coaxpress{describe_camera(model)->text};
+    EXPECT_EQ((std::map<std::string, std::string>{
+                  {"Mono8",     "257" },
+                  {"BayerRG12", "803" },
+                  {"RGB8",      "1025"}
+    }),
+              entries_of(*coaxpress.find("PixelFormat")));
+}
+
+TEST(CameraDescription, HasAnotherVersionWhenItSaysSomethingElse)
+{
+    zvsim::CameraModel model = camera_model();
+    const auto version = [](const zvsim::CameraModel& of) {
+        return DescriptionXml{describe_camera(of)->text}.attributes().at("VersionGuid");
+    };
+    const std::string first = version(model);
+    EXPECT_EQ(first, version(camera_model()));
+    model.formats.pop_back();
+    EXPECT_NE(first, version(model));
+}
+
+TEST(CameraDescription, IsKeptOnceForCamerasOfAKind)
+{
+    const zvsim::GrabberModel model = grabber_model();
+    const zvsim::GrabberDevice device{model};
+    EXPECT_EQ(&device.cameras()[0]->description(), &device.cameras()[2]->description());
+}
+
+TEST(CameraDescription, HasNoChunks)
+{
+    EXPECT_EQ(std::string::npos, describe_camera(camera_model())->text.find("ChunkModeActive"));
+}
+
+/// A camera whose registers take what its description promises.
+class DescribedLimits : public testing::Test {
+protected:
+    bool takes(const std::string& feature, const zvsim::RegisterValue& value)
+    {
+        const zvsim::CameraRow& row = *zvsim::find_camera_row(feature);
+        unsigned char bytes[8];
+        encode(value, row.kind, bytes, row.length);
+        zvsim::CameraSpace space{camera};
+        return space.write(row.address, bytes, row.length) == row.length;
+    }
+
+    const zvsim::GrabberModel grabber = grabber_model();
+    zvsim::CameraDevice camera{grabber.cameras.front(), grabber};
+    const DescriptionXml xml{camera.description().text};
+};
+
+TEST_F(DescribedLimits, OfNumbersAreThoseOfTheCamera)
+{
+    size_t checked = 0;
+    for (const DescribedNode& node : xml.nodes()) {
+        if (node.kind != "Float" || node.find("Min") == nullptr)
+            continue;
+        const double lowest = std::stod(node.value_of("Min"));
+        const double highest = std::stod(node.value_of("Max"));
+        EXPECT_TRUE(takes(node.name, lowest) && takes(node.name, highest)) << node.name;
+        EXPECT_FALSE(takes(node.name, std::nextafter(lowest, -INFINITY))) << node.name;
+        EXPECT_FALSE(takes(node.name, std::nextafter(highest, INFINITY))) << node.name;
+        ++checked;
+    }
+    EXPECT_EQ(3U, checked);
+}
+
+TEST_F(DescribedLimits, OfIntegersAreThoseOfTheCamera)
+{
+    for (const char* const name : {"AcquisitionFrameCount", "TLParamsLocked"}) {
+        const int64_t lowest = std::stoll(xml.find(name)->value_of("Min"));
+        const int64_t highest = std::stoll(xml.find(name)->value_of("Max"));
+        EXPECT_TRUE(takes(name, lowest) && takes(name, highest)) << name;
+        EXPECT_FALSE(takes(name, lowest - 1) || takes(name, highest + 1)) << name;
+    }
+}
+
+TEST_F(DescribedLimits, OfEnumerationsAreThoseOfTheCamera)
+{
+    size_t checked = 0;
+    for (const DescribedNode& node : xml.nodes()) {
+        if (node.kind != "Enumeration" || zvsim::find_camera_row(node.name)->write == nullptr)
+            continue;
+        int64_t highest = 0;
+        for (const auto& [name, value] : entries_of(node)) {
+            EXPECT_TRUE(takes(node.name, int64_t{std::stoll(value)})) << node.name << " " << name;
+            highest = std::max<int64_t>(highest, std::stoll(value));
+        }
+        EXPECT_FALSE(takes(node.name, highest + 1)) << node.name;
+        ++checked;
+    }
+    EXPECT_EQ(7U, checked);
+}
+
+} // namespace
