@@ -39,6 +39,7 @@ public:
     GenTL::PGCGetInfo GCGetInfo = m_find("GCGetInfo");
     GenTL::PGCGetLastError GCGetLastError = m_find("GCGetLastError");
     GenTL::PGCReadPort GCReadPort = m_find("GCReadPort");
+    GenTL::PGCWritePort GCWritePort = m_find("GCWritePort");
     GenTL::PGCGetPortURL GCGetPortURL = m_find("GCGetPortURL");
     GenTL::PGCGetPortURLInfo GCGetPortURLInfo = m_find("GCGetPortURLInfo");
     GenTL::PGCRegisterEvent GCRegisterEvent = m_find("GCRegisterEvent");
