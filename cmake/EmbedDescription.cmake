@@ -2,7 +2,7 @@
 #
 #     cmake -D INPUT=file -D OUTPUT=file.cpp -D NAME=variable [-D TEXT_SIZE=bytes] -P EmbedDescription.cmake
 #
-# With TEXT_SIZE the file is XML: its lines end in CR LF then, the line end after the last one is left out, and blanks
+# With TEXT_SIZE the file is XML: its lines end in CR LF then, the line end after the last one is left out, and tabs
 # before the closing tag of the root make up the size. Without it, the bytes are taken as they are.
 
 if(TEXT_SIZE)
@@ -16,11 +16,11 @@ if(TEXT_SIZE)
     if(missing LESS 0)
         message(FATAL_ERROR "${INPUT} is too long: ${length} bytes, and ${TEXT_SIZE} are served")
     endif()
-    string(REPEAT " " ${missing} blanks)
+    string(REPEAT "\t" ${missing} tabs)
     string(FIND "${text}" "\r\n</RegisterDescription>" end REVERSE)
     string(SUBSTRING "${text}" 0 ${end} before)
     string(SUBSTRING "${text}" ${end} -1 closing_tag)
-    string(HEX "${before}${blanks}${closing_tag}" bytes)
+    string(HEX "${before}${tabs}${closing_tag}" bytes)
 else()
     file(READ ${INPUT} bytes HEX)
 endif()

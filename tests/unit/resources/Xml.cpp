@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <regex>
 
 namespace zvtest {
 
@@ -113,6 +114,37 @@ std::map<std::string, std::string> root_attributes(const std::string& model, con
         {"xsi:schemaLocation",    "http://www.genicam.org/GenApi/Version_1_1 "
                                "http://www.genicam.org/GenApi/GenApiSchema_Version_1_1.xsd"},
     };
+}
+
+std::vector<std::string> root_attribute_order()
+{
+    return {"ModelName",
+            "VendorName",
+            "ToolTip",
+            "StandardNameSpace",
+            "SchemaMajorVersion",
+            "SchemaMinorVersion",
+            "SchemaSubMinorVersion",
+            "MajorVersion",
+            "MinorVersion",
+            "SubMinorVersion",
+            "ProductGuid",
+            "VersionGuid",
+            "xmlns",
+            "xmlns:xsi",
+            "xsi:schemaLocation"};
+}
+
+std::vector<std::string> names_in_root_tag(const std::string& text)
+{
+    const size_t start = text.find("<RegisterDescription");
+    const std::string tag =
+        start == std::string::npos ? "" : text.substr(start, text.find('>', start) - start);
+    const std::regex attribute("\\s([A-Za-z:]+)=\"[^\"]*\"");
+    std::vector<std::string> names;
+    for (std::sregex_iterator found(tag.begin(), tag.end(), attribute), end; found != end; ++found)
+        names.push_back((*found)[1]);
+    return names;
 }
 
 bool is_device_port(const Element& node)

@@ -37,6 +37,10 @@ std::string resource(const std::string& name);
 
 /// The root of a description as both have it.
 std::map<std::string, std::string> root_attributes(const std::string& model, const std::string& tool_tip);
+/// Names of the attributes in the tag of the root as both descriptions have them, in order.
+std::vector<std::string> root_attribute_order();
+/// The same as a text has them.
+std::vector<std::string> names_in_root_tag(const std::string& text);
 /// The port node, the same in both.
 bool is_device_port(const Element& node);
 

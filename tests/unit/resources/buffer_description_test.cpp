@@ -77,6 +77,11 @@ TEST_F(BufferDescription, MakesUpItsSizeWithAComment)
     EXPECT_EQ(archive.size() - 22 - static_cast<size_t>(length), archive.find("PK\5\6"));
 }
 
+TEST_F(BufferDescription, ListsTheAttributesOfItsRootInOrder)
+{
+    EXPECT_EQ(root_attribute_order(), names_in_root_tag(unpacked()));
+}
+
 TEST_F(BufferDescription, DescribesAPortWithoutFeatures)
 {
     const Document document = parse(unpacked());

@@ -46,16 +46,20 @@ TEST(SystemDescription, IsAsciiWithWholeLineEnds)
     }
 }
 
-TEST(SystemDescription, IsIndentedWithTabs)
+TEST(SystemDescription, IsIndentedWithTabsAlone)
 {
     for (const std::string& line : lines_of(text)) {
-        const size_t start = line.find_first_not_of("\t");
-        const bool is_blank = line.find_first_not_of(" \r") == std::string::npos;
-        EXPECT_TRUE(is_blank || line[start] != ' ') << line;
+        const size_t start = line.find_first_not_of('\t');
+        EXPECT_TRUE(start == std::string::npos || line[start] != ' ') << line;
     }
 }
 
-// Blanks in one line of white space make up the size; everything else is the file's.
+TEST(SystemDescription, ListsTheAttributesOfItsRootInOrder)
+{
+    EXPECT_EQ(root_attribute_order(), names_in_root_tag(text));
+}
+
+// Tabs in one line of white space make up the size; everything else is the file's.
 TEST(SystemDescription, IsTheFileOfTheRepository)
 {
     const std::vector<std::string> served = lines_of(text);
@@ -71,7 +75,7 @@ TEST(SystemDescription, IsTheFileOfTheRepository)
         if (line == source[i])
             continue;
         ++filled;
-        EXPECT_EQ(source[i] + std::string(line.size() - source[i].size(), ' '), line);
+        EXPECT_EQ(source[i] + std::string(line.size() - source[i].size(), '\t'), line);
     }
     EXPECT_EQ(1U, filled);
 }
