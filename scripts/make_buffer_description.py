@@ -20,7 +20,6 @@ def packed(text, comment):
     file = io.BytesIO()
     entry = zipfile.ZipInfo(SOURCE.name, date_time=(1980, 1, 1, 0, 0, 0))
     entry.create_system = 0
-    entry.external_attr = 0
     with zipfile.ZipFile(file, "w") as archive:
         archive.writestr(entry, text, zipfile.ZIP_DEFLATED, compresslevel=9)
         archive.comment = comment
