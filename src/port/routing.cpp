@@ -1,7 +1,6 @@
 #include "port/routing.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "zvgr/ZVGRLib.h"
 
