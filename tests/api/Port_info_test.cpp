@@ -46,6 +46,15 @@ TEST_F(GCGetPortURL, HasNoneForHandlesThatNameNothing)
     }
 }
 
+// Lines print 32 bits of a size, here none that are set; the room is all of it.
+TEST_F(GCGetPortURL, TakesASizeBeyond32BitsWhole)
+{
+    size = 0x100000000;
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::GCGetPortURL(tl, url, &size));
+    EXPECT_EQ(39U, size);
+    EXPECT_STREQ("Local:ZV_SystemGenTL.xml;88888888;d3f", url);
+}
+
 class GCGetNumPortURLs : public OpenPorts {
 protected:
     static ExpectedLine entered(PORT_HANDLE handle)
@@ -189,6 +198,15 @@ TEST_F(GCGetPortURLInfo, LogsTheKindOfEveryPort)
     }
 }
 
+TEST_F(GCGetPortURLInfo, TakesASizeBeyond32BitsWhole)
+{
+    size = 0x100000000;
+    EXPECT_EQ(GC_ERR_SUCCESS, ask(tl, 0, &type, url, &size));
+    EXPECT_EQ(38U, size);
+    EXPECT_STREQ("Local:ZV_SystemGenTL.xml;88888888;d3f", url);
+    EXPECT_LOGGED(entered(tl, "0", 0));
+}
+
 class GCGetPortInfo : public OpenPorts {
 protected:
     GC_ERROR ask(PORT_HANDLE handle, INFO_DATATYPE* info_type, void* buffer, size_t* info_size)
@@ -247,6 +265,15 @@ TEST_F(GCGetPortInfo, LooksAtTheHandleBeforeTheCommand)
 {
     EXPECT_EQ(GC_ERR_INVALID_HANDLE, GenTL::GCGetPortInfo(nullptr, -1, &type, text, &size));
     EXPECT_EQ(sizeof text, size);
+}
+
+TEST_F(GCGetPortInfo, TakesASizeBeyond32BitsWhole)
+{
+    size = 0x100000000;
+    EXPECT_EQ(GC_ERR_SUCCESS, ask(tl, &type, text, &size));
+    EXPECT_EQ(9U, size);
+    EXPECT_STREQ("TLSystem", text);
+    EXPECT_LOGGED(entered(0));
 }
 
 class ClosedPortInfo : public ClosedPorts {};

@@ -264,6 +264,17 @@ TEST_F(HandleChecks, NameNoKindOfAnEarlierSystem)
     EXPECT_EQ(ModuleKind::invalid, get_handle_type(earlier));
 }
 
+TEST_F(HandleChecks, RefuseEverythingOfAnEarlierInterfaceList)
+{
+    fake.has_grabbers(3);
+    ASSERT_EQ(GC_ERR_SUCCESS, TLUpdateInterfaceList(tl, nullptr, 0));
+    for (void* handle : {iface, dev, port, ds, buffer, event}) {
+        EXPECT_EQ(ModuleKind::invalid, get_handle_type(handle));
+        for (const Check& check : checks)
+            EXPECT_EQ(GC_ERR_INVALID_HANDLE, check.code(handle, Open::irrelevant)) << check.kind;
+    }
+}
+
 class UnopenedInterface : public OpenSystem {
 protected:
     IF_HANDLE iface = nullptr;
