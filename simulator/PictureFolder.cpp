@@ -23,7 +23,7 @@ std::vector<std::filesystem::path> picture_files(const std::filesystem::path& fo
 } // namespace
 
 std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::path& folder,
-                                                         std::vector<std::string>& warnings)
+                                                         std::vector<std::string>& warnings, uint64_t memory)
 {
     std::error_code error;
     const auto files = picture_files(folder, error);
@@ -35,7 +35,7 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
     for (const auto& file : files) {
         std::string problem;
         auto picture = read_picture(file, problem);
-        if (picture && pictures->accepts(*picture, problem)) {
+        if (picture && pictures->accepts(*picture, memory, problem)) {
             pictures->m_size += picture->pixels.size();
             pictures->m_pictures.push_back(std::move(*picture));
         } else {
@@ -49,15 +49,15 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
     return pictures;
 }
 
-bool PictureFolder::accepts(const Picture& picture, std::string& problem) const
+bool PictureFolder::accepts(const Picture& picture, uint64_t memory, std::string& problem) const
 {
     if (!m_pictures.empty() &&
         (picture.width != width() || picture.height != height() || picture.format != &format())) {
         problem = "size or pixel format differ from the first picture";
         return false;
     }
-    if (picture.pixels.size() > picture_memory_limit - m_size) {
-        problem = "the folder's pictures take more than 1 GiB";
+    if (picture.pixels.size() > memory - m_size) {
+        problem = "all pictures together would take more than 1 GiB";
         return false;
     }
     return true;

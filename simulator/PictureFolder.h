@@ -4,6 +4,7 @@
 
 #include "simulator/pictures/PictureFile.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -15,9 +16,14 @@ namespace zvsim {
 /// that differ from it, or cannot be read, are left out with a warning each. Immutable.
 class PictureFolder {
 public:
-    /// Null, with a warning in `warnings`, when the folder offers no picture.
+    /// Null, with a warning in `warnings`, when the folder offers no picture. Those that would make it larger
+    /// than `memory` bytes are left out too.
     static std::unique_ptr<const PictureFolder> read(const std::filesystem::path& folder,
-                                                     std::vector<std::string>& warnings);
+                                                     std::vector<std::string>& warnings,
+                                                     uint64_t memory = picture_memory_limit);
+
+    /// Bytes of all pictures.
+    uint64_t size() const { return m_size; }
 
     uint32_t width() const { return m_pictures.front().width; }
     uint32_t height() const { return m_pictures.front().height; }
@@ -25,10 +31,10 @@ public:
     const Picture& picture(uint64_t number) const { return m_pictures[number % m_pictures.size()]; }
 
 private:
-    bool accepts(const Picture& picture, std::string& problem) const;
+    bool accepts(const Picture& picture, uint64_t memory, std::string& problem) const;
 
     std::vector<Picture> m_pictures;
-    size_t m_size = 0;
+    uint64_t m_size = 0;
 };
 
 } // namespace zvsim

@@ -218,7 +218,9 @@ std::shared_ptr<const PictureFolder> PictureFolders::read(const std::string& fol
     const auto found = m_folders.find(folder);
     if (found != m_folders.end())
         return found->second;
-    return m_folders.emplace(folder, PictureFolder::read(folder, m_warnings)).first->second;
+    const std::shared_ptr<const PictureFolder> pictures = PictureFolder::read(folder, m_warnings, m_memory);
+    m_memory -= pictures != nullptr ? pictures->size() : 0;
+    return m_folders.emplace(folder, pictures).first->second;
 }
 
 CameraEntry read_camera(const YamlValue& value, uint32_t segments, PictureFolders& folders)

@@ -6,6 +6,7 @@
 #include "simulator/PictureFolder.h"
 #include "simulator/config/YamlReader.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,16 +14,21 @@
 
 namespace zvsim {
 
-/// The picture folders of one configuration, each read once however many cameras show it.
+/// The picture folders of one configuration, each read once however many cameras show it. All of them
+/// together take no more memory than one may.
 class PictureFolders {
 public:
-    explicit PictureFolders(std::vector<std::string>& warnings) : m_warnings{warnings} {}
+    explicit PictureFolders(std::vector<std::string>& warnings, uint64_t memory = picture_memory_limit)
+        : m_warnings{warnings}, m_memory{memory}
+    {
+    }
 
     /// Null, after a warning, when the folder offers no picture.
     std::shared_ptr<const PictureFolder> read(const std::string& folder);
 
 private:
     std::vector<std::string>& m_warnings;
+    uint64_t m_memory; ///< What is left.
     std::map<std::string, std::shared_ptr<const PictureFolder>> m_folders;
 };
 

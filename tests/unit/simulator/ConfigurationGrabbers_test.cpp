@@ -1,6 +1,8 @@
 #include "unit/simulator/configuration_texts.h"
 #include "unit/simulator/picture_files.h"
 
+#include "simulator/config/CameraReader.h"
+
 #include "zvgr/ZVGRLib.h"
 
 #include <gmock/gmock.h>
@@ -360,6 +362,23 @@ TEST_F(ConfigurationPictures, ThatCannotBeReadGiveAWarningAndLeaveTheTestPattern
     EXPECT_THAT(configuration->errors, IsEmpty());
     EXPECT_THAT(configuration->warnings, ElementsAre(HasSubstr("/no/such/folder")));
     EXPECT_EQ(nullptr, configuration->grabbers.at(0).cameras.at(0).pictures);
+}
+
+TEST_F(ConfigurationPictures, OfAllFoldersTogetherTakeNoMoreMemoryThanOneFolderMay)
+{
+    const zvsim_test::Folder other;
+    for (const char* const name : {"a.png", "b.png"})
+        write_png(other.file(name), zvsim_test::test_picture(30, 20, zvsim_test::Pixels::grey_16, 2));
+    std::vector<std::string> warnings;
+    zvsim::PictureFolders folders{warnings, uint64_t{2} * 30 * 20 * 2};
+    const auto first = folders.read(folder.path().string());
+    ASSERT_NE(nullptr, first);
+    EXPECT_EQ(1200U, first->size());
+    EXPECT_THAT(warnings, IsEmpty());
+    const auto second = folders.read(other.path().string());
+    ASSERT_NE(nullptr, second);
+    EXPECT_EQ(1200U, second->size());
+    EXPECT_THAT(warnings, ElementsAre(AllOf(HasSubstr("b.png is left out"), HasSubstr("more than 1 GiB"))));
 }
 
 zvsim::Environment with_file(const std::string& text)
