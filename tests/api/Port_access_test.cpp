@@ -64,7 +64,7 @@ TEST_F(GCReadPort, RefusesMissingPointersBeforeItLooksForTheHandle)
 
 TEST_F(GCReadPort, RefusesHandlesThatNameNothing)
 {
-    for (const PORT_HANDLE handle : {static_cast<PORT_HANDLE>(this), all_ones<PORT_HANDLE>()}) {
+    for (const PORT_HANDLE handle : {static_cast<PORT_HANDLE>(this), all_ones<PORT_HANDLE>(), event}) {
         forget();
         EXPECT_EQ(GC_ERR_INVALID_HANDLE, read(handle, data.bytes, &data.size));
         EXPECT_EQ(4U, data.size);
@@ -244,7 +244,7 @@ TEST_F(GCWritePortStacked, RefusesMissingPointersSilently)
 
 TEST_F(GCWritePortStacked, RefusesHandlesThatNameNothing)
 {
-    for (const PORT_HANDLE handle : {static_cast<PORT_HANDLE>(this), all_ones<PORT_HANDLE>()}) {
+    for (const PORT_HANDLE handle : {static_cast<PORT_HANDLE>(this), all_ones<PORT_HANDLE>(), event}) {
         forget();
         EXPECT_EQ(GC_ERR_INVALID_HANDLE, GenTL::GCWritePortStacked(handle, &entry, &count));
         EXPECT_EQ(1U, count);

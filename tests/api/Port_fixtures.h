@@ -13,7 +13,7 @@
 
 namespace zvtest {
 
-/// System, interface, device, remote device, stream and buffer are open.
+/// System, interface, device, remote device, stream and buffer are open; an event, which is no port, as well.
 class OpenPorts : public QueuedStream {
 protected:
     void SetUp() override
@@ -22,6 +22,7 @@ protected:
         if (HasFatalFailure())
             return;
         announce();
+        register_event();
         forget();
     }
 
@@ -59,8 +60,8 @@ protected:
     /// The ports that the producer serves itself.
     std::vector<PORT_HANDLE> own_ports() const { return {tl, buffers[0]->handle}; }
 
-    /// Handles that are no port: null, unknown, all ones.
-    std::vector<PORT_HANDLE> strangers() { return {nullptr, this, all_ones<PORT_HANDLE>()}; }
+    /// Handles that are no port: null, unknown, all ones, an event.
+    std::vector<PORT_HANDLE> strangers() { return {nullptr, this, all_ones<PORT_HANDLE>(), event}; }
 };
 
 /// Modules that were open once: a port of a closed module is no port.
