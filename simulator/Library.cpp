@@ -93,6 +93,14 @@ GrabberDevice* Library::grabber_device(uint32_t index) const
     return index < grabber_count() ? m_devices[m_present[index]].get() : nullptr;
 }
 
+void Library::update_links(const Grabber& grabber)
+{
+    for (const uint32_t handle : grabber.cameras) {
+        const Camera& camera = m_cameras.at(handle);
+        camera.device->set_connected(is_there(camera.place));
+    }
+}
+
 const char* Library::keep_text(const std::string& text) { return m_texts.insert(text).first->c_str(); }
 
 uint32_t Library::open_grabber(uint32_t index)

@@ -63,6 +63,8 @@ public:
     GrabberDevice* grabber_device(uint32_t index) const;
     /// Whether a grabber or camera is there, and not unplugged or lost.
     bool is_there(const Place& place) const { return m_faults == nullptr || m_faults->has(place); }
+    /// Lets the cameras of a grabber know whether they are there.
+    void update_links(const Grabber& grabber);
     /// The same text for as long as the library is loaded.
     const char* keep_text(const std::string& text);
 

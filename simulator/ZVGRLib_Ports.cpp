@@ -79,11 +79,7 @@ uint32_t with_grabber(Library& library, uint32_t grabber, const Access& access)
     const Grabber* const found = library.find_grabber(grabber);
     if (found == nullptr)
         return status_bad_handle;
-    const auto& devices = found->device->cameras();
-    for (size_t i = 0; i < devices.size(); ++i) {
-        const Camera* const camera = library.find_camera(found->cameras[i]);
-        devices[i]->set_connected(camera != nullptr && library.is_there(camera->place));
-    }
+    library.update_links(*found);
     GrabberSpace space{*found->device};
     return access(space);
 }

@@ -22,6 +22,7 @@ struct Subject {
 Subject subject_of(Library& library, uint32_t handle)
 {
     if (const Grabber* const grabber = library.find_grabber(handle)) {
+        library.update_links(*grabber);
         const auto& cameras = grabber->device->cameras();
         return {grabber->device, cameras.empty() ? nullptr : cameras.front().get(), true};
     }
@@ -29,7 +30,9 @@ Subject subject_of(Library& library, uint32_t handle)
     const Camera* const camera = library.find_camera(stream != nullptr ? stream->camera() : handle);
     if (camera == nullptr)
         return {};
-    return {library.find_grabber(camera->grabber)->device, camera->device};
+    const Grabber& grabber = *library.find_grabber(camera->grabber);
+    library.update_links(grabber);
+    return {grabber.device, camera->device};
 }
 
 /// What the library can do, beside the features of the grabber.

@@ -50,7 +50,7 @@ void encode(const RegisterValue& value, RegisterKind kind, unsigned char* bytes,
         return;
     if (kind == RegisterKind::text) {
         const auto& text = std::get<std::string>(value);
-        std::memcpy(bytes, text.data(), std::min(text.size(), length));
+        std::copy_n(text.data(), std::min(text.size(), length), bytes);
     } else if (kind == RegisterKind::floating) {
         uint64_t bits = 0;
         std::memcpy(&bits, &std::get<double>(value), sizeof bits);

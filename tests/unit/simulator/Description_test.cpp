@@ -1,5 +1,7 @@
 // The register descriptions: by the rules of GenApi 1.1, and register by register against the tables.
+#include "unit/simulator/described_models.h"
 #include "unit/simulator/description_xml.h"
+#include "unit/simulator/schema_order.h"
 
 #include "simulator/features/CameraRegisters.h"
 #include "simulator/features/Description.h"
@@ -8,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <regex>
 #include <set>
 
@@ -16,27 +17,6 @@ namespace {
 
 using namespace zvsim_test;
 using zvsim::RegisterKind;
-
-zvsim::CameraModel camera_model()
-{
-    zvsim::CameraModel model;
-    model.vendor = "Test Maker";
-    model.model = "Test Camera";
-    model.sensor_width = model.start.width = 64;
-    model.sensor_height = model.start.height = 48;
-    model.formats = {&zvsim::pixel_format("Mono8"), &zvsim::pixel_format("BayerRG12"),
-                     &zvsim::pixel_format("RGB8")};
-    model.start.format = model.formats.front();
-    return model;
-}
-
-zvsim::GrabberModel grabber_model()
-{
-    zvsim::GrabberModel model;
-    model.display_name = "Test Grabber";
-    model.cameras = {camera_model(), camera_model(), camera_model()};
-    return model;
-}
 
 /// A register as either side knows it.
 struct Place {
@@ -150,77 +130,6 @@ TEST_P(ADescription, SaysWhichSchemaItFollows)
     EXPECT_EQ("http://www.genicam.org/GenApi/Version_1_1 "
               "http://www.genicam.org/GenApi/GenApiSchema_Version_1_1.xsd",
               at("schemaLocation"));
-}
-
-/// The elements of each kind of node, in the order in which the schema wants them.
-const std::map<std::string, std::vector<std::string>>& orders()
-{
-    static const std::vector<std::string> common{
-        "Extension",         "ToolTip", "Description",    "DisplayName",  "Visibility", "DocuURL",
-        "IsDeprecated",      "EventID", "pIsImplemented", "pIsAvailable", "pIsLocked",  "pBlockPolling",
-        "ImposedAccessMode", "pError",  "pAlias",         "pCastAlias"};
-    static const std::vector<std::string> in_register{"Address",  "pAddress",    "pIndex",
-                                                      "Length",   "AccessMode",  "pPort",
-                                                      "Cachable", "PollingTime", "pInvalidator"};
-    const auto after = [](std::initializer_list<std::vector<std::string>> lists) {
-        std::vector<std::string> all;
-        for (const auto& list : lists)
-            all.insert(all.end(), list.begin(), list.end());
-        return all;
-    };
-    static const std::map<std::string, std::vector<std::string>> table{
-        {"Category",      after({common, {"pFeature"}})                                                                         },
-        {"Integer",       after({common,
-                           {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
-                            "Inc", "pInc", "Unit", "Representation", "pSelected"}})                          },
-        {"IntReg",
-         after({common, in_register, {"Sign", "Endianess", "Unit", "Representation", "pSelected"}})                             },
-        {"FloatReg",      after({common,
-                            in_register,
-                            {"Endianess", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})},
-        {"StringReg",     after({common, in_register})                                                                          },
-        {"Float",         after({common,
-                         {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
-                          "Inc", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})            },
-        {"Enumeration",
-         after({common,
-                {"pInvalidator", "Streamable", "EnumEntry", "Value", "pValue", "pSelected", "PollingTime"}})                    },
-        {"EnumEntry",     after({common, {"Value", "NumericValue", "Symbolic", "IsSelfClearing"}})                              },
-        {"Command",
-         after(
-             {common, {"pInvalidator", "Value", "pValue", "CommandValue", "pCommandValue", "PollingTime"}})                     },
-        {"Boolean",
-         after({common, {"pInvalidator", "Streamable", "Value", "pValue", "OnValue", "OffValue"}})                              },
-        {"IntSwissKnife", after({common,
-                                 {"pInvalidator", "Streamable", "pVariable", "Constant", "Expression",
-                                  "Formula", "Unit", "Representation"}})                               },
-        {"Port",          after({common, {"ChunkID", "pChunkID", "SwapEndianess"}})                                             },
-    };
-    return table;
-}
-
-void expect_order(const std::string& kind, const std::string& name,
-                  const std::vector<DescribedProperty>& properties)
-{
-    ASSERT_EQ(1U, orders().count(kind)) << kind << " " << name;
-    const auto& order = orders().at(kind);
-    static const std::set<std::string> several{"pFeature", "pSelected", "EnumEntry", "pVariable",
-                                               "pIndex",   "Address",   "pAddress",  "pInvalidator"};
-    auto place = order.begin();
-    std::string last;
-    for (const DescribedProperty& property : properties) {
-        const auto found = std::find(place, order.end(), property.name);
-        EXPECT_NE(order.end(), found)
-            << property.name << " of " << kind << " " << name << " is unknown or in the wrong place";
-        if (found == order.end())
-            return;
-        EXPECT_TRUE(property.name != last || several.count(last) != 0)
-            << property.name << " twice in " << name;
-        place = found;
-        last = property.name;
-        if (property.name == "EnumEntry")
-            expect_order("EnumEntry", name + "." + property.attributes.at("Name"), property.children);
-    }
 }
 
 TEST_P(ADescription, HasItsElementsInTheOrderOfTheSchema)
@@ -371,125 +280,5 @@ std::vector<Case> cases()
 
 INSTANTIATE_TEST_SUITE_P(All, ADescription, testing::ValuesIn(cases()),
                          [](const auto& instance) { return instance.param.name; });
-
-std::map<std::string, std::string> entries_of(const DescribedNode& enumeration)
-{
-    std::map<std::string, std::string> entries;
-    for (const DescribedProperty& property : enumeration.properties) {
-        if (property.name == "EnumEntry")
-            entries[property.attributes.at("Name")] = property.children.back().value;
-    }
-    return entries;
-}
-
-TEST(CameraDescription, OffersTheFormatsOfTheModel)
-{
-    zvsim::CameraModel model = camera_model();
-    const DescriptionXml pfnc{describe_camera(model)->text};
-    EXPECT_EQ((std::map<std::string, std::string>{
-                  {"Mono8",     "17301505"},
-                  {"BayerRG12", "17825809"},
-                  {"RGB8",      "35127316"}
-    }),
-              entries_of(*pfnc.find("PixelFormat")));
-    EXPECT_EQ((std::map<std::string, std::string>{
-                  {"Bpp8",  "8" },
-                  {"Bpp16", "16"},
-                  {"Bpp24", "24"}
-    }),
-              entries_of(*pfnc.find("PixelSize")));
-    model.format_codes = zvsim::FormatCodes::coaxpress;
-    const DescriptionXml coaxpress{describe_camera(model)->text};
-    EXPECT_EQ((std::map<std::string, std::string>{
-                  {"Mono8",     "257" },
-                  {"BayerRG12", "803" },
-                  {"RGB8",      "1025"}
-    }),
-              entries_of(*coaxpress.find("PixelFormat")));
-}
-
-TEST(CameraDescription, HasAnotherVersionWhenItSaysSomethingElse)
-{
-    zvsim::CameraModel model = camera_model();
-    const auto version = [](const zvsim::CameraModel& of) {
-        return DescriptionXml{describe_camera(of)->text}.attributes().at("VersionGuid");
-    };
-    const std::string first = version(model);
-    EXPECT_EQ(first, version(camera_model()));
-    model.formats.pop_back();
-    EXPECT_NE(first, version(model));
-}
-
-TEST(CameraDescription, IsKeptOnceForCamerasOfAKind)
-{
-    const zvsim::GrabberModel model = grabber_model();
-    const zvsim::GrabberDevice device{model};
-    EXPECT_EQ(&device.cameras()[0]->description(), &device.cameras()[2]->description());
-}
-
-TEST(CameraDescription, HasNoChunks)
-{
-    EXPECT_EQ(std::string::npos, describe_camera(camera_model())->text.find("ChunkModeActive"));
-}
-
-/// A camera whose registers take what its description promises.
-class DescribedLimits : public testing::Test {
-protected:
-    bool takes(const std::string& feature, const zvsim::RegisterValue& value)
-    {
-        const zvsim::CameraRow& row = *zvsim::find_camera_row(feature);
-        unsigned char bytes[8];
-        encode(value, row.kind, bytes, row.length);
-        zvsim::CameraSpace space{camera};
-        return space.write(row.address, bytes, row.length) == row.length;
-    }
-
-    const zvsim::GrabberModel grabber = grabber_model();
-    zvsim::CameraDevice camera{grabber.cameras.front(), grabber};
-    const DescriptionXml xml{camera.description().text};
-};
-
-TEST_F(DescribedLimits, OfNumbersAreThoseOfTheCamera)
-{
-    size_t checked = 0;
-    for (const DescribedNode& node : xml.nodes()) {
-        if (node.kind != "Float" || node.find("Min") == nullptr)
-            continue;
-        const double lowest = std::stod(node.value_of("Min"));
-        const double highest = std::stod(node.value_of("Max"));
-        EXPECT_TRUE(takes(node.name, lowest) && takes(node.name, highest)) << node.name;
-        EXPECT_FALSE(takes(node.name, std::nextafter(lowest, -INFINITY))) << node.name;
-        EXPECT_FALSE(takes(node.name, std::nextafter(highest, INFINITY))) << node.name;
-        ++checked;
-    }
-    EXPECT_EQ(3U, checked);
-}
-
-TEST_F(DescribedLimits, OfIntegersAreThoseOfTheCamera)
-{
-    for (const char* const name : {"AcquisitionFrameCount", "TLParamsLocked"}) {
-        const int64_t lowest = std::stoll(xml.find(name)->value_of("Min"));
-        const int64_t highest = std::stoll(xml.find(name)->value_of("Max"));
-        EXPECT_TRUE(takes(name, lowest) && takes(name, highest)) << name;
-        EXPECT_FALSE(takes(name, lowest - 1) || takes(name, highest + 1)) << name;
-    }
-}
-
-TEST_F(DescribedLimits, OfEnumerationsAreThoseOfTheCamera)
-{
-    size_t checked = 0;
-    for (const DescribedNode& node : xml.nodes()) {
-        if (node.kind != "Enumeration" || zvsim::find_camera_row(node.name)->write == nullptr)
-            continue;
-        int64_t highest = 0;
-        for (const auto& [name, value] : entries_of(node)) {
-            EXPECT_TRUE(takes(node.name, int64_t{std::stoll(value)})) << node.name << " " << name;
-            highest = std::max<int64_t>(highest, std::stoll(value));
-        }
-        EXPECT_FALSE(takes(node.name, highest + 1)) << node.name;
-        ++checked;
-    }
-    EXPECT_EQ(7U, checked);
-}
 
 } // namespace

@@ -1,5 +1,6 @@
 // The registers of a grabber.
 #include "unit/simulator/configured_camera.h"
+#include "unit/simulator/faults.h"
 
 #include <set>
 
@@ -131,6 +132,20 @@ TEST_F(ConfiguredCamera, GrabberValuesOfACameraAreItsOwn)
     set("Width", 32);
     EXPECT_EQ(32, ZVGR_GetGrabberValueInt(camera, "Width"));
     EXPECT_EQ(66, ZVGR_GetGrabberValueInt(cameras[1], "Width"));
+}
+
+TEST_F(Faulty, AGrabberSeesWhichCamerasAreThere)
+{
+    plan(
+        "events: [{scan: 2, do: unplug, grabber: 0, camera: 1}, {scan: 3, do: plug, grabber: 0, camera: 1}]");
+    scan();
+    const uint32_t grabber = open_grabber();
+    const uint32_t address = grabber_register("CameraLinkState").address;
+    for (const uint64_t state : {1, 0, 1}) {
+        EXPECT_EQ(state, number_from(read_grabber(grabber, address + 0x100, 4).bytes));
+        EXPECT_EQ(1U, number_from(read_grabber(grabber, address, 4).bytes));
+        scan();
+    }
 }
 
 } // namespace
