@@ -141,7 +141,7 @@ TEST_F(Faulty, AGrabberSeesWhichCamerasAreThere)
     scan();
     const uint32_t grabber = open_grabber();
     const uint32_t address = grabber_register("CameraLinkState").address;
-    for (const uint64_t state : {1, 0, 1}) {
+    for (const uint64_t state : {1U, 0U, 1U}) {
         EXPECT_EQ(state, number_from(read_grabber(grabber, address + 0x100, 4).bytes));
         EXPECT_EQ(1U, number_from(read_grabber(grabber, address, 4).bytes));
         scan();
