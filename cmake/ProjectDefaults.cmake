@@ -26,6 +26,13 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 
+# What is packaged must not depend on where it was built; a debugger finds sources more easily without this.
+option(ZV_REPRODUCIBLE "Leave the paths of the source and build folders out of what is built" OFF)
+if(ZV_REPRODUCIBLE)
+    add_compile_options(
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+endif()
+
 set(ZV_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, 'address,undefined' or 'thread'")
 if(ZV_SANITIZE)
     add_compile_options(-fsanitize=${ZV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

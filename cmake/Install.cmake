@@ -1,0 +1,79 @@
+# What "cmake --install" puts where, relative to the prefix. Parts: Runtime is for everybody, Debian for the package of
+# that system alone, Archive for the tar archive alone; "cmake --install" leaves these two out.
+#
+# The producer lies in one folder with its libraries and zvgentl, as it does in the build folder: each finds the others
+# beside itself wherever the folder is.
+if(WIN32)
+    set(ZV_FILES bin)
+    set(ZV_HEADERS include)
+    set(ZV_PAGES doc)
+    set(ZV_EXAMPLES examples)
+else()
+    set(ZV_FILES lib/${CMAKE_LIBRARY_ARCHITECTURE}/gentl)
+    set(ZV_HEADERS include/zvgentl)
+    set(ZV_PAGES share/doc/zvgentl)
+    set(ZV_EXAMPLES ${ZV_PAGES}/examples)
+endif()
+cmake_path(NORMAL_PATH ZV_FILES)
+
+install(TARGETS ZVGRLibGenTL ZVGRLib ZVLogger
+    RUNTIME DESTINATION ${ZV_FILES} COMPONENT Runtime
+    LIBRARY DESTINATION ${ZV_FILES} COMPONENT Runtime
+    ARCHIVE DESTINATION lib COMPONENT ImportLibraries) # in no package: consumers load the producer by its path
+install(FILES ${ZV_RUNTIME_LIBRARIES} DESTINATION ${ZV_FILES} COMPONENT Runtime)
+if(ZV_BUILD_TOOLS)
+    install(TARGETS zvgentl RUNTIME DESTINATION ${ZV_FILES} COMPONENT Runtime)
+    if(NOT WIN32)
+        # The program finds the producer beside its own file, so what stands in bin only leads there.
+        file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/link)
+        file(CREATE_LINK ../${ZV_FILES}/zvgentl ${PROJECT_BINARY_DIR}/link/zvgentl SYMBOLIC)
+        install(FILES ${PROJECT_BINARY_DIR}/link/zvgentl DESTINATION bin COMPONENT Runtime)
+    endif()
+endif()
+
+install(FILES include/GenTL/GenTL.h DESTINATION ${ZV_HEADERS}/GenTL COMPONENT Runtime)
+install(FILES include/zvgr/ZVGRLib.h include/zvgr/FrameStamp.h DESTINATION ${ZV_HEADERS}/zvgr COMPONENT Runtime)
+install(FILES examples/grab_frames.cpp DESTINATION ${ZV_EXAMPLES} COMPONENT Runtime)
+install(DIRECTORY examples/grabbers DESTINATION ${ZV_EXAMPLES} COMPONENT Runtime)
+
+option(ZV_DOCUMENTATION "Make the pages of the documentation and the notices of other makers' licences" OFF)
+if(ZV_DOCUMENTATION)
+    # The system's own interpreter: the modules that Debian packages are not for others.
+    find_program(ZV_SYSTEM_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
+    set(system linux)
+    if(WIN32)
+        set(system windows)
+    endif()
+    set(pages ${PROJECT_BINARY_DIR}/pages)
+    file(GLOB texts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/docs/*.json
+        ${PROJECT_SOURCE_DIR}/docs/pictures/*)
+    add_custom_command(OUTPUT ${pages}/index.html
+        COMMAND ${ZV_SYSTEM_PYTHON} ${PROJECT_SOURCE_DIR}/scripts/documentation.py ${PROJECT_SOURCE_DIR} ${pages}
+            --version ${PROJECT_VERSION}
+        DEPENDS scripts/documentation.py CHANGELOG.md ${texts}
+        COMMENT "Pages of the documentation" VERBATIM)
+    add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt
+        COMMAND ${ZV_SYSTEM_PYTHON} ${PROJECT_SOURCE_DIR}/scripts/materials.py notices
+            --system ${system} --output ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt
+        DEPENDS scripts/materials.py
+        COMMENT "Notices of other makers' licences" VERBATIM)
+    add_custom_target(documentation ALL DEPENDS ${pages}/index.html ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt)
+    install(DIRECTORY ${pages}/ DESTINATION ${ZV_PAGES} COMPONENT Runtime)
+    install(FILES ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt DESTINATION ${ZV_PAGES} COMPONENT Runtime)
+endif()
+
+if(UNIX)
+    set(made ${PROJECT_BINARY_DIR}/linux)
+    set(ZV_GENTL_FOLDER /usr/${ZV_FILES})
+    foreach(file zvgentl.sh 90-zvgentl.conf 90-zvgentl 90zvgentl environment.sh)
+        configure_file(cmake/linux/${file}.in ${made}/${file} @ONLY)
+    endforeach()
+    install(FILES ${made}/environment.sh DESTINATION . COMPONENT Archive EXCLUDE_FROM_ALL)
+    # Absolute folders are what the package of a system may use.
+    install(FILES ${made}/zvgentl.sh DESTINATION /etc/profile.d COMPONENT Debian EXCLUDE_FROM_ALL)
+    install(FILES ${made}/90zvgentl DESTINATION /etc/X11/Xsession.d COMPONENT Debian EXCLUDE_FROM_ALL)
+    install(FILES ${made}/90-zvgentl.conf DESTINATION /usr/lib/environment.d COMPONENT Debian EXCLUDE_FROM_ALL)
+    install(PROGRAMS ${made}/90-zvgentl DESTINATION /usr/lib/systemd/system-environment-generators
+        COMPONENT Debian EXCLUDE_FROM_ALL)
+    install(FILES cmake/linux/copyright DESTINATION /usr/share/doc/zvgentl COMPONENT Debian EXCLUDE_FROM_ALL)
+endif()

@@ -1,0 +1,7 @@
+# Run by CPack between installing and packing: every file and folder gets the time of the commit.
+if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
+    return()
+endif()
+execute_process(
+    COMMAND find ${CPACK_TEMPORARY_DIRECTORY} -exec touch --no-dereference --date @$ENV{SOURCE_DATE_EPOCH} {} +
+    COMMAND_ERROR_IS_FATAL ANY)
