@@ -4,6 +4,9 @@ packages_to_build="g++ cmake ninja-build pkg-config libpoco-dev libcli11-dev nlo
     libtiff-dev libyaml-cpp-dev"
 packages_to_test="$packages_to_build git python3 gcovr clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev
     libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libzip-dev python3-jsonschema python3-yaml"
+packages_to_package="$packages_to_build libzip-dev libaravis-dev dpkg-dev file git python3 python3-markdown zip"
+packages_to_package_for_windows="nsis wine wine64"
+packages_to_test_packages="debootstrap unzip"
 
 # Prints a heading with the time since the script started.
 step()
