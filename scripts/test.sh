@@ -3,13 +3,13 @@
 #
 #     scripts/test.sh            all of it: about 25 minutes on two cores
 #     scripts/test.sh --quick    the release build and its tests alone
-#     scripts/test.sh STAGE...   the named stages: release clang asan tsan coverage lint
+#     scripts/test.sh STAGE...   the named stages: release clang asan tsan coverage lint packages
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=scripts/lib.sh
 . scripts/lib.sh
 
-all_stages=(release clang asan tsan coverage lint)
+all_stages=(release clang asan tsan coverage lint packages)
 stages=("${all_stages[@]}")
 case "${1:-}" in
 -h | --help)
@@ -41,6 +41,7 @@ run_stage()
     tsan) build_and_test tsan ;;
     coverage) scripts/coverage.sh ;;
     lint) scripts/lint.sh ;;
+    packages) scripts/package.sh --linux --try ;;
     *)
         echo "Unknown stage '$1'; there are: ${all_stages[*]}" >&2
         return 2
