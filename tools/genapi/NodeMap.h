@@ -13,6 +13,10 @@ namespace zvgentl::tool {
 /// Whether this build can make node maps of descriptions. If not, NodeMap throws, saying so.
 bool has_genapi_parser() noexcept;
 
+/// From now on a formula whose division has no result ends the program with a message. The parser computes
+/// with what the device sends, and the processor knows no answer to one such division.
+void end_on_arithmetic_fault();
+
 /// The features of a port, made of its description. Nothing is cached: every answer is the device's present
 /// one. All functions throw std::runtime_error that says what to do, or why the port refused. One thread.
 class NodeMap {

@@ -20,6 +20,8 @@ class NodeMap::Impl {};
 
 bool has_genapi_parser() noexcept { return false; }
 
+void end_on_arithmetic_fault() {}
+
 NodeMap::NodeMap(const std::string& /*description*/, const Registers& /*registers*/) { refuse(); }
 NodeMap::~NodeMap() = default;
 

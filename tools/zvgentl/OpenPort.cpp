@@ -81,6 +81,7 @@ PortFeatures::PortFeatures(const PortOptions& options)
 
 std::unique_ptr<NodeMap> make_node_map(const Port& port)
 {
+    end_on_arithmetic_fault();
     return std::make_unique<NodeMap>(unpack(read_description(port, port.urls())), port);
 }
 

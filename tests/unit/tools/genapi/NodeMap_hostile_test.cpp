@@ -1,3 +1,5 @@
+#include <cstdint>
+
 #include <gtest/gtest.h>
 
 #include "CameraMap.h"
@@ -242,6 +244,25 @@ TEST(HostileDescription, MayHoldReferencesToNodesOfTheWrongKind)
         error_of([&] { map.execute(name, std::chrono::milliseconds(1)); });
     }
     EXPECT_EQ("Text is no number", map.describe("B").problem);
+}
+
+TEST(HostileDescriptionDeathTest, WithADivisionThatHasNoResultEndsTheProgramWithAMessage)
+{
+    EXPECT_EXIT(
+        {
+            end_on_arithmetic_fault();
+            FakeRegisters registers;
+            registers.put(0, std::int64_t{1} << 7U); // big-endian: the smallest number
+            const std::string smallest =
+                "<IntReg Name=\"Smallest\"><Address>0</Address><Length>8</Length><AccessMode>RO</AccessMode>"
+                "<pPort>Device</pPort><Sign>Signed</Sign><Endianess>BigEndian</Endianess></IntReg>"
+                "<Port Name=\"Device\"/>\n";
+            const std::string variables = "<pVariable Name=\"X\">Smallest</pVariable>";
+            const NodeMap map(description_of(smallest + formula("Quotient", variables, "X / (0 - 1)")),
+                              registers);
+            map.get("Quotient");
+        },
+        testing::ExitedWithCode(1), "the description is faulty");
 }
 
 } // namespace zvgentl::test
