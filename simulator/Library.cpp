@@ -277,6 +277,8 @@ void Library::release_left_streams(Lock& lock)
 std::unique_ptr<PlugTimer> Library::renew_faults()
 {
     const FaultPlan& plan = m_configuration->faults;
+    if (m_faults != nullptr)
+        m_faults->end_log(); // before the next one begins in the same file
     m_faults = nullptr;
     std::unique_ptr<PlugTimer> past = std::move(m_plug_timer);
     if (FaultEngine::is_needed(plan)) {

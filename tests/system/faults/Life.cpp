@@ -293,7 +293,7 @@ std::string Life::frames_in_cyclic_mode()
     return code == GC_ERR_SUCCESS ? "frame" + mark_of(data.BufferHandle) : std::to_string(code);
 }
 
-/// "!" a damaged frame, "0" no time stamp, "<" one that is not after the one before.
+/// "!" a damaged frame, "z" a time stamp of zero, "<" one that is not after the one before.
 std::string Life::mark_of(BUFFER_HANDLE buffer)
 {
     const uint64_t timestamp = number(buffer, BUFFER_INFO_TIMESTAMP);
@@ -302,7 +302,7 @@ std::string Life::mark_of(BUFFER_HANDLE buffer)
     const auto stamp = zvgr::read_stamp(memory, frame_size);
     std::string mark = stamp && stamp->checksum_ok ? "" : "!";
     if (timestamp == 0)
-        mark += '0';
+        mark += 'z';
     else if (timestamp <= m_last_timestamp)
         mark += '<';
     m_last_timestamp = timestamp;

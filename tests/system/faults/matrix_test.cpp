@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -51,6 +53,14 @@ protected:
         return Life{m_producer.functions(), GetParam().mode, frames}.live();
     }
 
+    std::filesystem::path log_file() const { return surroundings().folder() / "calls.log"; }
+    bool has_happened(const std::string& kind) const
+    {
+        std::stringstream log;
+        log << std::ifstream{log_file()}.rdbuf();
+        return log.str().find("fault " + kind) != std::string::npos;
+    }
+
 private:
     Surroundings& m_surroundings = surroundings(); // before the producer looks for its settings
     Producer m_producer{producer_file};
@@ -72,9 +82,12 @@ TEST_P(FaultMatrix, TheProducerAnswersSurvivesAndWorksAgain)
 {
     const FaultRow& row = GetParam();
     const auto healthy = life_with("faults: []");
-    const auto faulty = life_with("faults: [{kind: " + std::string{row.fault} + "}]", row.frames);
+    const std::string fault = row.fault;
+    const auto faulty =
+        life_with("call_log: " + log_file().string() + "\nfaults: [{kind: " + fault + "}]", row.frames);
     EXPECT_EQ(joined(row.answers), joined(differences(faulty, healthy)));
     EXPECT_EQ(joined(healthy), joined(life_with("faults: []")));
+    EXPECT_TRUE(has_happened(fault.substr(0, fault.find(','))));
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, FaultMatrix, testing::ValuesIn(fault_rows()), name_of_row);
