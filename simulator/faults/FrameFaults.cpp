@@ -51,49 +51,59 @@ void FrameFaults::suffer(const FaultRule& rule, const Frame& frame, FrameFate& f
         m_engine->lose({m_place.grabber, Place::none}, rule.absence);
         fate.ends_acquisition = true;
         break;
-    case FaultKind::acquisition_ends_early:
-        fate.ends_acquisition = true;
-        break;
-    case FaultKind::frame_dropped:
-        fate.is_dropped = true;
-        break;
-    case FaultKind::frame_late:
-        fate.late += rule.time;
-        break;
-    case FaultKind::frame_duplicated:
-        fate.is_duplicated = true;
-        break;
     case FaultKind::frames_out_of_order:
         fate.is_held = !held;
-        break;
-    case FaultKind::frame_id_wrong:
-        fate.id += amount;
         break;
     case FaultKind::frame_id_jumps:
         m_id_shift += amount;
         break;
-    case FaultKind::timestamp_zero:
-        fate.timestamp = 0;
+    case FaultKind::timestamp_jumps:
+        m_timestamp_shift += amount;
         break;
     case FaultKind::timestamp_backwards:
         fate.timestamp = frame.timestamp - std::min(frame.timestamp, amount);
         break;
-    case FaultKind::timestamp_jumps:
-        m_timestamp_shift += amount;
+    default:
+        fate.suffer(rule);
+        break;
+    }
+}
+
+void FrameFate::suffer(const FaultRule& rule)
+{
+    const auto amount = static_cast<uint64_t>(rule.amount);
+    switch (rule.kind) {
+    case FaultKind::acquisition_ends_early:
+        ends_acquisition = true;
+        break;
+    case FaultKind::frame_dropped:
+        is_dropped = true;
+        break;
+    case FaultKind::frame_late:
+        late += rule.time;
+        break;
+    case FaultKind::frame_duplicated:
+        is_duplicated = true;
+        break;
+    case FaultKind::frame_id_wrong:
+        id += amount;
+        break;
+    case FaultKind::timestamp_zero:
+        timestamp = 0;
         break;
     case FaultKind::frame_truncated:
-        fate.drawn_bytes = std::min(fate.drawn_bytes, amount);
+        drawn_bytes = std::min(drawn_bytes, amount);
         break;
     case FaultKind::frame_corrupted:
-        fate.damaged_bytes = std::max(fate.damaged_bytes, amount);
+        damaged_bytes = std::max(damaged_bytes, amount);
         break;
     case FaultKind::callback_stalls:
-        fate.stall += rule.time;
+        stall += rule.time;
         break;
     case FaultKind::callback_missing:
-        fate.is_unreported = true;
+        is_unreported = true;
         break;
-    default: // no fault of frames
+    default: // no fault of a single frame
         break;
     }
 }

@@ -31,6 +31,8 @@ struct FrameFate {
     std::chrono::microseconds late{0};  ///< Before it is drawn.
     std::chrono::microseconds stall{0}; ///< Between drawing and report.
 
+    /// Notes what a fault of this frame alone does to it.
+    void suffer(const FaultRule& rule);
     /// How much of a picture of this size is drawn.
     size_t drawn(uint64_t size) const { return static_cast<size_t>(size < drawn_bytes ? size : drawn_bytes); }
     /// Damages what was drawn; nothing beyond `size`.

@@ -100,6 +100,49 @@ void change_length(const Call& call, int64_t difference)
         set_url(call, text.data());
 }
 
+ZvCameraInfo& info_of(const Call& call) { return *static_cast<ZvCameraInfo*>(call.data); }
+
+void change_count(const Call& call, int64_t count) { set<uint32_t>(call.data, count); }
+void change_payload(const Call& call, int64_t bytes) { set<uint64_t>(call.data, bytes); }
+void change_protocol(const Call& call, int64_t protocol)
+{
+    static_cast<ZvDeviceInfo*>(call.data)->protocol = static_cast<uint32_t>(protocol);
+}
+void shorten_transfer(const Call& call, int64_t bytes) { limit<uint32_t>(call.size, bytes); }
+void take_ends_of_texts(const Call& call, int64_t /*amount*/) { fill_texts(info_of(call), 'x'); }
+void empty_texts(const Call& call, int64_t /*amount*/) { fill_texts(info_of(call), 0); }
+void spoil_texts(const Call& call, int64_t /*amount*/) { spoil_texts(info_of(call)); }
+void shorten_description(const Call& call, int64_t bytes) { change_length(call, -bytes); }
+void lengthen_description(const Call& call, int64_t bytes) { change_length(call, bytes); }
+void empty_url(const Call& call, int64_t /*amount*/) { set_url(call, ""); }
+void spoil_url(const Call& call, int64_t /*amount*/) { set_url(call, "\x01;;\xB7 not a URL;zz;-1"); }
+void lengthen_url(const Call& call, int64_t /*amount*/) { fill_url(call, true); }
+void take_end_of_url(const Call& call, int64_t /*amount*/) { fill_url(call, false); }
+
+struct Alteration {
+    FaultKind kind;
+    void (*alter)(const Call& call, int64_t amount);
+};
+
+constexpr Alteration alterations[] = {
+    {FaultKind::grabber_count_too_large,   change_count        },
+    {FaultKind::protocol_unknown,          change_protocol     },
+    {FaultKind::camera_count_too_large,    change_count        },
+    {FaultKind::camera_texts_unterminated, take_ends_of_texts  },
+    {FaultKind::camera_texts_empty,        empty_texts         },
+    {FaultKind::camera_texts_garbage,      spoil_texts         },
+    {FaultKind::register_read_short,       shorten_transfer    },
+    {FaultKind::register_write_short,      shorten_transfer    },
+    {FaultKind::description_truncated,     shorten_description },
+    {FaultKind::description_huge,          lengthen_description},
+    {FaultKind::url_empty,                 empty_url           },
+    {FaultKind::url_garbage,               spoil_url           },
+    {FaultKind::url_too_long,              lengthen_url        },
+    {FaultKind::url_unterminated,          take_end_of_url     },
+    {FaultKind::payload_size_wrong,        change_payload      },
+    {FaultKind::payload_size_zero,         change_payload      },
+};
+
 } // namespace
 
 void FaultEngine::remember_description(const Call& call)
@@ -123,65 +166,20 @@ void FaultEngine::spoil_description(const Call& call)
 
 void FaultEngine::alter(const Call& call, const Verdict& verdict, uint64_t& result)
 {
-    if (call.data == nullptr && row_of(call.function).has_output)
-        return; // of a call that asked for nothing
+    for (size_t i = 0; i < verdict.alteration_count; ++i) {
+        if (verdict.alterations[i] == FaultKind::pixel_format_unknown)
+            result = static_cast<uint64_t>(verdict.amounts[i]);
+    }
+    if (call.data == nullptr) // of a call that asked for nothing
+        return;
     if (call.function == Function::xml_url)
         remember_description(call);
     for (size_t i = 0; i < verdict.alteration_count; ++i) {
-        const int64_t amount = verdict.amounts[i];
-        switch (verdict.alterations[i]) {
-        case FaultKind::grabber_count_too_large:
-        case FaultKind::camera_count_too_large:
-            set<uint32_t>(call.data, amount);
-            break;
-        case FaultKind::protocol_unknown:
-            static_cast<ZvDeviceInfo*>(call.data)->protocol = static_cast<uint32_t>(amount);
-            break;
-        case FaultKind::camera_texts_unterminated:
-            fill_texts(*static_cast<ZvCameraInfo*>(call.data), 'x');
-            break;
-        case FaultKind::camera_texts_empty:
-            fill_texts(*static_cast<ZvCameraInfo*>(call.data), 0);
-            break;
-        case FaultKind::camera_texts_garbage:
-            spoil_texts(*static_cast<ZvCameraInfo*>(call.data));
-            break;
-        case FaultKind::register_read_short:
-        case FaultKind::register_write_short:
-            limit<uint32_t>(call.size, amount);
-            break;
-        case FaultKind::description_garbage:
+        if (verdict.alterations[i] == FaultKind::description_garbage)
             spoil_description(call);
-            break;
-        case FaultKind::description_truncated:
-            change_length(call, -amount);
-            break;
-        case FaultKind::description_huge:
-            change_length(call, amount);
-            break;
-        case FaultKind::url_empty:
-            set_url(call, "");
-            break;
-        case FaultKind::url_garbage:
-            set_url(call, "\x01;;\xB7 not a URL;zz;-1");
-            break;
-        case FaultKind::url_too_long:
-            fill_url(call, true);
-            break;
-        case FaultKind::url_unterminated:
-            fill_url(call, false);
-            break;
-        case FaultKind::payload_size_wrong:
-            set<uint64_t>(call.data, amount);
-            break;
-        case FaultKind::payload_size_zero:
-            set<uint64_t>(call.data, 0);
-            break;
-        case FaultKind::pixel_format_unknown:
-            result = static_cast<uint64_t>(amount);
-            break;
-        default: // changes no results
-            break;
+        for (const Alteration& alteration : alterations) {
+            if (alteration.kind == verdict.alterations[i])
+                alteration.alter(call, verdict.amounts[i]);
         }
     }
 }
