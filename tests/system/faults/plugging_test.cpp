@@ -107,6 +107,21 @@ TEST_F(Plugging, AnUnpluggedCameraLeavesTheListAndComesBack)
     EXPECT_EQ(2u, update_devices(iface));
 }
 
+TEST_F(Plugging, ADeviceThatWasPulledDoesNotStartUntilItIsOpenedAgain)
+{
+    open_system(
+        "events: [{scan: 2, do: unplug, grabber: 0, camera: 0}, {scan: 3, do: plug, grabber: 0, camera: 0}]");
+    scan();
+    const IF_HANDLE iface = open_interface();
+    ASSERT_EQ(2u, update_devices(iface));
+    Camera camera{gentl, iface, "Device00"};
+    camera.announce(1);
+    scan();
+    scan();
+    EXPECT_EQ(GC_ERR_RESOURCE_IN_USE,
+              gentl.DSStartAcquisition(camera.stream(), ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE));
+}
+
 TEST_F(Plugging, ACameraThatWasPulledWhileItStreamedStreamsAgain)
 {
     open_system(
