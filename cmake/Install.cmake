@@ -33,7 +33,7 @@ endif()
 
 install(FILES include/GenTL/GenTL.h DESTINATION ${ZV_HEADERS}/GenTL COMPONENT Runtime)
 install(FILES include/zvgr/ZVGRLib.h include/zvgr/FrameStamp.h DESTINATION ${ZV_HEADERS}/zvgr COMPONENT Runtime)
-install(FILES examples/grab_frames.cpp DESTINATION ${ZV_EXAMPLES} COMPONENT Runtime)
+install(FILES examples/grab_frames.cpp examples/load.h DESTINATION ${ZV_EXAMPLES} COMPONENT Runtime)
 install(DIRECTORY examples/grabbers DESTINATION ${ZV_EXAMPLES} COMPONENT Runtime)
 
 option(ZV_DOCUMENTATION "Make the pages of the documentation and the notices of other makers' licences" OFF)

@@ -9,9 +9,9 @@
 #include <stdexcept>
 #include <string>
 
-#include <dlfcn.h>
-
 #include <GenTL/GenTL.h>
+
+#include "load.h"
 
 using namespace GenTL;
 
@@ -24,7 +24,7 @@ void* producer = nullptr; // the loaded library
 template <class Function, class... Arguments>
 GC_ERROR call(const char* name, Arguments... arguments)
 {
-    const auto function = reinterpret_cast<Function>(dlsym(producer, name));
+    const auto function = reinterpret_cast<Function>(find(producer, name));
     if (function == nullptr)
         throw std::runtime_error(std::string("this is no GenTL producer, it has no ") + name);
     const GC_ERROR code = function(arguments...);
@@ -108,11 +108,11 @@ void grab_ten_frames()
 
 int main(int argc, char** argv)
 try {
-    producer = argc == 2 ? dlopen(argv[1], RTLD_NOW) : nullptr;
-    if (producer == nullptr) // NOLINTNEXTLINE(concurrency-mt-unsafe): there is only this thread
-        throw std::runtime_error(argc == 2 ? dlerror() : "usage: grab_frames PATH_OF_THE_CTI_FILE");
+    producer = argc == 2 ? load(argv[1]) : nullptr;
+    if (producer == nullptr)
+        throw std::runtime_error(argc == 2 ? reason(argv[1]) : "usage: grab_frames PATH_OF_THE_CTI_FILE");
     grab_ten_frames();
-    dlclose(producer);
+    unload(producer);
 } catch (const std::exception& error) {
     std::fprintf(stderr, "grab_frames: %s\n", error.what());
     return 1;

@@ -8,6 +8,9 @@ packages_to_package="$packages_to_build libzip-dev libaravis-dev dpkg-dev file g
 packages_to_package_for_windows="nsis wine wine64"
 packages_to_test_packages="debootstrap unzip"
 
+packages_to_build_windows="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 googletest dpkg-dev bzip2 xz-utils
+    $packages_to_build libzip-dev libbenchmark-dev"
+
 # Prints a heading with the time since the script started.
 step()
 {

@@ -3,7 +3,8 @@
 #
 #     scripts/test.sh            all of it: about 25 minutes on two cores
 #     scripts/test.sh --quick    the release build and its tests alone
-#     scripts/test.sh STAGE...   the named stages: release clang asan tsan coverage lint packages
+#     scripts/test.sh STAGE...   the named stages: release clang asan tsan coverage lint packages, and
+#                                windows, which the first line leaves out
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=scripts/lib.sh
@@ -13,7 +14,7 @@ all_stages=(release clang asan tsan coverage lint packages)
 stages=("${all_stages[@]}")
 case "${1:-}" in
 -h | --help)
-    sed -n '2,7s/^# \{0,1\}//p' "$0"
+    sed -n '2,8s/^# \{0,1\}//p' "$0"
     exit 0
     ;;
 --quick)
@@ -41,6 +42,9 @@ run_stage()
     tsan) build_and_test tsan ;;
     coverage) scripts/coverage.sh ;;
     lint) scripts/lint.sh ;;
+    # shellcheck disable=SC2086
+    windows) ensure_packages $packages_to_build_windows && scripts/windows_dependencies.sh >/dev/null &&
+        build_and_test windows ;;
     packages) scripts/package.sh --linux --try ;;
     *)
         echo "Unknown stage '$1'; there are: ${all_stages[*]}" >&2

@@ -17,14 +17,6 @@ namespace {
 
 constexpr std::chrono::seconds longest_wait_at_exit{5};
 
-/// Ends what still runs when the library is unloaded or the process ends.
-struct ShutDown {
-    ShutDown() = default;
-    ShutDown(const ShutDown&) = delete;
-    ShutDown& operator=(const ShutDown&) = delete;
-    ~ShutDown() { Library::instance().shut_down(); }
-};
-
 const ShutDown at_unload;
 
 void log_outcome(const Configuration& configuration)
@@ -75,8 +67,7 @@ void Library::configure()
     m_devices.swap(devices);
     m_configuration.swap(configuration);
     scan();
-    const std::unique_ptr<PlugTimer> past = renew_faults();
-    guard.unlock();
+    renew_faults();
 }
 
 void Library::scan()
@@ -121,6 +112,7 @@ uint32_t Library::open_grabber(uint32_t index)
     }
     if (m_last_handle == ZV_NO_HANDLE - 1)
         return ZV_NO_HANDLE;
+    watch_plugs();
     m_grabbers.emplace(handle, std::move(grabber));
     m_cameras.merge(cameras);
     return handle;
@@ -137,6 +129,8 @@ uint32_t Library::close_grabber(Lock& lock, uint32_t handle)
     retire_streams(lock, [&cameras](uint32_t /*stream*/, uint32_t camera) {
         return std::find(cameras.begin(), cameras.end(), camera) != cameras.end();
     });
+    if (m_grabbers.empty())
+        end_plug_timer(lock);
     return status_ok;
 }
 
@@ -182,7 +176,7 @@ uint32_t Library::delete_stream(Lock& lock, uint32_t handle)
         return status_bad_handle;
     Camera* const camera = find_camera(stream->camera());
     if (camera != nullptr && dynamic_cast<CyclicStream*>(stream) != nullptr)
-        camera->callback = nullptr; // its context belongs to the stream's user
+        camera->forget_callback(); // its context belongs to the stream's user
     retire_streams(lock, [handle](uint32_t candidate, uint32_t /*camera*/) { return candidate == handle; });
     return status_ok;
 }
@@ -274,26 +268,39 @@ void Library::release_left_streams(Lock& lock)
     lock.lock();
 }
 
-std::unique_ptr<PlugTimer> Library::renew_faults()
+void Library::renew_faults()
 {
     const FaultPlan& plan = m_configuration->faults;
     if (m_faults != nullptr)
         m_faults->end_log(); // before the next one begins in the same file
     m_faults = nullptr;
-    std::unique_ptr<PlugTimer> past = std::move(m_plug_timer);
     if (FaultEngine::is_needed(plan)) {
         m_engines.push_back(std::make_unique<FaultEngine>(plan, m_devices.size()));
         m_faults = m_engines.back().get();
-        const auto advance = [this] {
-            const Lock guard = lock();
-            if (m_faults != nullptr)
-                m_faults->advance();
-        };
-        if (!m_faults->event_times().empty())
-            m_plug_timer = std::make_unique<PlugTimer>(m_faults->event_times(), advance);
     }
     HookedCall::set_needed(m_faults != nullptr);
-    return past;
+}
+
+// While no grabber is open, every call sees for itself what has become of the plugs, and no thread may be
+// left.
+void Library::watch_plugs()
+{
+    if (m_faults == nullptr || m_faults->event_times().empty() || m_plug_timer != nullptr)
+        return;
+    const auto advance = [this] {
+        const Lock guard = lock();
+        if (m_faults != nullptr)
+            m_faults->advance();
+    };
+    m_plug_timer = std::make_unique<PlugTimer>(m_faults->event_times(), advance);
+}
+
+void Library::end_plug_timer(Lock& lock)
+{
+    std::unique_ptr<PlugTimer> ended = std::move(m_plug_timer);
+    lock.unlock(); // its thread may wait for the lock
+    ended.reset();
+    lock.lock();
 }
 
 Place Library::place_of(const Target& target) const
@@ -376,11 +383,7 @@ void Library::shut_down()
         return;
     m_faults = nullptr;
     HookedCall::set_needed(false);
-    {
-        const std::unique_ptr<PlugTimer> timer = std::move(m_plug_timer);
-        guard.unlock(); // its thread may wait for the lock
-    }
-    guard.lock();
+    end_plug_timer(guard);
     m_grabbers.clear();
     m_cameras.clear();
     for (const auto& entry : m_streams)

@@ -5,6 +5,7 @@
 #include "simulator/Configuration.h"
 #include "simulator/Devices.h"
 #include "simulator/Stream.h"
+#include "simulator/Unloading.h"
 #include "simulator/faults/Call.h"
 #include "simulator/faults/FaultEngine.h"
 #include "simulator/faults/PlugTimer.h"
@@ -39,6 +40,19 @@ struct Camera {
     bool has_been_lost = false; ///< Since it was opened: it must be opened again.
     ZvCameraCallback callback = nullptr;
     void* context = nullptr;
+    LoadedModule receiver{}; ///< Where the callback is.
+
+    void set_callback(ZvCameraCallback function, void* its_context)
+    {
+        callback = function;
+        context = its_context;
+        receiver = LoadedModule{reinterpret_cast<const void*>(function)};
+    }
+    void forget_callback()
+    {
+        callback = nullptr;
+        receiver = LoadedModule{};
+    }
 };
 
 /// The process-wide state: configuration, open grabbers, cameras and streams. One lock guards all of it; it
@@ -116,8 +130,11 @@ public:
 private:
     uint32_t new_handle();
     Place place_of_handle(uint32_t handle) const;
-    /// Replaces the faults by those of the configuration, and gives the timer that has to go.
-    std::unique_ptr<PlugTimer> renew_faults();
+    /// Replaces the faults by those of the configuration.
+    void renew_faults();
+    void watch_plugs();
+    /// Gives the lock up meanwhile.
+    void end_plug_timer(Lock& lock);
     // A call made inside a callback does not wait for that callback. Ends need no memory.
     void stop_streams_of(Lock& lock, uint32_t camera);
     /// Kills the streams for which `belongs(stream handle, camera handle)` holds, and waits until they are

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulator/Stream.h"
+#include "simulator/Unloading.h"
 
 #include "zvgr/ZVGRLib.h"
 
@@ -71,6 +72,7 @@ private:
     uint64_t m_drawn_into = 0; ///< The buffer that the thread writes into.
     ZvStreamBufferCallback m_callback = nullptr;
     void* m_context = nullptr;
+    LoadedModule m_receiver; ///< Where the callback is.
 };
 
 } // namespace zvsim

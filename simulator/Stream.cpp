@@ -36,8 +36,10 @@ void Stream::start(uint32_t frames)
     const Camera* const camera = m_library.find_camera(m_camera);
     if (faults != nullptr && camera != nullptr)
         m_next->faults = faults->begin_acquisition(m_handle, camera->place);
-    if (!m_thread.joinable())
+    if (!m_thread.joinable()) {
+        m_library_module = LoadedModule::own();
         m_thread = std::thread{&Stream::work, this};
+    }
     ++m_started;
     m_is_acquiring = true;
     m_has_run_out = false;

@@ -4,6 +4,7 @@
 
 #include "simulator/Pacer.h"
 #include "simulator/PictureSource.h"
+#include "simulator/Unloading.h"
 #include "simulator/faults/FrameFaults.h"
 
 #include <condition_variable>
@@ -124,6 +125,7 @@ private:
     bool m_is_reporting_end = false;
     bool m_is_dead = false;
     bool m_has_left = false;
+    LoadedModule m_library_module; ///< Where the thread is.
     std::thread m_thread;
 };
 

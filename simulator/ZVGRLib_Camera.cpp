@@ -104,8 +104,7 @@ uint32_t ZVGR_CameraCallbackRegister(uint32_t camera, ZvCameraCallback callback,
         Camera* const found = library.find_camera(camera);
         if (found == nullptr)
             return status_bad_handle;
-        found->callback = callback;
-        found->context = context;
+        found->set_callback(callback, context);
         return status_ok;
     });
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulator/Pacer.h"
+#include "simulator/Unloading.h"
 
 #include <condition_variable>
 #include <functional>
@@ -31,6 +32,7 @@ private:
     bool m_is_ended = false;
     std::vector<Clock::time_point> m_times;
     std::function<void()> m_function;
+    LoadedModule m_module{LoadedModule::own()}; ///< Where the thread is.
     std::thread m_thread;
 };
 

@@ -15,7 +15,7 @@ namespace zvgentl {
 /// thread.
 class Quarantine {
 public:
-    constexpr Quarantine() = default;
+    Quarantine() = default;
     ~Quarantine();
     Quarantine(const Quarantine&) = delete;
     Quarantine& operator=(const Quarantine&) = delete;

@@ -22,6 +22,17 @@ bool must_fail(std::size_t size) noexcept
     return fails;
 }
 
+#ifdef _WIN32
+void* allocate_aligned(std::size_t align, std::size_t size) noexcept { return _aligned_malloc(size, align); }
+void free_aligned(void* memory) noexcept { _aligned_free(memory); }
+#else
+void* allocate_aligned(std::size_t align, std::size_t size) noexcept
+{
+    return std::aligned_alloc(align, size);
+}
+void free_aligned(void* memory) noexcept { std::free(memory); }
+#endif
+
 void* allocate(std::size_t size) noexcept
 {
     return must_fail(size) ? nullptr : std::malloc(size == 0 ? 1 : size);
@@ -34,7 +45,7 @@ void* allocate(std::size_t size, std::align_val_t alignment) noexcept
     const auto align = static_cast<std::size_t>(alignment);
     const std::size_t wanted = size == 0 ? 1 : size;
     const std::size_t rounded = (wanted + align - 1) / align * align;
-    return rounded < wanted ? nullptr : std::aligned_alloc(align, rounded);
+    return rounded < wanted ? nullptr : allocate_aligned(align, rounded);
 }
 
 template <class... Arguments>
@@ -93,11 +104,17 @@ void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::align_val_t) noexcept { zvtest::free_aligned(memory); }
+void operator delete[](void* memory, std::align_val_t) noexcept { zvtest::free_aligned(memory); }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { zvtest::free_aligned(memory); }
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { zvtest::free_aligned(memory); }
 void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-void operator delete(void* memory, std::align_val_t, const std::nothrow_t&) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::align_val_t, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete(void* memory, std::align_val_t, const std::nothrow_t&) noexcept
+{
+    zvtest::free_aligned(memory);
+}
+void operator delete[](void* memory, std::align_val_t, const std::nothrow_t&) noexcept
+{
+    zvtest::free_aligned(memory);
+}

@@ -84,7 +84,7 @@ TEST_F(Path, IsHandedOutByteForByte)
 {
     const fs::path folder = surroundings().folder() / "ein Ordner für Bilder";
     fs::create_directories(folder);
-    for (const auto* name : {"ZVGRLibGenTL.cti", "libZVGRLib.so", "libZVLogger.so"})
+    for (const auto* name : {"ZVGRLibGenTL.cti", ZV_GRABBER_LIBRARY, ZV_LOGGER_LIBRARY})
         fs::copy_file(m_file.parent_path() / name, folder / name);
     const fs::path copy = folder / m_file.filename();
     {

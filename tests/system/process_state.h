@@ -16,7 +16,8 @@ std::set<std::string> open_descriptors();
 
 size_t thread_count();
 pid_t this_thread();
-/// Whether a thread of this process sleeps in the kernel, as one does that waits.
+/// Whether a thread of this process sleeps in the kernel, as one does that waits; true where the system does
+/// not tell.
 bool is_asleep(pid_t thread);
 
 /// Bytes of heap memory in use.

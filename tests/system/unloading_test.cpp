@@ -29,8 +29,8 @@ protected:
             use(library.functions());
         }
         EXPECT_FALSE(is_mapped("ZVGRLibGenTL.cti"));
-        EXPECT_FALSE(is_mapped("libZVGRLib.so"));
-        EXPECT_FALSE(is_mapped("libZVLogger.so"));
+        EXPECT_FALSE(is_mapped(ZV_GRABBER_LIBRARY));
+        EXPECT_FALSE(is_mapped(ZV_LOGGER_LIBRARY));
     }
 
     /// The same a hundred times, in both modes by turns. What the process keeps for good (the C library's own

@@ -60,11 +60,17 @@ void Environment::remember(const std::string& name)
 EmptyHome::EmptyHome()
 {
     environment.set("HOME", folder.path());
+#ifdef _WIN32
+    environment.set("USERPROFILE", folder.path());
+    environment.set("APPDATA", folder / ".config");
+    environment.set("LOCALAPPDATA", folder / ".local/state");
+#endif
     for (const char* const name :
          {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "ZV_LOGGER_CONFIG", "ZV_SETTINGS_FILE"})
         environment.unset(name);
 }
 
+#ifndef _WIN32
 Unprivileged::Unprivileged() : m_was_root(geteuid() == 0)
 {
     constexpr uid_t nobody = 65534;
@@ -77,6 +83,7 @@ Unprivileged::~Unprivileged()
     if (m_was_root && seteuid(0) != 0)
         std::abort();
 }
+#endif
 
 std::string content_of(const std::string& path)
 {

@@ -9,8 +9,8 @@
 #include <Poco/Message.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 
@@ -36,8 +36,7 @@ void edit(const std::string& file, const std::string& key, std::uint32_t value)
     text.replace(start, text.find('\n', start) - start, key + " = " + std::to_string(value));
     const std::string edited = file + "." + key;
     write_file(edited, text);
-    if (std::rename(edited.c_str(), file.c_str()) != 0)
-        std::abort();
+    std::filesystem::rename(edited, file);
     close(lock);
 }
 

@@ -4,15 +4,12 @@
 
 #include "unit/simulator/fixtures.h"
 
-#include <atomic>
 #include <cstddef>
-
-#include <semaphore.h>
-#include <signal.h>
+#include <memory>
 
 namespace zvsim_test {
 
-/// Pages that nobody may touch. The first access stops in the handler of the segmentation fault until the
+/// Pages that nobody may touch. The first access stops in the handler of the fault until the
 /// test lets it go on. One at a time in a process.
 class BlockingMemory {
 public:
@@ -30,13 +27,11 @@ public:
     void let_go();
 
 private:
-    static void on_fault(int signal, siginfo_t* info, void* context);
+    struct Body;
 
     size_t m_size;
     unsigned char* m_data;
-    sem_t m_accessed;
-    sem_t m_released;
-    struct sigaction m_previous;
+    std::unique_ptr<Body> m_body;
 };
 
 } // namespace zvsim_test

@@ -38,6 +38,9 @@ void LoadedLibrary::unload()
     m_library = nullptr;
 }
 
+#ifdef _WIN32
+bool LoadedLibrary::is_mapped() { return dlopen("ZVGRLib.dll", RTLD_NOW | RTLD_NOLOAD) != nullptr; }
+#else
 bool LoadedLibrary::is_mapped()
 {
     std::ifstream maps{"/proc/self/maps"};
@@ -47,6 +50,7 @@ bool LoadedLibrary::is_mapped()
     }
     return false;
 }
+#endif
 
 template <class Function>
 void LoadedLibrary::find(Function& function, const char* name)

@@ -1,0 +1,90 @@
+#include "logger/platform/paths.h"
+
+#include "logger/platform/win32/wide.h"
+
+#include <cctype>
+
+#include <windows.h>
+
+namespace zvlog::platform {
+
+namespace {
+
+constexpr const char* product = "/zvgentl";
+
+bool is_slash(char letter) { return letter == '/' || letter == '\\'; }
+
+bool is_folder(const std::string& path)
+{
+    const DWORD attributes = GetFileAttributesW(wide(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::string below(const char* variable)
+{
+    const std::string base = environment(variable);
+    return is_absolute(base) ? base + product : std::string();
+}
+
+} // namespace
+
+std::string environment(const char* name)
+{
+    const std::wstring wide_name = wide(name);
+    std::wstring value;
+    DWORD length = GetEnvironmentVariableW(wide_name.c_str(), nullptr, 0);
+    while (length > value.size()) { // another thread may make it longer between two looks
+        value.resize(length);
+        length = GetEnvironmentVariableW(wide_name.c_str(), value.data(), static_cast<DWORD>(value.size()));
+    }
+    value.resize(length);
+    return narrow(value);
+}
+
+// A drive and a slash, or a server; "C:file" and "/file" depend on the working folder and its drive.
+bool is_absolute(const std::string& path)
+{
+    if (path.size() < 3)
+        return false;
+    const bool has_drive = std::isalpha(static_cast<unsigned char>(path[0])) != 0 && path[1] == ':';
+    return (has_drive && is_slash(path[2])) || (is_slash(path[0]) && is_slash(path[1]));
+}
+
+std::string user_config_folder() { return below("APPDATA"); }
+
+std::string system_config_folder()
+{
+    const std::string folder = below("ProgramData");
+    return folder.empty() ? std::string("C:/ProgramData") + product : folder;
+}
+
+std::string user_state_folder() { return below("LOCALAPPDATA"); }
+
+std::string expand_home(const std::string& path)
+{
+    if (path.compare(0, 2, "~/") != 0 && path.compare(0, 2, "~\\") != 0)
+        return path;
+    const std::string home = environment("USERPROFILE");
+    return is_absolute(home) && is_folder(home) ? home + path.substr(1) : std::string();
+}
+
+bool make_folders(const std::string& folder)
+{
+    if (folder.empty() || is_folder(folder))
+        return !folder.empty();
+    const std::string parent = folder_of(folder);
+    if (parent == folder || !make_folders(parent))
+        return false;
+    return CreateDirectoryW(wide(folder).c_str(), nullptr) != 0 || is_folder(folder);
+}
+
+std::string folder_of(const std::string& path)
+{
+    const std::size_t slash = path.find_last_of("/\\");
+    if (slash == std::string::npos)
+        return {};
+    const bool is_root = slash == 2 && path[1] == ':';
+    return path.substr(0, is_root ? slash + 1 : slash);
+}
+
+} // namespace zvlog::platform

@@ -1,0 +1,32 @@
+/// \file Unloading.h
+/// What keeps this library's threads out of memory that is no longer there.
+#pragma once
+
+namespace zvsim {
+
+/// Keeps the module that holds a function loaded, from construction to destruction, on systems where its
+/// unload cannot wait for the threads that run in it. On the others it does nothing.
+class LoadedModule {
+public:
+    LoadedModule() = default;
+    /// The module of a function, given as `reinterpret_cast<const void*>(&function)`.
+    explicit LoadedModule(const void* function) noexcept;
+    /// The module of this code.
+    static LoadedModule own() noexcept;
+    LoadedModule(LoadedModule&& other) noexcept;
+    LoadedModule& operator=(LoadedModule&& other) noexcept;
+    ~LoadedModule();
+
+private:
+    void* m_module = nullptr;
+};
+
+/// Ends what still runs when the library is unloaded or the process ends, as far as the system lets it.
+struct ShutDown {
+    ShutDown() = default;
+    ShutDown(const ShutDown&) = delete;
+    ShutDown& operator=(const ShutDown&) = delete;
+    ~ShutDown();
+};
+
+} // namespace zvsim

@@ -1,0 +1,54 @@
+#include "simulator/Unloading.h"
+
+#include "simulator/Library.h"
+#include "simulator/win32/Unloading.h"
+
+#include <tuple>
+#include <utility>
+
+#include <windows.h>
+
+namespace zvsim {
+
+bool process_is_ending = false;
+
+// A thread cannot end while the system unloads a module, so no unload can wait for one. Instead whatever
+// threads run in stays loaded until they have been joined, by a call that is none of an unload.
+LoadedModule::LoadedModule(const void* function) noexcept
+{
+    HMODULE module = nullptr;
+    if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<LPCSTR>(function), &module) !=
+        0)
+        m_module = module;
+}
+
+LoadedModule LoadedModule::own() noexcept
+{
+    return LoadedModule{reinterpret_cast<const void*>(&LoadedModule::own)};
+}
+
+LoadedModule::LoadedModule(LoadedModule&& other) noexcept : m_module{std::exchange(other.m_module, nullptr)}
+{
+}
+
+LoadedModule& LoadedModule::operator=(LoadedModule&& other) noexcept
+{
+    std::swap(m_module, other.m_module);
+    return *this;
+}
+
+// The caller's own hold keeps this code loaded: who calls the library has it loaded.
+LoadedModule::~LoadedModule()
+{
+    if (m_module != nullptr)
+        std::ignore = FreeLibrary(static_cast<HMODULE>(m_module)); // taken above: nothing to fail
+}
+
+// Without threads, which would have kept the library, this frees memory only.
+ShutDown::~ShutDown()
+{
+    if (!process_is_ending)
+        Library::instance().shut_down();
+}
+
+} // namespace zvsim

@@ -1,0 +1,14 @@
+/* What tests call of POSIX and mingw-w64 lacks. Included before every test source. */
+#pragma once
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+int setenv(const char* name, const char* value, int overwrite);
+int unsetenv(const char* name);
+char* mkdtemp(char* name);
+
+#ifdef __cplusplus
+}
+#endif
