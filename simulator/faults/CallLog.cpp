@@ -17,7 +17,7 @@ std::string CallLog::name_of(char kind, uint64_t handle)
     const auto known = m_names.find(handle);
     if (known != m_names.end())
         return known->second;
-    const std::string name = kind + std::to_string(++m_named[kind]);
+    std::string name = kind + std::to_string(++m_named[kind]);
     m_names.emplace(handle, name);
     return name;
 }

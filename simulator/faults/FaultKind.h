@@ -109,10 +109,10 @@ struct Amount {
 
 struct FaultKindRow {
     const char* name;
-    Opportunity opportunity;
-    Effect effect;
     FunctionSet functions; ///< Of calls: which ones it can happen to.
     Amount amount;
+    Opportunity opportunity;
+    Effect effect;
     bool has_time; ///< Can be given a time: how long it holds something up.
 };
 
