@@ -20,7 +20,21 @@ install(TARGETS ZVGRLibGenTL ZVGRLib ZVLogger
     RUNTIME DESTINATION ${ZV_FILES} COMPONENT Runtime
     LIBRARY DESTINATION ${ZV_FILES} COMPONENT Runtime
     ARCHIVE DESTINATION lib COMPONENT ImportLibraries) # in no package: consumers load the producer by its path
-install(FILES ${ZV_RUNTIME_LIBRARIES} DESTINATION ${ZV_FILES} COMPONENT Runtime)
+if(ZV_RUNTIME_LIBRARIES)
+    install(FILES ${ZV_RUNTIME_LIBRARIES} DESTINATION ${ZV_FILES} COMPONENT Runtime)
+    # The compiler's libraries come with 20 MB of debugging information.
+    foreach(library IN LISTS ZV_RUNTIME_LIBRARIES)
+        cmake_path(GET library FILENAME name)
+        if(NOT name MATCHES "[.]dll$")
+            continue()
+        endif()
+        install(CODE "
+            if(CMAKE_INSTALL_DO_STRIP)
+                execute_process(COMMAND \"${CMAKE_STRIP}\" \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${ZV_FILES}/${name}\"
+                    COMMAND_ERROR_IS_FATAL ANY)
+            endif()" COMPONENT Runtime)
+    endforeach()
+endif()
 if(ZV_BUILD_TOOLS)
     install(TARGETS zvgentl RUNTIME DESTINATION ${ZV_FILES} COMPONENT Runtime)
     if(NOT WIN32)

@@ -18,6 +18,6 @@ else()
     execute_process(
         COMMAND find ${top}
         COMMAND sort
-        COMMAND zip --quiet --no-extra -9 -@ ${CPACK_PACKAGE_FILES}
+        COMMAND zip --quiet -X -9 -@ ${CPACK_PACKAGE_FILES}
         WORKING_DIRECTORY ${above} COMMAND_ERROR_IS_FATAL ANY)
 endif()

@@ -13,7 +13,7 @@ from pathlib import Path
 import markdown
 
 # What somebody who changes the product reads, and somebody who uses it does not.
-FOR_DEVELOPERS = {"architecture.md", "testing.md", "performance.md", "windows-build.md"}
+FOR_DEVELOPERS = {"architecture.md", "testing.md", "performance.md", "windows.md"}
 FIRST = ["installing.md"]
 
 PAGE = """<!DOCTYPE html>
