@@ -48,6 +48,9 @@ trap finish EXIT
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
 umask 022
+# ccache may help, but must not rewrite paths: they would reach the debugging information, and with it the build ids.
+export CCACHE_BASEDIR="" CCACHE_HASHDIR=1
+unset CCACHE_NOHASHDIR
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 
 # pack BUILD-FOLDER: lets CPack make its packages and moves them to the others.
@@ -81,7 +84,8 @@ if [ "$windows" = wanted ]; then
 fi
 echo "Windows: ${windows:-will be built}"
 
-rm -rf "$out"
+# Nothing of an earlier build, of other sources or options, goes into a package.
+rm -rf "$out" build/package build/package-windows
 mkdir -p "$out"
 
 step "Linux"

@@ -26,16 +26,17 @@ for package in "$packages"/*; do
     check "$(basename "$package") has the same bytes" cmp "$package" \
         "$elsewhere/source/build/packages/$(basename "$package")"
 done
-# What no comparison of two builds on one machine can see.
-for package in "$packages"/*.deb "$packages"/*.tar.gz; do
+# What no comparison of two builds on one machine can see: paths that both have.
+for package in "$packages"/*.deb "$packages"/*.tar.gz "$packages"/*.zip; do
+    [ -e "$package" ] || continue
     mkdir -p "$elsewhere/unpacked"
-    if [ "${package%.deb}" != "$package" ]; then
-        dpkg-deb -x "$package" "$elsewhere/unpacked"
-    else
-        tar -C "$elsewhere/unpacked" -xzf "$package"
-    fi
+    case "$package" in
+    *.deb) dpkg-deb -x "$package" "$elsewhere/unpacked" ;;
+    *.tar.gz) tar -C "$elsewhere/unpacked" -xzf "$package" ;;
+    *.zip) unzip -q "$package" -d "$elsewhere/unpacked" ;;
+    esac
     check "$(basename "$package") does not know where it was built" same "" \
-        "$(grep -rlF -e "$root" -e "$elsewhere" "$elsewhere/unpacked" || true)"
+        "$(grep -rlF -e "$root/" "$elsewhere/unpacked" || true)"
     rm -rf "$elsewhere/unpacked"
 done
 verdict "Two builds of one commit"

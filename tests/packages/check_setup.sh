@@ -104,11 +104,14 @@ check "the documentation's page exists" is_there "$folder/doc/index.html"
 
 if head -c 2 "$folder/bin/zvgentl.exe" | grep -q MZ; then
     echo "Use"
-    # A new process of the prefix gets its variables from the registry, as a new session would.
+    # A new process of the prefix gets its variables from the registry, as a new session would. Wine hands out none of more
+    # than 1024 characters.
+    set_value PATH REG_EXPAND_SZ "%SystemRoot%\\system32;$ours"
     list=$(windows 'C:\Program Files\ZVGenTL\bin\zvgentl.exe' list || true)
     check "zvgentl lists devices" grep -q Device00 <<<"$list"
     check "zvgentl is found on PATH and grabs" same 0 "$(code_of cmd /c "zvgentl grab --frames 3 --output C:\\pictures")"
     check "three pictures are there" same 3 "$(find "$drive/pictures" -name '*.png' 2>/dev/null | wc -l)"
+    set_value PATH REG_EXPAND_SZ "$path_before;$ours"
 else
     echo "NOTE    the setup holds placeholders; listing and grabbing were left out"
 fi
