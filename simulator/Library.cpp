@@ -274,10 +274,8 @@ void Library::renew_faults()
     if (m_faults != nullptr)
         m_faults->end_log(); // before the next one begins in the same file
     m_faults = nullptr;
-    if (FaultEngine::is_needed(plan)) {
-        m_engines.push_back(std::make_unique<FaultEngine>(plan, m_devices.size()));
-        m_faults = m_engines.back().get();
-    }
+    if (FaultEngine::is_needed(plan))
+        m_faults = std::make_shared<FaultEngine>(plan, m_devices.size());
     HookedCall::set_needed(m_faults != nullptr);
 }
 
@@ -381,7 +379,7 @@ void Library::shut_down()
     Lock guard = lock();
     if (std::exchange(m_is_shut_down, true))
         return;
-    m_faults = nullptr;
+    std::shared_ptr<FaultEngine> faults = std::exchange(m_faults, nullptr);
     HookedCall::set_needed(false);
     end_plug_timer(guard);
     m_grabbers.clear();
@@ -394,12 +392,15 @@ void Library::shut_down()
         });
     });
     release_left_streams(guard);
-    if (!m_streams.empty())
+    if (!m_streams.empty()) {
+        m_faults.swap(faults); // those that are left behind still ask for them
         return;
-    for (const auto& engine : m_engines)
-        engine->end_log();
-    m_present.clear();
-    m_devices.clear();
+    }
+    if (faults != nullptr)
+        faults->end_log();
+    // This object is never destroyed: its memory must be given back by hand.
+    std::vector<uint32_t>{}.swap(m_present);
+    std::vector<std::unique_ptr<GrabberDevice>>{}.swap(m_devices);
     m_configuration.reset();
     m_texts.clear();
 }

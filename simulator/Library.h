@@ -111,7 +111,7 @@ public:
     uint32_t stop(Lock& lock, uint32_t camera);
 
     /// Null: there is nothing for it to do.
-    FaultEngine* faults() const { return m_faults; }
+    const std::shared_ptr<FaultEngine>& faults() const { return m_faults; }
     Place place_of(const Target& target) const;
     /// 'g' grabber, 'c' camera, 's' stream, '?' nothing that is there.
     char kind_of(uint32_t handle) const;
@@ -150,8 +150,7 @@ private:
     std::unique_ptr<const Configuration> m_configuration;
     std::vector<std::unique_ptr<GrabberDevice>> m_devices; ///< What the configuration describes.
     std::vector<uint32_t> m_present; ///< Positions in m_devices of the grabbers that the last scan found.
-    FaultEngine* m_faults = nullptr;
-    std::vector<std::unique_ptr<FaultEngine>> m_engines; ///< The present one and those before it.
+    std::shared_ptr<FaultEngine> m_faults; ///< Shared with the calls that it is asked about.
     std::unique_ptr<PlugTimer> m_plug_timer;
     std::set<std::string> m_texts;
     std::map<uint32_t, Grabber> m_grabbers;

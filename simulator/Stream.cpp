@@ -32,7 +32,7 @@ void Stream::start(uint32_t frames)
         make_picture_source(m_device),
         {                       }
     });
-    FaultEngine* const faults = m_library.faults();
+    FaultEngine* const faults = m_library.faults().get();
     const Camera* const camera = m_library.find_camera(m_camera);
     if (faults != nullptr && camera != nullptr)
         m_next->faults = faults->begin_acquisition(m_handle, camera->place);
@@ -164,7 +164,7 @@ void Stream::hold_up(Lock& lock, const Acquisition& acquisition, std::chrono::mi
 
 void Stream::log_delivery(const FrameFate& fate) const
 {
-    const FaultEngine* const faults = m_library.faults();
+    const FaultEngine* const faults = m_library.faults().get();
     CallLog* const log = faults != nullptr ? faults->call_log() : nullptr;
     if (log != nullptr)
         log->add(m_handle, log->name_of('s', m_handle) + " frame " + std::to_string(fate.id));

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <type_traits>
 
 namespace zvsim {
@@ -60,7 +61,7 @@ private:
     static std::atomic<bool> s_is_needed;
 
     const Call& m_call;
-    FaultEngine* m_engine = nullptr;
+    std::shared_ptr<FaultEngine> m_engine;
     uint32_t m_own_stream = 0;       ///< The stream whose thread this is.
     std::vector<uint32_t> m_streams; ///< Those that belong to what the call is about; for the log.
     Verdict m_verdict;

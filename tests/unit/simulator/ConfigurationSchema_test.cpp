@@ -68,7 +68,8 @@ TEST_F(Schema, HasExactlyTheKeysThatAreRead)
 TEST_F(Schema, DescribesEveryKey)
 {
     for (const auto& section : zvsim::configuration_sections()) {
-        for (const auto& property : section_schema(schema, section.section).at("properties").items())
+        const json described = section_schema(schema, section.section); // must outlive its items
+        for (const auto& property : described.at("properties").items())
             EXPECT_FALSE(property.value().value("description", "").empty()) << property.key();
     }
 }
