@@ -107,3 +107,11 @@ int flock(int file, int operation)
                ? 0
                : -1;
 }
+
+int mkfifo(const char* name, unsigned mode)
+{
+    (void)name;
+    (void)mode;
+    errno = ENOSYS;
+    return -1;
+}

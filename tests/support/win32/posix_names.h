@@ -8,6 +8,8 @@ extern "C" {
 int setenv(const char* name, const char* value, int overwrite);
 int unsetenv(const char* name);
 char* mkdtemp(char* name);
+/* Fails: there is no such thing here. */
+int mkfifo(const char* name, unsigned mode);
 
 #ifdef __cplusplus
 }

@@ -10,9 +10,9 @@ namespace zvsystem {
 
 namespace {
 
-void* load(const std::string& file)
+void* load(const std::filesystem::path& file)
 {
-    void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const library = dlopen(file.string().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         throw std::runtime_error(dlerror()); // NOLINT(concurrency-mt-unsafe): the text is this thread's own
     return library;
@@ -20,11 +20,14 @@ void* load(const std::string& file)
 
 } // namespace
 
-Library::Library(const std::string& file) : m_library(load(file)), m_functions(m_library) {}
+Library::Library(const std::filesystem::path& file) : m_library(load(file)), m_functions(m_library) {}
 
 Library::~Library() { dlclose(m_library); }
 
-Producer::Producer(const std::string& file) : m_library(file) { check(functions().GCInitLib(), "GCInitLib"); }
+Producer::Producer(const std::filesystem::path& file) : m_library(file)
+{
+    check(functions().GCInitLib(), "GCInitLib");
+}
 
 Producer::~Producer() { functions().GCCloseLib(); }
 

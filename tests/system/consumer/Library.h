@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <filesystem>
 
 #include "system/consumer/Functions.h"
 
@@ -10,7 +10,7 @@ namespace zvsystem {
 class Library {
 public:
     /// Throws std::runtime_error with the loader's words when the file cannot be loaded.
-    explicit Library(const std::string& file);
+    explicit Library(const std::filesystem::path& file);
     /// Unloads it.
     ~Library();
     Library(const Library&) = delete;
@@ -26,7 +26,7 @@ private:
 /// A loaded and initialised producer.
 class Producer {
 public:
-    explicit Producer(const std::string& file);
+    explicit Producer(const std::filesystem::path& file);
     /// Ends it, whatever is still open, and unloads it.
     ~Producer();
     Producer(const Producer&) = delete;

@@ -136,7 +136,7 @@ TEST_F(AnUnreadableFile, ThatIsAFolder) { expect_problem(home.path(), "it is no 
 
 TEST_F(AnUnreadableFile, ThatIsAPipe)
 {
-    ASSERT_EQ(0, mkfifo(home.file("pipe").c_str(), 0600));
+    ASSERT_EQ(0, mkfifo(home.file("pipe").string().c_str(), 0600));
     expect_problem(home.file("pipe"), "it is no regular file");
 }
 

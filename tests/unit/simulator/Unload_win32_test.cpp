@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include <windows.h> // before the headers that need it
 
 #include <tlhelp32.h>

@@ -39,7 +39,7 @@ protected:
         static int runs = 0;
         const auto file = m_folder / "faults.yaml";
         std::ofstream{file} << "# " << ++runs << "\n" << grabbers << lines << "\n";
-        setenv("ZV_GRABBER_CONFIG", file.c_str(), 1);
+        setenv("ZV_GRABBER_CONFIG", file.string().c_str(), 1);
     }
     /// One fault, as in "kind: scan-fails".
     void fault(const std::string& text) { plan("faults: [{" + text + "}]"); }

@@ -98,7 +98,7 @@ TestPicture test_picture(uint32_t width, uint32_t height, Pixels pixels, unsigne
 
 void write_png(const std::filesystem::path& file, const TestPicture& picture)
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream{std::fopen(file.c_str(), "wb"),
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream{std::fopen(file.string().c_str(), "wb"),
                                                                  &std::fclose};
     if (stream == nullptr)
         throw std::runtime_error{"cannot write " + file.string()};

@@ -33,7 +33,7 @@ void set_fields(TIFF* tiff, const TestPicture& picture)
 void write_tiff(const std::filesystem::path& file, const TestPicture& picture, const char* mode,
                 const std::function<void(TIFF*)>& change)
 {
-    const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff{TIFFOpen(file.c_str(), mode), &TIFFClose};
+    const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff{TIFFOpen(file.string().c_str(), mode), &TIFFClose};
     if (tiff == nullptr)
         throw std::runtime_error{"cannot write " + file.string()};
     set_fields(tiff.get(), picture);
