@@ -49,7 +49,7 @@ void expect_number(const NumberRow& row, Ask ask)
     EXPECT_EQ(row.width, roomy.size);
     EXPECT_EQ(row.value, number_in(roomy.bytes, row.width));
     EXPECT_TRUE(std::all_of(roomy.bytes.begin() + static_cast<std::ptrdiff_t>(row.width), roomy.bytes.end(),
-                            [](uint8_t byte) { return byte == 0xA5; }))
+                            [](uint8_t fill) { return fill == 0xA5; }))
         << "written beyond the value";
 }
 
@@ -63,7 +63,7 @@ void expect_too_small(const NumberRow& row, Ask ask)
     EXPECT_EQ(row.type, tight.type);
     EXPECT_EQ(row.width, tight.size);
     EXPECT_TRUE(
-        std::all_of(tight.bytes.begin(), tight.bytes.end(), [](uint8_t byte) { return byte == 0xA5; }));
+        std::all_of(tight.bytes.begin(), tight.bytes.end(), [](uint8_t fill) { return fill == 0xA5; }));
 }
 
 /// The line that says so.

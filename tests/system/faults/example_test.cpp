@@ -35,7 +35,7 @@ protected:
     {
         const auto file = surroundings().folder() / "faults.yaml";
         std::ofstream{file} << text_of(ZV_FAULT_EXAMPLE) << lines << "\n";
-        setenv("ZV_GRABBER_CONFIG", file.c_str(), 1);
+        setenv("ZV_GRABBER_CONFIG", file.string().c_str(), 1);
         const Producer producer{producer_file};
         const System system{producer.functions()};
         Camera camera{producer.functions(), system.open_interface("FG0"), "Device00"};

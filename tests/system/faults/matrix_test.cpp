@@ -49,7 +49,7 @@ protected:
         static int lives = 0; // each counts its calls anew, though its text be the same
         const auto file = surroundings().folder() / "grabbers.yaml";
         std::ofstream{file} << "# " << ++lives << "\n" << grabbers << faults;
-        setenv("ZV_GRABBER_CONFIG", file.c_str(), 1);
+        setenv("ZV_GRABBER_CONFIG", file.string().c_str(), 1);
         return Life{m_producer.functions(), GetParam().mode, frames}.live();
     }
 

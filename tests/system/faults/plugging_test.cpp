@@ -35,7 +35,7 @@ protected:
     {
         const auto file = surroundings().folder() / "grabbers.yaml";
         std::ofstream{file} << grabbers << events;
-        setenv("ZV_GRABBER_CONFIG", file.c_str(), 1);
+        setenv("ZV_GRABBER_CONFIG", file.string().c_str(), 1);
         m_system.emplace(gentl);
     }
     /// Scans, and answers whether that has changed the list of interfaces.

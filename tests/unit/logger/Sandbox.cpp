@@ -16,7 +16,7 @@ Folder::Folder()
     std::string name = (fs::temp_directory_path() / "zvlogger-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr || chmod(name.c_str(), 0755) != 0)
         throw std::runtime_error("no temporary folder");
-    m_path = name;
+    m_path = fs::path(name).generic_string(); // in the files of tests, a backslash would begin an escape
 }
 
 Folder::~Folder()

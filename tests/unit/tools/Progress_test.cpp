@@ -13,7 +13,7 @@ TEST(Progress, IsSilentWhenNobodyWatches)
     const TemporaryFolder folder;
     const auto file = folder / "errors";
     {
-        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), "w"),
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.string().c_str(), "w"),
                                                                      std::fclose);
         tool::Progress progress(stream.get(), 10);
         progress.show(5, 0);

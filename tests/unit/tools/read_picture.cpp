@@ -62,7 +62,7 @@ std::uint16_t tiff_field(TIFF* tiff, std::uint32_t tag)
 
 Picture read_png(const std::filesystem::path& file)
 {
-    const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.string().c_str(), "rb"));
     const PngReader reader;
     if (!stream || !read_header(reader, stream.get()))
         throw std::runtime_error("no PNG file: " + file.string());
@@ -82,7 +82,7 @@ Picture read_png(const std::filesystem::path& file)
 
 Picture read_tiff(const std::filesystem::path& file)
 {
-    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpen(file.c_str(), "r"));
+    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpen(file.string().c_str(), "r"));
     if (!tiff)
         throw std::runtime_error("no TIFF file: " + file.string());
     Picture picture;
