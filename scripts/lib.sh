@@ -1,15 +1,15 @@
 # What the scripts share: the packages that they need and how they report. Sourced, not run.
 
 packages_to_build="g++ cmake ninja-build pkg-config libpoco-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpng-dev
-    libtiff-dev libyaml-cpp-dev"
+    libtiff-dev libyaml-cpp-dev libzip-dev libxml2-dev libaravis-dev"
 packages_to_test="$packages_to_build git python3 gcovr clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev
-    libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libzip-dev python3-jsonschema python3-yaml"
-packages_to_package="$packages_to_build libzip-dev libaravis-dev dpkg-dev file git python3 python3-markdown zip"
+    libgtest-dev libgmock-dev libbenchmark-dev python3-jsonschema python3-yaml"
+packages_to_package="$packages_to_build dpkg-dev file git python3 python3-markdown zip"
 packages_to_package_for_windows="nsis wine wine64"
 packages_to_test_packages="debootstrap unzip"
 
 packages_to_build_windows="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 googletest dpkg-dev bzip2 xz-utils
-    $packages_to_build libzip-dev libbenchmark-dev"
+    $packages_to_build libbenchmark-dev"
 
 # Prints a heading with the time since the script started.
 step()
