@@ -28,7 +28,8 @@ TEST_P(FeaturesOfEveryPort, CanAllBeRead)
     const Ended ended = run({"features", "--port", GetParam(), "--json"});
     ASSERT_EQ(0, ended.code) << ended.output << ended.errors;
     EXPECT_EQ("", ended.errors);
-    for (const auto& feature : ended.json()["features"]) {
+    const auto features = ended.json()["features"]; // must outlive its items
+    for (const auto& feature : features) {
         EXPECT_FALSE(feature.contains("problem")) << feature;
         EXPECT_NE("Other", feature["type"]) << feature;
         const std::string access = feature["access"];
