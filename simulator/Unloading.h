@@ -15,7 +15,7 @@ public:
     static LoadedModule own() noexcept;
     LoadedModule(LoadedModule&& other) noexcept;
     LoadedModule& operator=(LoadedModule&& other) noexcept;
-    ~LoadedModule();
+    ~LoadedModule(); // NOLINT(performance-trivially-destructible): on Windows it gives the module back
 
 private:
     void* m_module = nullptr;
