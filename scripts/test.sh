@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds and runs every test in every way that the project promises.
 #
-#     scripts/test.sh            all of it: about 25 minutes on two cores
+#     scripts/test.sh            all of it: about 30 minutes on two cores
 #     scripts/test.sh --quick    the release build and its tests alone
 #     scripts/test.sh STAGE...   the named stages: release clang asan tsan coverage lint packages, and
 #                                windows, which the first line leaves out
