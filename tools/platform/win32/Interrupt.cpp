@@ -1,6 +1,5 @@
 #include "platform/Interrupt.h"
 
-#include <cstdlib>
 #include <shared_mutex>
 #include <system_error>
 #include <utility>
@@ -59,31 +58,6 @@ Interrupt::~Interrupt()
 {
     SetConsoleCtrlHandler(on_control, FALSE);
     set_request(nullptr);
-}
-
-void Interrupt::on_request()
-{
-    if (m_requested.exchange(true)) {
-        m_give_up();
-        std::_Exit(exit_interrupted);
-    }
-    const std::lock_guard lock(m_mutex);
-    if (m_action)
-        m_action();
-}
-
-Interrupt::Action::Action(Interrupt& interrupt, std::function<void()> action) : m_interrupt(interrupt)
-{
-    const std::lock_guard lock(m_interrupt.m_mutex);
-    if (m_interrupt.requested())
-        action();
-    m_interrupt.m_action = std::move(action);
-}
-
-Interrupt::Action::~Action()
-{
-    const std::lock_guard lock(m_interrupt.m_mutex);
-    m_interrupt.m_action = nullptr;
 }
 
 } // namespace zvgentl::tool
