@@ -4,7 +4,6 @@
 #include "simulator/win32/Unloading.h"
 
 #include <tuple>
-#include <utility>
 
 #include <windows.h>
 
@@ -20,21 +19,6 @@ LoadedModule::LoadedModule(const void* function) noexcept
     if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<LPCSTR>(function), &module) !=
         0)
         m_module = module;
-}
-
-LoadedModule LoadedModule::own() noexcept
-{
-    return LoadedModule{reinterpret_cast<const void*>(&LoadedModule::own)};
-}
-
-LoadedModule::LoadedModule(LoadedModule&& other) noexcept : m_module{std::exchange(other.m_module, nullptr)}
-{
-}
-
-LoadedModule& LoadedModule::operator=(LoadedModule&& other) noexcept
-{
-    std::swap(m_module, other.m_module);
-    return *this;
 }
 
 // The caller's own hold keeps this code loaded: who calls the library has it loaded.

@@ -1,6 +1,7 @@
 #include "modules/BufferModule.h"
 
 #include <cinttypes>
+#include <cstddef>
 #include <cstdio>
 #include <limits>
 #include <mutex>
@@ -72,8 +73,8 @@ const char* name_of(BUFFER_QUEUE_TYPE queue) noexcept
 
 AlignedMemory::AlignedMemory(uint64_t size)
 {
-    // Allocators round up to the alignment, and some wrap round.
-    if (size > std::numeric_limits<size_t>::max() - static_cast<size_t>(memory_alignment))
+    // Allocators add the alignment, some a header as well, and wrap round. No object may be larger anyhow.
+    if (size > static_cast<uint64_t>(std::numeric_limits<ptrdiff_t>::max()))
         throw std::bad_alloc();
     m_memory.reset(::operator new(size != 0 ? static_cast<size_t>(size) : 1, memory_alignment));
 }
