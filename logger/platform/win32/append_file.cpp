@@ -12,6 +12,29 @@ namespace {
 
 HANDLE as_handle(std::intptr_t number) { return reinterpret_cast<HANDLE>(number); }
 
+/// While one lives, no other process that asks for its turn has it.
+class Turn {
+public:
+    explicit Turn(HANDLE file)
+        : m_file(file), m_is_taken(LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &m_place) != 0)
+    {
+    }
+    ~Turn()
+    {
+        if (m_is_taken)
+            std::ignore = UnlockFileEx(m_file, 0, 1, 0, &m_place); // closing the file unlocks it as well
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+    bool is_taken() const { return m_is_taken; }
+
+private:
+    HANDLE m_file;
+    OVERLAPPED m_place = byte_to_lock();
+    bool m_is_taken;
+};
+
 } // namespace
 
 AppendFile::AppendFile(std::string path) : m_path(std::move(path)) {}
@@ -37,18 +60,22 @@ std::uint64_t AppendFile::size() const { return m_handle == -1 ? 0 : identity_of
 bool AppendFile::replace(const MoveAway& move_away)
 {
     // The lock is on the file that is to go: whoever gets it second finds that the file has lost its name.
-    OVERLAPPED place = byte_to_lock();
-    if (LockFileEx(as_handle(m_handle), LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &place) == 0)
-        return true;
-    if (bears_the_name())
-        move_away();
-    const bool is_moved = !bears_the_name();
-    std::ignore = UnlockFileEx(as_handle(m_handle), 0, 1, 0, &place); // closing it unlocks it as well
-    return is_moved ? open() : true;                                  // it could not be moved: go on with it
+    bool is_moved = false;
+    {
+        const Turn turn(as_handle(m_handle));
+        if (!turn.is_taken())
+            return true;
+        if (bears_the_name())
+            move_away();
+        is_moved = !bears_the_name();
+    }
+    return is_moved ? open() : true; // it could not be moved: go on with it
 }
 
 bool AppendFile::append(std::string_view text)
 {
+    // Not every file system of Windows appends in one step.
+    const Turn turn(as_handle(m_handle));
     while (!text.empty()) {
         DWORD count = 0;
         if (WriteFile(as_handle(m_handle), text.data(), static_cast<DWORD>(text.size()), &count, nullptr) ==

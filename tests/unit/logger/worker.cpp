@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -36,7 +37,12 @@ void edit(const std::string& file, const std::string& key, std::uint32_t value)
     text.replace(start, text.find('\n', start) - start, key + " = " + std::to_string(value));
     const std::string edited = file + "." + key;
     write_file(edited, text);
-    std::filesystem::rename(edited, file);
+    std::error_code denied; // by systems that replace no file that somebody reads at that moment
+    do
+        std::filesystem::rename(edited, file, denied);
+    while (denied == std::errc::permission_denied);
+    if (denied)
+        std::abort();
     close(lock);
 }
 
