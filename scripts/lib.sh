@@ -6,7 +6,7 @@ packages_to_test="$packages_to_build git python3 gcovr clang-14 clang-tidy-14 cl
     libgtest-dev libgmock-dev libbenchmark-dev python3-jsonschema python3-yaml"
 packages_to_package="$packages_to_build dpkg-dev file git python3 python3-markdown zip"
 packages_to_package_for_windows="nsis wine wine64"
-packages_to_test_packages="debootstrap unzip"
+packages_to_test_packages="clang-14 debootstrap unzip"
 
 packages_to_build_windows="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 googletest dpkg-dev bzip2 xz-utils
     $packages_to_build libbenchmark-dev"

@@ -137,6 +137,10 @@ check "the first folder is gone" is_gone "$folder"
 check "the variable has the new folder alone" same "REG_SZ $other;$third;C:\\Machine Vision\\Producer\\bin" \
     "$(value GENICAM_GENTL64_PATH)"
 check "there is one entry among the installed programs" same 1 "$(entries)"
+check "an upgrade without a folder goes where the version is" same 0 "$(code_of "$new" /S)"
+check "and nowhere else" is_gone "$folder"
+check "which leaves the variable alone" same "REG_SZ $other;$third;C:\\Machine Vision\\Producer\\bin" \
+    "$(value GENICAM_GENTL64_PATH)"
 
 echo "Removal"
 touch "$drive/Machine Vision/somebody's file"
@@ -164,19 +168,18 @@ set_value GENICAM_GENTL64_PATH REG_BINARY 414243
 check "a variable that is no text is reported with code 3" same 3 "$(code_of "$new" /S)"
 check "and left alone" same "REG_BINARY 414243" "$(value GENICAM_GENTL64_PATH)"
 windows reg delete "$environment" /f /v GENICAM_GENTL64_PATH >/dev/null
+# One character longer than what leaves room for our folder: the system allows 32766.
+long_value=$(printf 'C:\\%0*d' $((32766 - ${#ours} - 3)) 0)
+printf 'REGEDIT4\r\n\r\n[%s]\r\n"GENICAM_GENTL64_PATH"="%s"\r\n' "${environment/HKLM/HKEY_LOCAL_MACHINE}" \
+    "${long_value//\\/\\\\}" >"$drive/long.reg"
+windows regedit /S 'C:\long.reg'
+check "a variable of 32766 characters less our folder is set" same "$((32766 - ${#ours}))" \
+    "$(value GENICAM_GENTL64_PATH | sed 's/^[^ ]* //' | tr -d '\n' | wc -c)"
+check "it is too long for our folder, which is reported" same 3 "$(code_of "$new" /S)"
+check "and it is left alone" same "REG_SZ $long_value" "$(value GENICAM_GENTL64_PATH)"
+windows reg delete "$environment" /f /v GENICAM_GENTL64_PATH >/dev/null
 check "the same version repairs it" same 0 "$(code_of "$new" /S)"
 check "a last removal ends with 0" same 0 "$(line_code "$remove")"
 check "an empty variable is taken away" same "" "$(value GENICAM_GENTL64_PATH)"
-
-zip=$(find "$1" -name '*-windows-x86_64.zip')
-if [ -n "$zip" ]; then
-    echo "Archive"
-    mkdir "$drive/two words"
-    unzip -q "$zip" -d "$drive/two words"
-    program=$(find "$drive/two words" -name zvgentl.exe)
-    check "zvgentl lists devices from the archive's folder" grep -q Device00 <<<"$(windows "$program" list || true)"
-    check "and grabs" same 0 "$(code_of "$program" grab --frames 3 --output 'C:\pictures of the archive')"
-    check "three pictures are there" same 3 "$(find "$drive/pictures of the archive" -name '*.png' -size +0 | wc -l)"
-fi
 
 verdict "Installer for Windows"
