@@ -1,13 +1,13 @@
 #include "simulator/Configuration.h"
 
 #include "simulator/Limits.h"
+#include "simulator/Surroundings.h"
 #include "simulator/config/CameraGeometry.h"
 #include "simulator/config/GrabberReader.h"
 #include "simulator/config/YamlReader.h"
 #include "simulator/faults/FaultConfiguration.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <tuple>
@@ -16,12 +16,6 @@
 namespace zvsim {
 
 namespace {
-
-std::string variable(const char* name)
-{
-    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing here changes it
-    return value != nullptr ? value : "";
-}
 
 std::optional<double> rate_from(const std::string& text)
 {
@@ -113,12 +107,13 @@ private:
     void read_pictures(const std::string& folder, Configuration& configuration)
     {
         // A relative path would depend on the working directory of whatever application loads the library.
-        if (!std::filesystem::path{folder}.is_absolute()) {
+        const auto path = std::filesystem::u8path(folder);
+        if (!path.is_absolute()) {
             configuration.warnings.push_back(
                 rejected("ZV_GRABBER_PICTURES", folder, "the absolute path of a folder"));
             return;
         }
-        m_pictures = PictureFolder::read(folder, configuration.warnings);
+        m_pictures = PictureFolder::read(path, configuration.warnings);
     }
 
     std::optional<double> m_rate;
@@ -160,9 +155,12 @@ void read_file(const ConfigurationFile& file, Configuration& configuration)
 
 Environment Environment::read()
 {
-    return {ConfigurationFile::find(),   variable("ZV_GRABBER_PICTURES"),
-            variable("ZV_GRABBER_RATE"), variable("ZV_GRABBER_PIXEL_FORMAT"),
-            variable("ZV_GRABBER_SIZE"), variable("ZV_GRABBER_FAULTS")};
+    return {ConfigurationFile::find(),
+            environment_variable("ZV_GRABBER_PICTURES"),
+            environment_variable("ZV_GRABBER_RATE"),
+            environment_variable("ZV_GRABBER_PIXEL_FORMAT"),
+            environment_variable("ZV_GRABBER_SIZE"),
+            environment_variable("ZV_GRABBER_FAULTS")};
 }
 
 bool Environment::operator==(const Environment& other) const

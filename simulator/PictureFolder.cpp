@@ -28,7 +28,7 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
     std::error_code error;
     const auto files = picture_files(folder, error);
     if (error) {
-        warnings.push_back("picture folder " + folder.string() + " cannot be read: " + error.message());
+        warnings.push_back("picture folder " + folder.u8string() + " cannot be read: " + error.message());
         return nullptr;
     }
     auto pictures = std::make_unique<PictureFolder>();
@@ -39,11 +39,11 @@ std::unique_ptr<const PictureFolder> PictureFolder::read(const std::filesystem::
             pictures->m_size += picture->pixels.size();
             pictures->m_pictures.push_back(std::move(*picture));
         } else {
-            warnings.push_back("picture " + file.string() + " is left out: " + problem);
+            warnings.push_back("picture " + file.u8string() + " is left out: " + problem);
         }
     }
     if (pictures->m_pictures.empty()) {
-        warnings.push_back("picture folder " + folder.string() + " holds no usable PNG or TIFF picture");
+        warnings.push_back("picture folder " + folder.u8string() + " holds no usable PNG or TIFF picture");
         return nullptr;
     }
     return pictures;

@@ -4,7 +4,6 @@
 #include "simulator/config/CameraGeometry.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace zvsim {
 
@@ -178,15 +177,8 @@ void read_picture(const YamlMap& map, CameraModel& camera, PictureFolders& folde
     map.choice("test_pattern", camera.start.pattern, pattern_names());
     map.flag("stamp", camera.has_stamp);
     const auto pictures = map.find("pictures");
-    const auto folder = pictures ? pictures->path() : std::nullopt;
-    if (!folder)
-        return;
-    // A relative path would depend on the working directory of whatever application loads the library.
-    if (!std::filesystem::path{*folder}.is_absolute()) {
-        pictures->wrong("the absolute path of a folder");
-        return;
-    }
-    camera.pictures = folders.read(*folder);
+    if (const auto folder = pictures ? pictures->path("a folder") : std::nullopt)
+        camera.pictures = folders.read(*folder);
 }
 
 } // namespace
@@ -213,7 +205,7 @@ YamlKeys camera_keys()
     };
 }
 
-std::shared_ptr<const PictureFolder> PictureFolders::read(const std::string& folder)
+std::shared_ptr<const PictureFolder> PictureFolders::read(const std::filesystem::path& folder)
 {
     const auto found = m_folders.find(folder);
     if (found != m_folders.end())

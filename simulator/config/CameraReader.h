@@ -7,6 +7,7 @@
 #include "simulator/config/YamlReader.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -24,12 +25,12 @@ public:
     }
 
     /// Null, after a warning, when the folder offers no picture.
-    std::shared_ptr<const PictureFolder> read(const std::string& folder);
+    std::shared_ptr<const PictureFolder> read(const std::filesystem::path& folder);
 
 private:
     std::vector<std::string>& m_warnings;
     uint64_t m_memory; ///< What is left.
-    std::map<std::string, std::shared_ptr<const PictureFolder>> m_folders;
+    std::map<std::filesystem::path, std::shared_ptr<const PictureFolder>> m_folders;
 };
 
 YamlKeys camera_keys();

@@ -1,14 +1,13 @@
 #include "simulator/config/ConfigurationFile.h"
 
+#include "simulator/Surroundings.h"
 #include "simulator/config/YamlDocument.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 #include <tuple>
-#include <vector>
 
 namespace zvsim {
 
@@ -16,34 +15,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* product_file = "zvgentl/grabbers.yaml";
-constexpr const char* system_folder = "/etc";
-
-/// Empty unless the variable holds an absolute path.
-fs::path folder_in(const char* variable)
-{
-    const char* const value = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): nothing here changes it
-    const fs::path path{value != nullptr ? value : ""};
-    return path.is_absolute() ? path : fs::path{};
-}
-
-/// Where the file may be when nobody names it, the first one first.
-std::vector<fs::path> usual_places()
-{
-    std::vector<fs::path> places;
-    const fs::path chosen = folder_in("XDG_CONFIG_HOME");
-    const fs::path home = folder_in("HOME");
-    if (!chosen.empty())
-        places.push_back(chosen / product_file);
-    else if (!home.empty())
-        places.push_back(home / ".config" / product_file);
-    places.push_back(fs::path{system_folder} / product_file);
-    return places;
-}
+constexpr const char* file_name = "grabbers.yaml";
 
 ConfigurationFile read(const fs::path& path)
 {
-    ConfigurationFile file{path.string(), {}, {}};
+    ConfigurationFile file{path.u8string(), {}, {}};
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (!fs::status_known(status) || status.type() == fs::file_type::not_found) {
@@ -73,15 +49,16 @@ ConfigurationFile read(const fs::path& path)
 
 ConfigurationFile ConfigurationFile::find()
 {
-    const char* const named =
-        std::getenv("ZV_GRABBER_CONFIG"); // NOLINT(concurrency-mt-unsafe): nothing here changes it
-    if (named != nullptr && *named != '\0') {
+    const std::string named = environment_variable("ZV_GRABBER_CONFIG");
+    if (!named.empty()) {
+        const fs::path path = fs::u8path(named);
         // A relative path would depend on the working directory of whatever application loads the library.
-        if (!fs::path{named}.is_absolute())
+        if (!path.is_absolute())
             return {named, {}, "ZV_GRABBER_CONFIG must be an absolute path"};
-        return read(named);
+        return read(path);
     }
-    for (const fs::path& place : usual_places()) {
+    for (const fs::path& folder : configuration_folders()) {
+        const fs::path place = folder / file_name;
         std::error_code error; // a folder that this user may not look into holds nothing for this user
         if (fs::exists(place, error) && !error)
             return read(place);

@@ -138,13 +138,18 @@ std::optional<std::string> YamlValue::text(size_t longest, size_t shortest) cons
     return std::nullopt;
 }
 
-std::optional<std::string> YamlValue::path(size_t longest) const
+std::optional<std::filesystem::path> YamlValue::path(const char* what, size_t longest) const
 {
     const auto is_line_end = [](char character) { return character == '\n' || character == '\r'; };
-    if (is_scalar() && !raw().empty() && raw().size() <= longest &&
-        std::none_of(raw().begin(), raw().end(), is_line_end))
-        return raw();
-    wrong("a path of up to " + std::to_string(longest) + " bytes");
+    if (!is_scalar() || raw().empty() || raw().size() > longest ||
+        std::any_of(raw().begin(), raw().end(), is_line_end)) {
+        wrong("a path of up to " + std::to_string(longest) + " bytes");
+        return std::nullopt;
+    }
+    auto path = std::filesystem::u8path(raw());
+    if (path.is_absolute())
+        return path;
+    wrong(std::string{"the absolute path of "} + what);
     return std::nullopt;
 }
 

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -48,8 +49,9 @@ public:
 
     /// Printable ASCII, in quotes or not.
     std::optional<std::string> text(size_t longest, size_t shortest = 0) const;
-    /// Bytes of any kind but line ends.
-    std::optional<std::string> path(size_t longest = 4000) const;
+    /// An absolute path, in bytes of any kind but line ends; `what` names in a message what it leads to. A
+    /// relative one would depend on the working directory of whatever application loads the library.
+    std::optional<std::filesystem::path> path(const char* what, size_t longest = 4000) const;
     /// Decimal, or hexadecimal with 0x.
     std::optional<int64_t> integer(int64_t least, int64_t most) const;
     /// A number with or without a fraction. `otherwise` names in a message what the caller accepts beside it.

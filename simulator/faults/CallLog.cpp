@@ -10,7 +10,7 @@ constexpr size_t most_collected = size_t{8} << 20U; // an acquisition that never
 
 } // namespace
 
-CallLog::CallLog(const std::string& path) : m_file{path, std::ios::binary | std::ios::trunc} {}
+CallLog::CallLog(const std::filesystem::path& path) : m_file{path, std::ios::binary | std::ios::trunc} {}
 
 std::string CallLog::name_of(char kind, uint64_t handle)
 {

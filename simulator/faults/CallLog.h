@@ -5,6 +5,7 @@
 #include "simulator/faults/Call.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
@@ -21,7 +22,7 @@ namespace zvsim {
 class CallLog {
 public:
     /// A file that cannot be written gives a log without effect; see is_open().
-    explicit CallLog(const std::string& path);
+    explicit CallLog(const std::filesystem::path& path);
 
     bool is_open() const { return m_file.is_open(); }
 

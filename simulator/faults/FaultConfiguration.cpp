@@ -271,9 +271,7 @@ FaultPlan read_fault_plan(const YamlMap& file)
     file.integer("seed", plan.seed, 0, any_number);
     file.flag("faults_enabled", plan.is_enabled);
     if (const auto log = file.find("call_log")) {
-        plan.call_log = log->path().value_or("");
-        if (!plan.call_log.empty() && plan.call_log.front() != '/')
-            log->wrong("the absolute path of a file");
+        plan.call_log = log->path("a file").value_or("");
     }
     for (const YamlValue& value : file.list("faults", most_faults)) {
         if (const auto rule = read_fault(value))

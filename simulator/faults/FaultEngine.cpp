@@ -53,7 +53,7 @@ FaultEngine::FaultEngine(const FaultPlan& plan, size_t grabbers)
         return;
     m_log = std::make_unique<CallLog>(plan.call_log);
     if (!m_log->is_open()) {
-        log_warning("the call log " + plan.call_log + " cannot be written");
+        log_warning("the call log " + plan.call_log.u8string() + " cannot be written");
         m_log.reset();
     }
 }

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <optional>
 #include <string>
@@ -66,7 +67,7 @@ struct FaultPlan {
     uint64_t seed = 0;
     std::vector<FaultRule> faults;
     std::vector<PlugEvent> events;
-    std::string call_log; ///< Absolute path; empty: none.
+    std::filesystem::path call_log; ///< Absolute path; empty: none.
 };
 
 } // namespace zvsim

@@ -1,5 +1,7 @@
 #include "simulator/pictures/PngFile.h"
 
+#include "simulator/pictures/system_files.h"
+
 #include <array>
 #include <csetjmp>
 #include <cstdio>
@@ -101,7 +103,7 @@ PictureHeader header_of(const PngReader& reader)
 
 std::optional<Picture> read_png(const std::filesystem::path& file, std::string& problem)
 {
-    const File stream{std::fopen(file.string().c_str(), "rb")};
+    const File stream{open_file(file)};
     if (stream == nullptr) {
         problem = "cannot be opened";
         return std::nullopt;

@@ -1,5 +1,7 @@
 #include "simulator/pictures/TiffFile.h"
 
+#include "simulator/pictures/system_files.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdarg>
@@ -57,7 +59,7 @@ Tiff open_tiff(const std::filesystem::path& file, uint64_t file_size, Message& m
     const uint64_t most = std::min(picture_memory_limit, 4 * file_size + (uint64_t{16} << 20U));
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(most));
     // Not mapped into memory: a file that shrinks meanwhile would end the process.
-    return Tiff{TIFFOpenExt(file.string().c_str(), "rm", options.get())};
+    return Tiff{open_tiff_file(file, "rm", options.get())};
 }
 
 uint16_t number(TIFF* tiff, uint32_t tag)

@@ -43,6 +43,12 @@ void Environment::set(const std::string& name, const std::string& value)
     setenv(name.c_str(), value.c_str(), 1);
 }
 
+void Environment::set_home(const std::string& folder)
+{
+    set("HOME", folder);
+    set("USERPROFILE", folder);
+}
+
 void Environment::unset(const std::string& name)
 {
     remember(name);
@@ -59,9 +65,8 @@ void Environment::remember(const std::string& name)
 
 EmptyHome::EmptyHome()
 {
-    environment.set("HOME", folder.path());
+    environment.set_home(folder.path());
 #ifdef _WIN32
-    environment.set("USERPROFILE", folder.path());
     environment.set("APPDATA", folder / ".config");
     environment.set("LOCALAPPDATA", folder / ".local/state");
 #endif

@@ -30,6 +30,8 @@ public:
     Environment(const Environment&) = delete;
     Environment& operator=(const Environment&) = delete;
     void set(const std::string& name, const std::string& value);
+    /// Under the names that systems give it.
+    void set_home(const std::string& folder);
     void unset(const std::string& name);
 
 private:

@@ -20,6 +20,7 @@ using testing::IsEmpty;
 using zvsim::CameraModel;
 using zvsim::Configuration;
 using zvsim::GrabberModel;
+using zvsim_test::absolute_path;
 using zvsim_test::camera_text;
 using zvsim_test::configured_by;
 
@@ -358,7 +359,7 @@ TEST_F(ConfigurationPictures, AreReadOnceForAllCameras)
 
 TEST_F(ConfigurationPictures, ThatCannotBeReadGiveAWarningAndLeaveTheTestPattern)
 {
-    const auto configuration = configured_by(camera_text("pictures: /no/such/folder"));
+    const auto configuration = configured_by(camera_text("pictures: " + absolute_path("/no/such/folder")));
     EXPECT_THAT(configuration->errors, IsEmpty());
     EXPECT_THAT(configuration->warnings, ElementsAre(HasSubstr("/no/such/folder")));
     EXPECT_EQ(nullptr, configuration->grabbers.at(0).cameras.at(0).pictures);

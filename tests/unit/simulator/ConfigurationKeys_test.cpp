@@ -14,6 +14,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
+using zvsim_test::absolute_path;
 using zvsim_test::configured_by;
 
 /// A key with values that it takes, the smallest and the largest among them, and values that it refuses.
@@ -92,7 +93,7 @@ std::vector<KeyRow> rows()
          "Blinking, Noise, FrameCounter, Star"                                                                                                                                           },
         {"camera",             "stamp",               {"true", "false"},                                                 {"no", ""},                     flags                           },
         {"camera",
-         "pictures",                                  {"/no/such/folder"},
+         "pictures",                                  {absolute_path("/no/such/folder")},
          {"pictures", "./a", "~/a"},
          "the absolute path of a folder"                                                                                                                                                 },
         {"camera",

@@ -1,5 +1,7 @@
 #include "simulator/faults/FaultConfiguration.h"
 
+#include "unit/simulator/configuration_texts.h"
+
 #include <gmock/gmock.h>
 
 namespace {
@@ -23,6 +25,7 @@ using zvsim::YamlErrors;
 using zvsim::YamlKeys;
 using zvsim::YamlMap;
 using zvsim::YamlValue;
+using zvsim_test::absolute_path;
 
 /// What a text makes, and what it reports.
 struct Reading {
@@ -63,16 +66,16 @@ TEST(FaultConfiguration, NothingIsNoFault)
     EXPECT_THAT(reading.errors, IsEmpty());
     EXPECT_TRUE(reading.plan.is_enabled);
     EXPECT_THAT(reading.plan.faults, IsEmpty());
-    EXPECT_THAT(reading.plan.call_log, IsEmpty());
+    EXPECT_EQ("", reading.plan.call_log.u8string());
 }
 
 TEST(FaultConfiguration, ReadsSeedSwitchAndLog)
 {
-    const Reading reading{"seed: 42\nfaults_enabled: false\ncall_log: /a/b.log\n"};
+    const Reading reading{"seed: 42\nfaults_enabled: false\ncall_log: " + absolute_path("/a/b.log") + "\n"};
     EXPECT_THAT(reading.errors, IsEmpty());
     EXPECT_EQ(42u, reading.plan.seed);
     EXPECT_FALSE(reading.plan.is_enabled);
-    EXPECT_EQ("/a/b.log", reading.plan.call_log);
+    EXPECT_EQ(absolute_path("/a/b.log"), reading.plan.call_log.u8string());
 }
 
 TEST(FaultConfiguration, LogNeedsAnAbsolutePath)

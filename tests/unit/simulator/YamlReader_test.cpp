@@ -1,5 +1,7 @@
 #include "simulator/config/YamlReader.h"
 
+#include "unit/simulator/configuration_texts.h"
+
 #include <gmock/gmock.h>
 
 #include <cstdint>
@@ -21,6 +23,7 @@ using zvsim::YamlKeys;
 using zvsim::YamlMap;
 using zvsim::YamlNode;
 using zvsim::YamlValue;
+using zvsim_test::absolute_path;
 
 const YamlKeys& lamp()
 {
@@ -220,21 +223,31 @@ TEST(YamlReader, ChoiceTellsTheWordsAndTheNearestOne)
 
 TEST(YamlReader, TextsAreAsciiAndPathsAreAnyBytes)
 {
-    Lamp lamp{"color: gr\xC3\xBCn\nfile: /b\xC3\xA4ume/a b\n"};
+    const std::string file = absolute_path("/b\xC3\xA4ume/a b");
+    Lamp lamp{"color: gr\xC3\xBCn\nfile: " + file + "\n"};
     std::string color;
     EXPECT_FALSE(lamp.map.text("color", color, 20));
     EXPECT_THAT(
         lamp.errors.lines(),
         ElementsAre("lamp.yaml:1: color is \"gr\\xC3\\xBCn\"; allowed: 0 to 20 printable ASCII characters"));
-    EXPECT_EQ("/b\xC3\xA4ume/a b", lamp.map.find("file")->path());
+    EXPECT_EQ(file, lamp.map.find("file")->path("a lamp").value_or("").u8string());
 }
 
 TEST(YamlReader, PathsHaveOneLineAndALength)
 {
     for (const char* const text : {"file: \"/a\\nb\"", "file: ''", "file: [a]", "file: /longer"}) {
         Lamp lamp{text};
-        EXPECT_EQ(std::nullopt, lamp.map.find("file")->path(6)) << text;
+        EXPECT_FALSE(lamp.map.find("file")->path("a lamp", 6)) << text;
         EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: a path of up to 6 bytes")));
+    }
+}
+
+TEST(YamlReader, PathsAreAbsolute)
+{
+    for (const char* const text : {"file: a", "file: ./a", "file: ~/a"}) {
+        Lamp lamp{text};
+        EXPECT_FALSE(lamp.map.find("file")->path("a lamp")) << text;
+        EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: the absolute path of a lamp")));
     }
 }
 

@@ -10,6 +10,16 @@
 
 namespace zvsim_test {
 
+/// The path as an absolute one of this system: "/a" has no drive.
+inline std::string absolute_path(const std::string& path)
+{
+#ifdef _WIN32
+    return "C:" + path;
+#else
+    return path;
+#endif
+}
+
 /// What a file of this text leads to. The messages call it "grabbers.yaml".
 inline std::unique_ptr<const zvsim::Configuration> configured_by(const std::string& text)
 {
