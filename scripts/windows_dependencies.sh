@@ -123,7 +123,8 @@ sed -i 's/#include <\([A-Za-z0-9]*\.h\)>/#include <\L\1>/' "$work/src/poco/Found
 
 # Shared, because the producer and the logger library hand Poco's objects to each other.
 mapfile -t off < <(poco_components_off)
-build poco "${off[@]}" -DBUILD_SHARED_LIBS=ON -DPOCO_UNBUNDLED=OFF -DENABLE_TESTS=OFF -DENABLE_FOUNDATION=ON
+build poco "${off[@]}" -DBUILD_SHARED_LIBS=ON -DPOCO_UNBUNDLED=OFF -DENABLE_TESTS=OFF -DENABLE_FOUNDATION=ON \
+    -DCMAKE_SHARED_LINKER_FLAGS=-Wl,--no-insert-timestamp
 # Static, because nobody else sees them.
 build googletest -DBUILD_SHARED_LIBS=OFF
 build yaml-cpp -DYAML_BUILD_SHARED_LIBS=OFF -DYAML_CPP_BUILD_TESTS=OFF -DYAML_CPP_BUILD_TOOLS=OFF
