@@ -24,7 +24,7 @@ toolchain=$root/cmake/toolchains/windows-mingw.cmake
 versions()
 {
     dpkg-query -W -f '${source:Package} ${source:Version}\n' libpoco-dev libyaml-cpp-dev libpng-dev libtiff-dev \
-        libzip-dev libbenchmark-dev googletest libfmt-dev libcli11-dev nlohmann-json3-dev libz-mingw-w64-dev \
+        libzip-dev libxml2-dev libbenchmark-dev googletest libfmt-dev libcli11-dev nlohmann-json3-dev libz-mingw-w64-dev \
         g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev
     sha256sum <"$root/scripts/windows_dependencies.sh"
     sha256sum <"$toolchain"
@@ -109,11 +109,18 @@ poco_components_off()
         grep -vE 'ENABLE_(TESTS|FOUNDATION)=' | sort -u
 }
 
+# libxml2_parts_off: the options that leave its parser and its tree alone.
+libxml2_parts_off()
+{
+    sed -n 's/^option(LIBXML2_WITH_\([A-Z0-9_]*\) .*/-DLIBXML2_WITH_\1=OFF/p' "$work/src/libxml2/CMakeLists.txt" |
+        grep -v '_TREE='
+}
+
 # A library says the same of itself wherever the cache lies: two builds of the packages have the same bytes.
 no_paths="-ffile-prefix-map=$work=/usr/src/zvgentl-windows -ffile-prefix-map=$prefix=/usr/lib/zvgentl-windows"
 
 prepare_apt
-for package in poco yaml-cpp libpng1.6 tiff libzip benchmark; do
+for package in poco yaml-cpp libpng1.6 tiff libzip libxml2 benchmark; do
     fetch "$package"
 done
 cp -R /usr/src/googletest "$work/src/googletest"
@@ -134,6 +141,9 @@ build tiff -DBUILD_SHARED_LIBS=OFF -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -
 build libzip -DBUILD_SHARED_LIBS=OFF -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF \
     -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF -DENABLE_OPENSSL=OFF -DENABLE_GNUTLS=OFF \
     -DENABLE_MBEDTLS=OFF -DENABLE_COMMONCRYPTO=OFF -DENABLE_WINDOWS_CRYPTO=OFF
+# Without threads it must not see their header either, or it uses half of them.
+mapfile -t off < <(libxml2_parts_off)
+build libxml2 "${off[@]}" -DBUILD_SHARED_LIBS=OFF -DHAVE_PTHREAD_H=OFF
 build benchmark -DGIT_VERSION=0.0.0 -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF -DBENCHMARK_ENABLE_WERROR=OFF
 
 # Headers alone serve of these. fmt's own CMake file wants the machine's library as well.
