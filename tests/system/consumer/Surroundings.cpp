@@ -30,8 +30,10 @@ Surroundings::Surroundings() : m_folder(make_private_folder())
 {
     set_variable("ZV_SETTINGS_FILE", (m_folder / "settings.properties").string());
     set_variable("ZV_LOGGER_CONFIG", "");
-    set_variable("XDG_CONFIG_HOME", (m_folder / "config").string());
-    set_variable("XDG_STATE_HOME", (m_folder / "state").string());
+    for (const char* const name : {"XDG_CONFIG_HOME", "APPDATA"}) // of either system
+        set_variable(name, (m_folder / "config").string());
+    for (const char* const name : {"XDG_STATE_HOME", "LOCALAPPDATA"})
+        set_variable(name, (m_folder / "state").string());
     set_variable("ZV_GRABBER_PICTURES", "");
     set_variable("ZV_GRABBER_PIXEL_FORMAT", "");
     set_frame_size("");

@@ -112,7 +112,7 @@ try {
     zvsystem::Surroundings::set_frame_rate(""); // as the file says
     const auto file = surroundings.folder() / "grabbers.yaml";
     std::ofstream{file} << grabbers;
-    tool::set_environment("ZV_GRABBER_CONFIG", file.string());
+    tool::set_environment("ZV_GRABBER_CONFIG", file.u8string());
 
     const tool::DynamicLibrary library{words[1]};
     const Functions gentl = tool::find_functions(library);

@@ -8,7 +8,6 @@
 #include <thread>
 #include <vector>
 
-#include "genapi/NodeMap.h"
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
 
@@ -16,7 +15,6 @@ namespace {
 
 using namespace GenTL;
 using namespace zvclient;
-using zvgentl::tool::NodeMap;
 
 constexpr std::size_t uninitialised = 0xCDCDCDCDCDCDCDCD;
 constexpr std::size_t buffer_count = 16;
@@ -52,7 +50,7 @@ public:
     {
         discover();
         open();
-        read_node_maps();
+        read_features();
         configure();
         stream();
         close();
@@ -152,25 +150,25 @@ private:
             "GCGetPortURLInfo");
     }
 
-    void read_node_maps()
+    void read_features()
     {
         for (const PORT_HANDLE handle : {m_system, m_interface, m_device, m_stream}) {
             const ExactPort port{gentl, handle};
-            read_every_feature(NodeMap{description_of(port, url_of(handle)), port});
+            Features{description_of(port, url_of(handle)), port}.read_every();
         }
         m_port = std::make_unique<ExactPort>(gentl, m_remote);
-        m_nodes = std::make_unique<NodeMap>(description_of(*m_port, url_of(m_remote)), *m_port);
-        read_every_feature(*m_nodes);
+        m_features = std::make_unique<Features>(description_of(*m_port, url_of(m_remote)), *m_port);
+        m_features->read_every();
     }
 
     void configure()
     {
-        m_nodes->set("PixelFormat", "Mono12");
-        m_nodes->set("Width", "240");
-        m_nodes->set("OffsetX", "40");
-        m_nodes->set("ExposureTime", "5000");
-        m_nodes->set("AcquisitionMode", "Continuous");
-        m_payload = static_cast<std::size_t>(integer(*m_nodes, "PayloadSize"));
+        m_features->set("PixelFormat", "Mono12");
+        m_features->set("Width", "240");
+        m_features->set("OffsetX", "40");
+        m_features->set("ExposureTime", "5000");
+        m_features->set("AcquisitionMode", "Continuous");
+        m_payload = static_cast<std::size_t>(m_features->integer("PayloadSize"));
         need_true(m_payload == std::size_t{240} * 240 * 2, "the payload of the new size");
     }
 
@@ -221,16 +219,16 @@ private:
         std::future<void> receiver =
             std::async(std::launch::async, &ClientA::receive, this, std::move(registered), std::move(enough));
 
-        m_nodes->set("TLParamsLocked", "1");
+        m_features->set("TLParamsLocked", "1");
         need(gentl.DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
              "DSStartAcquisition");
-        m_nodes->execute("AcquisitionStart", std::chrono::seconds{1});
+        m_features->execute("AcquisitionStart", std::chrono::seconds{1});
         has_enough.wait(); // or the receiver has failed, which it tells below
         if (receiver.wait_for(std::chrono::seconds{0}) == std::future_status::ready)
             receiver.get();
-        m_nodes->execute("AcquisitionStop", std::chrono::seconds{1});
+        m_features->execute("AcquisitionStop", std::chrono::seconds{1});
         need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
-        m_nodes->set("TLParamsLocked", "0");
+        m_features->set("TLParamsLocked", "0");
         need(gentl.EventKill(event.get()), "EventKill");
         receiver.get();
         need(gentl.GCUnregisterEvent(m_stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
@@ -255,7 +253,7 @@ private:
     PORT_HANDLE m_remote = nullptr;
     DS_HANDLE m_stream = nullptr;
     std::unique_ptr<ExactPort> m_port;
-    std::unique_ptr<NodeMap> m_nodes;
+    std::unique_ptr<Features> m_features;
     std::size_t m_payload = 0;
     std::vector<std::vector<unsigned char>> m_memory;
     std::vector<BUFFER_HANDLE> m_buffers;

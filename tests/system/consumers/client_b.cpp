@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "genapi/NodeMap.h"
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
 
@@ -15,7 +14,6 @@ namespace {
 
 using namespace GenTL;
 using namespace zvclient;
-using zvgentl::tool::NodeMap;
 
 constexpr std::uint64_t patience_ms = 3000;
 constexpr int buffer_count = 6;
@@ -34,7 +32,7 @@ public:
     void run()
     {
         open_everything();
-        read_node_maps();
+        read_features();
         configure();
         stream();
         close();
@@ -128,24 +126,24 @@ private:
         return description;
     }
 
-    void read_node_maps()
+    void read_features()
     {
         for (const PORT_HANDLE handle : {m_system, m_interfaces.back().handle, m_device, m_stream}) {
             const ExactPort port{gentl, handle};
-            read_every_feature(NodeMap{description_of_port(port), port});
+            Features{description_of_port(port), port}.read_every();
         }
         m_port = std::make_unique<ExactPort>(gentl, m_remote);
-        m_nodes = std::make_unique<NodeMap>(description_of_port(*m_port), *m_port);
-        read_every_feature(*m_nodes);
+        m_features = std::make_unique<Features>(description_of_port(*m_port), *m_port);
+        m_features->read_every();
     }
 
     void configure()
     {
-        m_nodes->set("Height", "48");
-        m_nodes->set("Width", "200");
-        m_nodes->set("Gain", "0");
-        m_nodes->set("DeviceUserID", "client B");
-        m_payload = static_cast<std::size_t>(integer(*m_nodes, "PayloadSize"));
+        m_features->set("Height", "48");
+        m_features->set("Width", "200");
+        m_features->set("Gain", "0");
+        m_features->set("DeviceUserID", "client B");
+        m_payload = static_cast<std::size_t>(m_features->integer("PayloadSize"));
     }
 
     template <class Type>
@@ -204,7 +202,7 @@ private:
         need(gentl.GCRegisterEvent(m_stream, EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
         need(gentl.DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
              "DSStartAcquisition");
-        m_nodes->execute("AcquisitionStart", std::chrono::seconds{1});
+        m_features->execute("AcquisitionStart", std::chrono::seconds{1});
         while (m_check.frames() < wanted_frames) {
             EVENT_NEW_BUFFER_DATA data{};
             std::size_t size = sizeof data;
@@ -215,7 +213,7 @@ private:
             look_at(data.BufferHandle);
             need(gentl.DSQueueBuffer(m_stream, data.BufferHandle), "DSQueueBuffer");
         }
-        m_nodes->execute("AcquisitionStop", std::chrono::seconds{1});
+        m_features->execute("AcquisitionStop", std::chrono::seconds{1});
         need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
         need(gentl.GCUnregisterEvent(m_stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
         need(gentl.DSFlushQueue(m_stream, ACQ_QUEUE_ALL_DISCARD), "DSFlushQueue");
@@ -243,7 +241,7 @@ private:
     PORT_HANDLE m_remote = nullptr;
     DS_HANDLE m_stream = nullptr;
     std::unique_ptr<ExactPort> m_port;
-    std::unique_ptr<NodeMap> m_nodes;
+    std::unique_ptr<Features> m_features;
     std::size_t m_payload = 0;
     std::uint64_t m_last_time = 0;
     FrameCheck m_check;

@@ -7,7 +7,6 @@
 #include <thread>
 #include <vector>
 
-#include "genapi/NodeMap.h"
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
 
@@ -15,7 +14,6 @@ namespace {
 
 using namespace GenTL;
 using namespace zvclient;
-using zvgentl::tool::NodeMap;
 
 constexpr std::size_t buffer_count = 5;
 constexpr int wanted_frames = 20;
@@ -27,7 +25,7 @@ public:
     void run()
     {
         open();
-        read_node_maps();
+        read_features();
         configure();
         stream();
         close();
@@ -61,23 +59,23 @@ private:
         return description_of(port, url);
     }
 
-    void read_node_maps()
+    void read_features()
     {
         for (const PORT_HANDLE handle : {m_system, m_interface, m_device, m_stream}) {
             const ExactPort port{gentl, handle};
-            read_every_feature(NodeMap{description_of_port(port), port});
+            Features{description_of_port(port), port}.read_every();
         }
         m_port = std::make_unique<ExactPort>(gentl, m_remote);
-        m_nodes = std::make_unique<NodeMap>(description_of_port(*m_port), *m_port);
-        read_every_feature(*m_nodes);
+        m_features = std::make_unique<Features>(description_of_port(*m_port), *m_port);
+        m_features->read_every();
     }
 
     void configure()
     {
-        m_nodes->set("Width", "96");
-        m_nodes->set("Height", "64");
-        m_nodes->set("PixelFormat", "Mono16");
-        m_payload = static_cast<std::size_t>(integer(*m_nodes, "PayloadSize"));
+        m_features->set("Width", "96");
+        m_features->set("Height", "64");
+        m_features->set("PixelFormat", "Mono16");
+        m_payload = static_cast<std::size_t>(m_features->integer("PayloadSize"));
         need_true(m_payload == std::size_t{96} * 64 * 2, "the payload of the new size");
     }
 
@@ -134,7 +132,7 @@ private:
     DS_HANDLE m_stream = nullptr;
     EVENT_HANDLE m_event = nullptr;
     std::unique_ptr<ExactPort> m_port;
-    std::unique_ptr<NodeMap> m_nodes;
+    std::unique_ptr<Features> m_features;
     std::size_t m_payload = 0;
     std::vector<std::vector<unsigned char>> m_memory;
     std::map<BUFFER_HANDLE, const unsigned char*> m_buffers;

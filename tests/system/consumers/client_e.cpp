@@ -1,12 +1,11 @@
-// A consumer that builds the node maps of all six kinds of module, reads every feature and writes every
-// writable one at its limits, and then streams with what it has set.
+// A consumer that takes the descriptions of all six kinds of module, reads every feature and writes every
+// writable one, and then streams with what it has set.
 
 #include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "genapi/NodeMap.h"
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
 
@@ -14,7 +13,6 @@ namespace {
 
 using namespace GenTL;
 using namespace zvclient;
-using zvgentl::tool::NodeMap;
 
 constexpr int buffer_count = 4;
 constexpr int wanted_frames = 10;
@@ -29,7 +27,7 @@ public:
         need(gentl.TLUpdateInterfaceList(m_system, nullptr, 1000), "TLUpdateInterfaceList");
         std::uint32_t interfaces = 0;
         need(gentl.TLGetNumInterfaces(m_system, &interfaces), "TLGetNumInterfaces");
-        use_features("system", m_system, Features::some);
+        use_features("system", m_system, Expected::some);
         for (std::uint32_t index = 0; index < interfaces; ++index)
             use_interface(index);
         need(gentl.TLClose(m_system), "TLClose");
@@ -37,7 +35,7 @@ public:
     }
 
 private:
-    enum class Features { none, some };
+    enum class Expected { none, some };
 
     template <class Query>
     static std::string id_of(const Query& query, const char* call)
@@ -59,21 +57,21 @@ private:
             "GCGetPortURLInfo");
     }
 
-    std::unique_ptr<NodeMap> node_map_of(const ExactPort& port) const
+    std::unique_ptr<Features> features_of(const ExactPort& port) const
     {
-        return std::make_unique<NodeMap>(description_of(port, url_of(port.handle())), port);
+        return std::make_unique<Features>(description_of(port, url_of(port.handle())), port);
     }
 
-    void use_features(const char* name, PORT_HANDLE handle, Features expected) const
+    void use_features(const char* name, PORT_HANDLE handle, Expected expected) const
     {
         const ExactPort port{gentl, handle};
-        const auto nodes = node_map_of(port);
-        if (expected == Features::none) {
-            need_true(nodes->tree().empty(), std::string(name) + " has features");
+        const auto features = features_of(port);
+        if (expected == Expected::none) {
+            need_true(features->is_empty(), std::string(name) + " has features");
             return;
         }
-        const int read = read_every_feature(*nodes);
-        const int written = write_every_feature(*nodes);
+        const int read = features->read_every();
+        const int written = features->write_every();
         std::cout << name << ": " << read << " features read, " << written << " written\n";
     }
 
@@ -86,7 +84,7 @@ private:
         IF_HANDLE opened = nullptr;
         need(gentl.TLOpenInterface(m_system, id.c_str(), &opened), "TLOpenInterface");
         need(gentl.IFUpdateDeviceList(opened, nullptr, 1000), "IFUpdateDeviceList");
-        use_features("interface", opened, Features::some);
+        use_features("interface", opened, Expected::some);
         std::uint32_t devices = 0;
         need(gentl.IFGetNumDevices(opened, &devices), "IFGetNumDevices");
         for (std::uint32_t device = 0; device < devices; ++device)
@@ -101,33 +99,33 @@ private:
             "IFGetDeviceID");
         DEV_HANDLE device = nullptr;
         need(gentl.IFOpenDevice(opened, id.c_str(), DEVICE_ACCESS_EXCLUSIVE, &device), "IFOpenDevice");
-        use_features("device", device, Features::some);
+        use_features("device", device, Expected::some);
         PORT_HANDLE remote = nullptr;
         need(gentl.DevGetPort(device, &remote), "DevGetPort");
-        use_features("remote device", remote, Features::some);
+        use_features("remote device", remote, Expected::some);
         const std::string stream_id = id_of(
             [&](char* text, std::size_t* size) { return gentl.DevGetDataStreamID(device, 0, text, size); },
             "DevGetDataStreamID");
         DS_HANDLE stream = nullptr;
         need(gentl.DevOpenDataStream(device, stream_id.c_str(), &stream), "DevOpenDataStream");
-        use_features("stream", stream, Features::some);
+        use_features("stream", stream, Expected::some);
         const ExactPort port{gentl, remote};
-        receive(stream, *node_map_of(port));
+        receive(stream, *features_of(port));
         need(gentl.DSClose(stream), "DSClose");
         need(gentl.DevClose(device), "DevClose");
         ++m_cameras;
     }
 
-    void receive(DS_HANDLE stream, const NodeMap& camera) const
+    void receive(DS_HANDLE stream, const Features& camera) const
     {
         camera.set("ExposureTime", "10000");
-        const auto payload = static_cast<std::size_t>(integer(camera, "PayloadSize"));
+        const auto payload = static_cast<std::size_t>(camera.integer("PayloadSize"));
         std::vector<std::vector<unsigned char>> memory(buffer_count, std::vector<unsigned char>(payload));
         for (auto& frame : memory) {
             BUFFER_HANDLE buffer = nullptr;
             need(gentl.DSAnnounceBuffer(stream, frame.data(), frame.size(), frame.data(), &buffer),
                  "DSAnnounceBuffer");
-            use_features("buffer", buffer, Features::none);
+            use_features("buffer", buffer, Expected::none);
             need(gentl.DSQueueBuffer(stream, buffer), "DSQueueBuffer");
         }
         EVENT_HANDLE event = nullptr;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "genapi/Feature.h"
-#include "system/consumers/client.h"
+#include "genapi/NodeMap.h"
 
 namespace zvclient {
 
@@ -63,10 +63,26 @@ std::vector<std::string> values_to_write(const Feature& feature)
 
 } // namespace
 
-int read_every_feature(const NodeMap& nodes)
+class Features::Impl {
+public:
+    Impl(const std::string& description, const ExactPort& port) : nodes{description, port} {}
+
+    const NodeMap nodes;
+};
+
+Features::Features(const std::string& description, const ExactPort& port)
+    : m_impl{std::make_unique<Impl>(description, port)}
+{
+}
+
+Features::~Features() = default;
+
+bool Features::is_empty() const { return m_impl->nodes.tree().empty(); }
+
+int Features::read_every() const
 {
     int count = 0;
-    for (const Feature& feature : all_features(nodes)) {
+    for (const Feature& feature : all_features(m_impl->nodes)) {
         const bool has_value = !std::holds_alternative<std::monostate>(feature.value);
         need_true(has_value || !feature.access.is_readable || feature.kind == FeatureKind::command,
                   feature.name + " cannot be read");
@@ -75,8 +91,10 @@ int read_every_feature(const NodeMap& nodes)
     return count;
 }
 
-int write_every_feature(const NodeMap& nodes)
+/// At its limits, and every entry of an enumeration.
+int Features::write_every() const
 {
+    const NodeMap& nodes = m_impl->nodes;
     int count = 0;
     for (const Feature& feature : all_features(nodes)) {
         // Its limits may have moved with those that were written before.
@@ -96,12 +114,19 @@ int write_every_feature(const NodeMap& nodes)
     return count;
 }
 
-std::int64_t integer(const NodeMap& nodes, const std::string& name)
+std::int64_t Features::integer(const std::string& name) const
 {
-    const Value value = nodes.get(name);
+    const Value value = m_impl->nodes.get(name);
     const auto* const number = std::get_if<std::int64_t>(&value);
     need_true(number != nullptr, name + " is no whole number");
     return *number;
+}
+
+void Features::set(const std::string& name, const std::string& text) const { m_impl->nodes.set(name, text); }
+
+void Features::execute(const std::string& name, std::chrono::milliseconds timeout) const
+{
+    m_impl->nodes.execute(name, timeout);
 }
 
 } // namespace zvclient
