@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <set>
 #include <string>
 
@@ -16,19 +17,15 @@ std::set<std::string> open_descriptors();
 
 size_t thread_count();
 pid_t this_thread();
-/// Whether a thread of this process sleeps in the kernel, as one does that waits; true where the system does
-/// not tell.
+/// Whether a thread of this process sleeps in the kernel, as one does that waits.
 bool is_asleep(pid_t thread);
 
 /// Bytes of heap memory in use.
 size_t heap_in_use();
 
-/// What each load and unload of Poco's library alone leaves on the heap.
-#ifdef _WIN32
-constexpr size_t foreign_heap_per_load = 256;
-#else
-constexpr size_t foreign_heap_per_load = 0;
-#endif
+/// Loads for good the libraries of others that the producer needs and that leave something behind at each
+/// unload, so that they do not hide what the producer leaves. Nothing where there are none.
+void hold_libraries_of_others(const std::filesystem::path& producer);
 
 /// Bytes of memory that are resident, and of address space that is taken.
 struct MemorySize {

@@ -5,6 +5,8 @@
 #include <psapi.h>
 #include <tlhelp32.h>
 
+#include <stdexcept>
+
 namespace zvsystem {
 
 namespace {
@@ -38,8 +40,31 @@ size_t thread_count() { return count_threads(); }
 
 pid_t this_thread() { return static_cast<pid_t>(GetCurrentThreadId()); }
 
-// The system does not tell.
-bool is_asleep(pid_t /*thread*/) { return true; }
+// A thread that waits is in the call of the system that does it.
+bool is_asleep(pid_t thread)
+{
+    constexpr DWORD64 longest_call = 32; // a few instructions that enter the kernel
+    HANDLE const handle =
+        OpenThread(THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT, FALSE, static_cast<DWORD>(thread));
+    CONTEXT context{};
+    context.ContextFlags = CONTEXT_CONTROL;
+    SuspendThread(handle);
+    GetThreadContext(handle, &context);
+    ResumeThread(handle);
+    CloseHandle(handle);
+    const auto wait = reinterpret_cast<DWORD64>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtWaitForSingleObject")));
+    return context.Rip > wait && context.Rip < wait + longest_call;
+}
+
+// Poco's library, and of the system those that it needs, keep memory of every load.
+void hold_libraries_of_others(const std::filesystem::path& producer)
+{
+    const auto poco =
+        std::filesystem::path(producer).replace_filename("libPocoFoundation.dll").make_preferred();
+    if (LoadLibraryExW(poco.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) == nullptr)
+        throw std::runtime_error("Poco cannot be loaded");
+}
 
 size_t heap_in_use()
 {

@@ -26,10 +26,10 @@ protected:
     ~Faulty() override
     {
         close_all();
-        std::filesystem::remove_all(m_folder);
         unsetenv("ZV_GRABBER_CONFIG");
         uint32_t count = 0;
-        ZV_DeviceScan(&count); // forgets the faults
+        ZV_DeviceScan(&count); // forgets the faults and closes the call log
+        std::filesystem::remove_all(m_folder);
     }
 
     /// Has the next scan read a file with these lines. Each one counts its calls and frames anew, also when
