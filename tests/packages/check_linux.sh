@@ -120,6 +120,18 @@ check_variables upgraded
 check "postinst may run again" inside sh /var/lib/dpkg/info/zvgentl.postinst configure "$version"
 check "postrm may run again" inside sh /var/lib/dpkg/info/zvgentl.postrm upgrade "$version"
 
+echo "Unwanted"
+# As docs/installing.md tells an administrator to keep the variable as it is.
+: >"$root/etc/profile.d/zvgentl.sh"
+mkdir -p "$root/etc/environment.d"
+ln -s /dev/null "$root/etc/environment.d/90-zvgentl.conf"
+check "login shells have the other maker alone" same "$other" "$(login)"
+check "X sessions have the other maker alone" same "$other" "$(x_session)"
+check "services of users have the other maker alone" same "$other" "$(user_service)"
+check "system services keep what they have" same "$other" "$(system_service $other)"
+check "or nothing" same "" "$(system_service "")"
+rm "$root/etc/environment.d/90-zvgentl.conf"
+
 echo "Removal"
 mkdir -p "$root/etc/zvgentl"
 echo "GenTL.Stream.BufferAllocMin = 8" >"$root/etc/zvgentl/settings.properties"
