@@ -54,9 +54,9 @@ option(ZV_DOCUMENTATION "Make the pages of the documentation and the notices of 
 if(ZV_DOCUMENTATION)
     # The system's own interpreter: the modules that Debian packages are not for others.
     find_program(ZV_SYSTEM_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
-    set(system linux)
+    set(built --system linux)
     if(WIN32)
-        set(system windows)
+        set(built --system windows --versions ${ZV_WINDOWS_PREFIX}/versions)
     endif()
     set(pages ${PROJECT_BINARY_DIR}/pages)
     file(GLOB texts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/docs/*.json
@@ -68,7 +68,7 @@ if(ZV_DOCUMENTATION)
         COMMENT "Pages of the documentation" VERBATIM)
     add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt
         COMMAND ${ZV_SYSTEM_PYTHON} ${PROJECT_SOURCE_DIR}/scripts/materials.py notices
-            --system ${system} --output ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt
+            ${built} --output ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt
         DEPENDS scripts/materials.py
         COMMENT "Notices of other makers' licences" VERBATIM)
     add_custom_target(documentation ALL DEPENDS ${pages}/index.html ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt)

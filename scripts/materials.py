@@ -1,11 +1,12 @@
 #!/usr/bin/python3
 """What other makers' libraries the packages hold or need: their notices, and a bill of materials in SPDX 2.3.
 
-    scripts/materials.py notices --system linux|windows --output FILE
-    scripts/materials.py spdx PACKAGE --version VERSION --time SECONDS --output FILE.spdx.json
+    scripts/materials.py notices --system linux|windows [--versions FILE] --output FILE
+    scripts/materials.py spdx PACKAGE --version VERSION --time SECONDS [--versions FILE] --output FILE.spdx.json
 
 PACKAGE is a finished .deb or .zip. Versions and licences are those of the Debian packages on this machine, which the
-build used, as their copyright files state them.
+build used, as their copyright files state them; --versions names the file in which scripts/windows_dependencies.sh
+noted the sources that it built instead, as Debian had them that day.
 """
 
 import argparse
@@ -40,12 +41,18 @@ IDENTIFIERS = {"expat": "MIT", "bsd-2-clause": "BSD-2-Clause", "bsd-3-clause": "
 MAKER = "Organization: ZEVA Electronics Ltd."
 
 
-def debian_fields(package):
+def debian_fields(package, built):
+    """Source package and version; what was built from source has the version of that source."""
     shown = subprocess.run(["dpkg-query", "-W", "-f", "${source:Package}\n${source:Version}\n", package],
                            capture_output=True, text=True, check=False)
     if shown.returncode != 0:
         raise SystemExit(f"the package {package} is not installed here, so its version and licence are unknown")
-    return shown.stdout.splitlines()
+    source, version = shown.stdout.splitlines()
+    return source, built.get(source, version)
+
+
+def built_versions(file):
+    return dict(line.split() for line in Path(file).read_text(encoding="utf-8").splitlines()) if file else {}
 
 
 def copyright_text(package):
@@ -64,14 +71,14 @@ def stated_licence(text):
     return None
 
 
-def write_notices(system, output):
+def write_notices(system, built, output):
     packages = list(COMPILED_IN[system])
     if system == "windows":
         packages = sorted(set(packages) | set(BUNDLED.values()))
     parts = ["The programs and libraries of this package contain, or come with, work of other makers.\n"
              "What follows are their notices, as Debian publishes them with the packages that were used.\n"]
     for package in packages:
-        source, version = debian_fields(package)
+        source, version = debian_fields(package, built)
         heading = f"{source} {version}"
         parts.append(f"{'=' * 100}\n{heading}\n{'=' * 100}\n\n{copyright_text(package)}")
     Path(output).write_text("\n".join(parts), encoding="utf-8")
@@ -80,8 +87,9 @@ def write_notices(system, output):
 class Document:
     """A document about one package: its files, and the libraries in and behind it."""
 
-    def __init__(self, name, version, seconds):
+    def __init__(self, name, version, seconds, built):
         self.version = version
+        self.built = built
         self.packages, self.files, self.relationships, self.texts = [], [], [], {}
         created = datetime.fromtimestamp(seconds, timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
         self.head = {
@@ -132,7 +140,7 @@ class Document:
 
     def add_debian_package(self, package):
         """Adds what was not added before, and answers its identifier."""
-        source, version = debian_fields(package)
+        source, version = debian_fields(package, self.built)
         identifier = f"SPDXRef-Debian-{re.sub(r'[^A-Za-z0-9.-]', '-', package)}"
         if all(p["SPDXID"] != identifier for p in self.packages):
             licence, comment = self.licence_of(source, package)
@@ -167,8 +175,8 @@ def depended_on(package):
     return sorted({re.split(r"[\s(|:]", part.strip())[0] for part in depends.split(",") if part.strip()})
 
 
-def write_spdx(package, version, seconds, output):
-    document = Document(package.name, version, seconds)
+def write_spdx(package, version, seconds, built, output):
+    document = Document(package.name, version, seconds, built)
     with tempfile.TemporaryDirectory() as folder:
         system = unpack(package, Path(folder))
         document.add_files(Path(folder))
@@ -200,11 +208,14 @@ def main():
     spdx.add_argument("--version", required=True)
     spdx.add_argument("--time", type=int, required=True, help="seconds since 1970, of the document")
     spdx.add_argument("--output", required=True)
+    for command in (notices, spdx):
+        command.add_argument("--versions", help="\"SOURCE VERSION\" lines of what was built from source")
     options = parser.parse_args()
+    built = built_versions(options.versions)
     if options.command == "notices":
-        write_notices(options.system, options.output)
+        write_notices(options.system, built, options.output)
     else:
-        write_spdx(options.package, options.version, options.time, options.output)
+        write_spdx(options.package, options.version, options.time, built, options.output)
 
 
 if __name__ == "__main__":

@@ -62,9 +62,12 @@ pack()
     find "$1/packages" -maxdepth 1 -type f -exec mv {} "$out/" \;
 }
 
+# describe PACKAGE BILL [option of materials.py]...
 describe()
 {
-    scripts/materials.py spdx "$1" --version "$version" --time "$SOURCE_DATE_EPOCH" --output "$2"
+    local package=$1 bill=$2
+    shift 2
+    scripts/materials.py spdx "$package" --version "$version" --time "$SOURCE_DATE_EPOCH" --output "$bill" "$@"
 }
 
 # Says why there will be no packages for Windows, or nothing when there can be.
@@ -103,7 +106,8 @@ if [ -z "$windows" ]; then
         -D ZV_REPRODUCIBLE=ON -D ZV_DOCUMENTATION=ON -D BUILD_TESTING=OFF -D ZV_BUILD_BENCHMARKS=OFF
     cmake --build build/package-windows
     pack build/package-windows
-    describe "$(echo "$out"/*.zip)" "$out/zvgentl-$version-windows-x86_64.spdx.json"
+    describe "$(echo "$out"/*.zip)" "$out/zvgentl-$version-windows-x86_64.spdx.json" \
+        --versions "$ZV_WINDOWS_PREFIX/versions"
     windows=made
 fi
 (cd "$out" && sha256sum -- *.* >SHA256SUMS)
