@@ -32,7 +32,7 @@ std::vector<fs::path> split_path_list(const std::string& list)
     for (std::size_t start = 0; start <= list.size();) {
         const std::size_t end = std::min(list.find(path_list_separator, start), list.size());
         if (end > start)
-            folders.emplace_back(list.substr(start, end - start));
+            folders.push_back(fs::u8path(list.substr(start, end - start)));
         start = end + 1;
     }
     return folders;
@@ -41,13 +41,13 @@ std::vector<fs::path> split_path_list(const std::string& list)
 std::vector<fs::path> producers_at(const fs::path& wanted)
 {
     if (!fs::exists(wanted))
-        throw std::runtime_error("there is no file " + wanted.string() +
+        throw std::runtime_error("there is no file " + wanted.u8string() +
                                  "; --cti takes the path of a .cti file");
     if (!fs::is_directory(wanted))
         return {wanted};
     auto found = producers_in(wanted);
     if (found.empty())
-        throw std::runtime_error("the folder " + wanted.string() + " holds no .cti file");
+        throw std::runtime_error("the folder " + wanted.u8string() + " holds no .cti file");
     return found;
 }
 
@@ -70,7 +70,7 @@ void load(std::optional<DynamicLibrary>& library, const fs::path& file)
         library.emplace(file);
     } catch (const std::runtime_error& reason) {
         throw std::runtime_error(
-            "cannot load " + file.string() + ": " + reason.what() +
+            "cannot load " + file.u8string() + ": " + reason.what() +
             "\nThe libraries that a producer needs must lie beside it or on the library path.");
     }
 }
@@ -80,7 +80,7 @@ Functions find_functions_of(const DynamicLibrary& library, const fs::path& file)
     try {
         return find_functions(library);
     } catch (const std::runtime_error& reason) {
-        throw std::runtime_error(file.string() + " is not a GenTL producer: " + reason.what());
+        throw std::runtime_error(file.u8string() + " is not a GenTL producer: " + reason.what());
     }
 }
 

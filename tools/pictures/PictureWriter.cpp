@@ -19,7 +19,7 @@ void PictureWriter::write(const std::filesystem::path& file, const Picture& pict
     } catch (const std::exception& reason) {
         std::error_code ignored;
         std::filesystem::remove(part, ignored);
-        throw std::runtime_error("cannot write " + file.string() + ": " + reason.what());
+        throw std::runtime_error("cannot write " + file.u8string() + ": " + reason.what());
     }
 }
 

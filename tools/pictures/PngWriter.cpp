@@ -80,7 +80,7 @@ bool encode(png_structp png, png_infop info, std::FILE* file, const Picture& pic
 
 void PngWriter::write_to(const std::filesystem::path& file, const Picture& picture) const
 {
-    std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.string().c_str(), "wb"));
+    std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.u8string().c_str(), "wb"));
     if (!stream)
         throw std::system_error(errno, std::generic_category());
     const PngStruct png;

@@ -72,7 +72,7 @@ void TiffWriter::write_to(const std::filesystem::path& file, const Picture& pict
         throw std::runtime_error("libtiff cannot be used");
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep_message, &message);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignore_warning, nullptr);
-    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpenExt(file.string().c_str(), "w", options.get()));
+    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpenExt(file.u8string().c_str(), "w", options.get()));
     if (!tiff || !set_fields(tiff.get(), picture) || !write_rows(tiff.get(), picture))
         throw std::runtime_error(message.empty() ? "libtiff gave no reason" : message);
 }

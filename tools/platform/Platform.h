@@ -1,5 +1,6 @@
 /// \file Platform.h
-/// What the tools need from the operating system; the bodies lie in one folder per system.
+/// What the tools need from the operating system; the bodies lie in one folder per system. Texts are UTF-8
+/// everywhere: std::filesystem::u8path makes a path of one, u8string() a text of a path.
 #pragma once
 
 #include <cstdio>
@@ -43,7 +44,9 @@ void set_environment(const char* name, const std::string& value);
 /// Creates a new folder that only this user can enter, below the system's folder for temporary files.
 std::filesystem::path make_private_folder(const std::string& prefix);
 
-/// Whether the stream shows on a terminal.
+/// Whether the stream shows on a terminal that follows control sequences.
 bool is_terminal(std::FILE* stream) noexcept;
+/// What is written to the stream arrives as it is, whatever the system does with the ends of lines.
+void keep_bytes(std::FILE* stream) noexcept;
 
 } // namespace zvgentl::tool

@@ -159,10 +159,10 @@ GrabResult grab(const GrabOptions& options, Interrupt& interrupt)
         require_genapi_parser();
     std::optional<PictureSaver> saver;
     if (!options.output.empty())
-        saver.emplace(options.output, options.format, most_waiting_pictures);
+        saver.emplace(std::filesystem::u8path(options.output), options.format, most_waiting_pictures);
 
-    const Producer producer(select_producer(find_producers(options.cti)));
-    result.producer = producer.file().string();
+    const Producer producer(select_producer(find_producers(std::filesystem::u8path(options.cti))));
+    result.producer = producer.file().u8string();
     const System system(producer);
     const SelectedDevice selected = select_device(system, options.interface_id, options.device);
     describe(selected, result);

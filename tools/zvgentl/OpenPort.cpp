@@ -27,7 +27,7 @@ const PortOptions& checked(const PortOptions& options)
 } // namespace
 
 OpenPort::OpenPort(const PortOptions& options)
-    : m_producer(select_producer(find_producers(options.cti))), m_system(m_producer)
+    : m_producer(select_producer(find_producers(std::filesystem::u8path(options.cti)))), m_system(m_producer)
 {
     m_port.emplace(m_producer, open(options));
 }

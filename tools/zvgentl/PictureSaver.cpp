@@ -21,7 +21,7 @@ PictureSaver::PictureSaver(std::filesystem::path folder, FileFormat format, std:
     std::error_code error;
     std::filesystem::create_directories(m_folder, error);
     if (!std::filesystem::is_directory(m_folder))
-        throw std::runtime_error(fmt::format("cannot create the folder {}: {}", m_folder.string(),
+        throw std::runtime_error(fmt::format("cannot create the folder {}: {}", m_folder.u8string(),
                                              error ? error.message() : "a file is there"));
     for (unsigned i = 0; i < thread_count(); ++i)
         m_threads.emplace_back([this] { work(); });

@@ -85,7 +85,7 @@ std::string gentl_version(const Producer& producer)
 ProducerEntry read_producer(const std::filesystem::path& file, Streams streams)
 {
     ProducerEntry entry;
-    entry.file = std::filesystem::absolute(file).string();
+    entry.file = std::filesystem::absolute(file).u8string();
     try {
         const Producer producer(file);
         entry.display_name = producer.text(TL_INFO_DISPLAYNAME).value_or("");

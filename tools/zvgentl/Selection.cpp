@@ -92,7 +92,7 @@ std::filesystem::path select_producer(const std::vector<std::filesystem::path>& 
         return own.front();
     std::string text = "there is more than one producer; choose one with --cti:";
     for (const auto& file : files)
-        text += "\n  " + file.string();
+        text += "\n  " + file.u8string();
     throw std::runtime_error(text);
 }
 

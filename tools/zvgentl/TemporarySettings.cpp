@@ -31,7 +31,7 @@ std::string read_file(const fs::path& file)
 {
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
-        throw std::runtime_error("cannot read your settings file " + file.string());
+        throw std::runtime_error("cannot read your settings file " + file.u8string());
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
@@ -41,7 +41,7 @@ void write_file(const fs::path& file, const std::string& text)
     stream << text;
     stream.close();
     if (!stream)
-        throw std::runtime_error("cannot write the temporary settings file " + file.string());
+        throw std::runtime_error("cannot write the temporary settings file " + file.u8string());
 }
 
 bool is_file(const fs::path& file)
@@ -64,7 +64,7 @@ std::string with_setting(const std::string& text, const std::string& key, const 
 
 fs::path current_settings_file()
 {
-    fs::path named = environment(settings_variable);
+    const fs::path named = fs::u8path(environment(settings_variable));
     if (is_file(named))
         return named;
     for (const auto& folder : {user_configuration_folder(), machine_configuration_folder()})
@@ -81,7 +81,7 @@ TemporarySettings::TemporarySettings(StreamMode mode) : m_previous_variable(envi
     try {
         const fs::path copy = m_folder / settings_name;
         write_file(copy, with_setting(text, mode_key, mode == StreamMode::queued ? "1" : "0"));
-        set_environment(settings_variable, copy.string());
+        set_environment(settings_variable, copy.u8string());
     } catch (...) {
         remove();
         throw;

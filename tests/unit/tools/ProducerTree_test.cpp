@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "TemporaryFolder.h"
+
 namespace zvgentl::test {
 
 using namespace tool;
@@ -161,8 +163,11 @@ TEST(ProducerText, SaysWhyAnInterfaceOrADeviceCannotBeRead)
 
 TEST(ReadProducer, ReportsAFileThatIsNoLibrary)
 {
-    const ProducerEntry entry = read_producer("/dev/null", Streams::left_out);
-    EXPECT_NE(std::string::npos, entry.problem.find("cannot load /dev/null")) << entry.problem;
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder / "text.cti";
+    write_text(file, "no library");
+    const ProducerEntry entry = read_producer(file, Streams::left_out);
+    EXPECT_NE(std::string::npos, entry.problem.find("cannot load " + file.string())) << entry.problem;
     EXPECT_TRUE(entry.interfaces.empty());
 }
 

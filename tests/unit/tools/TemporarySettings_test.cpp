@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "TemporaryFolder.h"
+#include "UserFolders.h"
 
 namespace zvgentl::test {
 
@@ -18,11 +19,10 @@ constexpr const char* mode_key = "GenTL.Stream.QueuedBufferMode-Overwrite";
 class Settings : public testing::Test {
 protected:
     TemporaryFolder folder;
-    ScopedVariable home{"HOME", folder.path().string()};
-    ScopedVariable config{"XDG_CONFIG_HOME", ""};
+    UserFolders user{folder.path()};
     ScopedVariable named{variable, ""};
 
-    fs::path user_file() const { return folder.path() / ".config" / "zvgentl" / "settings.properties"; }
+    fs::path user_file() const { return user.configuration() / "settings.properties"; }
 };
 
 } // namespace
@@ -61,14 +61,6 @@ TEST_F(Settings, ComeFromTheUsersFileWhenTheNamedOneDoesNotExist)
     EXPECT_EQ(user_file(), current_settings_file());
 }
 
-TEST_F(Settings, ComeFromTheUsersChosenFolder)
-{
-    const ScopedVariable chosen("XDG_CONFIG_HOME", (folder / "chosen").string());
-    const fs::path file = folder / "chosen" / "zvgentl" / "settings.properties";
-    write_text(file, "x = 1\n");
-    EXPECT_EQ(file, current_settings_file());
-}
-
 TEST_F(Settings, AreCopiedWithTheModeAndTakenAwayAgain)
 {
     write_text(user_file(), std::string("x = 1\n") + mode_key + " = 1\n");
@@ -94,8 +86,7 @@ TEST_F(Settings, HoldOnlyTheModeWhenThereAreNone)
 TEST_F(Settings, AreForTheUserAlone)
 {
     const TemporarySettings settings(StreamMode::queued);
-    const auto rights = fs::status(fs::path(environment(variable)).parent_path()).permissions();
-    EXPECT_EQ(fs::perms::owner_all, rights);
+    EXPECT_TRUE(is_for_its_owner_alone(fs::path(environment(variable)).parent_path()));
 }
 
 TEST_F(Settings, PutTheVariableBack)

@@ -64,4 +64,6 @@ std::filesystem::path make_private_folder(const std::string& prefix)
 
 bool is_terminal(std::FILE* stream) noexcept { return isatty(fileno(stream)) != 0; }
 
+void keep_bytes(std::FILE* /*stream*/) noexcept {}
+
 } // namespace zvgentl::tool

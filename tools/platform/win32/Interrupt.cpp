@@ -1,5 +1,6 @@
 #include "platform/Interrupt.h"
 
+#include <mutex>
 #include <shared_mutex>
 #include <system_error>
 #include <utility>
@@ -42,22 +43,26 @@ void set_request(std::function<void()> request)
     request_stop = std::move(request);
 }
 
+// Once, and never taken out again: the system holds a lock while a handler runs, so that taking it out while
+// the console window is being closed would wait for the handler that does not return.
+void install_handler()
+{
+    static std::once_flag installed;
+    std::call_once(installed, [] {
+        if (SetConsoleCtrlHandler(on_control, TRUE) == 0)
+            throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
+                                    "cannot watch for Ctrl-C");
+    });
+}
+
 } // namespace
 
 Interrupt::Interrupt(std::function<void()> give_up) : m_give_up(std::move(give_up))
 {
+    install_handler();
     set_request([this] { on_request(); });
-    if (SetConsoleCtrlHandler(on_control, TRUE) == 0) {
-        const DWORD error = GetLastError();
-        set_request(nullptr);
-        throw std::system_error(static_cast<int>(error), std::system_category(), "cannot watch for Ctrl-C");
-    }
 }
 
-Interrupt::~Interrupt()
-{
-    SetConsoleCtrlHandler(on_control, FALSE);
-    set_request(nullptr);
-}
+Interrupt::~Interrupt() { set_request(nullptr); }
 
 } // namespace zvgentl::tool

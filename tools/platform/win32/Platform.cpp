@@ -2,11 +2,13 @@
 
 #include <array>
 #include <cstdio>
+#include <memory>
 #include <stdexcept>
 #include <system_error>
 
 #include <windows.h> // before the headers that need it
 
+#include <fcntl.h>
 #include <io.h>
 #include <sddl.h>
 
@@ -38,13 +40,35 @@ fs::path folder_named_by(const char* variable)
     return base.is_absolute() ? base / "zvgentl" : fs::path();
 }
 
-/// Rights for the owner alone, passed on to what is created inside.
+struct FreeLocal {
+    void operator()(void* memory) const noexcept { LocalFree(memory); }
+};
+
+/// The number of the user that this process runs for, as rights are written with.
+std::string number_of_user()
+{
+    alignas(TOKEN_USER) std::array<unsigned char, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user{};
+    DWORD size = 0;
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0)
+        fail(GetLastError(), "cannot tell who the user is");
+    const BOOL known = GetTokenInformation(token, TokenUser, user.data(), user.size(), &size);
+    CloseHandle(token);
+    char* text = nullptr;
+    if (known == 0 ||
+        ConvertSidToStringSidA(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &text) == 0)
+        fail(GetLastError(), "cannot tell who the user is");
+    return std::unique_ptr<char, FreeLocal>(text).get();
+}
+
+/// Rights for the user alone, passed on to what is created inside.
 class PrivateRights {
 public:
     PrivateRights()
     {
+        const std::string rights = "D:P(A;OICI;FA;;;" + number_of_user() + ")";
         if (ConvertStringSecurityDescriptorToSecurityDescriptorA(
-                "D:P(A;OICI;FA;;;OW)", SDDL_REVISION_1, &m_attributes.lpSecurityDescriptor, nullptr) == 0)
+                rights.c_str(), SDDL_REVISION_1, &m_attributes.lpSecurityDescriptor, nullptr) == 0)
             fail(GetLastError(), "cannot describe the rights of a private folder");
     }
     ~PrivateRights() { LocalFree(m_attributes.lpSecurityDescriptor); }
@@ -118,6 +142,16 @@ fs::path make_private_folder(const std::string& prefix)
     }
 }
 
-bool is_terminal(std::FILE* stream) noexcept { return _isatty(_fileno(stream)) != 0; }
+bool is_terminal(std::FILE* stream) noexcept
+{
+    // The run-time library takes the null device for a terminal as well, and consoles follow control
+    // sequences only when they are asked to.
+    auto* const console = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    DWORD mode = 0;
+    return GetConsoleMode(console, &mode) != 0 &&
+           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+void keep_bytes(std::FILE* stream) noexcept { _setmode(_fileno(stream), _O_BINARY); }
 
 } // namespace zvgentl::tool

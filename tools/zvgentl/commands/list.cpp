@@ -36,7 +36,7 @@ public:
     int run() override
     {
         std::vector<ProducerEntry> producers;
-        for (const auto& file : find_producers(m_cti))
+        for (const auto& file : find_producers(std::filesystem::u8path(m_cti)))
             producers.push_back(read_producer(file, m_streams ? Streams::listed : Streams::left_out));
         if (m_json)
             print_json(producers);

@@ -1,9 +1,11 @@
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
 #include <fmt/format.h>
 
+#include "platform/Platform.h"
 #include "zvgentl/Command.h"
 #include "zvgentl/OpenPort.h"
 
@@ -49,11 +51,12 @@ private:
     void save(const std::string& data) const
     {
         if (m_output.empty()) {
+            keep_bytes(stdout);
             if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size() || std::fflush(stdout) != 0)
                 throw std::runtime_error("the description cannot be written");
             return;
         }
-        std::ofstream stream(m_output, std::ios::binary);
+        std::ofstream stream(std::filesystem::u8path(m_output), std::ios::binary);
         stream << data;
         stream.close();
         if (!stream)
