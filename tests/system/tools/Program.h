@@ -1,13 +1,13 @@
 #pragma once
 
-#include <filesystem>
-#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include "Folder.h"
+#include "Process.h"
 
 namespace zvgentl::test {
 
@@ -31,7 +31,7 @@ public:
     Program& on_terminal();
 
     void start();
-    void send(int signal) const;
+    void interrupt(const Interruption& way) const { m_process->interrupt(way); }
     Ended wait();
     Ended run()
     {
@@ -44,31 +44,9 @@ public:
     bool left_nothing_temporary() const;
 
 private:
-    std::vector<std::string> environment_block() const;
-    [[noreturn]] void become_program(const std::vector<std::string>& environment) const;
-    std::string read_terminal() const;
-
     Folder m_folder;
-    std::vector<std::string> m_arguments;
-    std::map<std::string, std::string> m_variables;
-    int m_process = -1;
-    int m_terminal = -1; // our end
-    bool m_wants_terminal = false;
-};
-
-/// Returns once a file of that name has appeared complete in the folder; the folder must exist before the
-/// file.
-class FileWatch {
-public:
-    explicit FileWatch(const std::filesystem::path& folder);
-    ~FileWatch();
-    FileWatch(const FileWatch&) = delete;
-    FileWatch& operator=(const FileWatch&) = delete;
-
-    void wait_for(const std::string& name) const;
-
-private:
-    int m_descriptor;
+    Start m_start;
+    std::unique_ptr<Process> m_process;
 };
 
 } // namespace zvgentl::test

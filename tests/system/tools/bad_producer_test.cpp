@@ -31,18 +31,22 @@ protected:
 
 TEST_P(AnyCommand, NamesTheProducerThatIsNotThere)
 {
-    const Ended ended = Program(words({"--cti", "/no/such.cti"})).run();
+    const std::string file = u8"/no such/gro\u00df \u0416.cti";
+    const Ended ended = Program(words({"--cti", file})).run();
     EXPECT_EQ(1, ended.code);
     EXPECT_EQ("", ended.output);
-    EXPECT_TRUE(contains(ended.errors, "/no/such.cti")) << ended.errors;
+    EXPECT_TRUE(contains(ended.errors, file)) << ended.errors;
 }
 
 TEST_P(AnyCommand, NamesAFileThatIsNoLibrary)
 {
-    Program program(words({"--cti", "/etc/hostname"}));
+    const Folder folder;
+    const std::string file = (folder / "text.cti").u8string();
+    write_text(file, "no library");
+    Program program(words({"--cti", file}));
     const Ended ended = program.run();
     EXPECT_EQ(1, ended.code);
-    EXPECT_TRUE(contains(ended.errors, "cannot load /etc/hostname")) << ended.errors;
+    EXPECT_TRUE(contains(ended.errors, "cannot load " + file)) << ended.errors;
     EXPECT_TRUE(program.left_nothing_temporary());
 }
 
@@ -60,6 +64,17 @@ TEST_P(AnyCommand, SaysThatTheVariableLeadsNowhere)
     const Ended ended = Program(words()).with("GENICAM_GENTL64_PATH", "/no/such/folder").run();
     EXPECT_EQ(1, ended.code);
     EXPECT_TRUE(contains(ended.errors, "GENICAM_GENTL64_PATH (/no/such/folder)")) << ended.errors;
+}
+
+TEST_P(AnyCommand, FollowsTheVariableToAFolderOfAnyName)
+{
+    const Folder folder;
+    const auto place = folder.path() / std::filesystem::u8path(u8"gro\u00df \u0416");
+    std::filesystem::create_directory(place);
+    write_text(place / "text.cti", "no library");
+    const Ended ended = Program(words()).with("GENICAM_GENTL64_PATH", place.u8string()).run();
+    EXPECT_EQ(1, ended.code);
+    EXPECT_TRUE(contains(ended.errors, "cannot load " + (place / "text.cti").u8string())) << ended.errors;
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, AnyCommand, testing::Values(Words{"list"}, Words{"grab"}, Words{"xml"}),

@@ -39,15 +39,6 @@ TEST_P(FeaturesOfEveryPort, CanAllBeRead)
     }
 }
 
-TEST_P(FeaturesOfEveryPort, StandInADescriptionThatCanBeSaved)
-{
-    const Ended ended = run({"xml", "--port", GetParam()});
-    ASSERT_EQ(0, ended.code) << ended.errors;
-    EXPECT_EQ(0U, ended.output.find("<?xml")) << ended.output.substr(0, 100);
-    EXPECT_TRUE(contains(ended.output, "Name=\"Device\"")) << "the port's node";
-    EXPECT_TRUE(contains(ended.output, "</RegisterDescription>"));
-}
-
 INSTANTIATE_TEST_SUITE_P(Ports, FeaturesOfEveryPort,
                          testing::Values("system", "interface", "device", "stream", "buffer", "remote"),
                          [](const auto& port) { return std::string(port.param); });

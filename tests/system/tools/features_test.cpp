@@ -106,30 +106,6 @@ TEST(FeaturesOfABuffer, AreThoseOfItsPackedDescription)
     EXPECT_EQ("Stream000 (buffer)", ended.json()["port"]);
 }
 
-TEST(Descriptions, AreSavedAsTheyLieInTheDeviceOrUnpacked)
-{
-    const Folder folder;
-    const std::string file = (folder / "description").string();
-    EXPECT_EQ(0, Program({"xml", "--port", "system", "--output", file}).run().code);
-    EXPECT_EQ(3391U, read_text(file).size());
-    EXPECT_EQ(read_text(file), Program({"xml", "--port", "system"}).run().output);
-
-    EXPECT_EQ(0, Program({"xml", "--port", "buffer", "--raw", "--output", file}).run().code);
-    EXPECT_EQ(640U, read_text(file).size());
-    EXPECT_EQ("PK", read_text(file).substr(0, 2));
-
-    EXPECT_EQ(0, Program({"xml", "--port", "buffer", "-o", file}).run().code);
-    EXPECT_EQ("<?xml", read_text(file).substr(0, 5));
-    EXPECT_TRUE(contains(read_text(file), "</RegisterDescription>"));
-}
-
-TEST(Descriptions, CannotBeSavedWhereNothingCanBeWritten)
-{
-    const Ended ended = Program({"xml", "--port", "system", "--output", "/dev/null/system.xml"}).run();
-    EXPECT_EQ(1, ended.code);
-    EXPECT_EQ("zvgentl xml: cannot write /dev/null/system.xml\n", ended.errors);
-}
-
 TEST(PortSelection, SaysWhatThereIsWhenTheInterfaceIsNot)
 {
     for (const char* const port : {"interface", "device", "stream", "buffer", "remote"}) {
@@ -144,26 +120,6 @@ TEST(PortSelection, SaysWhatThereIsWhenTheDeviceIsNot)
     const Ended ended = Program({"get", "--device", "Device99", "Width"}).run();
     EXPECT_EQ(1, ended.code);
     EXPECT_TRUE(contains(ended.errors, "FG0/Device00, FG0/Device01, FG1/Device10")) << ended.errors;
-}
-
-TEST(PortSelection, RefusesAWrongCommandLine)
-{
-    for (const auto& words : std::vector<std::vector<std::string>>{
-             {"features", "--port", "camera"},
-             {"get"         },
-             {"set"     },
-             {"set",   "Width"             },
-             {"set", "Width=1",         "Height"},
-             {"exec"    },
-             {"exec",       "A","B"},
-             {"exec",     "A","--timeout", "0"},
-             {"get",       "--set",         "Width", "Width"},
-             {"xml","stray"          }
-    }) {
-        const Ended ended = Program(words).run();
-        EXPECT_EQ(2, ended.code) << words.front();
-        EXPECT_NE("", ended.errors) << words.front();
-    }
 }
 
 } // namespace zvgentl::test

@@ -159,10 +159,13 @@ TEST_P(Grab, FailsWhenNoFrameComesInTime)
 
 TEST_P(Grab, FailsWhenThePicturesCannotBeSaved)
 {
-    Program program({"grab", "--mode", mode(), "--frames", "0", "--output", "/dev/null/pictures"});
+    const Folder folder;
+    write_text(folder / "file", "");
+    const std::string pictures = (folder / "file" / "pictures").u8string();
+    Program program({"grab", "--mode", mode(), "--frames", "0", "--output", pictures});
     const Ended ended = program.run();
     EXPECT_EQ(1, ended.code);
-    EXPECT_NE(std::string::npos, ended.errors.find("/dev/null/pictures")) << ended.errors;
+    EXPECT_NE(std::string::npos, ended.errors.find(pictures)) << ended.errors;
     EXPECT_TRUE(program.left_nothing_temporary());
 }
 
@@ -173,6 +176,21 @@ TEST_P(Grab, ShowsItsProgressOnATerminalAlone)
     ASSERT_EQ(0, ended.code) << ended.errors;
     EXPECT_NE(std::string::npos, ended.errors.find("1/20 frames")) << ended.errors;
     EXPECT_EQ(20, ended.json()["delivered"]) << "the summary stays readable";
+}
+
+TEST_P(Grab, SavesInAFolderOfAnyName)
+{
+    const Folder folder;
+    const fs::path pictures = folder.path() / fs::u8path(u8"Bilder f\u00fcr \u0416");
+    for (const char* const format : {"png", "tiff"}) {
+        const Ended ended = Program({"grab", "--mode", mode(), "--frames", "2", "--output",
+                                     pictures.u8string(), "--format", format, "--json"})
+                                .with("ZV_GRABBER_RATE", as_fast_as_possible)
+                                .run();
+        ASSERT_EQ(0, ended.code) << ended.output << ended.errors;
+        EXPECT_EQ(pictures.u8string(), ended.json()["saved"]["folder"]);
+    }
+    EXPECT_EQ(4U, count_files(pictures));
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, Grab, testing::Values("queued", "cyclic"),

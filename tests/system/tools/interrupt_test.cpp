@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <string>
+#include <tuple>
 
 #include "Program.h"
 
@@ -9,12 +9,11 @@ namespace zvgentl::test {
 
 namespace {
 
-struct Case {
-    const char* mode;
-    int signal;
+class InterruptedGrab : public testing::TestWithParam<std::tuple<std::string, Interruption>> {
+protected:
+    static std::string mode() { return std::get<0>(GetParam()); }
+    static const Interruption& way() { return std::get<1>(GetParam()); }
 };
-
-class InterruptedGrab : public testing::TestWithParam<Case> {};
 
 } // namespace
 
@@ -23,10 +22,10 @@ TEST_P(InterruptedGrab, SavesWhatArrivedAndTakesItsSettingsAway)
     const Folder folder;
     const FileWatch watch(folder.path());
     Program program(
-        {"grab", "--mode", GetParam().mode, "--frames", "0", "--output", folder.path().string(), "--json"});
+        {"grab", "--mode", mode(), "--frames", "0", "--output", folder.path().string(), "--json"});
     program.start();
     watch.wait_for("frame_000003.png");
-    program.send(GetParam().signal);
+    program.interrupt(way());
     const Ended ended = program.wait();
     EXPECT_EQ(130, ended.code) << ended.errors;
     const auto summary = ended.json();
@@ -43,12 +42,12 @@ TEST_P(InterruptedGrab, NeedNotWaitForAFrame)
 {
     const Folder folder;
     const FileWatch watch(folder.path());
-    Program program({"grab", "--mode", GetParam().mode, "--frames", "0", "--timeout", "3600000", "--output",
+    Program program({"grab", "--mode", mode(), "--frames", "0", "--timeout", "3600000", "--output",
                      folder.path().string(), "--json"});
     program.with("ZV_GRABBER_RATE", "0.001"); // the second frame would come after a quarter of an hour
     program.start();
     watch.wait_for("frame_000000.png");
-    program.send(GetParam().signal);
+    program.interrupt(way());
     const Ended ended = program.wait();
     EXPECT_EQ(130, ended.code) << ended.errors;
     EXPECT_EQ(1, ended.json()["delivered"]);
@@ -56,14 +55,10 @@ TEST_P(InterruptedGrab, NeedNotWaitForAFrame)
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, InterruptedGrab,
-                         testing::Values(Case{"queued", SIGINT}, Case{"cyclic", SIGINT},
-                                         Case{"queued", SIGTERM}, Case{"cyclic", SIGHUP}),
+                         testing::Combine(testing::Values("queued", "cyclic"),
+                                          testing::ValuesIn(interruptions)),
                          [](const auto& way) {
-                             const int signal = way.param.signal;
-                             const char* const name = signal == SIGINT    ? "Int"
-                                                      : signal == SIGTERM ? "Term"
-                                                                          : "Hup";
-                             return std::string(way.param.mode) + name;
+                             return std::get<0>(way.param) + std::get<1>(way.param).name;
                          });
 
 } // namespace zvgentl::test

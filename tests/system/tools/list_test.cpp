@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Program.h"
+#include "platform/Platform.h"
 
 namespace zvgentl::test {
 
@@ -21,16 +22,20 @@ std::map<std::string, std::vector<std::string>> devices_in(const nlohmann::json&
     return devices;
 }
 
+/// As the system itself writes it.
+std::string producer_file() { return std::filesystem::path(PRODUCER_FILE).make_preferred().u8string(); }
+
 using Tree = std::map<std::string, std::vector<std::string>>;
 
 } // namespace
 
 TEST(List, ShowsTheTreeOfTheProducerBesideTheProgram)
 {
+    const std::string producer = producer_file();
     const Ended ended = Program({"list"}).run();
     EXPECT_EQ(0, ended.code) << ended.errors;
     EXPECT_EQ("", ended.errors);
-    for (const char* const part : {"ZEVA Electronics GenTL Producer 6.3.3", PRODUCER_FILE, "FG0  CXP",
+    for (const char* const part : {"ZEVA Electronics GenTL Producer 6.3.3", producer.c_str(), "FG0  CXP",
                                    "FG1  CLHS", "Device00", "Device01", "Device10", "read/write"})
         EXPECT_TRUE(contains(ended.output, part)) << part << " is missing from\n" << ended.output;
 }
@@ -67,11 +72,11 @@ TEST(List, OpensTheDevicesForTheirStreams)
 
 TEST(List, FindsProducersThroughTheVariable)
 {
-    const std::string folder = std::filesystem::path(PRODUCER_FILE).parent_path().string();
-    const Ended ended =
-        Program({"list", "--json"}).with("GENICAM_GENTL64_PATH", "/does/not/exist:" + folder).run();
+    const std::string folders = std::string("/does/not/exist") + tool::path_list_separator +
+                                std::filesystem::path(producer_file()).parent_path().u8string();
+    const Ended ended = Program({"list", "--json"}).with("GENICAM_GENTL64_PATH", folders).run();
     ASSERT_EQ(0, ended.code) << ended.errors;
-    EXPECT_EQ(PRODUCER_FILE, ended.json()["producers"][0]["file"]);
+    EXPECT_EQ(producer_file(), ended.json()["producers"][0]["file"]);
 }
 
 TEST(List, FollowsTheUsersSettings)

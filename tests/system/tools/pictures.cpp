@@ -26,7 +26,7 @@ png_image empty_image()
 GreyPicture read_png(const std::filesystem::path& file)
 {
     png_image image = empty_image();
-    if (png_image_begin_read_from_file(&image, file.c_str()) == 0 || image.format != PNG_FORMAT_GRAY)
+    if (png_image_begin_read_from_file(&image, file.string().c_str()) == 0 || image.format != PNG_FORMAT_GRAY)
         throw std::runtime_error("no grey PNG file of 8 bits: " + file.string());
     GreyPicture picture{image.width, image.height, 8, {}};
     picture.samples.resize(PNG_IMAGE_SIZE(image));
@@ -37,7 +37,7 @@ GreyPicture read_png(const std::filesystem::path& file)
 
 GreyPicture read_tiff(const std::filesystem::path& file)
 {
-    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpen(file.c_str(), "r"));
+    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpen(file.string().c_str(), "r"));
     if (!tiff)
         throw std::runtime_error("no TIFF file: " + file.string());
     GreyPicture picture;
@@ -64,7 +64,7 @@ void write_png(const std::filesystem::path& file, const GreyPicture& picture)
     image.width = picture.width;
     image.height = picture.height;
     image.format = PNG_FORMAT_GRAY;
-    if (png_image_write_to_file(&image, file.c_str(), 0, picture.samples.data(), 0, nullptr) == 0)
+    if (png_image_write_to_file(&image, file.string().c_str(), 0, picture.samples.data(), 0, nullptr) == 0)
         throw std::runtime_error("cannot write " + file.string());
 }
 

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zvgentl::test {
+
+using Variables = std::map<std::string, std::string>;
+
+/// The variables that tell programs of this system where the user's folders are, all below home, and where to
+/// put temporary files.
+Variables folders_of_user(const std::filesystem::path& home, const std::filesystem::path& temporary);
+
+/// A way in which the system asks programs to end.
+struct Interruption {
+    const char* name;
+    int number;
+};
+
+extern const std::vector<Interruption> interruptions;
+
+/// How a program is started. Its variables are added to this process's; an empty one is taken away.
+struct Start {
+    std::filesystem::path program;
+    std::vector<std::string> arguments;
+    Variables variables;
+    std::filesystem::path output;
+    std::filesystem::path errors; // empty: they are shown on a terminal
+};
+
+/// A program that was started; it is ended with the object if nobody waited for its end. The bodies lie in
+/// one folder per system, as those of FileWatch do.
+class Process {
+public:
+    explicit Process(const Start& start);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    void interrupt(const Interruption& way) const;
+    /// What it shows on its terminal until it ends.
+    std::string read_terminal() const;
+    /// Its exit code, once it has ended.
+    int wait();
+
+private:
+    struct Handles;
+    std::unique_ptr<Handles> m_handles;
+};
+
+/// Returns once a file of that name has appeared complete in the folder; the folder must exist before the
+/// file.
+class FileWatch {
+public:
+    explicit FileWatch(const std::filesystem::path& folder);
+    ~FileWatch();
+    FileWatch(const FileWatch&) = delete;
+    FileWatch& operator=(const FileWatch&) = delete;
+
+    void wait_for(const std::string& name) const;
+
+private:
+    struct Handles;
+    std::unique_ptr<Handles> m_handles;
+};
+
+} // namespace zvgentl::test
