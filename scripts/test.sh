@@ -30,7 +30,7 @@ build_and_test()
 {
     local wanted=(-D ZV_WITH_ARAVIS=ON) # or the tests that need it would be left out without a word
     if [ "$1" = windows ]; then
-        wanted=()
+        wanted=(--fresh) # the libraries may be others than last time
     fi
     cmake --preset "$1" --log-level=WARNING "${wanted[@]}" &&
         cmake --build --preset "$1" &&

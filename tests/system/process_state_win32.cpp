@@ -24,6 +24,15 @@ size_t count_threads()
     return count;
 }
 
+/// Whether the instruction is one of the few that make this call of the system.
+bool is_inside(const char* call, DWORD64 instruction)
+{
+    constexpr DWORD64 longest_call = 32;
+    const auto start = reinterpret_cast<DWORD64>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), call)));
+    return instruction > start && instruction < start + longest_call;
+}
+
 } // namespace
 
 bool is_mapped(const std::string& file_name) { return GetModuleHandleA(file_name.c_str()) != nullptr; }
@@ -40,10 +49,9 @@ size_t thread_count() { return count_threads(); }
 
 pid_t this_thread() { return static_cast<pid_t>(GetCurrentThreadId()); }
 
-// A thread that waits is in the call of the system that does it.
+// A thread that waits is in the call of the system that does it; Wine waits for one thing as for several.
 bool is_asleep(pid_t thread)
 {
-    constexpr DWORD64 longest_call = 32; // a few instructions that enter the kernel
     HANDLE const handle =
         OpenThread(THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT, FALSE, static_cast<DWORD>(thread));
     CONTEXT context{};
@@ -52,9 +60,8 @@ bool is_asleep(pid_t thread)
     GetThreadContext(handle, &context);
     ResumeThread(handle);
     CloseHandle(handle);
-    const auto wait = reinterpret_cast<DWORD64>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtWaitForSingleObject")));
-    return context.Rip > wait && context.Rip < wait + longest_call;
+    return is_inside("NtWaitForSingleObject", context.Rip) ||
+           is_inside("NtWaitForMultipleObjects", context.Rip);
 }
 
 // Poco's library, and of the system those that it needs, keep memory of every load.
