@@ -86,6 +86,7 @@ RULES = [
     Rule("tests/system/tools", ("tools", "tests/unit/tools", "tests/system", "include/GenTL",
                                 "include/zvgr/FrameStamp.h"),
          (GTEST, PICTURES, SYSTEM, r"nlohmann/.*"), knows_system=True),
+    Rule("tests/packages", (), (SYSTEM,), knows_system=True),
     Rule("tests/checks", INTERFACES, (GTEST,)),
     Rule("benchmarks", ("include/GenTL", "tests/system"), (SYSTEM,), knows_system=True),
 ]
