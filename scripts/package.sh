@@ -2,11 +2,11 @@
 # Makes the packages of this commit in build/packages: for Linux a .deb and a tar archive, for Windows a zip archive and
 # an installer, for each a bill of materials (SPDX), and SHA256SUMS over all of them.
 #
-#     scripts/package.sh                   everything that this machine can make
-#     scripts/package.sh --linux           the packages for Linux alone
-#     scripts/package.sh --try             then installs, upgrades and removes them: two minutes more
-#     scripts/package.sh --check           and builds them a second time in another folder to compare the bytes: twice
-#                                          the time
+#     scripts/package.sh                   everything that this machine can make: five minutes on two cores
+#     scripts/package.sh --linux           the packages for Linux alone: half of that
+#     scripts/package.sh --try             then installs, upgrades and removes them: one minute more, the first time three
+#     scripts/package.sh --check           and builds them a second time, in another folder and with other copies of the
+#                                          libraries for Windows, to compare the bytes: eight minutes more
 #
 # Needs Debian 12, and root or sudo for the packages that are missing and for trying.
 set -euo pipefail

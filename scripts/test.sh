@@ -49,7 +49,7 @@ run_stage()
     # shellcheck disable=SC2086
     windows) ensure_packages $packages_to_build_windows && scripts/windows_dependencies.sh >/dev/null &&
         build_and_test windows ;;
-    packages) scripts/package.sh --linux --try ;;
+    packages) scripts/package.sh --try ;;
     *)
         echo "Unknown stage '$1'; there are: ${all_stages[*]}" >&2
         return 2

@@ -71,16 +71,15 @@ check "without a library of its folder it cannot be loaded" same "" \
 mv "$work/libPocoFoundation.dll" "$drive/$folder/bin/"
 
 echo "zvgentl"
-# Before Windows 10 1903, and so in Wine 8, it reads names in ASCII alone from its variables.
-windows reg add 'HKCU\Environment' /f /v GENICAM_GENTL64_PATH /d 'C:\Other Maker;C:\where\it\is\bin' >/dev/null
+# From another folder: it must take the producer that the variable names, not the one beside itself.
 mkdir -p "$drive/where/it"
 unzip -q "$zip" -d "$drive/where/it"
 mv "$drive/where/it/$(basename "$zip" .zip)" "$drive/where/it/is"
-check "it finds a producer through the variable" said 'C:\where\it\is\bin\ZVGRLibGenTL.cti' "$bin\\zvgentl.exe" list
+check "it finds a producer through the variable" said "$bin\\ZVGRLibGenTL.cti" 'C:\where\it\is\bin\zvgentl.exe' list
 windows reg delete 'HKCU\Environment' /f /v GENICAM_GENTL64_PATH >/dev/null
 check "and without it the one beside itself" said Device00 "$bin\\zvgentl.exe" list
-check "it grabs" windows "$bin\\zvgentl.exe" grab --frames 3 --output 'C:\pictures of three'
-check "three pictures are there" same 3 "$(find "$drive/pictures of three" -name '*.png' -size +0 | wc -l)"
+check "it grabs" windows "$bin\\zvgentl.exe" grab --frames 3 --output 'C:\zwei Wörter\Bilder'
+check "three pictures are there" same 3 "$(find "$drive/zwei Wörter/Bilder" -name '*.png' -size +0 | wc -l)"
 
 echo "The commands of docs/windows.md"
 sed -n '/^```bat$/,/^```$/{/^```/d; s/$/\r/; p}' "$root/docs/windows.md" >"$drive/commands.bat"
