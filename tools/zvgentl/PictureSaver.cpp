@@ -13,16 +13,25 @@ namespace {
 
 unsigned thread_count() noexcept { return std::clamp(std::thread::hardware_concurrency(), 1U, 4U); }
 
+void create_folder(const std::filesystem::path& folder)
+{
+    std::error_code error;
+    const auto root = std::filesystem::absolute(folder, error).root_path();
+    if (!std::filesystem::exists(root, error)) // a drive; the library below has a wrong reason for it
+        throw std::runtime_error(
+            fmt::format("cannot create the folder {}: there is no {}", folder.u8string(), root.u8string()));
+    std::filesystem::create_directories(folder, error);
+    if (!std::filesystem::is_directory(folder))
+        throw std::runtime_error(fmt::format("cannot create the folder {}: {}", folder.u8string(),
+                                             error ? error.message() : "a file is there"));
+}
+
 } // namespace
 
 PictureSaver::PictureSaver(std::filesystem::path folder, FileFormat format, std::size_t max_waiting)
     : m_folder(std::move(folder)), m_writer(make_writer(format)), m_max_waiting(max_waiting)
 {
-    std::error_code error;
-    std::filesystem::create_directories(m_folder, error);
-    if (!std::filesystem::is_directory(m_folder))
-        throw std::runtime_error(fmt::format("cannot create the folder {}: {}", m_folder.u8string(),
-                                             error ? error.message() : "a file is there"));
+    create_folder(m_folder);
     for (unsigned i = 0; i < thread_count(); ++i)
         m_threads.emplace_back([this] { work(); });
 }

@@ -13,8 +13,7 @@ namespace {
 
 constexpr const char* footer = "Examples:\n"
                                "  zvgentl list\n"
-                               "  zvgentl list --json | jq '.producers[].interfaces[].devices[].id'\n"
-                               "  GENICAM_GENTL64_PATH=/opt/gentl zvgentl list\n"
+                               "  zvgentl list --json | jq \".producers[].interfaces[].devices[].id\"\n"
                                "  zvgentl list --cti build/release/bin/ZVGRLibGenTL.cti\n"
                                "\n"
                                "Exit codes: 0 listed, 1 a producer could not be used, 2 wrong command line.";
