@@ -64,7 +64,7 @@ std::string with_setting(const std::string& text, const std::string& key, const 
 
 fs::path current_settings_file()
 {
-    const fs::path named = fs::u8path(environment(settings_variable));
+    fs::path named = fs::u8path(environment(settings_variable));
     if (is_file(named))
         return named;
     for (const auto& folder : {user_configuration_folder(), machine_configuration_folder()})
