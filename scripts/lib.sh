@@ -17,6 +17,13 @@ step()
     printf '\n==> [%d:%02d] %s\n' $((SECONDS / 60)) $((SECONDS % 60)) "$*"
 }
 
+# Whether the tools of the Windows build are installed, after an attempt to install them.
+can_build_for_windows()
+{
+    # shellcheck disable=SC2086
+    ensure_packages $packages_to_build_windows $packages_to_package_for_windows >/dev/null 2>&1
+}
+
 # Installs those of the named Debian packages that are missing. Needs root, or sudo, only when there are any.
 ensure_packages()
 {
