@@ -70,23 +70,13 @@ describe()
     scripts/materials.py spdx "$package" --version "$version" --time "$SOURCE_DATE_EPOCH" --output "$bill" "$@"
 }
 
-# Says why there will be no packages for Windows, or nothing when there can be.
-what_windows_lacks()
-{
-    if ! grep -q '"name": "windows"' CMakePresets.json || [ ! -x scripts/windows_dependencies.sh ]; then
-        echo "left out: this source has no Windows build"
-    elif ! ensure_packages $packages_to_package_for_windows ${packages_to_build_windows-} >/dev/null 2>&1; then
-        echo "left out: its tools cannot be installed here"
-    fi
-}
-
 step "Packages of this machine"
 # shellcheck disable=SC2086
 ensure_packages $packages_to_package
-if [ "$windows" = wanted ]; then
-    windows=$(what_windows_lacks)
+if [ "$windows" = wanted ] && ! can_build_for_windows; then
+    windows="left out: its tools cannot be installed here"
 fi
-echo "Windows: ${windows:-will be built}"
+echo "Windows: $windows"
 
 # Nothing of an earlier build, of other sources or options, goes into a package.
 rm -rf "$out" build/package build/package-windows
@@ -98,7 +88,7 @@ cmake --build --preset package
 pack build/package
 describe "$(echo "$out"/*.deb)" "$out/zvgentl-$version-linux-$(uname -m).spdx.json"
 
-if [ -z "$windows" ]; then
+if [ "$windows" = wanted ]; then
     step "Windows"
     ZV_WINDOWS_PREFIX=$(scripts/windows_dependencies.sh) # another tree may make another folder the current one
     export ZV_WINDOWS_PREFIX

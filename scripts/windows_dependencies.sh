@@ -6,7 +6,7 @@
 #
 # The folder lies in ${XDG_CACHE_HOME:-~/.cache}/zvgentl-windows and is named after the versions of all that goes into
 # it, so that a second run builds nothing. "current" beside it leads to the one made last: the toolchain file looks
-# there. Needs the packages of packages_to_build_windows in scripts/lib.sh. The first run takes about 8 minutes on two
+# there. Needs the packages of packages_to_build_windows in scripts/lib.sh. The first run takes about 3 minutes on two
 # cores.
 set -euo pipefail
 if [ "${1:-}" = -h ] || [ "${1:-}" = --help ]; then
