@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <numeric>
+#include <system_error>
 
 namespace zvsim {
 
@@ -146,9 +147,13 @@ std::optional<std::filesystem::path> YamlValue::path(const char* what, size_t lo
         wrong("a path of up to " + std::to_string(longest) + " bytes");
         return std::nullopt;
     }
-    auto path = std::filesystem::u8path(raw());
-    if (path.is_absolute())
-        return path;
+    try {
+        auto path = std::filesystem::u8path(raw());
+        if (path.is_absolute())
+            return path;
+    } catch (const std::system_error&) {
+        // bytes that are no letters, on a system whose names are made of letters
+    }
     wrong(std::string{"the absolute path of "} + what);
     return std::nullopt;
 }

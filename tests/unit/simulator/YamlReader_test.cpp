@@ -251,6 +251,15 @@ TEST(YamlReader, PathsAreAbsolute)
     }
 }
 
+#ifdef _WIN32
+TEST(YamlReader, PathsAreLettersWhereNamesAre)
+{
+    Lamp lamp{"file: C:/\xFF\n"};
+    EXPECT_FALSE(lamp.map.find("file")->path("a lamp"));
+    EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: the absolute path of a lamp")));
+}
+#endif
+
 TEST(YamlReader, ListsHaveTheirLength)
 {
     for (const char* const text : {"bulbs: [a]", "bulbs: [a, b, c, d]", "bulbs: a", "bulbs:"}) {
