@@ -2,7 +2,7 @@
 
 #include <list>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "system/consumer/Camera.h"
 #include "system/consumer/Library.h"
@@ -37,7 +37,7 @@ private:
     zvsystem::System m_system{m_producer.functions()};
 
 public:
-    const zvsystem::Functions& gentl = m_producer.functions();
+    const zvsystem::Functions& gentl{m_producer.functions()};
     zvsystem::Camera camera{gentl, m_system.open_interface("FG0"), "Device00"};
 };
 
@@ -69,12 +69,12 @@ private:
         return surroundings_in(zvsystem::Mode::queued);
     }
 
-    zvsystem::Surroundings& m_surroundings = make_surroundings();
+    zvsystem::Surroundings& m_surroundings{make_surroundings()};
     zvsystem::Producer m_producer{ZV_PRODUCER_FILE};
     zvsystem::System m_system{m_producer.functions()};
 
 public:
-    const zvsystem::Functions& gentl = m_producer.functions();
+    const zvsystem::Functions& gentl{m_producer.functions()};
     std::list<zvsystem::Camera> cameras; // in the order in which a handle is looked for
 };
 

@@ -1,10 +1,10 @@
-// Calls that a consumer makes for every frame, or that show one part of it.
-
 #include <array>
 
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Bench.h"
+
+// Calls that a consumer makes for every frame, or that show one part of it.
 
 using namespace GenTL;
 using namespace zvbench;

@@ -1,12 +1,12 @@
-// Entries of the new-buffer event, without a camera: cyclic buffers move between queues in the producer
-// alone.
-
 #include <chrono>
 
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Bench.h"
 #include "system/consumer/check.h"
+
+// Entries of the new-buffer event, without a camera: cyclic buffers move between queues in the producer
+// alone.
 
 using namespace GenTL;
 using namespace zvbench;

@@ -1,10 +1,10 @@
-// The way of a frame: the software camera draws, the producer delivers, the consumer takes and queues again.
-
 #include <string>
 
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Bench.h"
+
+// The way of a frame: the software camera draws, the producer delivers, the consumer takes and queues again.
 
 using namespace GenTL;
 using namespace zvbench;

@@ -1,17 +1,18 @@
+#include <cinttypes>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+
+#include "GenTL/GenTL.h"
+
+#include "load.h"
+
 // Grabs ten frames from the first camera of a GenTL producer, with nothing but the standard's C interface.
 //
 //     grab_frames /path/to/ZVGRLibGenTL.cti
 //
 // The order of the calls is the same for every producer: library, system, interface, device, data stream,
 // buffers, event, start; and back again in reverse order.
-#include <cinttypes>
-#include <cstdio>
-#include <stdexcept>
-#include <string>
-
-#include <GenTL/GenTL.h>
-
-#include "load.h"
 
 using namespace GenTL;
 

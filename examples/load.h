@@ -1,5 +1,6 @@
-// Loading a library at run time, on each system by its own functions.
 #pragma once
+
+// Loading a library at run time, on each system by its own functions.
 
 #ifdef _WIN32
 

@@ -1,7 +1,11 @@
 #include "logger/ChannelSet.h"
 
-#include "logger/platform/paths.h"
-#include "logger/platform/system_channel.h"
+#include <algorithm>
+#include <iostream>
+#include <limits>
+#include <mutex>
+#include <optional>
+#include <utility>
 
 #include <Poco/ConsoleChannel.h>
 #include <Poco/Exception.h>
@@ -12,12 +16,8 @@
 #include <Poco/SplitterChannel.h>
 #include <Poco/StringTokenizer.h>
 
-#include <algorithm>
-#include <iostream>
-#include <limits>
-#include <mutex>
-#include <optional>
-#include <utility>
+#include "logger/platform/paths.h"
+#include "logger/platform/system_channel.h"
 
 namespace zvlog {
 
@@ -56,8 +56,8 @@ public:
 private:
     const std::string m_folder;
     std::mutex m_mutex;
-    bool m_has_logged = false;
-    bool m_is_broken = false;
+    bool m_has_logged{false};
+    bool m_is_broken{false};
 };
 
 std::optional<std::uint64_t> parse_number(const std::string& text)

@@ -1,17 +1,15 @@
-/// \file ChannelSet.h
-/// The channels that a logging configuration describes.
 #pragma once
 
-#include "logger/Configuration.h"
-#include "logger/RotatingFileChannel.h"
+#include <map>
+#include <set>
+#include <string>
 
 #include <Poco/AutoPtr.h>
 #include <Poco/Channel.h>
 #include <Poco/Formatter.h>
 
-#include <map>
-#include <set>
-#include <string>
+#include "logger/Configuration.h"
+#include "logger/RotatingFileChannel.h"
 
 namespace zvlog {
 

@@ -1,9 +1,9 @@
 #include "logger/Configuration.h"
 
+#include <algorithm>
+
 #include "logger/PropertyReader.h"
 #include "logger/platform/paths.h"
-
-#include <algorithm>
 
 namespace zvlog {
 

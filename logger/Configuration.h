@@ -1,5 +1,3 @@
-/// \file Configuration.h
-/// The values of a logging configuration.
 #pragma once
 
 #include <map>

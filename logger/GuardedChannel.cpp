@@ -1,9 +1,9 @@
 #include "logger/GuardedChannel.h"
 
-#include <Poco/Exception.h>
-
 #include <exception>
 #include <utility>
+
+#include <Poco/Exception.h>
 
 namespace zvlog {
 

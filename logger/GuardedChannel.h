@@ -1,14 +1,12 @@
-/// \file GuardedChannel.h
-/// The channel that every logger of this library has.
 #pragma once
 
-#include "logger/Notices.h"
+#include <atomic>
+#include <string>
 
 #include <Poco/AutoPtr.h>
 #include <Poco/Channel.h>
 
-#include <atomic>
-#include <string>
+#include "logger/Notices.h"
 
 namespace zvlog {
 

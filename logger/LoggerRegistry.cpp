@@ -1,9 +1,8 @@
 #include "logger/LoggerRegistry.h"
 
-#include "logger/GuardedChannel.h"
-#include "logger/RotatingFileChannel.h"
-#include "logger/platform/files.h"
-#include "logger/platform/paths.h"
+#include <algorithm>
+#include <array>
+#include <utility>
 
 #include <Poco/FormattingChannel.h>
 #include <Poco/Message.h>
@@ -11,9 +10,10 @@
 #include <Poco/PatternFormatter.h>
 #include <Poco/String.h>
 
-#include <algorithm>
-#include <array>
-#include <utility>
+#include "logger/GuardedChannel.h"
+#include "logger/RotatingFileChannel.h"
+#include "logger/platform/files.h"
+#include "logger/platform/paths.h"
 
 namespace zvlog {
 

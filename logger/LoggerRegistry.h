@@ -1,23 +1,22 @@
-/// \file LoggerRegistry.h
-/// All loggers that the library has handed out.
 #pragma once
-
-#include "logger/ChannelSet.h"
-#include "logger/Configuration.h"
-#include "logger/Notices.h"
-
-#include "zvlog/ZVLogger.h"
 
 #include <cstdint>
 #include <map>
 #include <mutex>
 #include <string>
 
+#include "zvlog/ZVLogger.h"
+
+#include "logger/ChannelSet.h"
+#include "logger/Configuration.h"
+#include "logger/Notices.h"
+
 namespace zvlog {
 
 /// Where the configuration is looked for and where logs go. A text is empty when there is no such place.
 struct LoggerPlaces {
-    std::string chosen; ///< named by the environment
+    /// Named by the environment.
+    std::string chosen;
     std::string user;
     std::string system;
     std::string log_folder;
@@ -45,7 +44,7 @@ private:
     /// What the configuration says about a logger. A null channel and a negative level say nothing.
     struct Rule {
         ChannelPtr channel;
-        int level = -1;
+        int level{-1};
     };
 
     static Configuration read_configuration(const LoggerPlaces& places, Problems& problems);

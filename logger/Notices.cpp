@@ -1,8 +1,8 @@
 #include "logger/Notices.h"
 
-#include <Poco/Message.h>
-
 #include <utility>
+
+#include <Poco/Message.h>
 
 namespace zvlog {
 

@@ -1,14 +1,12 @@
-/// \file Notices.h
-/// What the library has to say about itself.
 #pragma once
-
-#include <Poco/AutoPtr.h>
-#include <Poco/Channel.h>
 
 #include <atomic>
 #include <mutex>
 #include <string>
 #include <vector>
+
+#include <Poco/AutoPtr.h>
+#include <Poco/Channel.h>
 
 namespace zvlog {
 

@@ -1,5 +1,3 @@
-/// \file PropertyReader.h
-/// Reads the lines of a properties text.
 #pragma once
 
 #include <cstddef>
@@ -29,10 +27,10 @@ private:
 
     std::string_view m_text;
     bool m_has_returns;
-    std::size_t m_position = 0;
+    std::size_t m_position{0};
     std::string_view m_key;
     std::string_view m_raw_value;
-    bool m_has_separator = false;
+    bool m_has_separator{false};
 };
 
 /// Without the blanks at both ends.

@@ -1,12 +1,12 @@
 #include "logger/RotatingFileChannel.h"
 
-#include "logger/platform/paths.h"
+#include <tuple>
+#include <utility>
 
 #include <Poco/Exception.h>
 #include <Poco/Message.h>
 
-#include <tuple>
-#include <utility>
+#include "logger/platform/paths.h"
 
 namespace zvlog {
 

@@ -1,26 +1,29 @@
-/// \file RotatingFileChannel.h
-/// The channel behind the default log file and behind every configured file that rotates by its size.
 #pragma once
-
-#include "logger/platform/append_file.h"
-
-#include <Poco/Channel.h>
 
 #include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string>
 
+#include <Poco/Channel.h>
+
+#include "logger/platform/append_file.h"
+
 namespace zvlog {
 
 /// How a file grows and what becomes of it then.
 struct FilePolicy {
     std::string path;
-    std::function<std::string(unsigned)> archive; ///< the path of the n-th archive, the newest is 0
-    std::uint64_t limit = 0;    ///< bytes from which on it is archived; 0: it grows for ever
-    unsigned archives = 0;      ///< how many are kept; 0: all
-    bool archive_first = false; ///< start with a new file
-    bool make_folder = false;   ///< make the folder when it is missing
+    /// The path of the n-th archive, the newest is 0.
+    std::function<std::string(unsigned)> archive;
+    /// Bytes from which on it is archived; 0: it grows for ever.
+    std::uint64_t limit{0};
+    /// How many are kept; 0: all.
+    unsigned archives{0};
+    /// Start with a new file.
+    bool archive_first{false};
+    /// Make the folder when it is missing.
+    bool make_folder{false};
 };
 
 /// The path with ".0", ".1" and so on behind it.
@@ -41,7 +44,7 @@ private:
     const FilePolicy m_policy;
     std::mutex m_mutex;
     platform::AppendFile m_file;
-    bool m_started = false;
+    bool m_started{false};
 };
 
 } // namespace zvlog

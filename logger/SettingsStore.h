@@ -1,9 +1,4 @@
-/// \file SettingsStore.h
-/// The numbers that people edit in a file.
 #pragma once
-
-#include "logger/SettingsText.h"
-#include "logger/platform/files.h"
 
 #include <cstdint>
 #include <functional>
@@ -15,12 +10,16 @@
 #include <utility>
 #include <vector>
 
+#include "logger/SettingsText.h"
+#include "logger/platform/files.h"
+
 namespace zvlog {
 
 /// Where settings are looked for: the first file that exists counts. New keys go into the chosen file, else
 /// the user's. A text is empty when there is no such place.
 struct SettingsPlaces {
-    std::string chosen; ///< named by the environment
+    /// Named by the environment.
+    std::string chosen;
     std::string user;
     std::string system;
 };
@@ -35,7 +34,8 @@ SettingsPlaces settings_places();
 class SettingsStore {
 public:
     using Places = std::function<SettingsPlaces()>;
-    using Warn = std::function<void(const std::string&)>; ///< called without any lock held
+    /// Called without any lock held.
+    using Warn = std::function<void(const std::string&)>;
 
     SettingsStore(Places places, Warn warn);
 
@@ -64,7 +64,8 @@ private:
     const Places m_places;
     const Warn m_warn;
     std::mutex m_mutex;
-    std::map<std::pair<std::string, std::string>, std::uint32_t> m_memory; ///< by file and key
+    /// By file and key.
+    std::map<std::pair<std::string, std::string>, std::uint32_t> m_memory;
     std::set<std::string> m_reported;
 };
 

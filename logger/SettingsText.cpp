@@ -1,10 +1,10 @@
 #include "logger/SettingsText.h"
 
-#include "logger/PropertyReader.h"
-
 #include <algorithm>
 #include <charconv>
 #include <system_error>
+
+#include "logger/PropertyReader.h"
 
 namespace zvlog {
 

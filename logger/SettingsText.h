@@ -1,5 +1,3 @@
-/// \file SettingsText.h
-/// The text of a settings file: looking a number up and adding one.
 #pragma once
 
 #include <cstdint>
@@ -7,13 +5,17 @@
 #include <string>
 #include <string_view>
 
+// The text of a settings file: looking a number up and adding one.
+
 namespace zvlog {
 
 /// What a settings text says about a key.
 struct SettingEntry {
-    bool is_present = false;
-    std::string text;                    ///< the value as it stands there
-    std::optional<std::uint32_t> number; ///< nothing when the text is not a number of 32 bits
+    bool is_present{false};
+    /// The value as it stands there.
+    std::string text;
+    /// Nothing when the text is not a number of 32 bits.
+    std::optional<std::uint32_t> number;
 };
 
 /// The last entry of the key.

@@ -1,6 +1,6 @@
-#include "zvlog/ZVLogger.h"
-
 #include <Poco/AutoPtr.h>
+
+#include "zvlog/ZVLogger.h"
 
 // Poco 1.7 takes the channel as a bare pointer, later versions as a counted one: both accept this.
 ZVPocoLogger::ZVPocoLogger(const std::string& name, Poco::Channel* channel, int level)

@@ -1,13 +1,13 @@
-#include "logger/LoggerRegistry.h"
-#include "logger/SettingsStore.h"
+#include <memory>
+#include <mutex>
+
+#include <Poco/Message.h>
 
 #include "zvlog/ZVLogger.h"
 #include "zvlog/ZVSettings.h"
 
-#include <Poco/Message.h>
-
-#include <memory>
-#include <mutex>
+#include "logger/LoggerRegistry.h"
+#include "logger/SettingsStore.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "zvlog/ZVSettings.h"
-
 #include <string>
+
+#include "zvlog/ZVSettings.h"
 
 namespace {
 

@@ -1,17 +1,17 @@
 #include "simulator/Configuration.h"
 
+#include <charconv>
+#include <filesystem>
+#include <optional>
+#include <tuple>
+#include <utility>
+
 #include "simulator/Limits.h"
 #include "simulator/Surroundings.h"
 #include "simulator/config/CameraGeometry.h"
 #include "simulator/config/GrabberReader.h"
 #include "simulator/config/YamlReader.h"
 #include "simulator/faults/FaultConfiguration.h"
-
-#include <charconv>
-#include <filesystem>
-#include <optional>
-#include <tuple>
-#include <utility>
 
 namespace zvsim {
 
@@ -28,8 +28,8 @@ std::optional<double> rate_from(const std::string& text)
 }
 
 struct Size {
-    uint32_t width = 0;
-    uint32_t height = 0;
+    uint32_t width{0};
+    uint32_t height{0};
 };
 
 std::optional<Size> size_from(const std::string& text)
@@ -117,7 +117,7 @@ private:
     }
 
     std::optional<double> m_rate;
-    const PixelFormat* m_format = nullptr;
+    const PixelFormat* m_format{nullptr};
     std::optional<Size> m_size;
     std::shared_ptr<const PictureFolder> m_pictures;
 };
@@ -129,16 +129,9 @@ void read_file(const ConfigurationFile& file, Configuration& configuration)
         errors.add(0, file.problem);
     const YamlDocument built_in{default_configuration, errors};
     const YamlDocument own{file.problem.empty() ? file.text : "", errors};
-    const YamlMap defaults{
-        YamlValue{built_in.root(), "the file", errors},
-        file_keys()
-    };
+    const YamlMap defaults{YamlValue{built_in.root(), "the file", errors}, file_keys()};
     const bool is_empty = own.root().kind == YamlNode::Kind::nothing;
-    const YamlMap map = is_empty ? defaults
-                                 : YamlMap{
-                                       YamlValue{own.root(), "the file", errors},
-                                       file_keys()
-    };
+    const YamlMap map = is_empty ? defaults : YamlMap{YamlValue{own.root(), "the file", errors}, file_keys()};
     // A file that speaks of faults only is about the built-in grabbers.
     configuration.grabbers = read_grabbers(map.has("grabbers") ? map : defaults, configuration.warnings);
     if (read_demo_grabber(map))

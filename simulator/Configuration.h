@@ -1,15 +1,13 @@
-/// \file Configuration.h
-/// Which grabbers and cameras the library offers.
 #pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "simulator/Model.h"
 #include "simulator/PictureFolder.h"
 #include "simulator/config/ConfigurationFile.h"
 #include "simulator/faults/FaultPlan.h"
-
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace zvsim {
 
@@ -17,11 +15,16 @@ namespace zvsim {
 /// empty are the same.
 struct Environment {
     ConfigurationFile file;
-    std::string pictures;     ///< ZV_GRABBER_PICTURES: absolute path of a folder of pictures.
-    std::string rate;         ///< ZV_GRABBER_RATE: frames per second, 0 is free-running.
-    std::string pixel_format; ///< ZV_GRABBER_PIXEL_FORMAT: the name of a pixel format.
-    std::string size;         ///< ZV_GRABBER_SIZE: WIDTHxHEIGHT.
-    std::string faults;       ///< ZV_GRABBER_FAULTS: off, or on as the file says.
+    /// ZV_GRABBER_PICTURES: absolute path of a folder of pictures.
+    std::string pictures;
+    /// ZV_GRABBER_RATE: frames per second, 0 is free-running.
+    std::string rate;
+    /// ZV_GRABBER_PIXEL_FORMAT: the name of a pixel format.
+    std::string pixel_format;
+    /// ZV_GRABBER_SIZE: WIDTHxHEIGHT.
+    std::string size;
+    /// ZV_GRABBER_FAULTS: off, or on as the file says.
+    std::string faults;
 
     static Environment read();
     bool operator==(const Environment& other) const;
@@ -31,9 +34,11 @@ struct Environment {
 /// variable gives a warning and changes nothing.
 struct Configuration {
     Environment environment;
-    std::vector<GrabberModel> grabbers; ///< The demo grabber last.
+    /// The demo grabber last.
+    std::vector<GrabberModel> grabbers;
     FaultPlan faults;
-    std::vector<std::string> errors; ///< Why there are no grabbers.
+    /// Why there are no grabbers.
+    std::vector<std::string> errors;
     std::vector<std::string> warnings;
 
     static std::unique_ptr<const Configuration> make(const Environment& environment);

@@ -1,8 +1,8 @@
 #include "simulator/CyclicStream.h"
 
-#include "simulator/Library.h"
-
 #include <new>
+
+#include "simulator/Library.h"
 
 namespace zvsim {
 

@@ -1,12 +1,10 @@
-/// \file CyclicStream.h
-/// Cyclic mode: frames are drawn into a ring that the library allocates.
 #pragma once
-
-#include "simulator/RingMemory.h"
-#include "simulator/Stream.h"
 
 #include <memory>
 #include <vector>
+
+#include "simulator/RingMemory.h"
+#include "simulator/Stream.h"
 
 namespace zvsim {
 
@@ -31,11 +29,14 @@ private:
     bool deliver(Lock& lock, Acquisition& acquisition, const Frame& frame, const FrameFate& fate) override;
     void report_end(Lock& /*lock*/) override {} // nobody waits for buffers
 
-    size_t m_frame_space;  ///< From the beginning of one ring frame to that of the next.
-    uint64_t m_frame_size; ///< Bytes that are drawn of a frame.
+    /// From the beginning of one ring frame to that of the next.
+    size_t m_frame_space;
+    /// Bytes that are drawn of a frame.
+    uint64_t m_frame_size;
     std::unique_ptr<RingMemory> m_ring;
-    std::vector<uint64_t> m_timestamps; ///< One per ring frame.
-    uint32_t m_last = UINT32_MAX;
+    /// One per ring frame.
+    std::vector<uint64_t> m_timestamps;
+    uint32_t m_last{UINT32_MAX};
 };
 
 } // namespace zvsim

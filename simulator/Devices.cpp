@@ -1,10 +1,10 @@
 #include "simulator/Devices.h"
 
-#include "simulator/features/Description.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include "simulator/features/Description.h"
 
 namespace zvsim {
 

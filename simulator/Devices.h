@@ -1,14 +1,14 @@
-/// \file Devices.h
-/// Cameras and grabbers as pieces of hardware: they are there, and keep their settings, whether or not anyone
-/// has opened them.
 #pragma once
-
-#include "simulator/Model.h"
-#include "simulator/Pacer.h"
 
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "simulator/Model.h"
+#include "simulator/Pacer.h"
+
+// Cameras and grabbers as pieces of hardware: they are there, and keep their settings, whether or not anyone
+// has opened them.
 
 namespace zvsim {
 
@@ -18,15 +18,17 @@ struct Description;
 struct CameraState {
     CameraSettings settings;
     std::string user_id;
-    bool is_locked = false; ///< A consumer has locked what its buffers depend on.
-    uint64_t latched_timestamp = 0;
-    uint64_t triggers = 0; ///< Executed ones whose frame has not been taken yet.
+    /// A consumer has locked what its buffers depend on.
+    bool is_locked{false};
+    uint64_t latched_timestamp{0};
+    /// Executed ones whose frame has not been taken yet.
+    uint64_t triggers{0};
 };
 
 /// How many frames of a camera the grabber passed on, since power-on or the last reset.
 struct FrameStatistics {
-    uint64_t delivered = 0;
-    uint64_t lost = 0;
+    uint64_t delivered{0};
+    uint64_t lost{0};
 };
 
 /// A camera. Guarded by the library's lock.
@@ -76,12 +78,12 @@ public:
 private:
     const CameraModel& m_model;
     const GrabberModel& m_grabber;
-    const Clock::time_point m_power_on = Clock::now();
+    const Clock::time_point m_power_on{Clock::now()};
     CameraState m_state;
     FrameStatistics m_statistics;
     std::shared_ptr<const Description> m_description;
-    bool m_is_connected = true;
-    bool m_is_acquiring = false;
+    bool m_is_connected{true};
+    bool m_is_acquiring{false};
 };
 
 /// A grabber with what is connected to it. Guarded by the library's lock.

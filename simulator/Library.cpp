@@ -1,15 +1,14 @@
 #include "simulator/Library.h"
 
-#include "simulator/Status.h"
+#include <algorithm>
+#include <new>
+#include <utility>
 
 #include "simulator/CyclicStream.h"
 #include "simulator/Log.h"
 #include "simulator/QueuedStream.h"
+#include "simulator/Status.h"
 #include "simulator/faults/HookedCall.h"
-
-#include <algorithm>
-#include <new>
-#include <utility>
 
 namespace zvsim {
 

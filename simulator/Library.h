@@ -1,16 +1,4 @@
-/// \file Library.h
-/// Everything behind the handles.
 #pragma once
-
-#include "simulator/Configuration.h"
-#include "simulator/Devices.h"
-#include "simulator/Stream.h"
-#include "simulator/Unloading.h"
-#include "simulator/faults/Call.h"
-#include "simulator/faults/FaultEngine.h"
-#include "simulator/faults/PlugTimer.h"
-
-#include "zvgr/ZVGRLib.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -21,6 +9,16 @@
 #include <set>
 #include <string>
 #include <vector>
+
+#include "zvgr/ZVGRLib.h"
+
+#include "simulator/Configuration.h"
+#include "simulator/Devices.h"
+#include "simulator/Stream.h"
+#include "simulator/Unloading.h"
+#include "simulator/faults/Call.h"
+#include "simulator/faults/FaultEngine.h"
+#include "simulator/faults/PlugTimer.h"
 
 namespace zvsim {
 
@@ -36,11 +34,13 @@ struct Camera {
     uint32_t grabber;
     CameraDevice* device;
     Place place;
-    bool is_open = false;
-    bool has_been_lost = false; ///< Since it was opened: it must be opened again.
-    ZvCameraCallback callback = nullptr;
-    void* context = nullptr;
-    LoadedModule receiver{}; ///< Where the callback is.
+    bool is_open{false};
+    /// Since it was opened: it must be opened again.
+    bool has_been_lost{false};
+    ZvCameraCallback callback{nullptr};
+    void* context{nullptr};
+    /// Where the callback is.
+    LoadedModule receiver{};
 
     void set_callback(ZvCameraCallback function, void* its_context)
     {
@@ -145,18 +145,21 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_is_shut_down = false;
-    uint32_t m_last_handle = 0x1000;
+    bool m_is_shut_down{false};
+    uint32_t m_last_handle{0x1000};
     std::unique_ptr<const Configuration> m_configuration;
-    std::vector<std::unique_ptr<GrabberDevice>> m_devices; ///< What the configuration describes.
-    std::vector<uint32_t> m_present; ///< Positions in m_devices of the grabbers that the last scan found.
-    std::shared_ptr<FaultEngine> m_faults; ///< Shared with the calls that it is asked about.
+    /// What the configuration describes.
+    std::vector<std::unique_ptr<GrabberDevice>> m_devices;
+    /// Positions in m_devices of the grabbers that the last scan found.
+    std::vector<uint32_t> m_present;
+    /// Shared with the calls that it is asked about.
+    std::shared_ptr<FaultEngine> m_faults;
     std::unique_ptr<PlugTimer> m_plug_timer;
     std::set<std::string> m_texts;
     std::map<uint32_t, Grabber> m_grabbers;
     std::map<uint32_t, Camera> m_cameras;
-    std::map<uint32_t, std::unique_ptr<Stream>>
-        m_streams; ///< With the dead ones whose thread has not left yet.
+    /// With the dead ones whose thread has not left yet.
+    std::map<uint32_t, std::unique_ptr<Stream>> m_streams;
 };
 
 } // namespace zvsim

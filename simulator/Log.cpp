@@ -1,8 +1,8 @@
 #include "simulator/Log.h"
 
-#include "zvlog/ZVLogger.h"
-
 #include <cstdint>
+
+#include "zvlog/ZVLogger.h"
 
 namespace zvsim {
 

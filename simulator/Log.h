@@ -1,8 +1,8 @@
-/// \file Log.h
-/// What the library tells the people who run it.
 #pragma once
 
 #include <string>
+
+// What the library tells the people who run it.
 
 namespace zvsim {
 

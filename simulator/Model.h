@@ -1,15 +1,15 @@
-/// \file Model.h
-/// What the library pretends to be: grabbers, cameras and their identities. Plain values, made once by the
-/// configuration and not changed while a grabber is open.
 #pragma once
-
-#include "simulator/Settings.h"
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "simulator/Settings.h"
+
+// What the library pretends to be: grabbers, cameras and their identities. Plain values, made once by the
+// configuration and not changed while a grabber is open.
 
 namespace zvsim {
 
@@ -30,27 +30,35 @@ struct CameraModel {
     std::string model;
     std::string serial_number;
     std::string version;
-    std::string user_id; ///< The start value of "DeviceUserID".
-    uint32_t sensor_width = 0;
-    uint32_t sensor_height = 0;
-    std::vector<const PixelFormat*> formats; ///< What the camera offers; never empty.
-    FormatCodes format_codes = FormatCodes::pfnc;
-    CameraSettings start; ///< What the features are set to when the library is loaded.
+    /// The start value of "DeviceUserID".
+    std::string user_id;
+    uint32_t sensor_width{0};
+    uint32_t sensor_height{0};
+    /// What the camera offers; never empty.
+    std::vector<const PixelFormat*> formats;
+    FormatCodes format_codes{FormatCodes::pfnc};
+    /// What the features are set to when the library is loaded.
+    CameraSettings start;
     /// From the start to the first frame, as a camera needs it to open its shutter. A caller that notes down
     /// that acquisition runs after the start call has returned depends on it.
     std::chrono::milliseconds start_up{50};
     /// Frames come up to this much late, each by another amount.
     std::chrono::microseconds jitter{0};
-    std::shared_ptr<const PictureFolder> pictures; ///< Null: the test pattern.
-    bool has_stamp = true; ///< Frames of a test pattern begin with a stamp (zvgr/FrameStamp.h).
+    /// Null: the test pattern.
+    std::shared_ptr<const PictureFolder> pictures;
+    /// Frames of a test pattern begin with a stamp (zvgr/FrameStamp.h).
+    bool has_stamp{true};
 };
 
 struct GrabberModel {
     std::string display_name;
-    uint32_t protocol = 0;
-    bool reports_geometry = false;    ///< Answers "Width", "Height" and "SegmentsPerBuffer" itself.
-    bool has_image_ids = false;       ///< Frames carry an image id.
-    uint32_t segments_per_buffer = 1; ///< Pictures of the camera, one below the other, in a buffer.
+    uint32_t protocol{0};
+    /// Answers "Width", "Height" and "SegmentsPerBuffer" itself.
+    bool reports_geometry{false};
+    /// Frames carry an image id.
+    bool has_image_ids{false};
+    /// Pictures of the camera, one below the other, in a buffer.
+    uint32_t segments_per_buffer{1};
     std::vector<CameraModel> cameras;
 };
 

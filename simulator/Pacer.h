@@ -1,5 +1,3 @@
-/// \file Pacer.h
-/// When the frames of an acquisition happen.
 #pragma once
 
 #include <chrono>
@@ -20,8 +18,10 @@ struct Frame {
 
 /// What makes frames happen.
 struct Pace {
-    double frames_per_second = 0; ///< 0: free-running.
-    bool is_triggered = false;    ///< Frames wait for triggers, whatever the rate.
+    /// 0: free-running.
+    double frames_per_second{0};
+    /// Frames wait for triggers, whatever the rate.
+    bool is_triggered{false};
 
     bool operator==(const Pace& other) const
     {
@@ -55,11 +55,12 @@ private:
     Pace m_pace;
     const Clock::time_point m_first_frame;
     const std::chrono::microseconds m_jitter;
-    uint64_t m_next = 0;
-    Clock::time_point m_last; ///< The time of the last frame.
+    uint64_t m_next{0};
+    /// The time of the last frame.
+    Clock::time_point m_last;
     // At a set rate times are counted from here on.
     Clock::time_point m_base;
-    uint64_t m_base_frame = 0;
+    uint64_t m_base_frame{0};
 };
 
 } // namespace zvsim

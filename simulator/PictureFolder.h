@@ -1,14 +1,12 @@
-/// \file PictureFolder.h
-/// The pictures of a folder, in memory.
 #pragma once
-
-#include "simulator/pictures/PictureFile.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "simulator/pictures/PictureFile.h"
 
 namespace zvsim {
 
@@ -34,7 +32,7 @@ private:
     bool accepts(const Picture& picture, uint64_t memory, std::string& problem) const;
 
     std::vector<Picture> m_pictures;
-    uint64_t m_size = 0;
+    uint64_t m_size{0};
 };
 
 } // namespace zvsim

@@ -1,12 +1,10 @@
-/// \file PictureSource.h
-/// Where the pixels of a frame come from.
 #pragma once
-
-#include "simulator/Settings.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+
+#include "simulator/Settings.h"
 
 namespace zvsim {
 
@@ -14,9 +12,11 @@ class CameraDevice;
 
 /// What a frame is drawn with. Everything else is fixed for the length of an acquisition.
 struct Exposure {
-    uint64_t frame; ///< Its number since the start.
+    /// Its number since the start.
+    uint64_t frame;
     TestPattern pattern;
-    double brightness; ///< 1: nominal.
+    /// 1: nominal.
+    double brightness;
 };
 
 /// The pictures of one acquisition. Made by the starting thread, then used by the stream's thread alone;

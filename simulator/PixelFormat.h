@@ -1,5 +1,3 @@
-/// \file PixelFormat.h
-/// The pixel formats that the cameras offer, by their names and numbers in PFNC 2.
 #pragma once
 
 #include <array>
@@ -18,27 +16,36 @@ enum class Colors {
     rgb,
     rgb_planar,
     rgba,
-    yuv411,       ///< U Y Y V Y Y
-    yuv422,       ///< Y U Y V
-    yuv444,       ///< U Y V
-    ycbcr601_422, ///< Y Cb Y Cr
+    /// U Y Y V Y Y.
+    yuv411,
+    /// Y U Y V.
+    yuv422,
+    /// U Y V.
+    yuv444,
+    /// Y Cb Y Cr.
+    ycbcr601_422,
     ycbcr709_422,
 };
 
 /// How samples of less than a whole number of bytes stand in memory.
 enum class Packing {
-    whole_bytes, ///< A sample of more than 8 bits takes two bytes, little-endian, in its low bits.
-    lsb_packed,  ///< PFNC "p": without gaps, least significant bit first.
-    gige_packed, ///< GigE Vision "Packed": two samples in three bytes, their low bits in the middle one.
+    /// A sample of more than 8 bits takes two bytes, little-endian, in its low bits.
+    whole_bytes,
+    /// PFNC "p": without gaps, least significant bit first.
+    lsb_packed,
+    /// GigE Vision "Packed": two samples in three bytes, their low bits in the middle one.
+    gige_packed,
 };
 
 /// A pixel format and its number in the two code spaces that cameras use.
 struct PixelFormat {
     const char* name;
-    uint32_t coaxpress_code; ///< 0: CoaXPress has none.
+    /// 0: CoaXPress has none.
+    uint32_t coaxpress_code;
     uint32_t pfnc_code;
     Colors colors;
-    uint32_t bits; ///< Of one sample.
+    /// Of one sample.
+    uint32_t bits;
     Packing packing;
 
     /// As PFNC writes it into the code.

@@ -1,11 +1,11 @@
 #include "simulator/QueuedStream.h"
 
-#include "simulator/Library.h"
-#include "simulator/Status.h"
-
 #include <algorithm>
 #include <tuple>
 #include <utility>
+
+#include "simulator/Library.h"
+#include "simulator/Status.h"
 
 namespace zvsim {
 

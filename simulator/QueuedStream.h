@@ -1,15 +1,13 @@
-/// \file QueuedStream.h
-/// Queued mode: frames are drawn into announced buffers.
 #pragma once
-
-#include "simulator/Stream.h"
-#include "simulator/Unloading.h"
-
-#include "zvgr/ZVGRLib.h"
 
 #include <list>
 #include <map>
 #include <new>
+
+#include "zvgr/ZVGRLib.h"
+
+#include "simulator/Stream.h"
+#include "simulator/Unloading.h"
 
 namespace zvsim {
 
@@ -47,8 +45,10 @@ private:
         uint64_t handle;
         unsigned char* memory;
         uint64_t size;
-        Memory own_memory; ///< Null when the memory is the consumer's.
-        Queue* queue;      ///< Where it is.
+        /// Null when the memory is the consumer's.
+        Memory own_memory;
+        /// Where it is.
+        Queue* queue;
         uint64_t timestamp;
         uint64_t frame_id;
     };
@@ -64,15 +64,17 @@ private:
 
     Queue m_unqueued;
     Queue m_input;
-    Queue
-        m_drawing; ///< The buffer that the thread writes into, unless it has been moved or revoked meanwhile.
+    /// The buffer that the thread writes into, unless it has been moved or revoked meanwhile.
+    Queue m_drawing;
     Queue m_output;
     std::map<uint64_t, Queue::iterator> m_buffers;
-    uint32_t m_announced = 0;
-    uint64_t m_drawn_into = 0; ///< The buffer that the thread writes into.
-    ZvStreamBufferCallback m_callback = nullptr;
-    void* m_context = nullptr;
-    LoadedModule m_receiver; ///< Where the callback is.
+    uint32_t m_announced{0};
+    /// The buffer that the thread writes into.
+    uint64_t m_drawn_into{0};
+    ZvStreamBufferCallback m_callback{nullptr};
+    void* m_context{nullptr};
+    /// Where the callback is.
+    LoadedModule m_receiver;
 };
 
 } // namespace zvsim

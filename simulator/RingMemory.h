@@ -1,5 +1,3 @@
-/// \file RingMemory.h
-/// The memory of a cyclic stream.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +16,8 @@ public:
     unsigned char* data() const { return m_data; }
 
     static constexpr size_t readable_beyond = size_t{64} << 20U;
-    static constexpr size_t page_size = 4096; ///< Frames begin at multiples of it.
+    /// Frames begin at multiples of it.
+    static constexpr size_t page_size = 4096;
 
 private:
     size_t m_mapped;

@@ -1,28 +1,40 @@
-/// \file Settings.h
-/// What the features of a camera are set to.
 #pragma once
+
+#include <cstdint>
 
 #include "simulator/PixelFormat.h"
 
-#include <cstdint>
+// What the features of a camera are set to.
 
 namespace zvsim {
 
 enum class TestPattern : uint32_t {
-    diagonal_ramp,   ///< A ramp along the diagonal that moves by one pixel a frame.
-    horizontal_ramp, ///< From dark to bright, left to right, still.
-    vertical_ramp,   ///< From dark to bright, top to bottom, still.
-    color_bars,      ///< Eight vertical bars from white to black.
-    checkerboard,    ///< Fields of 32 x 32 pixels that swap every frame.
+    /// A ramp along the diagonal that moves by one pixel a frame.
+    diagonal_ramp,
+    /// From dark to bright, left to right, still.
+    horizontal_ramp,
+    /// From dark to bright, top to bottom, still.
+    vertical_ramp,
+    /// Eight vertical bars from white to black.
+    color_bars,
+    /// Fields of 32 x 32 pixels that swap every frame.
+    checkerboard,
     black,
     white,
-    grey,          ///< Half of the full scale.
-    grid,          ///< Bright lines every 64 pixels.
-    moving_bar,    ///< A bright vertical bar that moves by eight pixels a frame.
-    blinking,      ///< Black and white in turn.
-    noise,         ///< Another one in every frame, the same in every run.
-    frame_counter, ///< The frame's number in large digits.
-    star,          ///< Rays from the middle: focus and resolution.
+    /// Half of the full scale.
+    grey,
+    /// Bright lines every 64 pixels.
+    grid,
+    /// A bright vertical bar that moves by eight pixels a frame.
+    moving_bar,
+    /// Black and white in turn.
+    blinking,
+    /// Another one in every frame, the same in every run.
+    noise,
+    /// The frame's number in large digits.
+    frame_counter,
+    /// Rays from the middle: focus and resolution.
+    star,
 };
 
 enum class AcquisitionMode : uint32_t { continuous, single_frame, multi_frame };
@@ -31,21 +43,26 @@ enum class TriggerActivation : uint32_t { rising_edge, falling_edge, any_edge, l
 
 /// Values of camera features. Width, height and offsets fit the sensor and the steps of the format.
 struct CameraSettings {
-    uint32_t width = 0;
-    uint32_t height = 0;
-    uint32_t offset_x = 0;
-    uint32_t offset_y = 0;
-    const PixelFormat* format = nullptr; ///< Never null once a camera has it.
-    TestPattern pattern = TestPattern::diagonal_ramp;
-    double exposure_us = 10000; ///< With a gain of 0 dB the patterns have their nominal brightness.
-    double gain_db = 0;
-    double frames_per_second = 25;
-    bool is_rate_set = true; ///< Else free-running: a frame whenever the consumer can take one.
-    AcquisitionMode mode = AcquisitionMode::continuous;
-    uint32_t frame_count = 1;  ///< Of a multi-frame acquisition.
-    bool is_triggered = false; ///< Frames wait for a trigger each.
-    TriggerSource trigger_source = TriggerSource::software;
-    TriggerActivation trigger_activation = TriggerActivation::rising_edge;
+    uint32_t width{0};
+    uint32_t height{0};
+    uint32_t offset_x{0};
+    uint32_t offset_y{0};
+    /// Never null once a camera has it.
+    const PixelFormat* format{nullptr};
+    TestPattern pattern{TestPattern::diagonal_ramp};
+    /// With a gain of 0 dB the patterns have their nominal brightness.
+    double exposure_us{10000};
+    double gain_db{0};
+    double frames_per_second{25};
+    /// Else free-running: a frame whenever the consumer can take one.
+    bool is_rate_set{true};
+    AcquisitionMode mode{AcquisitionMode::continuous};
+    /// Of a multi-frame acquisition.
+    uint32_t frame_count{1};
+    /// Frames wait for a trigger each.
+    bool is_triggered{false};
+    TriggerSource trigger_source{TriggerSource::software};
+    TriggerActivation trigger_activation{TriggerActivation::rising_edge};
 
     /// How bright pictures are, 1: nominal. Proportional to exposure time and gain.
     double brightness() const;

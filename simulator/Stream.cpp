@@ -1,11 +1,11 @@
 #include "simulator/Stream.h"
 
-#include "simulator/Devices.h"
-#include "simulator/Library.h"
-
 #include <optional>
 #include <string>
 #include <utility>
+
+#include "simulator/Devices.h"
+#include "simulator/Library.h"
 
 namespace zvsim {
 
@@ -23,15 +23,13 @@ Stream::~Stream()
 void Stream::start(uint32_t frames)
 {
     const Clock::time_point first_frame = Clock::now() + m_device.model().start_up;
-    m_next.emplace(Acquisition{
-        m_started + 1,
-        frames,
-        m_device.frames_of_acquisition(),
-        0,
-        Pacer{m_device.pace(),          first_frame, m_device.model().jitter},
-        make_picture_source(m_device),
-        {                       }
-    });
+    m_next.emplace(Acquisition{m_started + 1,
+                               frames,
+                               m_device.frames_of_acquisition(),
+                               0,
+                               Pacer{m_device.pace(), first_frame, m_device.model().jitter},
+                               make_picture_source(m_device),
+                               {}});
     FaultEngine* const faults = m_library.faults().get();
     const Camera* const camera = m_library.find_camera(m_camera);
     if (faults != nullptr && camera != nullptr)

@@ -1,11 +1,4 @@
-/// \file Stream.h
-/// A data stream: the thread that produces frames, and the state that starts and ends it.
 #pragma once
-
-#include "simulator/Pacer.h"
-#include "simulator/PictureSource.h"
-#include "simulator/Unloading.h"
-#include "simulator/faults/FrameFaults.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -13,6 +6,11 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+
+#include "simulator/Pacer.h"
+#include "simulator/PictureSource.h"
+#include "simulator/Unloading.h"
+#include "simulator/faults/FrameFaults.h"
 
 namespace zvsim {
 
@@ -67,9 +65,12 @@ public:
 protected:
     struct Acquisition {
         uint64_t number;
-        uint32_t frames;         ///< To be delivered; 0: until stopped.
-        uint64_t frames_to_send; ///< How many the camera still sends, delivered or not.
-        uint64_t next_frame;     ///< Its number, when nothing is skipped.
+        /// To be delivered; 0: until stopped.
+        uint32_t frames;
+        /// How many the camera still sends, delivered or not.
+        uint64_t frames_to_send;
+        /// Its number, when nothing is skipped.
+        uint64_t next_frame;
         Pacer pacer;
         std::unique_ptr<PictureSource> source;
         FrameFaults faults;
@@ -114,18 +115,25 @@ private:
     CameraDevice& m_device;
     const uint64_t m_payload;
 
-    std::condition_variable m_wake; ///< Wakes the thread, and nobody else.
+    /// Wakes the thread, and nobody else.
+    std::condition_variable m_wake;
     std::optional<Acquisition> m_next;
-    uint64_t m_started = 0;   ///< The latest acquisition that was started.
-    uint64_t m_stopped = 0;   ///< The latest one that was told to stop.
-    uint64_t m_ended = 0;     ///< The latest one that is over and reported.
-    uint64_t m_delivered = 0; ///< Frames of the acquisition that the thread works at.
-    bool m_is_acquiring = false;
-    bool m_has_run_out = false; ///< The acquisition that is running ends by itself.
-    bool m_is_reporting_end = false;
-    bool m_is_dead = false;
-    bool m_has_left = false;
-    LoadedModule m_library_module; ///< Where the thread is.
+    /// The latest acquisition that was started.
+    uint64_t m_started{0};
+    /// The latest one that was told to stop.
+    uint64_t m_stopped{0};
+    /// The latest one that is over and reported.
+    uint64_t m_ended{0};
+    /// Frames of the acquisition that the thread works at.
+    uint64_t m_delivered{0};
+    bool m_is_acquiring{false};
+    /// The acquisition that is running ends by itself.
+    bool m_has_run_out{false};
+    bool m_is_reporting_end{false};
+    bool m_is_dead{false};
+    bool m_has_left{false};
+    /// Where the thread is.
+    LoadedModule m_library_module;
     std::thread m_thread;
 };
 

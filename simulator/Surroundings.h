@@ -1,10 +1,10 @@
-/// \file Surroundings.h
-/// What the system tells about whoever uses the library.
 #pragma once
 
 #include <filesystem>
 #include <string>
 #include <vector>
+
+// What the system tells about whoever uses the library.
 
 namespace zvsim {
 

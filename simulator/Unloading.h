@@ -1,6 +1,6 @@
-/// \file Unloading.h
-/// What keeps this library's threads out of memory that is no longer there.
 #pragma once
+
+// What keeps this library's threads out of memory that is no longer there.
 
 namespace zvsim {
 
@@ -18,7 +18,7 @@ public:
     ~LoadedModule(); // NOLINT(performance-trivially-destructible): on Windows it gives the module back
 
 private:
-    void* m_module = nullptr;
+    void* m_module{nullptr};
 };
 
 /// Ends what still runs when the library is unloaded or the process ends, as far as the system lets it.

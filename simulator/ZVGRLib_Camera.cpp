@@ -1,11 +1,11 @@
-#include "simulator/Library.h"
-#include "simulator/Status.h"
-#include "simulator/api_call.h"
+#include <algorithm>
+#include <cstring>
 
 #include "zvgr/ZVGRLib.h"
 
-#include <algorithm>
-#include <cstring>
+#include "simulator/Library.h"
+#include "simulator/Status.h"
+#include "simulator/api_call.h"
 
 using namespace zvsim;
 

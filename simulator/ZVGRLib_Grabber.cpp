@@ -1,8 +1,8 @@
+#include "zvgr/ZVGRLib.h"
+
 #include "simulator/Library.h"
 #include "simulator/Status.h"
 #include "simulator/api_call.h"
-
-#include "zvgr/ZVGRLib.h"
 
 using namespace zvsim;
 

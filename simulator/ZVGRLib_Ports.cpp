@@ -1,14 +1,14 @@
+#include <cstring>
+#include <utility>
+
+#include "zvgr/ZVGRLib.h"
+
 #include "simulator/Library.h"
 #include "simulator/Status.h"
 #include "simulator/api_call.h"
 #include "simulator/features/CameraRegisters.h"
 #include "simulator/features/Description.h"
 #include "simulator/features/GrabberRegisters.h"
-
-#include "zvgr/ZVGRLib.h"
-
-#include <cstring>
-#include <utility>
 
 using namespace zvsim;
 

@@ -1,11 +1,11 @@
+#include <string_view>
+
+#include "zvgr/ZVGRLib.h"
+
 #include "simulator/Library.h"
 #include "simulator/api_call.h"
 #include "simulator/features/CameraRegisters.h"
 #include "simulator/features/GrabberRegisters.h"
-
-#include "zvgr/ZVGRLib.h"
-
-#include <string_view>
 
 using namespace zvsim;
 
@@ -14,9 +14,9 @@ namespace {
 /// What a value is read from. A grabber's handle stands for its first camera too: handles of all kinds answer
 /// all values.
 struct Subject {
-    const GrabberDevice* grabber = nullptr;
-    const CameraDevice* camera = nullptr;
-    bool stands_for_all_cameras = false;
+    const GrabberDevice* grabber{nullptr};
+    const CameraDevice* camera{nullptr};
+    bool stands_for_all_cameras{false};
 };
 
 Subject subject_of(Library& library, uint32_t handle)
@@ -42,8 +42,8 @@ struct CapabilityRow {
 };
 
 constexpr CapabilityRow capabilities[] = {
-    {"FW_Dma_Capable_FrameImageId_Imp",  [](const GrabberModel& g) -> int64_t { return g.has_image_ids; }},
-    {"FW_Dma_Capable_QueuedBuffers_Imp", [](const GrabberModel&) -> int64_t { return 1; }                },
+    {"FW_Dma_Capable_FrameImageId_Imp", [](const GrabberModel& g) -> int64_t { return g.has_image_ids; }},
+    {"FW_Dma_Capable_QueuedBuffers_Imp", [](const GrabberModel&) -> int64_t { return 1; }},
 };
 
 int64_t available(const RegisterValue& value)

@@ -1,11 +1,11 @@
-/// \file api_call.h
-/// The frame around the body of every exported function.
 #pragma once
+
+#include <exception>
 
 #include "simulator/Log.h"
 #include "simulator/faults/HookedCall.h"
 
-#include <exception>
+// The frame around the body of every exported function.
 
 namespace zvsim {
 

@@ -1,11 +1,11 @@
-/// \file append_file.h
-/// A file that several processes append to.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+
+// A file that several processes append to.
 
 namespace zvlog::platform {
 
@@ -35,7 +35,7 @@ private:
     void close();
 
     std::string m_path;
-    std::intptr_t m_handle = -1;
+    std::intptr_t m_handle{-1};
 };
 
 /// Renames a file over another; nothing happens when there is no such file.

@@ -1,9 +1,9 @@
-/// \file file_lock.h
-/// Mutual exclusion between processes.
 #pragma once
 
 #include <cstdint>
 #include <string>
+
+// Mutual exclusion between processes.
 
 namespace zvlog::platform {
 
@@ -22,7 +22,7 @@ public:
     const std::string& reason() const { return m_reason; }
 
 private:
-    std::intptr_t m_handle = -1;
+    std::intptr_t m_handle{-1};
     std::string m_reason;
 };
 

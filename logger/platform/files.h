@@ -1,9 +1,9 @@
-/// \file files.h
-/// Whole files: reading one, and replacing one so that nobody ever sees half of it.
 #pragma once
 
 #include <cstdint>
 #include <string>
+
+// Whole files: reading one, and replacing one so that nobody ever sees half of it.
 
 namespace zvlog::platform {
 
@@ -11,11 +11,13 @@ enum class FileState { present, missing, unreadable };
 
 /// A file as it was when it was read.
 struct FileContent {
-    FileState state = FileState::missing;
+    FileState state{FileState::missing};
     std::string text;
-    std::string reason;       ///< why it is unreadable
-    std::uint64_t device = 0; ///< together with `node`: which file it was, whatever its name is now
-    std::uint64_t node = 0;
+    /// Why it is unreadable.
+    std::string reason;
+    /// Together with `node`: which file it was, whatever its name is now.
+    std::uint64_t device{0};
+    std::uint64_t node{0};
 };
 
 /// Reads a regular file. Anything else under that name, or a file beyond all reason in size, is unreadable.
@@ -23,7 +25,8 @@ FileContent read_file(const std::string& path);
 
 enum class Replacement {
     done,
-    outdated, ///< somebody changed the file after `seen` was read; nothing of theirs was lost
+    /// Somebody changed the file after `seen` was read; nothing of theirs was lost.
+    outdated,
     failed
 };
 

@@ -1,8 +1,8 @@
-/// \file paths.h
-/// Where the files of the library are on this system. Nothing here depends on the working directory.
 #pragma once
 
 #include <string>
+
+// Where the files of the library are on this system. Nothing here depends on the working directory.
 
 namespace zvlog::platform {
 

@@ -1,11 +1,11 @@
-/// \file system_channel.h
-/// The log of the operating system.
 #pragma once
+
+#include <string>
 
 #include <Poco/AutoPtr.h>
 #include <Poco/Channel.h>
 
-#include <string>
+// The log of the operating system.
 
 namespace zvlog::platform {
 

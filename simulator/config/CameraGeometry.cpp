@@ -1,9 +1,9 @@
 #include "simulator/config/CameraGeometry.h"
 
+#include <algorithm>
+
 #include "simulator/Limits.h"
 #include "simulator/PictureFolder.h"
-
-#include <algorithm>
 
 namespace zvsim {
 

@@ -1,11 +1,11 @@
-/// \file CameraGeometry.h
-/// Sensor, size and place of a camera's picture, in the steps of its pixel format.
 #pragma once
+
+#include <cstdint>
 
 #include "simulator/Model.h"
 #include "simulator/config/YamlReader.h"
 
-#include <cstdint>
+// Sensor, size and place of a camera's picture, in the steps of its pixel format.
 
 namespace zvsim {
 

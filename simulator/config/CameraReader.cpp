@@ -1,9 +1,9 @@
 #include "simulator/config/CameraReader.h"
 
+#include <algorithm>
+
 #include "simulator/Limits.h"
 #include "simulator/config/CameraGeometry.h"
-
-#include <algorithm>
 
 namespace zvsim {
 
@@ -19,7 +19,7 @@ constexpr auto longest_start_up = 60s;
 YamlChoices<FormatCodes> code_names()
 {
     return {
-        {"PFNC",      FormatCodes::pfnc     },
+        {"PFNC", FormatCodes::pfnc},
         {"CoaXPress", FormatCodes::coaxpress},
     };
 }
@@ -27,29 +27,29 @@ YamlChoices<FormatCodes> code_names()
 YamlChoices<TestPattern> pattern_names()
 {
     return {
-        {"DiagonalRampMoving", TestPattern::diagonal_ramp  },
+        {"DiagonalRampMoving", TestPattern::diagonal_ramp},
         {"GreyHorizontalRamp", TestPattern::horizontal_ramp},
-        {"GreyVerticalRamp",   TestPattern::vertical_ramp  },
-        {"ColorBar",           TestPattern::color_bars     },
-        {"Checkerboard",       TestPattern::checkerboard   },
-        {"Black",              TestPattern::black          },
-        {"White",              TestPattern::white          },
-        {"Grey",               TestPattern::grey           },
-        {"Grid",               TestPattern::grid           },
-        {"VerticalLineMoving", TestPattern::moving_bar     },
-        {"Blinking",           TestPattern::blinking       },
-        {"Noise",              TestPattern::noise          },
-        {"FrameCounter",       TestPattern::frame_counter  },
-        {"Star",               TestPattern::star           },
+        {"GreyVerticalRamp", TestPattern::vertical_ramp},
+        {"ColorBar", TestPattern::color_bars},
+        {"Checkerboard", TestPattern::checkerboard},
+        {"Black", TestPattern::black},
+        {"White", TestPattern::white},
+        {"Grey", TestPattern::grey},
+        {"Grid", TestPattern::grid},
+        {"VerticalLineMoving", TestPattern::moving_bar},
+        {"Blinking", TestPattern::blinking},
+        {"Noise", TestPattern::noise},
+        {"FrameCounter", TestPattern::frame_counter},
+        {"Star", TestPattern::star},
     };
 }
 
 YamlChoices<AcquisitionMode> mode_names()
 {
     return {
-        {"Continuous",  AcquisitionMode::continuous  },
+        {"Continuous", AcquisitionMode::continuous},
         {"SingleFrame", AcquisitionMode::single_frame},
-        {"MultiFrame",  AcquisitionMode::multi_frame },
+        {"MultiFrame", AcquisitionMode::multi_frame},
     };
 }
 
@@ -57,19 +57,17 @@ YamlChoices<TriggerSource> source_names()
 {
     return {
         {"Software", TriggerSource::software},
-        {"Line0",    TriggerSource::line0   },
-        {"Line1",    TriggerSource::line1   },
+        {"Line0", TriggerSource::line0},
+        {"Line1", TriggerSource::line1},
     };
 }
 
 YamlChoices<TriggerActivation> activation_names()
 {
     return {
-        {"RisingEdge",  TriggerActivation::rising_edge },
-        {"FallingEdge", TriggerActivation::falling_edge},
-        {"AnyEdge",     TriggerActivation::any_edge    },
-        {"LevelHigh",   TriggerActivation::level_high  },
-        {"LevelLow",    TriggerActivation::level_low   },
+        {"RisingEdge", TriggerActivation::rising_edge}, {"FallingEdge", TriggerActivation::falling_edge},
+        {"AnyEdge", TriggerActivation::any_edge},       {"LevelHigh", TriggerActivation::level_high},
+        {"LevelLow", TriggerActivation::level_low},
     };
 }
 
@@ -185,24 +183,35 @@ void read_picture(const YamlMap& map, CameraModel& camera, PictureFolders& folde
 
 YamlKeys camera_keys()
 {
-    return {
-        "camera",
-        {"vendor",
-          "model", "serial",
-          "version", "user_id",
-          "count", "sensor_width",
-          "sensor_height", "width",
-          "height", "offset_x",
-          "offset_y", "pixel_formats",
-          "pixel_format", "pixel_format_codes",
-          "test_pattern", "stamp",
-          "pictures", "rate",
-          "jitter", "start_up",
-          "exposure", "gain",
-          "acquisition_mode", "frame_count",
-          "triggered", "trigger_source",
-          "trigger_activation"}
-    };
+    return {"camera",
+            {"vendor",
+             "model",
+             "serial",
+             "version",
+             "user_id",
+             "count",
+             "sensor_width",
+             "sensor_height",
+             "width",
+             "height",
+             "offset_x",
+             "offset_y",
+             "pixel_formats",
+             "pixel_format",
+             "pixel_format_codes",
+             "test_pattern",
+             "stamp",
+             "pictures",
+             "rate",
+             "jitter",
+             "start_up",
+             "exposure",
+             "gain",
+             "acquisition_mode",
+             "frame_count",
+             "triggered",
+             "trigger_source",
+             "trigger_activation"}};
 }
 
 std::shared_ptr<const PictureFolder> PictureFolders::read(const std::filesystem::path& folder)

@@ -1,10 +1,4 @@
-/// \file CameraReader.h
-/// A camera of the configuration file.
 #pragma once
-
-#include "simulator/Model.h"
-#include "simulator/PictureFolder.h"
-#include "simulator/config/YamlReader.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -12,6 +6,12 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "simulator/Model.h"
+#include "simulator/PictureFolder.h"
+#include "simulator/config/YamlReader.h"
+
+// A camera of the configuration file.
 
 namespace zvsim {
 
@@ -29,7 +29,8 @@ public:
 
 private:
     std::vector<std::string>& m_warnings;
-    uint64_t m_memory; ///< What is left.
+    /// What is left.
+    uint64_t m_memory;
     std::map<std::filesystem::path, std::shared_ptr<const PictureFolder>> m_folders;
 };
 
@@ -38,7 +39,7 @@ YamlKeys camera_keys();
 /// A camera as the file describes it, and how many of them there are.
 struct CameraEntry {
     CameraModel model;
-    uint32_t count = 1;
+    uint32_t count{1};
     YamlMap map;
 };
 

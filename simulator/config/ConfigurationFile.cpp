@@ -1,13 +1,13 @@
 #include "simulator/config/ConfigurationFile.h"
 
-#include "simulator/Surroundings.h"
-#include "simulator/config/YamlDocument.h"
-
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 #include <tuple>
+
+#include "simulator/Surroundings.h"
+#include "simulator/config/YamlDocument.h"
 
 namespace zvsim {
 

@@ -1,5 +1,3 @@
-/// \file ConfigurationFile.h
-/// The file that says which grabbers and cameras there are.
 #pragma once
 
 #include <string>
@@ -9,9 +7,12 @@ namespace zvsim {
 /// The configuration file as it is now. Two of them are equal when they lead to the same configuration, so
 /// that a comparison tells whether somebody has changed the file.
 struct ConfigurationFile {
-    std::string path;    ///< Empty: there is none, the built-in configuration counts.
-    std::string text;    ///< Of a file that is longer than any may be, no more than shows it.
-    std::string problem; ///< Why the file cannot be read; empty: it can.
+    /// Empty: there is none, the built-in configuration counts.
+    std::string path;
+    /// Of a file that is longer than any may be, no more than shows it.
+    std::string text;
+    /// Why the file cannot be read; empty: it can.
+    std::string problem;
 
     /// The file that ZV_GRABBER_CONFIG names, else the user's, else the system's.
     static ConfigurationFile find();

@@ -1,14 +1,14 @@
 #include "simulator/config/GrabberReader.h"
 
+#include <map>
+#include <utility>
+
+#include "zvgr/ZVGRLib.h"
+
 #include "simulator/Limits.h"
 #include "simulator/config/CameraGeometry.h"
 #include "simulator/config/CameraReader.h"
 #include "simulator/faults/FaultConfiguration.h"
-
-#include "zvgr/ZVGRLib.h"
-
-#include <map>
-#include <utility>
 
 namespace zvsim {
 
@@ -16,18 +16,16 @@ namespace {
 
 YamlKeys grabber_keys()
 {
-    return {
-        "grabber",
-        {"name", "protocol", "count", "reports_geometry", "image_ids", "segments_per_buffer", "cameras"}
-    };
+    return {"grabber",
+            {"name", "protocol", "count", "reports_geometry", "image_ids", "segments_per_buffer", "cameras"}};
 }
 
 YamlChoices<uint32_t> protocol_names()
 {
     return {
-        {"CoaXPress",    zv_protocol_cxp },
+        {"CoaXPress", zv_protocol_cxp},
         {"CameraLinkHS", zv_protocol_clhs},
-        {"GigEVision",   zv_protocol_gev },
+        {"GigEVision", zv_protocol_gev},
     };
 }
 
@@ -71,7 +69,8 @@ private:
 
     GrabberModel& m_grabber;
     uint32_t m_position;
-    std::map<std::string, int> m_serial_numbers; ///< With the lines of their cameras.
+    /// With the lines of their cameras.
+    std::map<std::string, int> m_serial_numbers;
 };
 
 /// A grabber without its cameras, but named as if there were only one.
@@ -118,9 +117,7 @@ void read_grabber(const YamlValue& value, std::vector<GrabberModel>& grabbers, P
 
 YamlKeys file_keys()
 {
-    YamlKeys keys{
-        "configuration file", {"demo_grabber", "grabbers"}
-    };
+    YamlKeys keys{"configuration file", {"demo_grabber", "grabbers"}};
     for (const std::string_view key : fault_keys())
         keys.keys.push_back(key);
     return keys;

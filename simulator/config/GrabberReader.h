@@ -1,12 +1,12 @@
-/// \file GrabberReader.h
-/// The grabbers of the configuration file.
 #pragma once
+
+#include <string>
+#include <vector>
 
 #include "simulator/Model.h"
 #include "simulator/config/YamlReader.h"
 
-#include <string>
-#include <vector>
+// The grabbers of the configuration file.
 
 namespace zvsim {
 

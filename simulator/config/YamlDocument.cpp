@@ -1,13 +1,13 @@
 #include "simulator/config/YamlDocument.h"
 
+#include <algorithm>
+#include <map>
+#include <sstream>
+
 #include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/exceptions.h>
 #include <yaml-cpp/mark.h>
 #include <yaml-cpp/parser.h>
-
-#include <algorithm>
-#include <map>
-#include <sstream>
 
 namespace zvsim {
 
@@ -183,7 +183,7 @@ private:
     YamlDocument& m_document;
     std::vector<Open> m_open;
     std::map<YAML::anchor_t, const YamlNode*> m_anchors;
-    bool m_has_document = false;
+    bool m_has_document{false};
 };
 
 namespace {

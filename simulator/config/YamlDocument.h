@@ -1,5 +1,3 @@
-/// \file YamlDocument.h
-/// A YAML text as a tree of values that know their lines, within limits that keep hostile texts harmless.
 #pragma once
 
 #include <cstddef>
@@ -29,21 +27,24 @@ public:
 private:
     std::string m_file;
     std::vector<std::string> m_lines;
-    size_t m_count = 0;
+    size_t m_count{0};
 };
 
 /// One value of the text.
 struct YamlNode {
     enum class Kind { nothing, scalar, list, map };
 
-    Kind kind = Kind::nothing;
-    bool is_quoted = false;
-    int line = 0;
-    size_t size = 1;                    ///< Values in it and itself, aliases followed.
-    std::string text;                   ///< Of a scalar.
-    std::vector<const YamlNode*> items; ///< Of a list.
-    std::vector<std::pair<const YamlNode*, const YamlNode*>>
-        entries; ///< Of a map; keys are scalars, each once.
+    Kind kind{Kind::nothing};
+    bool is_quoted{false};
+    int line{0};
+    /// Values in it and itself, aliases followed.
+    size_t size{1};
+    /// Of a scalar.
+    std::string text;
+    /// Of a list.
+    std::vector<const YamlNode*> items;
+    /// Of a map; keys are scalars, each once.
+    std::vector<std::pair<const YamlNode*, const YamlNode*>> entries;
 };
 
 /// The values of one text. Immutable.

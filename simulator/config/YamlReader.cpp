@@ -17,13 +17,8 @@ struct Unit {
     double nanoseconds;
 };
 
-constexpr std::array units{
-    Unit{"ns",  1   },
-    Unit{"us",  1e3 },
-    Unit{"ms",  1e6 },
-    Unit{"s",   1e9 },
-    Unit{"min", 60e9}
-};
+constexpr std::array units{Unit{"ns", 1}, Unit{"us", 1e3}, Unit{"ms", 1e6}, Unit{"s", 1e9},
+                           Unit{"min", 60e9}};
 
 /// The whole text as a number, or nothing.
 template <class Number, class... Format>

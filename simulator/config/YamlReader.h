@@ -1,9 +1,4 @@
-/// \file YamlReader.h
-/// Values of a configuration file, checked while they are read. Whatever is wrong is reported with its line
-/// and with what is allowed, and reading goes on, so that all mistakes of a file come to light at once.
 #pragma once
-
-#include "simulator/config/YamlDocument.h"
 
 #include <chrono>
 #include <cstdint>
@@ -15,6 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/config/YamlDocument.h"
+
+// Values of a configuration file, checked while they are read. Whatever is wrong is reported with its line
+// and with what is allowed, and reading goes on, so that all mistakes of a file come to light at once.
+
 namespace zvsim {
 
 class YamlMap;
@@ -22,7 +22,8 @@ class YamlMap;
 /// The keys that a kind of section may have. Defined once, as a constant: a test compares them with the
 /// schema.
 struct YamlKeys {
-    const char* section; ///< "grabber", as it reads in a message: 'no key of a grabber'.
+    /// "grabber", as it reads in a message: 'no key of a grabber'.
+    const char* section;
     std::vector<std::string_view> keys;
 };
 

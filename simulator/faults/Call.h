@@ -1,19 +1,17 @@
-/// \file Call.h
-/// A call of an exported function as fault engine and call log see it.
 #pragma once
-
-#include "simulator/faults/Function.h"
 
 #include <array>
 #include <cstdint>
+
+#include "simulator/faults/Function.h"
 
 namespace zvsim {
 
 /// What a call is about.
 struct Target {
     enum class Type : uint8_t { none, index, handle, buffer };
-    Type type = Type::none;
-    uint64_t value = 0;
+    Type type{Type::none};
+    uint64_t value{0};
 };
 
 inline Target grabber_index(uint32_t index) { return {Target::Type::index, index}; }
@@ -45,10 +43,10 @@ struct Argument {
         return argument;
     }
 
-    const char* name = nullptr;
-    Type type = Type::none;
-    uint64_t value = 0;
-    const char* text = nullptr;
+    const char* name{nullptr};
+    Type type{Type::none};
+    uint64_t value{0};
+    const char* text{nullptr};
 };
 
 /// A call. `data` and `size` are where it writes its results to, null for functions that write none: of
@@ -57,8 +55,8 @@ struct Call {
     Function function;
     Target target;
     std::array<Argument, 3> arguments;
-    void* data = nullptr;
-    void* size = nullptr;
+    void* data{nullptr};
+    void* size{nullptr};
 };
 
 } // namespace zvsim

@@ -1,14 +1,12 @@
-/// \file CallLog.h
-/// The file in which calls, frames and faults are written down.
 #pragma once
-
-#include "simulator/faults/Call.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
+
+#include "simulator/faults/Call.h"
 
 namespace zvsim {
 
@@ -38,7 +36,7 @@ public:
 
 private:
     std::ofstream m_file;
-    uint64_t m_lines = 0;
+    uint64_t m_lines{0};
     std::map<uint64_t, std::string> m_names;
     std::map<char, uint64_t> m_named;
     std::map<uint32_t, std::string> m_collected;

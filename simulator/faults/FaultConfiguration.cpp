@@ -1,11 +1,11 @@
 #include "simulator/faults/FaultConfiguration.h"
 
-#include "simulator/Limits.h"
+#include <algorithm>
+#include <string>
 
 #include "zvgr/ZVGRLib.h"
 
-#include <algorithm>
-#include <string>
+#include "simulator/Limits.h"
 
 namespace zvsim {
 
@@ -22,26 +22,17 @@ constexpr std::chrono::hours longest_time{24 * 365};
 
 YamlKeys fault_section()
 {
-    return {
-        "fault",
-        {"kind", "grabber", "camera", "when", "times", "function", "name", "command", "status", "time",
-          "away_for", "away_for_scans", "bytes", "by", "code", "count", "protocol", "ticks"}
-    };
+    return {"fault",
+            {"kind", "grabber", "camera", "when", "times", "function", "name", "command", "status", "time",
+             "away_for", "away_for_scans", "bytes", "by", "code", "count", "protocol", "ticks"}};
 }
 
 YamlKeys trigger_section()
 {
-    return {
-        "fault's 'when'", {"call", "frame", "every", "until", "after", "since", "probability"}
-    };
+    return {"fault's 'when'", {"call", "frame", "every", "until", "after", "since", "probability"}};
 }
 
-YamlKeys event_section()
-{
-    return {
-        "event", {"at", "scan", "do", "grabber", "camera"}
-    };
-}
+YamlKeys event_section() { return {"event", {"at", "scan", "do", "grabber", "camera"}}; }
 
 bool is_loss(FaultKind kind)
 {
@@ -167,11 +158,7 @@ Trigger read_trigger(const YamlMap& map, Opportunity opportunity)
     std::chrono::nanoseconds after{0};
     if (map.duration("after", after, std::chrono::nanoseconds{0}, longest_time))
         trigger.after = after;
-    map.choice("since", trigger.since,
-               {
-                   {"scan",  Trigger::Since::scan },
-                   {"start", Trigger::Since::start}
-    });
+    map.choice("since", trigger.since, {{"scan", Trigger::Since::scan}, {"start", Trigger::Since::start}});
     map.number("probability", trigger.probability, 0, 1);
     return trigger;
 }
@@ -239,11 +226,7 @@ PlugEvent read_event(const YamlValue& value)
     PlugEvent event;
     if (!map.has("do"))
         map.report("'do' is missing", "unplug, plug");
-    map.choice("do", event.is_plugged,
-               {
-                   {"unplug", false},
-                   {"plug",   true }
-    });
+    map.choice("do", event.is_plugged, {{"unplug", false}, {"plug", true}});
     if (!map.has("grabber"))
         map.report("'grabber' is missing", "the index of a grabber");
     read_place(map, event.place);

@@ -1,12 +1,12 @@
-/// \file FaultConfiguration.h
-/// The fault plan of a configuration file.
 #pragma once
+
+#include <string_view>
+#include <vector>
 
 #include "simulator/config/YamlReader.h"
 #include "simulator/faults/FaultPlan.h"
 
-#include <string_view>
-#include <vector>
+// The fault plan of a configuration file.
 
 namespace zvsim {
 

@@ -1,9 +1,9 @@
 #include "simulator/faults/FaultEngine.h"
 
+#include "zvgr/ZVGRLib.h"
+
 #include "simulator/Library.h"
 #include "simulator/Log.h"
-
-#include "zvgr/ZVGRLib.h"
 
 namespace zvsim {
 

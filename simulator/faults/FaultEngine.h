@@ -1,13 +1,4 @@
-/// \file FaultEngine.h
-/// Decides what goes wrong, and writes it down.
 #pragma once
-
-#include "simulator/faults/Call.h"
-#include "simulator/faults/CallLog.h"
-#include "simulator/faults/FaultPlan.h"
-#include "simulator/faults/FrameFaults.h"
-#include "simulator/faults/Presence.h"
-#include "simulator/faults/RuleState.h"
 
 #include <array>
 #include <chrono>
@@ -17,18 +8,26 @@
 #include <string>
 #include <vector>
 
+#include "simulator/faults/Call.h"
+#include "simulator/faults/CallLog.h"
+#include "simulator/faults/FaultPlan.h"
+#include "simulator/faults/FrameFaults.h"
+#include "simulator/faults/Presence.h"
+#include "simulator/faults/RuleState.h"
+
 namespace zvsim {
 
 /// What is to happen to a call.
 struct Verdict {
     static constexpr size_t most_alterations = 8;
 
-    bool is_carried_out = true;
-    std::optional<uint32_t> failure; ///< The status that it answers, where it answers one.
+    bool is_carried_out{true};
+    /// The status that it answers, where it answers one.
+    std::optional<uint32_t> failure;
     std::chrono::microseconds delay{0};
     std::array<FaultKind, most_alterations> alterations{};
     std::array<int64_t, most_alterations> amounts{};
-    size_t alteration_count = 0;
+    size_t alteration_count{0};
 };
 
 /// The faults, the hot plugging and the call log of one configuration. The library has one only when there is
@@ -87,13 +86,14 @@ private:
     };
 
     const uint64_t m_seed;
-    const Clock::time_point m_first_scan = Clock::now();
+    const Clock::time_point m_first_scan{Clock::now()};
     std::vector<RuleState> m_call_rules;
     std::vector<RuleState> m_start_rules;
     std::vector<RuleState> m_frame_rules;
     std::vector<Clock::time_point> m_event_times;
     Presence m_presence;
-    std::map<uint64_t, Range> m_descriptions; ///< Where those that were asked for are, by handle.
+    /// Where those that were asked for are, by handle.
+    std::map<uint64_t, Range> m_descriptions;
     std::unique_ptr<CallLog> m_log;
 };
 

@@ -82,33 +82,24 @@ constexpr FaultKindRow rows[] = {
     failing("value-not-available", values),
     failing("url-fails", functions(F::xml_url)),
 
-    altering("grabber-count-too-large", functions(F::device_scan), {"count",                    100,        1,         1000                         }
-      ),
-    altering("protocol-unknown", functions(F::device_info), {"protocol",                 99,         0,         0xFFFFFFFF                   }
-      ),
-    altering("camera-count-too-large", functions(F::update_camera_list), {"count",                    17,         1,         0xFFFFFFFF                   }
-      ),
+    altering("grabber-count-too-large", functions(F::device_scan), {"count", 100, 1, 1000}),
+    altering("protocol-unknown", functions(F::device_info), {"protocol", 99, 0, 0xFFFFFFFF}),
+    altering("camera-count-too-large", functions(F::update_camera_list), {"count", 17, 1, 0xFFFFFFFF}),
     altering("camera-texts-unterminated", functions(F::camera_info)),
     altering("camera-texts-empty", functions(F::camera_info)),
     altering("camera-texts-garbage", functions(F::camera_info)),
-    altering("register-read-short", reads, {"bytes",                    1,          0,         one_gib                      }
-      ),
-    altering("register-write-short", writes, {"bytes",                    1,          0,         one_gib                      }
-      ),
+    altering("register-read-short", reads, {"bytes", 1, 0, one_gib}),
+    altering("register-write-short", writes, {"bytes", 1, 0, one_gib}),
     altering("description-garbage", reads),
-    altering("description-truncated", functions(F::xml_url), {"bytes",                    100,        0,         one_gib                      }
-      ),
-    altering("description-huge", functions(F::xml_url), {"bytes",                    one_gib,    1,         most                         }
-      ),
+    altering("description-truncated", functions(F::xml_url), {"bytes", 100, 0, one_gib}),
+    altering("description-huge", functions(F::xml_url), {"bytes", one_gib, 1, most}),
     altering("url-empty", functions(F::xml_url)),
     altering("url-garbage", functions(F::xml_url)),
     altering("url-too-long", functions(F::xml_url)),
     altering("url-unterminated", functions(F::xml_url)),
-    altering("payload-size-wrong", functions(F::stream_info), {"bytes",                    4096,       1,         most                         }
-      ),
+    altering("payload-size-wrong", functions(F::stream_info), {"bytes", 4096, 1, most}),
     altering("payload-size-zero", functions(F::stream_info)),
-    altering("pixel-format-unknown", functions(F::camera_enumeration), {"code",                     0x7FFFFFFF, 0,         0xFFFFFFFF                   }
-      ),
+    altering("pixel-format-unknown", functions(F::camera_enumeration), {"code", 0x7FFFFFFF, 0, 0xFFFFFFFF}),
 
     of_call("camera-lost-while-opening", Effect::loses, functions(F::camera_open)),
     of_call("camera-lost-while-configuring", Effect::loses, functions(F::camera_read, F::camera_write)),
@@ -116,25 +107,19 @@ constexpr FaultKindRow rows[] = {
     of_call("grabber-lost", Effect::loses, at_a_grabber),
     of_frame("grabber-lost-while-streaming"),
 
-    {"acquisition-never-starts", 0,          no_amount, Opportunity::start,            Effect::on_frames, false},
+    {"acquisition-never-starts", 0, no_amount, Opportunity::start, Effect::on_frames, false},
     of_frame("acquisition-ends-early"),
     of_frame("frame-dropped"),
     holding_up("frame-late"),
     of_frame("frame-duplicated"),
     of_frame("frames-out-of-order"),
-    of_frame("frame-id-wrong", {"by",                     1000,                               -most,                                     most                                         }
-      ),
-    of_frame("frame-id-jumps", {"by",                      1000,                                -most,  most}
-      ),
+    of_frame("frame-id-wrong", {"by", 1000, -most, most}),
+    of_frame("frame-id-jumps", {"by", 1000, -most, most}),
     of_frame("timestamp-zero"),
-    of_frame("timestamp-backwards", {"ticks",                      tick_rate,                                1,                                  most                                                                    }
-      ),
-    of_frame("timestamp-jumps", {"ticks",                      tick_rate,                                -most,  most}
-      ),
-    of_frame("frame-truncated", {"bytes",                      64,                                0,                                  most                                                                                                           }
-      ),
-    of_frame("frame-corrupted", {"bytes",                      1,                                1,  one_gib}
-      ),
+    of_frame("timestamp-backwards", {"ticks", tick_rate, 1, most}),
+    of_frame("timestamp-jumps", {"ticks", tick_rate, -most, most}),
+    of_frame("frame-truncated", {"bytes", 64, 0, most}),
+    of_frame("frame-corrupted", {"bytes", 1, 1, one_gib}),
     holding_up("callback-stalls"),
     of_frame("callback-missing"),
 };

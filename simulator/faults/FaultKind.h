@@ -1,13 +1,13 @@
-/// \file FaultKind.h
-/// Everything that can go wrong, by name.
 #pragma once
-
-#include "simulator/faults/Function.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
+
+#include "simulator/faults/Function.h"
+
+// Everything that can go wrong, by name.
 
 namespace zvsim {
 
@@ -91,17 +91,24 @@ enum class Opportunity : uint8_t { call, start, frame };
 
 /// What a fault does to a call.
 enum class Effect : uint8_t {
-    fails,     ///< It is not carried out, or only where it ends something, and fails.
-    delays,    ///< It takes longer.
-    untouched, ///< It is not carried out, and succeeds.
-    alters,    ///< Its results are others.
-    loses,     ///< Camera or grabber are gone from now on.
-    on_frames, ///< Nothing: the fault is none of calls.
+    /// It is not carried out, or only where it ends something, and fails.
+    fails,
+    /// It takes longer.
+    delays,
+    /// It is not carried out, and succeeds.
+    untouched,
+    /// Its results are others.
+    alters,
+    /// Camera or grabber are gone from now on.
+    loses,
+    /// Nothing: the fault is none of calls.
+    on_frames,
 };
 
 /// The number that a kind can be given.
 struct Amount {
-    const char* name; ///< Null: none.
+    /// Null: none.
+    const char* name;
     int64_t preset;
     int64_t least;
     int64_t most;
@@ -109,11 +116,13 @@ struct Amount {
 
 struct FaultKindRow {
     const char* name;
-    FunctionSet functions; ///< Of calls: which ones it can happen to.
+    /// Of calls: which ones it can happen to.
+    FunctionSet functions;
     Amount amount;
     Opportunity opportunity;
     Effect effect;
-    bool has_time; ///< Can be given a time: how long it holds something up.
+    /// Can be given a time: how long it holds something up.
+    bool has_time;
 };
 
 const FaultKindRow& row_of(FaultKind kind);

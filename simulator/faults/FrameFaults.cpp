@@ -1,8 +1,8 @@
 #include "simulator/faults/FrameFaults.h"
 
-#include "simulator/faults/FaultEngine.h"
-
 #include <algorithm>
+
+#include "simulator/faults/FaultEngine.h"
 
 namespace zvsim {
 

@@ -1,15 +1,13 @@
-/// \file FrameFaults.h
-/// What goes wrong with the frames of an acquisition.
 #pragma once
-
-#include "simulator/Pacer.h"
-#include "simulator/faults/FaultPlan.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
+
+#include "simulator/Pacer.h"
+#include "simulator/faults/FaultPlan.h"
 
 namespace zvsim {
 
@@ -19,17 +17,22 @@ class FaultEngine;
 struct FrameFate {
     explicit FrameFate(const Frame& frame) : id{frame.id}, timestamp{frame.timestamp} {}
 
-    uint64_t id;        ///< As it is reported.
-    uint64_t timestamp; ///< As it is reported.
-    bool ends_acquisition = false;
-    bool is_dropped = false;
-    bool is_duplicated = false;
-    bool is_held = false; ///< Delivered behind the next frame.
-    bool is_unreported = false;
-    uint64_t drawn_bytes = std::numeric_limits<uint64_t>::max();
-    uint64_t damaged_bytes = 0;
-    std::chrono::microseconds late{0};  ///< Before it is drawn.
-    std::chrono::microseconds stall{0}; ///< Between drawing and report.
+    /// As it is reported.
+    uint64_t id;
+    /// As it is reported.
+    uint64_t timestamp;
+    bool ends_acquisition{false};
+    bool is_dropped{false};
+    bool is_duplicated{false};
+    /// Delivered behind the next frame.
+    bool is_held{false};
+    bool is_unreported{false};
+    uint64_t drawn_bytes{std::numeric_limits<uint64_t>::max()};
+    uint64_t damaged_bytes{0};
+    /// Before it is drawn.
+    std::chrono::microseconds late{0};
+    /// Between drawing and report.
+    std::chrono::microseconds stall{0};
 
     /// Notes what a fault of this frame alone does to it.
     void suffer(const FaultRule& rule);
@@ -62,13 +65,13 @@ public:
 private:
     void suffer(const FaultRule& rule, const Frame& frame, FrameFate& fate);
 
-    FaultEngine* m_engine = nullptr;
-    uint32_t m_stream = 0;
+    FaultEngine* m_engine{nullptr};
+    uint32_t m_stream{0};
     Place m_place;
-    bool m_is_silent = false;
+    bool m_is_silent{false};
     Clock::time_point m_start;
-    uint64_t m_id_shift = 0;
-    uint64_t m_timestamp_shift = 0;
+    uint64_t m_id_shift{0};
+    uint64_t m_timestamp_shift{0};
 };
 
 } // namespace zvsim

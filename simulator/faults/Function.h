@@ -1,11 +1,11 @@
-/// \file Function.h
-/// The exported functions by name.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
+
+// The exported functions by name.
 
 namespace zvsim {
 
@@ -54,8 +54,10 @@ enum class ResultType : uint8_t { status, handle, frame, value, pointer };
 struct FunctionRow {
     const char* name;
     ResultType result;
-    bool has_output; ///< Writes through a pointer.
-    bool ends;       ///< Ends something. Callers rely on it being over afterwards, whatever the status.
+    /// Writes through a pointer.
+    bool has_output;
+    /// Ends something. Callers rely on it being over afterwards, whatever the status.
+    bool ends;
 };
 
 const FunctionRow& row_of(Function function);

@@ -1,11 +1,11 @@
 #include "simulator/faults/HookedCall.h"
 
-#include "simulator/Library.h"
-#include "simulator/Status.h"
-
 #include <array>
 #include <cstdio>
 #include <thread>
+
+#include "simulator/Library.h"
+#include "simulator/Status.h"
 
 namespace zvsim {
 

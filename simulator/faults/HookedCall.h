@@ -1,14 +1,12 @@
-/// \file HookedCall.h
-/// A call on its way through fault engine and call log.
 #pragma once
-
-#include "simulator/faults/Call.h"
-#include "simulator/faults/FaultEngine.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <type_traits>
+
+#include "simulator/faults/Call.h"
+#include "simulator/faults/FaultEngine.h"
 
 namespace zvsim {
 
@@ -62,8 +60,10 @@ private:
 
     const Call& m_call;
     std::shared_ptr<FaultEngine> m_engine;
-    uint32_t m_own_stream = 0;       ///< The stream whose thread this is.
-    std::vector<uint32_t> m_streams; ///< Those that belong to what the call is about; for the log.
+    /// The stream whose thread this is.
+    uint32_t m_own_stream{0};
+    /// Those that belong to what the call is about; for the log.
+    std::vector<uint32_t> m_streams;
     Verdict m_verdict;
 };
 

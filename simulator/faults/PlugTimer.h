@@ -1,15 +1,13 @@
-/// \file PlugTimer.h
-/// Pulls cables in time.
 #pragma once
-
-#include "simulator/Pacer.h"
-#include "simulator/Unloading.h"
 
 #include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <thread>
 #include <vector>
+
+#include "simulator/Pacer.h"
+#include "simulator/Unloading.h"
 
 namespace zvsim {
 
@@ -29,10 +27,11 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_ended;
-    bool m_is_ended = false;
+    bool m_is_ended{false};
     std::vector<Clock::time_point> m_times;
     std::function<void()> m_function;
-    LoadedModule m_module{LoadedModule::own()}; ///< Where the thread is.
+    /// Where the thread is.
+    LoadedModule m_module{LoadedModule::own()};
     std::thread m_thread;
 };
 

@@ -1,9 +1,4 @@
-/// \file Presence.h
-/// Which grabbers and cameras are there.
 #pragma once
-
-#include "simulator/Pacer.h"
-#include "simulator/faults/FaultPlan.h"
 
 #include <array>
 #include <optional>
@@ -11,6 +6,9 @@
 #include <vector>
 
 #include "zvgr/ZVGRLib.h"
+
+#include "simulator/Pacer.h"
+#include "simulator/faults/FaultPlan.h"
 
 namespace zvsim {
 
@@ -35,9 +33,10 @@ public:
 
 private:
     struct State {
-        bool is_plugged = true;
-        bool is_lost = false;
-        std::optional<uint32_t> lists; ///< In how many lists it is still missing.
+        bool is_plugged{true};
+        bool is_lost{false};
+        /// In how many lists it is still missing.
+        std::optional<uint32_t> lists;
         std::optional<Clock::time_point> back;
 
         bool is_there() const { return is_plugged && !is_lost; }
@@ -54,10 +53,12 @@ private:
     void apply(PlugEvent& event);
 
     std::vector<GrabberState> m_states;
-    std::vector<PlugEvent> m_events; ///< Those that are still to come.
-    uint64_t m_scans = 0;
-    bool m_has_returns = false; ///< Something comes back by time.
-    bool m_has_changed = false;
+    /// Those that are still to come.
+    std::vector<PlugEvent> m_events;
+    uint64_t m_scans{0};
+    /// Something comes back by time.
+    bool m_has_returns{false};
+    bool m_has_changed{false};
 };
 
 } // namespace zvsim

@@ -1,21 +1,21 @@
-/// \file RuleState.h
-/// When a fault happens.
 #pragma once
+
+#include <vector>
 
 #include "simulator/Pacer.h"
 #include "simulator/faults/FaultPlan.h"
-
-#include <vector>
 
 namespace zvsim {
 
 /// One opportunity of a rule.
 struct Occasion {
     Place place;
-    uint64_t frame = 0; ///< Of opportunities at frames.
+    /// Of opportunities at frames.
+    uint64_t frame{0};
     Clock::time_point now;
     Clock::time_point first_scan;
-    Clock::time_point start; ///< Of opportunities at frames.
+    /// Of opportunities at frames.
+    Clock::time_point start;
 };
 
 /// A rule with its counters. Opportunities at calls are counted together; those at frames and starts for each
@@ -34,8 +34,8 @@ public:
 
 private:
     struct Counter {
-        uint64_t opportunities = 0;
-        uint64_t happened = 0;
+        uint64_t opportunities{0};
+        uint64_t happened{0};
     };
 
     size_t cell_of(const Place& place) const;

@@ -1,12 +1,13 @@
-// What the altering faults make of the results of a call. Nothing is written beyond what a sound library
-// writes: hardware can lie about anything but the consumer's memory.
-#include "simulator/faults/FaultEngine.h"
-
-#include "zvgr/ZVGRLib.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+
+#include "zvgr/ZVGRLib.h"
+
+#include "simulator/faults/FaultEngine.h"
+
+// What the altering faults make of the results of a call. Nothing is written beyond what a sound library
+// writes: hardware can lie about anything but the consumer's memory.
 
 namespace zvsim {
 
@@ -63,8 +64,8 @@ void fill_url(const Call& call, bool is_terminated)
 
 struct Url {
     std::string name;
-    unsigned long long address = 0;
-    unsigned long long length = 0;
+    unsigned long long address{0};
+    unsigned long long length{0};
 };
 
 /// What stands in a good URL; nothing for any other.
@@ -125,22 +126,22 @@ struct Alteration {
 };
 
 constexpr Alteration alterations[] = {
-    {FaultKind::grabber_count_too_large,   change_count        },
-    {FaultKind::protocol_unknown,          change_protocol     },
-    {FaultKind::camera_count_too_large,    change_count        },
-    {FaultKind::camera_texts_unterminated, take_ends_of_texts  },
-    {FaultKind::camera_texts_empty,        empty_texts         },
-    {FaultKind::camera_texts_garbage,      spoil_texts         },
-    {FaultKind::register_read_short,       shorten_transfer    },
-    {FaultKind::register_write_short,      shorten_transfer    },
-    {FaultKind::description_truncated,     shorten_description },
-    {FaultKind::description_huge,          lengthen_description},
-    {FaultKind::url_empty,                 empty_url           },
-    {FaultKind::url_garbage,               spoil_url           },
-    {FaultKind::url_too_long,              lengthen_url        },
-    {FaultKind::url_unterminated,          take_end_of_url     },
-    {FaultKind::payload_size_wrong,        change_payload      },
-    {FaultKind::payload_size_zero,         change_payload      },
+    {FaultKind::grabber_count_too_large, change_count},
+    {FaultKind::protocol_unknown, change_protocol},
+    {FaultKind::camera_count_too_large, change_count},
+    {FaultKind::camera_texts_unterminated, take_ends_of_texts},
+    {FaultKind::camera_texts_empty, empty_texts},
+    {FaultKind::camera_texts_garbage, spoil_texts},
+    {FaultKind::register_read_short, shorten_transfer},
+    {FaultKind::register_write_short, shorten_transfer},
+    {FaultKind::description_truncated, shorten_description},
+    {FaultKind::description_huge, lengthen_description},
+    {FaultKind::url_empty, empty_url},
+    {FaultKind::url_garbage, spoil_url},
+    {FaultKind::url_too_long, lengthen_url},
+    {FaultKind::url_unterminated, take_end_of_url},
+    {FaultKind::payload_size_wrong, change_payload},
+    {FaultKind::payload_size_zero, change_payload},
 };
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "simulator/features/CameraFeatures.h"
 
-#include "simulator/Limits.h"
-
 #include <algorithm>
+
+#include "simulator/Limits.h"
 
 namespace zvsim {
 

@@ -1,9 +1,9 @@
-/// \file CameraFeatures.h
-/// What writing a camera's features does. Each function answers false when the value is not legal; the edit
-/// is then given up.
 #pragma once
 
 #include "simulator/features/CameraRegisters.h"
+
+// What writing a camera's features does. Each function answers false when the value is not legal; the edit
+// is then given up.
 
 namespace zvsim {
 

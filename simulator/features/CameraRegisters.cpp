@@ -1,11 +1,11 @@
 #include "simulator/features/CameraRegisters.h"
 
-#include "simulator/features/CameraFeatures.h"
-#include "simulator/features/Description.h"
-
 #include <algorithm>
 #include <array>
 #include <iterator>
+
+#include "simulator/features/CameraFeatures.h"
+#include "simulator/features/Description.h"
 
 namespace zvsim {
 

@@ -1,11 +1,11 @@
-/// \file CameraRegisters.h
-/// The registers of a camera: a table with one row each.
 #pragma once
+
+#include <string_view>
 
 #include "simulator/Devices.h"
 #include "simulator/features/RegisterSpace.h"
 
-#include <string_view>
+// The registers of a camera: a table with one row each.
 
 namespace zvsim {
 

@@ -1,16 +1,16 @@
 #include "simulator/features/Description.h"
 
-#include "simulator/Limits.h"
-#include "simulator/features/GrabberRegisters.h"
-#include "simulator/features/RegisterSpace.h"
-#include "simulator/features/templates.h"
-
 #include <algorithm>
 #include <array>
 #include <cinttypes>
 #include <cstdio>
 #include <set>
 #include <string_view>
+
+#include "simulator/Limits.h"
+#include "simulator/features/GrabberRegisters.h"
+#include "simulator/features/RegisterSpace.h"
+#include "simulator/features/templates.h"
 
 namespace zvsim {
 

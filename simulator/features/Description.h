@@ -1,16 +1,17 @@
-/// \file Description.h
-/// Register descriptions: GenApi 1.1 files made from the templates camera.xml and grabber.xml.
 #pragma once
-
-#include "simulator/Model.h"
 
 #include <memory>
 #include <string>
 
+#include "simulator/Model.h"
+
+// Register descriptions: GenApi 1.1 files made from the templates camera.xml and grabber.xml.
+
 namespace zvsim {
 
 struct Description {
-    std::string name; ///< Of the file, without its ending.
+    /// Of the file, without its ending.
+    std::string name;
     std::string text;
 
     /// Where consumers find it.

@@ -1,11 +1,11 @@
 #include "simulator/features/GrabberRegisters.h"
 
-#include "simulator/features/Description.h"
+#include <algorithm>
+#include <iterator>
 
 #include "zvgr/ZVGRLib.h"
 
-#include <algorithm>
-#include <iterator>
+#include "simulator/features/Description.h"
 
 namespace zvsim {
 

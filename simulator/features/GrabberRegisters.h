@@ -1,11 +1,11 @@
-/// \file GrabberRegisters.h
-/// The registers of a grabber: a table with one row each, those of a camera once for each camera.
 #pragma once
+
+#include <string_view>
 
 #include "simulator/Devices.h"
 #include "simulator/features/RegisterSpace.h"
 
-#include <string_view>
+// The registers of a grabber: a table with one row each, those of a camera once for each camera.
 
 namespace zvsim {
 
@@ -21,8 +21,10 @@ struct GrabberSubject {
 
 /// What a write works on until the whole of it is accepted.
 struct GrabberEdit {
-    std::vector<CameraDevice*> resets; ///< Whose counters begin anew.
-    CameraDevice* camera = nullptr;    ///< The one that the present register is about.
+    /// Whose counters begin anew.
+    std::vector<CameraDevice*> resets;
+    /// The one that the present register is about.
+    CameraDevice* camera{nullptr};
 };
 
 using GrabberRow = RegisterRow<GrabberSubject, GrabberEdit>;

@@ -1,5 +1,3 @@
-/// \file RegisterSpace.h
-/// Register memory: what a register access of any address and length means for registers of fixed places.
 #pragma once
 
 #include <cstddef>
@@ -15,9 +13,12 @@ enum class RegisterKind {
     integer,
     enumeration,
     boolean,
-    command,  ///< Executed by the value 1; reads 0, for it is done when the write returns.
-    floating, ///< IEEE 754, 64 bit.
-    text,     ///< Padded with zeros; without a terminator when it fills the register.
+    /// Executed by the value 1; reads 0, for it is done when the write returns.
+    command,
+    /// IEEE 754, 64 bit.
+    floating,
+    /// Padded with zeros; without a terminator when it fills the register.
+    text,
 };
 
 /// What a register holds: an integer for all kinds but floating and text. Nothing: the feature does not exist
@@ -31,7 +32,8 @@ enum class Locking { never, while_streaming };
 /// registers takes effect as a whole.
 template <class Subject, class Edit>
 struct RegisterRow {
-    const char* name; ///< Of the feature in the description.
+    /// Of the feature in the description.
+    const char* name;
     uint32_t address;
     uint32_t length;
     RegisterKind kind;
@@ -52,8 +54,10 @@ constexpr size_t longest_register = 64;
 struct RegisterPlace {
     uint64_t address;
     size_t length;
-    const void* row; ///< For whoever found it.
-    size_t block;    ///< The repetition of the row, for registers that exist several times.
+    /// For whoever found it.
+    const void* row;
+    /// The repetition of the row, for registers that exist several times.
+    size_t block;
 };
 
 /// All registers of a piece of hardware, for the length of one access.

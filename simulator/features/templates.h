@@ -1,10 +1,10 @@
-/// \file templates.h
-/// The templates of the register descriptions, as the build embeds them. What stands between two @ depends on
-/// the model.
 #pragma once
 
 #include <iterator>
 #include <string>
+
+// The templates of the register descriptions, as the build embeds them. What stands between two @ depends on
+// the model.
 
 namespace zvsim {
 

@@ -1,18 +1,16 @@
-/// \file ColorMatrix.h
-/// Luma and chroma of colours.
 #pragma once
 
-#include "simulator/PixelFormat.h"
-
 #include <cstdint>
+
+#include "simulator/PixelFormat.h"
 
 namespace zvsim {
 
 /// A colour, or the sum of several.
 struct ColorSum {
-    int64_t red = 0;
-    int64_t green = 0;
-    int64_t blue = 0;
+    int64_t red{0};
+    int64_t green{0};
+    int64_t blue{0};
 };
 
 /// The conversion that PFNC names in a format: "YUV" is BT.601 over the full range of the samples, "YCbCr601"
@@ -38,11 +36,12 @@ private:
     struct Component {
         static constexpr unsigned fraction_bits = 40;
 
-        int64_t red = 0;
-        int64_t green = 0;
-        int64_t blue = 0;
-        int64_t offset = 0; ///< A half is in it, for the rounding.
-        int64_t full_scale = 0;
+        int64_t red{0};
+        int64_t green{0};
+        int64_t blue{0};
+        /// A half is in it, for the rounding.
+        int64_t offset{0};
+        int64_t full_scale{0};
 
         uint16_t of(const ColorSum& sum, unsigned log2_count) const;
     };

@@ -1,10 +1,10 @@
 #include "simulator/pictures/FolderSource.h"
 
-#include "simulator/Devices.h"
-#include "simulator/PictureFolder.h"
-
 #include <algorithm>
 #include <cstring>
+
+#include "simulator/Devices.h"
+#include "simulator/PictureFolder.h"
 
 namespace zvsim {
 

@@ -1,5 +1,3 @@
-/// \file FolderSource.h
-/// Plays the pictures of a folder.
 #pragma once
 
 #include "simulator/PictureSource.h"
@@ -46,7 +44,8 @@ private:
     size_t m_left;
     size_t m_top;
     size_t m_width;
-    bool m_can_copy = false; ///< The window lies within the pictures, and the format is theirs.
+    /// The window lies within the pictures, and the format is theirs.
+    bool m_can_copy{false};
 };
 
 } // namespace zvsim

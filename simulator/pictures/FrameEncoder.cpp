@@ -1,11 +1,11 @@
 #include "simulator/pictures/FrameEncoder.h"
 
-#include "simulator/Devices.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <optional>
+
+#include "simulator/Devices.h"
 
 namespace zvsim {
 

@@ -1,12 +1,10 @@
-/// \file FrameEncoder.h
-/// From a scene to the bytes of a frame.
 #pragma once
-
-#include "simulator/PictureSource.h"
-#include "simulator/pictures/RowEncoder.h"
 
 #include <cstddef>
 #include <vector>
+
+#include "simulator/PictureSource.h"
+#include "simulator/pictures/RowEncoder.h"
 
 namespace zvsim {
 
@@ -32,13 +30,16 @@ private:
 
     const PixelFormat& m_format;
     size_t m_segments;
-    uint32_t m_top; ///< First row of the sensor.
+    /// First row of the sensor.
+    uint32_t m_top;
     uint32_t m_height;
-    size_t m_row_size; ///< Of one plane.
+    /// Of one plane.
+    size_t m_row_size;
     size_t m_picture_size;
     SceneRow m_row;
     RowEncoder m_encoder;
-    std::vector<unsigned char> m_bytes; ///< The row that was encoded last.
+    /// The row that was encoded last.
+    std::vector<unsigned char> m_bytes;
 };
 
 } // namespace zvsim

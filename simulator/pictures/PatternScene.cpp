@@ -1,10 +1,10 @@
 #include "simulator/pictures/PatternScene.h"
 
+#include <algorithm>
+
 #include "simulator/Devices.h"
 #include "simulator/pictures/digits.h"
 #include "simulator/pictures/star.h"
-
-#include <algorithm>
 
 namespace zvsim {
 
@@ -135,20 +135,20 @@ struct PatternDrawing {
 };
 
 constexpr PatternDrawing drawings[] = {
-    {row_itself,    diagonal_ramp  },
-    {the_same,      horizontal_ramp},
-    {row_itself,    vertical_ramp  },
-    {the_same,      color_bars     },
-    {row_of_fields, checkerboard   },
-    {the_same,      black          },
-    {the_same,      white          },
-    {the_same,      grey           },
-    {line_or_not,   grid           },
-    {the_same,      moving_bar     },
-    {the_same,      blinking       },
-    {row_itself,    noise          },
-    {row_of_digits, draw_digits    },
-    {row_itself,    draw_star      },
+    {row_itself, diagonal_ramp},
+    {the_same, horizontal_ramp},
+    {row_itself, vertical_ramp},
+    {the_same, color_bars},
+    {row_of_fields, checkerboard},
+    {the_same, black},
+    {the_same, white},
+    {the_same, grey},
+    {line_or_not, grid},
+    {the_same, moving_bar},
+    {the_same, blinking},
+    {row_itself, noise},
+    {row_of_digits, draw_digits},
+    {row_itself, draw_star},
 };
 static_assert(std::size(drawings) == static_cast<size_t>(TestPattern::star) + 1, "one for each pattern");
 

@@ -1,12 +1,10 @@
-/// \file PatternScene.h
-/// The test patterns (docs/test-patterns.md has their formulas).
 #pragma once
-
-#include "simulator/Settings.h"
-#include "simulator/pictures/Scene.h"
 
 #include <cstddef>
 #include <cstdint>
+
+#include "simulator/Settings.h"
+#include "simulator/pictures/Scene.h"
 
 namespace zvsim {
 
@@ -16,7 +14,8 @@ class CameraDevice;
 struct PatternWindow {
     uint32_t sensor_width;
     uint32_t sensor_height;
-    uint32_t left; ///< The window's first column.
+    /// The window's first column.
+    uint32_t left;
     uint32_t bits;
 
     uint16_t full_scale() const { return static_cast<uint16_t>((1U << bits) - 1); }
@@ -40,7 +39,7 @@ public:
 
 private:
     PatternWindow m_window;
-    TestPattern m_pattern = TestPattern::diagonal_ramp;
+    TestPattern m_pattern{TestPattern::diagonal_ramp};
 };
 
 } // namespace zvsim

@@ -1,11 +1,11 @@
 #include "simulator/pictures/PatternSource.h"
 
-#include "simulator/Devices.h"
+#include <algorithm>
+#include <cstring>
 
 #include "zvgr/FrameStamp.h"
 
-#include <algorithm>
-#include <cstring>
+#include "simulator/Devices.h"
 
 namespace zvsim {
 

@@ -1,12 +1,10 @@
-/// \file PatternSource.h
-/// Frames of the test patterns.
 #pragma once
+
+#include <vector>
 
 #include "simulator/PictureSource.h"
 #include "simulator/pictures/FrameEncoder.h"
 #include "simulator/pictures/PatternScene.h"
-
-#include <vector>
 
 namespace zvsim {
 
@@ -35,8 +33,9 @@ private:
     bool m_has_stamp;
     SceneRow m_ramp_colors;
     RowEncoder m_ramp_encoder;
-    std::vector<unsigned char> m_long_ramp; ///< A row and one repetition more: every shift of it is one copy.
-    double m_ramp_brightness = 1;
+    /// A row and one repetition more: every shift of it is one copy.
+    std::vector<unsigned char> m_long_ramp;
+    double m_ramp_brightness{1};
 };
 
 } // namespace zvsim

@@ -1,10 +1,10 @@
 #include "simulator/pictures/PictureFile.h"
 
-#include "simulator/pictures/PngFile.h"
-#include "simulator/pictures/TiffFile.h"
-
 #include <algorithm>
 #include <new>
+
+#include "simulator/pictures/PngFile.h"
+#include "simulator/pictures/TiffFile.h"
 
 namespace zvsim {
 

@@ -1,9 +1,4 @@
-/// \file PictureFile.h
-/// Picture files, whatever their kind. They may come from anywhere: nothing in them is believed before it has
-/// been checked, and a file that cannot be used costs no more memory than it has bytes.
 #pragma once
-
-#include "simulator/PixelFormat.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -11,13 +6,20 @@
 #include <string>
 #include <vector>
 
+#include "simulator/PixelFormat.h"
+
+// Picture files, whatever their kind. They may come from anywhere: nothing in them is believed before it has
+// been checked, and a file that cannot be used costs no more memory than it has bytes.
+
 namespace zvsim {
 
 struct Picture {
-    uint32_t width = 0;
-    uint32_t height = 0;
-    const PixelFormat* format = nullptr; ///< Mono8, Mono16, RGB8 or RGB16.
-    std::vector<unsigned char> pixels;   ///< Rows without padding; 16-bit values little-endian.
+    uint32_t width{0};
+    uint32_t height{0};
+    /// Mono8, Mono16, RGB8 or RGB16.
+    const PixelFormat* format{nullptr};
+    /// Rows without padding; 16-bit values little-endian.
+    std::vector<unsigned char> pixels;
 
     size_t row_size() const { return pixels.size() / height; }
 };
@@ -27,10 +29,12 @@ constexpr uint64_t picture_memory_limit = uint64_t{1} << 30U;
 
 /// What the header of a file says.
 struct PictureHeader {
-    uint64_t width = 0;
-    uint64_t height = 0;
-    uint32_t channels = 0; ///< 1: grey, 3: red, green and blue.
-    uint32_t bits = 0;     ///< Of a sample.
+    uint64_t width{0};
+    uint64_t height{0};
+    /// 1: grey, 3: red, green and blue.
+    uint32_t channels{0};
+    /// Of a sample.
+    uint32_t bits{0};
 };
 
 /// A picture with room for its pixels. Empty, with `problem` set, when there is no pixel format for it, or

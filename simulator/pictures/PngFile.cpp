@@ -1,7 +1,5 @@
 #include "simulator/pictures/PngFile.h"
 
-#include "simulator/pictures/system_files.h"
-
 #include <array>
 #include <csetjmp>
 #include <cstdio>
@@ -10,6 +8,8 @@
 #include <tuple>
 
 #include <png.h>
+
+#include "simulator/pictures/system_files.h"
 
 namespace zvsim {
 

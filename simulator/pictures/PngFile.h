@@ -1,8 +1,8 @@
-/// \file PngFile.h
-/// Reads PNG pictures without changing a bit of them.
 #pragma once
 
 #include "simulator/pictures/PictureFile.h"
+
+// Reads PNG pictures without changing a bit of them.
 
 namespace zvsim {
 

@@ -1,14 +1,12 @@
-/// \file RowEncoder.h
-/// From colours to the bytes of a pixel format.
 #pragma once
-
-#include "simulator/PixelFormat.h"
-#include "simulator/pictures/ColorMatrix.h"
-#include "simulator/pictures/Scene.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "simulator/PixelFormat.h"
+#include "simulator/pictures/ColorMatrix.h"
+#include "simulator/pictures/Scene.h"
 
 namespace zvsim {
 
@@ -37,7 +35,8 @@ private:
 
     const PixelFormat& m_format;
     size_t m_width;
-    ColorMatrix m_matrix; ///< Of the formats with luma and chroma.
+    /// Of the formats with luma and chroma.
+    ColorMatrix m_matrix;
     std::vector<uint16_t> m_samples;
 };
 

@@ -1,10 +1,10 @@
-/// \file Scene.h
-/// What a sensor sees: rows of colours, before any pixel format.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+// What a sensor sees: rows of colours, before any pixel format.
 
 namespace zvsim {
 
@@ -15,13 +15,16 @@ struct SceneRow {
     std::vector<uint16_t> red;
     std::vector<uint16_t> green;
     std::vector<uint16_t> blue;
-    bool is_grey = true; ///< Only `green` counts, for all three.
+    /// Only `green` counts, for all three.
+    bool is_grey{true};
 };
 
 /// A row of a picture.
 struct ScenePlace {
-    uint64_t picture; ///< Its number since the start.
-    uint32_t y;       ///< Row of the sensor.
+    /// Its number since the start.
+    uint64_t picture;
+    /// Row of the sensor.
+    uint32_t y;
 };
 
 class Scene {

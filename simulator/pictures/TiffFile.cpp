@@ -1,7 +1,5 @@
 #include "simulator/pictures/TiffFile.h"
 
-#include "simulator/pictures/system_files.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdarg>
@@ -11,6 +9,8 @@
 #include <tuple>
 
 #include <tiffio.h>
+
+#include "simulator/pictures/system_files.h"
 
 namespace zvsim {
 

@@ -1,8 +1,8 @@
-/// \file TiffFile.h
-/// Reads TIFF pictures without changing a bit of them.
 #pragma once
 
 #include "simulator/pictures/PictureFile.h"
+
+// Reads TIFF pictures without changing a bit of them.
 
 namespace zvsim {
 

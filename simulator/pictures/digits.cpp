@@ -30,7 +30,8 @@ struct Layout {
     }
 
     uint64_t digits;
-    uint64_t dot; ///< Pixels that a dot is wide and high.
+    /// Pixels that a dot is wide and high.
+    uint64_t dot;
     uint64_t left;
     uint64_t top;
 };

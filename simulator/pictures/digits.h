@@ -1,8 +1,8 @@
-/// \file digits.h
-/// The pattern with the frame's number in large digits.
 #pragma once
 
 #include "simulator/pictures/PatternScene.h"
+
+// The pattern with the frame's number in large digits.
 
 namespace zvsim {
 

@@ -1,8 +1,8 @@
-/// \file star.h
-/// The pattern of rays from the middle of the sensor.
 #pragma once
 
 #include "simulator/pictures/PatternScene.h"
+
+// The pattern of rays from the middle of the sensor.
 
 namespace zvsim {
 

@@ -1,11 +1,11 @@
-/// \file system_files.h
-/// Opens picture files of any name for libraries in C, which take names in the form that the system has.
 #pragma once
 
 #include <cstdio>
 #include <filesystem>
 
 #include <tiffio.h>
+
+// Opens picture files of any name for libraries in C, which take names in the form that the system has.
 
 namespace zvsim {
 

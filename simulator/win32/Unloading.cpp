@@ -1,11 +1,11 @@
 #include "simulator/Unloading.h"
 
-#include "simulator/Library.h"
-#include "simulator/win32/Unloading.h"
-
 #include <tuple>
 
 #include <windows.h>
+
+#include "simulator/Library.h"
+#include "simulator/win32/Unloading.h"
 
 namespace zvsim {
 

@@ -1,6 +1,6 @@
-/// \file Unloading.h
-/// Why this library is being unloaded.
 #pragma once
+
+// Why this library is being unloaded.
 
 namespace zvsim {
 

@@ -1,6 +1,6 @@
-#include "simulator/win32/Unloading.h"
-
 #include <windows.h>
+
+#include "simulator/win32/Unloading.h"
 
 BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, LPVOID process_end)
 {

@@ -39,8 +39,8 @@ private:
     }
 
     GenTL::INFO_DATATYPE m_type;
-    size_t m_width = 0;
-    uint64_t m_number = 0;
+    size_t m_width{0};
+    uint64_t m_number{0};
     std::string m_text;
 };
 

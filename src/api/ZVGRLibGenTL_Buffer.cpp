@@ -1,5 +1,3 @@
-// Functions that describe a buffer: DSGetBufferInfo, its parts and its chunks.
-
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
@@ -11,6 +9,8 @@
 #include "modules/BufferModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
+
+// Functions that describe a buffer: DSGetBufferInfo, its parts and its chunks.
 
 namespace GenTL {
 
@@ -37,53 +37,53 @@ InfoValue zero_size(const BufferModule&) { return InfoValue::sizet(0); }
 InfoValue memory_address(const BufferModule& buffer) { return InfoValue::ptr(buffer.get_Memory()); }
 
 constexpr InfoRow<BufferModule> buffer_info[] = {
-    {BUFFER_INFO_BASE,                    memory_address                                                                    },
-    {BUFFER_INFO_SIZE,                    geometry_size<Geometry::size>                                                     },
-    {BUFFER_INFO_USER_PTR,                [](const BufferModule& buffer) { return InfoValue::ptr(buffer.get_Private()); }   },
+    {BUFFER_INFO_BASE, memory_address},
+    {BUFFER_INFO_SIZE, geometry_size<Geometry::size>},
+    {BUFFER_INFO_USER_PTR, [](const BufferModule& buffer) { return InfoValue::ptr(buffer.get_Private()); }},
     {BUFFER_INFO_TIMESTAMP,
-     [](const BufferModule& buffer) { return InfoValue::uint64(buffer.get_Timestamp()); }                                   },
-    {BUFFER_INFO_NEW_DATA,                [](const BufferModule& buffer) { return InfoValue::bool8(is_filled(buffer)); }    },
+     [](const BufferModule& buffer) { return InfoValue::uint64(buffer.get_Timestamp()); }},
+    {BUFFER_INFO_NEW_DATA, [](const BufferModule& buffer) { return InfoValue::bool8(is_filled(buffer)); }},
     {BUFFER_INFO_IS_QUEUED,
      [](const BufferModule& buffer) {
          return InfoValue::bool8(buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT);
-     }                                                                                                                      },
+     }},
     {BUFFER_INFO_IS_ACQUIRING,
      [](const BufferModule& buffer) {
          return InfoValue::bool8(buffer.get_FillState() == FillState::filling);
-     }                                                                                                                      },
+     }},
     {BUFFER_INFO_IS_INCOMPLETE,
      [](const BufferModule& buffer) {
          return InfoValue::bool8(buffer.get_FillState() == FillState::incomplete);
-     }                                                                                                                      },
+     }},
     {BUFFER_INFO_TLTYPE,
-     [](const BufferModule& buffer) { return InfoValue::string(transport_type_of(buffer.get_Stream())); }                   },
-    {BUFFER_INFO_SIZE_FILLED,             geometry_size<Geometry::data_size>                                                },
-    {BUFFER_INFO_WIDTH,                   geometry_size<Geometry::width>                                                    },
-    {BUFFER_INFO_HEIGHT,                  geometry_size<Geometry::height>                                                   },
-    {BUFFER_INFO_XOFFSET,                 geometry_size<Geometry::x_offset>                                                 },
-    {BUFFER_INFO_YOFFSET,                 geometry_size<Geometry::y_offset>                                                 },
-    {BUFFER_INFO_XPADDING,                zero_size                                                                         },
-    {BUFFER_INFO_YPADDING,                zero_size                                                                         },
-    {BUFFER_INFO_FRAMEID,                 [](const BufferModule& buffer) { return InfoValue::uint64(buffer.get_FrameId()); }},
+     [](const BufferModule& buffer) { return InfoValue::string(transport_type_of(buffer.get_Stream())); }},
+    {BUFFER_INFO_SIZE_FILLED, geometry_size<Geometry::data_size>},
+    {BUFFER_INFO_WIDTH, geometry_size<Geometry::width>},
+    {BUFFER_INFO_HEIGHT, geometry_size<Geometry::height>},
+    {BUFFER_INFO_XOFFSET, geometry_size<Geometry::x_offset>},
+    {BUFFER_INFO_YOFFSET, geometry_size<Geometry::y_offset>},
+    {BUFFER_INFO_XPADDING, zero_size},
+    {BUFFER_INFO_YPADDING, zero_size},
+    {BUFFER_INFO_FRAMEID, [](const BufferModule& buffer) { return InfoValue::uint64(buffer.get_FrameId()); }},
     {BUFFER_INFO_IMAGEPRESENT,
-     [](const BufferModule& buffer) { return InfoValue::bool8(is_filled(buffer)); }                                         },
-    {BUFFER_INFO_IMAGEOFFSET,             zero_size                                                                         },
-    {BUFFER_INFO_PAYLOADTYPE,             [](const BufferModule&) { return InfoValue::sizet(PAYLOAD_TYPE_IMAGE); }          },
-    {BUFFER_INFO_PIXELFORMAT,             geometry_number<Geometry::pixel_format>                                           },
-    {BUFFER_INFO_PIXELFORMAT_NAMESPACE,   geometry_number<Geometry::pixel_format_namespace>                                 },
-    {BUFFER_INFO_DELIVERED_IMAGEHEIGHT,   geometry_size<Geometry::delivered_image_height>                                   },
+     [](const BufferModule& buffer) { return InfoValue::bool8(is_filled(buffer)); }},
+    {BUFFER_INFO_IMAGEOFFSET, zero_size},
+    {BUFFER_INFO_PAYLOADTYPE, [](const BufferModule&) { return InfoValue::sizet(PAYLOAD_TYPE_IMAGE); }},
+    {BUFFER_INFO_PIXELFORMAT, geometry_number<Geometry::pixel_format>},
+    {BUFFER_INFO_PIXELFORMAT_NAMESPACE, geometry_number<Geometry::pixel_format_namespace>},
+    {BUFFER_INFO_DELIVERED_IMAGEHEIGHT, geometry_size<Geometry::delivered_image_height>},
     {BUFFER_INFO_PIXEL_ENDIANNESS,
-     [](const BufferModule&) { return InfoValue::int32(PIXELENDIANNESS_LITTLE); }                                           },
-    {BUFFER_INFO_DATA_SIZE,               geometry_size<Geometry::data_size>                                                },
+     [](const BufferModule&) { return InfoValue::int32(PIXELENDIANNESS_LITTLE); }},
+    {BUFFER_INFO_DATA_SIZE, geometry_size<Geometry::data_size>},
     {BUFFER_INFO_DATA_LARGER_THAN_BUFFER,
      [](const BufferModule& buffer) {
          return InfoValue::bool8(buffer.get_Geometry(Geometry::data_size) > buffer.get_Size());
-     }                                                                                                                      },
-    {BUFFER_INFO_CONTAINS_CHUNKDATA,      [](const BufferModule&) { return InfoValue::bool8(false); }                       },
+     }},
+    {BUFFER_INFO_CONTAINS_CHUNKDATA, [](const BufferModule&) { return InfoValue::bool8(false); }},
 };
 
 constexpr InfoRow<BufferModule> buffer_part_info[] = {
-    {BUFFER_PART_INFO_BASE,      memory_address               },
+    {BUFFER_PART_INFO_BASE, memory_address},
     {BUFFER_PART_INFO_DATA_SIZE, geometry_size<Geometry::size>},
 };
 

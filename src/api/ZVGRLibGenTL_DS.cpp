@@ -1,5 +1,3 @@
-// Data stream functions: DS*, but for those that describe a buffer (ZVGRLibGenTL_Buffer.cpp).
-
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
@@ -12,6 +10,8 @@
 #include "modules/CameraModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
+
+// Data stream functions: DS*, but for those that describe a buffer (ZVGRLibGenTL_Buffer.cpp).
 
 namespace GenTL {
 
@@ -43,36 +43,36 @@ size_t count_output(const StreamModule& stream)
 }
 
 constexpr InfoRow<StreamModule> stream_info[] = {
-    {STREAM_INFO_ID,                  [](const StreamModule& stream) { return InfoValue::string(stream.getId()); }},
+    {STREAM_INFO_ID, [](const StreamModule& stream) { return InfoValue::string(stream.getId()); }},
     {STREAM_INFO_NUM_DELIVERED,
      [](const StreamModule& stream) {
          return InfoValue::uint64(static_cast<uint64_t>(stream.get_Delivered()));
-     }                                                                                                            },
+     }},
     {STREAM_INFO_NUM_UNDERRUN,
      [](const StreamModule& stream) {
          return InfoValue::uint64(static_cast<uint64_t>(stream.get_Underruns()));
-     }                                                                                                            },
+     }},
     {STREAM_INFO_NUM_ANNOUNCED,
-     [](const StreamModule& stream) { return InfoValue::sizet(stream.buffers().size()); }                         },
+     [](const StreamModule& stream) { return InfoValue::sizet(stream.buffers().size()); }},
     {STREAM_INFO_NUM_QUEUED,
-     [](const StreamModule& stream) { return InfoValue::sizet(count_waiting(stream)); }                           },
+     [](const StreamModule& stream) { return InfoValue::sizet(count_waiting(stream)); }},
     {STREAM_INFO_NUM_AWAIT_DELIVERY,
-     [](const StreamModule& stream) { return InfoValue::sizet(count_output(stream)); }                            },
- // Contract: UINT64, where the standard has SIZET.
+     [](const StreamModule& stream) { return InfoValue::sizet(count_output(stream)); }},
+    // Contract: UINT64, where the standard has SIZET.
     {STREAM_INFO_NUM_STARTED,
-     [](const StreamModule& stream) { return InfoValue::uint64(count_started(stream)); }                          },
+     [](const StreamModule& stream) { return InfoValue::uint64(count_started(stream)); }},
     {STREAM_INFO_PAYLOAD_SIZE,
-     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_PayloadSize()); }                        },
+     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_PayloadSize()); }},
     {STREAM_INFO_IS_GRABBING,
-     [](const StreamModule& stream) { return InfoValue::bool8(stream.is_Grabbing()); }                            },
-    {STREAM_INFO_DEFINES_PAYLOADSIZE, [](const StreamModule&) { return InfoValue::bool8(true); }                  },
+     [](const StreamModule& stream) { return InfoValue::bool8(stream.is_Grabbing()); }},
+    {STREAM_INFO_DEFINES_PAYLOADSIZE, [](const StreamModule&) { return InfoValue::bool8(true); }},
     {STREAM_INFO_TLTYPE,
-     [](const StreamModule& stream) { return InfoValue::string(transport_type_of(stream)); }                      },
-    {STREAM_INFO_NUM_CHUNKS_MAX,      [](const StreamModule&) { return InfoValue::sizet(0); }                     },
+     [](const StreamModule& stream) { return InfoValue::string(transport_type_of(stream)); }},
+    {STREAM_INFO_NUM_CHUNKS_MAX, [](const StreamModule&) { return InfoValue::sizet(0); }},
     {STREAM_INFO_BUF_ANNOUNCE_MIN,
-     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_BufferAllocMin()); }                     },
+     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_BufferAllocMin()); }},
     {STREAM_INFO_BUF_ALIGNMENT,
-     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_Alignment()); }                          },
+     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_Alignment()); }},
 };
 
 } // namespace

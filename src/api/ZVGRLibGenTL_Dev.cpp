@@ -1,5 +1,3 @@
-// Device functions: Dev*.
-
 #include <string>
 
 #include "GenTL/GenTL.h"

@@ -1,5 +1,3 @@
-// Event functions: GCRegisterEvent, GCUnregisterEvent and Event*.
-
 #include <atomic>
 #include <cstring>
 
@@ -15,6 +13,8 @@
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
 #include "platform/monotonic_clock.h"
+
+// Event functions: GCRegisterEvent, GCUnregisterEvent and Event*.
 
 namespace GenTL {
 
@@ -111,12 +111,12 @@ GC_ERROR poll(const ApiCall& call, EventModule& event, void* destination, uint64
 }
 
 constexpr InfoRow<EventModule> event_info[] = {
-    {EVENT_EVENT_TYPE,         [](const EventModule& event) { return InfoValue::int32(event.get_Type()); }       },
-    {EVENT_NUM_IN_QUEUE,       [](const EventModule& event) { return InfoValue::sizet(event.get_QueueLength()); }},
-    {EVENT_NUM_FIRED,          [](const EventModule& event) { return InfoValue::uint64(event.get_FiredCount()); }},
-    {EVENT_SIZE_MAX,           [](const EventModule& event) { return InfoValue::sizet(event.get_DataSize()); }   },
+    {EVENT_EVENT_TYPE, [](const EventModule& event) { return InfoValue::int32(event.get_Type()); }},
+    {EVENT_NUM_IN_QUEUE, [](const EventModule& event) { return InfoValue::sizet(event.get_QueueLength()); }},
+    {EVENT_NUM_FIRED, [](const EventModule& event) { return InfoValue::uint64(event.get_FiredCount()); }},
+    {EVENT_SIZE_MAX, [](const EventModule& event) { return InfoValue::sizet(event.get_DataSize()); }},
     {EVENT_INFO_DATA_SIZE_MAX,
-     [](const EventModule& event) { return InfoValue::sizet(event.get_DataSize()); }                             },
+     [](const EventModule& event) { return InfoValue::sizet(event.get_DataSize()); }},
 };
 
 /// Contract: a second way of dequeuing; the datum that the consumer passed in is not looked at. The type is

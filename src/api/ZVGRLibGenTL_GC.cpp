@@ -1,5 +1,3 @@
-// Library functions: GCInitLib, GCCloseLib, GCGetInfo, GCGetLastError.
-
 #include <cstring>
 #include <string>
 
@@ -10,6 +8,8 @@
 #include "api/ProcessState.h"
 #include "api/arguments.h"
 #include "api/producer_info.h"
+
+// Library functions: GCInitLib, GCCloseLib, GCGetInfo, GCGetLastError.
 
 namespace GenTL {
 

@@ -1,5 +1,3 @@
-// Interface functions: IF*.
-
 #include <string>
 
 #include "GenTL/GenTL.h"

@@ -1,5 +1,3 @@
-// Port functions that access registers: GC*Port and GC*PortStacked.
-
 #include <algorithm>
 #include <cstring>
 
@@ -13,6 +11,8 @@
 #include "log/unit_loggers.h"
 #include "port/Port.h"
 #include "port/routing.h"
+
+// Port functions that access registers: GC*Port and GC*PortStacked.
 
 namespace GenTL {
 

@@ -1,5 +1,3 @@
-// Port functions that describe a port: its URL and its information.
-
 #include <optional>
 #include <string>
 
@@ -14,6 +12,8 @@
 #include "log/text.h"
 #include "port/Port.h"
 #include "port/routing.h"
+
+// Port functions that describe a port: its URL and its information.
 
 namespace GenTL {
 

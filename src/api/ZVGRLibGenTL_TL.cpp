@@ -1,5 +1,3 @@
-// System functions: TL*.
-
 #include <memory>
 #include <new>
 #include <string>

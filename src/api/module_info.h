@@ -16,11 +16,11 @@ namespace zvgentl {
 
 /// What is known of an interface, whether it was asked of the system or of the interface itself.
 inline constexpr InfoRow<InterfaceModule> interface_info[] = {
-    {GenTL::INTERFACE_INFO_ID,          [](const InterfaceModule& iface) { return InfoValue::string(iface.getId()); }},
+    {GenTL::INTERFACE_INFO_ID, [](const InterfaceModule& iface) { return InfoValue::string(iface.getId()); }},
     {GenTL::INTERFACE_INFO_DISPLAYNAME,
-     [](const InterfaceModule& iface) { return InfoValue::string(display_name_of(iface)); }                          },
+     [](const InterfaceModule& iface) { return InfoValue::string(display_name_of(iface)); }},
     {GenTL::INTERFACE_INFO_TLTYPE,
-     [](const InterfaceModule& iface) { return InfoValue::string(transport_type_of(iface)); }                        },
+     [](const InterfaceModule& iface) { return InfoValue::string(transport_type_of(iface)); }},
 };
 
 /// A text field of a camera's identity, read within its bounds: the record comes from the camera.
@@ -33,36 +33,36 @@ InfoValue identity_text(const char (&field)[size])
 /// What is known of a device, whether it was asked of its interface or of the device itself. The model name
 /// stands for the names that cameras do not have.
 inline constexpr InfoRow<DeviceModule> device_info[] = {
-    {GenTL::DEVICE_INFO_ID,                  [](const DeviceModule& device) { return InfoValue::string(device.getId()); }},
+    {GenTL::DEVICE_INFO_ID, [](const DeviceModule& device) { return InfoValue::string(device.getId()); }},
     {GenTL::DEVICE_INFO_VENDOR,
      [](const DeviceModule& device) {
          return identity_text(device.get_Camera()->get_CameraInfo().vendor_name);
-     }                                                                                                                   },
+     }},
     {GenTL::DEVICE_INFO_MODEL,
      [](const DeviceModule& device) {
          return identity_text(device.get_Camera()->get_CameraInfo().model_name);
-     }                                                                                                                   },
+     }},
     {GenTL::DEVICE_INFO_TLTYPE,
-     [](const DeviceModule& device) { return InfoValue::string(transport_type_of(*device.get_Parent())); }               },
+     [](const DeviceModule& device) { return InfoValue::string(transport_type_of(*device.get_Parent())); }},
     {GenTL::DEVICE_INFO_DISPLAYNAME,
      [](const DeviceModule& device) {
          return identity_text(device.get_Camera()->get_CameraInfo().model_name);
-     }                                                                                                                   },
+     }},
     {GenTL::DEVICE_INFO_ACCESS_STATUS,
-     [](const DeviceModule&) { return InfoValue::int32(GenTL::DEVICE_ACCESS_STATUS_READWRITE); }                         },
+     [](const DeviceModule&) { return InfoValue::int32(GenTL::DEVICE_ACCESS_STATUS_READWRITE); }},
     {GenTL::DEVICE_INFO_USER_DEFINED_NAME,
      [](const DeviceModule& device) {
          return identity_text(device.get_Camera()->get_CameraInfo().model_name);
-     }                                                                                                                   },
+     }},
     {GenTL::DEVICE_INFO_SERIAL_NUMBER,
      [](const DeviceModule& device) {
          return identity_text(device.get_Camera()->get_CameraInfo().serial_number);
-     }                                                                                                                   },
+     }},
     {GenTL::DEVICE_INFO_VERSION,
      [](const DeviceModule& device) {
          return identity_text(device.get_Camera()->get_CameraInfo().device_version);
-     }                                                                                                                   },
-    {GenTL::DEVICE_INFO_TIMESTAMP_FREQUENCY, [](const DeviceModule&) { return InfoValue::uint64(25000000); }             },
+     }},
+    {GenTL::DEVICE_INFO_TIMESTAMP_FREQUENCY, [](const DeviceModule&) { return InfoValue::uint64(25000000); }},
 };
 
 } // namespace zvgentl

@@ -11,22 +11,22 @@ namespace zvgentl {
 /// What a port says of itself, the same for every kind of module: also that it can be written and that it has
 /// both byte orders, whether or not it can and has.
 inline constexpr InfoRow<Port> port_info[] = {
-    {GenTL::PORT_INFO_ID,            [](const Port& port) { return InfoValue::string(port.getId()); }    },
+    {GenTL::PORT_INFO_ID, [](const Port& port) { return InfoValue::string(port.getId()); }},
     {GenTL::PORT_INFO_VENDOR,
-     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_VENDOR)->value(); }                 },
+     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_VENDOR)->value(); }},
     {GenTL::PORT_INFO_MODEL,
-     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_MODEL)->value(); }                  },
+     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_MODEL)->value(); }},
     {GenTL::PORT_INFO_TLTYPE,
-     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_TLTYPE)->value(); }                 },
-    {GenTL::PORT_INFO_MODULE,        [](const Port& port) { return InfoValue::string(port.kind_name()); }},
-    {GenTL::PORT_INFO_LITTLE_ENDIAN, [](const Port&) { return InfoValue::bool8(true); }                  },
-    {GenTL::PORT_INFO_BIG_ENDIAN,    [](const Port&) { return InfoValue::bool8(true); }                  },
-    {GenTL::PORT_INFO_ACCESS_READ,   [](const Port&) { return InfoValue::bool8(true); }                  },
-    {GenTL::PORT_INFO_ACCESS_WRITE,  [](const Port&) { return InfoValue::bool8(true); }                  },
-    {GenTL::PORT_INFO_ACCESS_NA,     [](const Port&) { return InfoValue::bool8(false); }                 },
-    {GenTL::PORT_INFO_ACCESS_NI,     [](const Port&) { return InfoValue::bool8(false); }                 },
-    {GenTL::PORT_INFO_VERSION,       [](const Port&) { return InfoValue::string("1.0"); }                },
-    {GenTL::PORT_INFO_PORTNAME,      [](const Port&) { return InfoValue::string("Device"); }             },
+     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_TLTYPE)->value(); }},
+    {GenTL::PORT_INFO_MODULE, [](const Port& port) { return InfoValue::string(port.kind_name()); }},
+    {GenTL::PORT_INFO_LITTLE_ENDIAN, [](const Port&) { return InfoValue::bool8(true); }},
+    {GenTL::PORT_INFO_BIG_ENDIAN, [](const Port&) { return InfoValue::bool8(true); }},
+    {GenTL::PORT_INFO_ACCESS_READ, [](const Port&) { return InfoValue::bool8(true); }},
+    {GenTL::PORT_INFO_ACCESS_WRITE, [](const Port&) { return InfoValue::bool8(true); }},
+    {GenTL::PORT_INFO_ACCESS_NA, [](const Port&) { return InfoValue::bool8(false); }},
+    {GenTL::PORT_INFO_ACCESS_NI, [](const Port&) { return InfoValue::bool8(false); }},
+    {GenTL::PORT_INFO_VERSION, [](const Port&) { return InfoValue::string("1.0"); }},
+    {GenTL::PORT_INFO_PORTNAME, [](const Port&) { return InfoValue::string("Device"); }},
 };
 
 } // namespace zvgentl

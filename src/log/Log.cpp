@@ -3,9 +3,10 @@
 #include <cstdio>
 #include <string>
 
-#include "zvlog/ZVLogger.h"
 #include <Poco/Channel.h>
 #include <Poco/Message.h>
+
+#include "zvlog/ZVLogger.h"
 
 #include "platform/thread_id.h"
 
@@ -40,7 +41,7 @@ public:
 
 private:
     char m_text[4096]; // the terminating zero included
-    size_t m_length = 0;
+    size_t m_length{0};
 };
 
 /// Loggers may be named after their source file; a line shows the name without the extension.

@@ -124,7 +124,7 @@ private:
     std::atomic<uint64_t> m_frame_id{0};
     AlignedMemory m_own_memory;
     void* m_memory;
-    int m_pins = 0; // under the pool's mutex
+    int m_pins{0}; // under the pool's mutex
 };
 
 } // namespace zvgentl

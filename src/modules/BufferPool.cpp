@@ -95,9 +95,7 @@ BufferModule* BufferPool::add_mapped(std::unique_ptr<BufferModule> buffer)
 {
     const uint64_t grabber_handle = buffer->get_GrabberHandle();
     // The entry is made first and linked last, so that when memory runs out neither container holds anything.
-    std::map<uint64_t, BufferModule*> entry{
-        {grabber_handle, buffer.get()}
-    };
+    std::map<uint64_t, BufferModule*> entry{{grabber_handle, buffer.get()}};
     const std::lock_guard lock(m_mutex);
     m_pool.push_back(std::move(buffer));
     m_StreamBufferMap.erase(grabber_handle);

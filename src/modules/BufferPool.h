@@ -29,8 +29,8 @@ private:
     friend class BufferPool;
     PinnedBuffer(BufferPool& pool, BufferModule& buffer) noexcept : m_pool(&pool), m_buffer(&buffer) {}
 
-    BufferPool* m_pool = nullptr;
-    BufferModule* m_buffer = nullptr;
+    BufferPool* m_pool{nullptr};
+    BufferModule* m_buffer{nullptr};
 };
 
 /// The announced buffers of a stream in announce order, and the map from library handles to them. Owned by

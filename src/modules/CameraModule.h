@@ -53,7 +53,7 @@ public:
 private:
     const std::string m_id;
     std::atomic<bool> m_open{false};
-    uint32_t m_camera_handle = 0;
+    uint32_t m_camera_handle{0};
     std::unique_ptr<StreamModule> m_stream;
     InterfaceModule* const m_parent;
     ZvCameraInfo m_info{};

@@ -20,7 +20,7 @@ public:
     const ZvCameraInfo& identity(uint32_t position) const { return m_identities.at(position); }
 
 private:
-    uint32_t m_count = 0;
+    uint32_t m_count{0};
     std::array<uint32_t, zv_max_cameras> m_handles{};
     std::array<ZvCameraInfo, zv_max_cameras> m_identities{};
 };

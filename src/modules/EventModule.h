@@ -30,8 +30,8 @@ public:
 
 private:
     std::vector<BufferModule*> m_ring;
-    size_t m_first = 0;
-    size_t m_size = 0;
+    size_t m_first{0};
+    size_t m_size{0};
 };
 
 /// A registered event: its queue of delivered buffers and the operating-system event that consumers wait for.
@@ -107,7 +107,7 @@ public:
     EventModule& operator*() const noexcept { return *m_event; }
 
 private:
-    EventModule* m_event = nullptr;
+    EventModule* m_event{nullptr};
 };
 
 } // namespace zvgentl

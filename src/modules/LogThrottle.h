@@ -26,9 +26,7 @@ private:
         std::string_view function;
         std::atomic<bool> is_logged{false};
     };
-    std::array<Flag, 3> m_flags{
-        {{"EventGetData"}, {"DSGetBufferInfo"}, {"DSQueueBuffer"}}
-    };
+    std::array<Flag, 3> m_flags{{{"EventGetData"}, {"DSGetBufferInfo"}, {"DSQueueBuffer"}}};
 };
 
 } // namespace zvgentl

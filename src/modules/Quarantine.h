@@ -31,7 +31,7 @@ private:
 
     std::mutex m_mutex;
     std::array<Block, 256> m_blocks{};
-    size_t m_next = 0; // where the oldest block stands and the next one goes
+    size_t m_next{0}; // where the oldest block stands and the next one goes
 };
 
 extern Quarantine retired_systems;

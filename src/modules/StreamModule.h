@@ -106,7 +106,7 @@ private:
     void deliver(BufferModule& buffer, EventModule* event);
 
     const std::string m_id;
-    StreamMode m_mode = StreamMode::queued;
+    StreamMode m_mode{StreamMode::queued};
     std::atomic<uint32_t> m_stream_handle{ZV_NO_HANDLE};
     CameraModule* const m_camera;
     std::mutex m_mutex;

@@ -23,12 +23,12 @@ struct OperationName {
 };
 
 constexpr OperationName operation_names[] = {
-    {ACQ_QUEUE_INPUT_TO_OUTPUT,   "ACQ_QUEUE_INPUT_TO_OUTPUT"  },
-    {ACQ_QUEUE_OUTPUT_DISCARD,    "ACQ_QUEUE_OUTPUT_DISCARD"   },
-    {ACQ_QUEUE_ALL_TO_INPUT,      "ACQ_QUEUE_ALL_TO_INPUT"     },
+    {ACQ_QUEUE_INPUT_TO_OUTPUT, "ACQ_QUEUE_INPUT_TO_OUTPUT"},
+    {ACQ_QUEUE_OUTPUT_DISCARD, "ACQ_QUEUE_OUTPUT_DISCARD"},
+    {ACQ_QUEUE_ALL_TO_INPUT, "ACQ_QUEUE_ALL_TO_INPUT"},
     {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT"},
-    {ACQ_QUEUE_ALL_DISCARD,       "ACQ_QUEUE_ALL_DISCARD"      },
-    {flush_all_events,            "FLUSH ALL EVENTS"           },
+    {ACQ_QUEUE_ALL_DISCARD, "ACQ_QUEUE_ALL_DISCARD"},
+    {flush_all_events, "FLUSH ALL EVENTS"},
 };
 
 } // namespace

@@ -28,12 +28,12 @@ struct Route {
 };
 
 inline constexpr Route routes[] = {
-    {ModuleKind::system,        Registers::of_module,  nullptr  },
-    {ModuleKind::iface,         Registers::of_grabber, "grabber"},
-    {ModuleKind::device,        Registers::of_grabber, "grabber"},
-    {ModuleKind::stream,        Registers::of_camera,  "stream" },
-    {ModuleKind::buffer,        Registers::of_module,  nullptr  },
-    {ModuleKind::remote_device, Registers::of_camera,  "camera" },
+    {ModuleKind::system, Registers::of_module, nullptr},
+    {ModuleKind::iface, Registers::of_grabber, "grabber"},
+    {ModuleKind::device, Registers::of_grabber, "grabber"},
+    {ModuleKind::stream, Registers::of_camera, "stream"},
+    {ModuleKind::buffer, Registers::of_module, nullptr},
+    {ModuleKind::remote_device, Registers::of_camera, "camera"},
 };
 
 /// The route of a kind; null for `invalid`.

@@ -1,11 +1,12 @@
-// What a buffer is told about its image when it is announced: geometry, pixel format and the settings that
-// change them, as DSGetBufferInfo reports them.
-#include "api/DS_modes.h"
-
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "api/DS_modes.h"
+
+// What a buffer is told about its image when it is announced: geometry, pixel format and the settings that
+// change them, as DSGetBufferInfo reports them.
 
 using namespace zvtest;
 
@@ -90,14 +91,12 @@ TEST_P(BufferGeometry, ReadsSettingsAroundTheQueries)
     fake.grabber_int("Width") = 1;
     fake.grabber_int("Height") = 1;
     announce();
-    EXPECT_EQ((std::vector<std::pair<std::string, size_t>>{
-                  {"ZVGR_GetGrabberValueInt Width",             1},
-                  {"ZVGR_GetGrabberValueInt Height",            1},
-                  {"ZVGR_GetGrabberValueInt SegmentsPerBuffer", 1},
-                  {"ZVGR_GetCameraValueInt OffsetX",            1},
-                  {"ZVGR_GetCameraValueInt OffsetY",            1},
-                  {"ZVGR_GetCameraValueEnum PixelFormat",       1}
-    }),
+    EXPECT_EQ((std::vector<std::pair<std::string, size_t>>{{"ZVGR_GetGrabberValueInt Width", 1},
+                                                           {"ZVGR_GetGrabberValueInt Height", 1},
+                                                           {"ZVGR_GetGrabberValueInt SegmentsPerBuffer", 1},
+                                                           {"ZVGR_GetCameraValueInt OffsetX", 1},
+                                                           {"ZVGR_GetCameraValueInt OffsetY", 1},
+                                                           {"ZVGR_GetCameraValueEnum PixelFormat", 1}}),
               reads_before);
 }
 
@@ -179,12 +178,8 @@ TEST_P(BufferGeometry, DeliversTheLow32BitsOfTheHeight)
 TEST_P(BufferGeometry, DeliversTheHeightThatASettingGives)
 {
     fake.grabber_int("Height") = 480;
-    for (const auto& [setting, delivered] : {
-             std::pair{0U,          0U         },
-             {100U,        100U       },
-             {0xFFFFFFFEU, 0xFFFFFFFEU},
-             {0xFFFFFFFFU, 480U       }
-    }) {
+    for (const auto& [setting, delivered] :
+         {std::pair{0U, 0U}, {100U, 100U}, {0xFFFFFFFEU, 0xFFFFFFFEU}, {0xFFFFFFFFU, 480U}}) {
         SCOPED_TRACE(setting);
         settings.set_override("GenTL.Buffer.DeliveredImageHeight", setting);
         EXPECT_EQ(delivered, delivered_height());
@@ -232,54 +227,16 @@ struct FormatRow {
 };
 
 const FormatRow formats[] = {
-    {0x101, 0x1080001},
-    {0x102, 0x1100003},
-    {0x103, 0x1100005},
-    {0x104, 0x1100025},
-    {0x105, 0x1100007},
-    {0x311, 0x1080008},
-    {0x312, 0x110000C},
-    {0x313, 0x1100010},
-    {0x314, 0x1100109},
-    {0x315, 0x110002E},
-    {0x321, 0x1080009},
-    {0x322, 0x110000D},
-    {0x323, 0x1100011},
-    {0x324, 0x110010A},
-    {0x325, 0x110002F},
-    {0x331, 0x108000A},
-    {0x332, 0x110000E},
-    {0x333, 0x1100012},
-    {0x334, 0x110010B},
-    {0x335, 0x1100030},
-    {0x341, 0x108000B},
-    {0x342, 0x110000F},
-    {0x343, 0x1100013},
-    {0x344, 0x110010C},
-    {0x345, 0x1100031},
-    {0x401, 0x2180014},
-    {0x402, 0x2300018},
-    {0x403, 0x230001A},
-    {0x404, 0x230005E},
-    {0x405, 0x2300033},
-    {0x241, 0x2180021},
-    {0x242, 0x2300022},
-    {0x243, 0x2300023},
-    {0x245, 0x2300024},
-    {0x501, 0x2200016},
-    {0x502, 0x240005F},
-    {0x503, 0x2400061},
-    {0x504, 0x2400063},
-    {0x505, 0x2400064},
-    {0x611, 0x20C001E},
-    {0x621, 0x2100032},
-    {0x631, 0x2180020},
-    {0x721, 0x210003E},
-    {0x722, 0x220008D},
-    {0x723, 0x220008F},
-    {0x821, 0x2100041},
-    {0x822, 0x2200095},
-    {0x823, 0x2200097},
+    {0x101, 0x1080001}, {0x102, 0x1100003}, {0x103, 0x1100005}, {0x104, 0x1100025}, {0x105, 0x1100007},
+    {0x311, 0x1080008}, {0x312, 0x110000C}, {0x313, 0x1100010}, {0x314, 0x1100109}, {0x315, 0x110002E},
+    {0x321, 0x1080009}, {0x322, 0x110000D}, {0x323, 0x1100011}, {0x324, 0x110010A}, {0x325, 0x110002F},
+    {0x331, 0x108000A}, {0x332, 0x110000E}, {0x333, 0x1100012}, {0x334, 0x110010B}, {0x335, 0x1100030},
+    {0x341, 0x108000B}, {0x342, 0x110000F}, {0x343, 0x1100013}, {0x344, 0x110010C}, {0x345, 0x1100031},
+    {0x401, 0x2180014}, {0x402, 0x2300018}, {0x403, 0x230001A}, {0x404, 0x230005E}, {0x405, 0x2300033},
+    {0x241, 0x2180021}, {0x242, 0x2300022}, {0x243, 0x2300023}, {0x245, 0x2300024}, {0x501, 0x2200016},
+    {0x502, 0x240005F}, {0x503, 0x2400061}, {0x504, 0x2400063}, {0x505, 0x2400064}, {0x611, 0x20C001E},
+    {0x621, 0x2100032}, {0x631, 0x2180020}, {0x721, 0x210003E}, {0x722, 0x220008D}, {0x723, 0x220008F},
+    {0x821, 0x2100041}, {0x822, 0x2200095}, {0x823, 0x2200097},
 };
 static_assert(std::size(formats) == 48);
 

@@ -1,10 +1,9 @@
-// DSGetBufferInfo.
-#include "api/DS_info_rows.h"
-#include "api/DS_modes.h"
-
 #include <limits>
 #include <string>
 #include <vector>
+
+#include "api/DS_info_rows.h"
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 
@@ -56,36 +55,36 @@ protected:
         const uint64_t ring_frame = 0; // the first one of the ring
         const uint64_t frame_id = !is_filled ? 0 : is_queued() ? queued_frame_id : ring_frame;
         return {
-            {"BASE",                    0,  INFO_DATATYPE_PTR,    8, reinterpret_cast<uintptr_t>(buffer->memory.data())},
-            {"SIZE",                    1,  INFO_DATATYPE_SIZET,  8, size                                              },
-            {"USER_PTR",                2,  INFO_DATATYPE_PTR,    8, reinterpret_cast<uintptr_t>(&owner)               },
-            {"TIMESTAMP",               3,  INFO_DATATYPE_UINT64, 8, is_filled ? timestamp : 0                         },
-            {"NEW_DATA",                4,  INFO_DATATYPE_BOOL8,  1, filled                                            },
-            {"IS_QUEUED",               5,  INFO_DATATYPE_BOOL8,  1, 0                                                 },
-            {"IS_ACQUIRING",            6,  INFO_DATATYPE_BOOL8,  1, 0                                                 },
-            {"IS_INCOMPLETE",           7,  INFO_DATATYPE_BOOL8,  1, 0                                                 },
-            {"SIZE_FILLED",             9,  INFO_DATATYPE_SIZET,  8, size                                              },
-            {"WIDTH",                   10, INFO_DATATYPE_SIZET,  8, 640                                               },
-            {"HEIGHT",                  11, INFO_DATATYPE_SIZET,  8, 960                                               },
-            {"XOFFSET",                 12, INFO_DATATYPE_SIZET,  8, 8                                                 },
-            {"YOFFSET",                 13, INFO_DATATYPE_SIZET,  8, 0xFFFFFFFFFFFFFFF0U                               },
-            {"XPADDING",                14, INFO_DATATYPE_SIZET,  8, 0                                                 },
-            {"YPADDING",                15, INFO_DATATYPE_SIZET,  8, 0                                                 },
-            {"FRAMEID",                 16, INFO_DATATYPE_UINT64, 8, frame_id                                          },
-            {"IMAGEPRESENT",            17, INFO_DATATYPE_BOOL8,  1, filled                                            },
-            {"IMAGEOFFSET",             18, INFO_DATATYPE_SIZET,  8, 0                                                 },
-            {"PAYLOADTYPE",             19, INFO_DATATYPE_SIZET,  8, 1                                                 },
-            {"PIXELFORMAT",             20, INFO_DATATYPE_UINT64, 8, 0x01080001                                        },
-            {"PIXELFORMAT_NAMESPACE",   21, INFO_DATATYPE_UINT64, 8, 4                                                 },
-            {"DELIVERED_IMAGEHEIGHT",   22, INFO_DATATYPE_SIZET,  8, 960                                               },
-            {"PIXEL_ENDIANNESS",        26, INFO_DATATYPE_INT32,  4, 1                                                 },
-            {"DATA_SIZE",               27, INFO_DATATYPE_SIZET,  8, size                                              },
-            {"DATA_LARGER_THAN_BUFFER", 29, INFO_DATATYPE_BOOL8,  1, 0                                                 },
-            {"CONTAINS_CHUNKDATA",      30, INFO_DATATYPE_BOOL8,  1, 0                                                 },
+            {"BASE", 0, INFO_DATATYPE_PTR, 8, reinterpret_cast<uintptr_t>(buffer->memory.data())},
+            {"SIZE", 1, INFO_DATATYPE_SIZET, 8, size},
+            {"USER_PTR", 2, INFO_DATATYPE_PTR, 8, reinterpret_cast<uintptr_t>(&owner)},
+            {"TIMESTAMP", 3, INFO_DATATYPE_UINT64, 8, is_filled ? timestamp : 0},
+            {"NEW_DATA", 4, INFO_DATATYPE_BOOL8, 1, filled},
+            {"IS_QUEUED", 5, INFO_DATATYPE_BOOL8, 1, 0},
+            {"IS_ACQUIRING", 6, INFO_DATATYPE_BOOL8, 1, 0},
+            {"IS_INCOMPLETE", 7, INFO_DATATYPE_BOOL8, 1, 0},
+            {"SIZE_FILLED", 9, INFO_DATATYPE_SIZET, 8, size},
+            {"WIDTH", 10, INFO_DATATYPE_SIZET, 8, 640},
+            {"HEIGHT", 11, INFO_DATATYPE_SIZET, 8, 960},
+            {"XOFFSET", 12, INFO_DATATYPE_SIZET, 8, 8},
+            {"YOFFSET", 13, INFO_DATATYPE_SIZET, 8, 0xFFFFFFFFFFFFFFF0U},
+            {"XPADDING", 14, INFO_DATATYPE_SIZET, 8, 0},
+            {"YPADDING", 15, INFO_DATATYPE_SIZET, 8, 0},
+            {"FRAMEID", 16, INFO_DATATYPE_UINT64, 8, frame_id},
+            {"IMAGEPRESENT", 17, INFO_DATATYPE_BOOL8, 1, filled},
+            {"IMAGEOFFSET", 18, INFO_DATATYPE_SIZET, 8, 0},
+            {"PAYLOADTYPE", 19, INFO_DATATYPE_SIZET, 8, 1},
+            {"PIXELFORMAT", 20, INFO_DATATYPE_UINT64, 8, 0x01080001},
+            {"PIXELFORMAT_NAMESPACE", 21, INFO_DATATYPE_UINT64, 8, 4},
+            {"DELIVERED_IMAGEHEIGHT", 22, INFO_DATATYPE_SIZET, 8, 960},
+            {"PIXEL_ENDIANNESS", 26, INFO_DATATYPE_INT32, 4, 1},
+            {"DATA_SIZE", 27, INFO_DATATYPE_SIZET, 8, size},
+            {"DATA_LARGER_THAN_BUFFER", 29, INFO_DATATYPE_BOOL8, 1, 0},
+            {"CONTAINS_CHUNKDATA", 30, INFO_DATATYPE_BOOL8, 1, 0},
         };
     }
 
-    Announced* buffer = nullptr;
+    Announced* buffer{nullptr};
 };
 
 TEST_P(BufferInfo, HandsOverEveryNumberOfANewBuffer)

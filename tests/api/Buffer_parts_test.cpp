@@ -1,8 +1,9 @@
-// DSGetNumBufferParts, DSGetBufferPartInfo and DSGetBufferChunkData.
+#include <string>
+
 #include "api/DS_info_rows.h"
 #include "api/DS_modes.h"
 
-#include <string>
+// DSGetNumBufferParts, DSGetBufferPartInfo and DSGetBufferChunkData.
 
 using namespace zvtest;
 
@@ -28,7 +29,7 @@ protected:
     {
         const auto base = reinterpret_cast<uintptr_t>(buffer->memory.data());
         return {
-            {"BASE",      BUFFER_PART_INFO_BASE,      INFO_DATATYPE_PTR,   8, base},
+            {"BASE", BUFFER_PART_INFO_BASE, INFO_DATATYPE_PTR, 8, base},
             {"DATA_SIZE", BUFFER_PART_INFO_DATA_SIZE, INFO_DATATYPE_SIZET, 8, 5000},
         };
     }
@@ -48,11 +49,11 @@ protected:
         EXPECT_LOG_LINES({Priority::debug, "Enter DSGetBufferPartInfo", "DSGetBufferPartInfo"}, reason);
     }
 
-    const ExpectedLine invalid_parameter = {Priority::error,
-                                            "Exit, Returning error GC_ERR_INVALID_PARAMETER (0xFFFFFC0F)",
-                                            "DSGetBufferPartInfo"};
+    const ExpectedLine invalid_parameter{Priority::error,
+                                         "Exit, Returning error GC_ERR_INVALID_PARAMETER (0xFFFFFC0F)",
+                                         "DSGetBufferPartInfo"};
 
-    Announced* buffer = nullptr;
+    Announced* buffer{nullptr};
 };
 
 TEST_P(BufferPart, HandsOverEveryNumber)

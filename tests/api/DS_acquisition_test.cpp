@@ -1,8 +1,7 @@
-// DSStartAcquisition and DSStopAcquisition.
-#include "api/DS_modes.h"
-
 #include <set>
 #include <string>
+
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 
@@ -42,14 +41,9 @@ TEST_P(StartAcquisition, CutsTheNumberOfFramesTo32Bits)
         const char* printed;
     };
     announce();
-    for (const Row& row : {
-             Row{1,              1,           "1"          },
-             Row{GENTL_INFINITE, 0,           "-1"         },
-             Row{0x100000000U,   0,           "0"          },
-             Row{0xFFFFFFFFU,    0xFFFFFFFFU, "-1"         },
-             Row{0x500000003U,   3,           "3"          },
-             Row{0x80000000U,    0x80000000U, "-2147483648"}
-    }) {
+    for (const Row& row : {Row{1, 1, "1"}, Row{GENTL_INFINITE, 0, "-1"}, Row{0x100000000U, 0, "0"},
+                           Row{0xFFFFFFFFU, 0xFFFFFFFFU, "-1"}, Row{0x500000003U, 3, "3"},
+                           Row{0x80000000U, 0x80000000U, "-2147483648"}}) {
         SCOPED_TRACE(row.asked);
         forget();
         start(row.asked);

@@ -1,9 +1,8 @@
-// DSAnnounceBuffer and DSAllocAndAnnounceBuffer.
-#include "api/DS_modes.h"
-
 #include <cstring>
 #include <set>
 #include <string>
+
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 

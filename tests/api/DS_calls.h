@@ -1,13 +1,13 @@
-/// \file DS_calls.h
-/// The functions of the stream family as one table, for what all of them have in common.
 #pragma once
-
-#include "support/fixtures.h"
 
 #include <array>
 #include <iosfwd>
 #include <string>
 #include <vector>
+
+#include "support/fixtures.h"
+
+// The functions of the stream family as one table, for what all of them have in common.
 
 namespace zvtest {
 
@@ -17,15 +17,15 @@ public:
     StreamOutputs();
     bool are_untouched() const;
 
-    BUFFER_HANDLE buffer = untouched<BUFFER_HANDLE>();
-    DEV_HANDLE device = untouched<DEV_HANDLE>();
-    void* memory = untouched<void*>();
-    void* user = untouched<void*>();
-    uint32_t parts = untouched<uint32_t>();
-    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
+    BUFFER_HANDLE buffer{untouched<BUFFER_HANDLE>()};
+    DEV_HANDLE device{untouched<DEV_HANDLE>()};
+    void* memory{untouched<void*>()};
+    void* user{untouched<void*>()};
+    uint32_t parts{untouched<uint32_t>()};
+    INFO_DATATYPE type{untouched<INFO_DATATYPE>()};
     std::array<uint8_t, 16> value;
-    size_t size = 16;
-    size_t chunks = untouched<size_t>();
+    size_t size{16};
+    size_t chunks{untouched<size_t>()};
 };
 
 /// One function, called with arguments that would do, and the line that it enters with.

@@ -1,8 +1,7 @@
-// DSClose and DSGetParentDev.
-#include "api/DS_modes.h"
-
 #include <set>
 #include <string>
+
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 

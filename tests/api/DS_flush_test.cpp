@@ -1,12 +1,11 @@
-// DSFlushQueue.
-#include "api/DS_modes.h"
-
 #include <algorithm>
 #include <limits>
 #include <ostream>
 #include <string>
 #include <tuple>
 #include <vector>
+
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 
@@ -43,24 +42,24 @@ std::ostream& operator<<(std::ostream& out, const Move& move)
 }
 
 const Move moves[] = {
-    {ACQ_QUEUE_INPUT_TO_OUTPUT,   "ACQ_QUEUE_INPUT_TO_OUTPUT",   Queue::general, Queue::general, -1},
-    {ACQ_QUEUE_INPUT_TO_OUTPUT,   "ACQ_QUEUE_INPUT_TO_OUTPUT",   Queue::input,   Queue::output,  1 },
-    {ACQ_QUEUE_INPUT_TO_OUTPUT,   "ACQ_QUEUE_INPUT_TO_OUTPUT",   Queue::output,  Queue::output,  -1},
-    {ACQ_QUEUE_OUTPUT_DISCARD,    "ACQ_QUEUE_OUTPUT_DISCARD",    Queue::general, Queue::general, -1},
-    {ACQ_QUEUE_OUTPUT_DISCARD,    "ACQ_QUEUE_OUTPUT_DISCARD",    Queue::input,   Queue::input,   -1},
-    {ACQ_QUEUE_OUTPUT_DISCARD,    "ACQ_QUEUE_OUTPUT_DISCARD",    Queue::output,  Queue::general, -1},
-    {ACQ_QUEUE_ALL_TO_INPUT,      "ACQ_QUEUE_ALL_TO_INPUT",      Queue::general, Queue::input,   0 },
-    {ACQ_QUEUE_ALL_TO_INPUT,      "ACQ_QUEUE_ALL_TO_INPUT",      Queue::input,   Queue::input,   -1},
-    {ACQ_QUEUE_ALL_TO_INPUT,      "ACQ_QUEUE_ALL_TO_INPUT",      Queue::output,  Queue::input,   0 },
-    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::general, Queue::input,   0 },
-    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::input,   Queue::input,   -1},
-    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::output,  Queue::output,  -1},
-    {ACQ_QUEUE_ALL_DISCARD,       "ACQ_QUEUE_ALL_DISCARD",       Queue::general, Queue::general, -1},
-    {ACQ_QUEUE_ALL_DISCARD,       "ACQ_QUEUE_ALL_DISCARD",       Queue::input,   Queue::general, -1},
-    {ACQ_QUEUE_ALL_DISCARD,       "ACQ_QUEUE_ALL_DISCARD",       Queue::output,  Queue::general, -1},
-    {flush_all_events,            "FLUSH ALL EVENTS",            Queue::general, Queue::general, -1},
-    {flush_all_events,            "FLUSH ALL EVENTS",            Queue::input,   Queue::input,   -1},
-    {flush_all_events,            "FLUSH ALL EVENTS",            Queue::output,  Queue::output,  -1},
+    {ACQ_QUEUE_INPUT_TO_OUTPUT, "ACQ_QUEUE_INPUT_TO_OUTPUT", Queue::general, Queue::general, -1},
+    {ACQ_QUEUE_INPUT_TO_OUTPUT, "ACQ_QUEUE_INPUT_TO_OUTPUT", Queue::input, Queue::output, 1},
+    {ACQ_QUEUE_INPUT_TO_OUTPUT, "ACQ_QUEUE_INPUT_TO_OUTPUT", Queue::output, Queue::output, -1},
+    {ACQ_QUEUE_OUTPUT_DISCARD, "ACQ_QUEUE_OUTPUT_DISCARD", Queue::general, Queue::general, -1},
+    {ACQ_QUEUE_OUTPUT_DISCARD, "ACQ_QUEUE_OUTPUT_DISCARD", Queue::input, Queue::input, -1},
+    {ACQ_QUEUE_OUTPUT_DISCARD, "ACQ_QUEUE_OUTPUT_DISCARD", Queue::output, Queue::general, -1},
+    {ACQ_QUEUE_ALL_TO_INPUT, "ACQ_QUEUE_ALL_TO_INPUT", Queue::general, Queue::input, 0},
+    {ACQ_QUEUE_ALL_TO_INPUT, "ACQ_QUEUE_ALL_TO_INPUT", Queue::input, Queue::input, -1},
+    {ACQ_QUEUE_ALL_TO_INPUT, "ACQ_QUEUE_ALL_TO_INPUT", Queue::output, Queue::input, 0},
+    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::general, Queue::input, 0},
+    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::input, Queue::input, -1},
+    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::output, Queue::output, -1},
+    {ACQ_QUEUE_ALL_DISCARD, "ACQ_QUEUE_ALL_DISCARD", Queue::general, Queue::general, -1},
+    {ACQ_QUEUE_ALL_DISCARD, "ACQ_QUEUE_ALL_DISCARD", Queue::input, Queue::general, -1},
+    {ACQ_QUEUE_ALL_DISCARD, "ACQ_QUEUE_ALL_DISCARD", Queue::output, Queue::general, -1},
+    {flush_all_events, "FLUSH ALL EVENTS", Queue::general, Queue::general, -1},
+    {flush_all_events, "FLUSH ALL EVENTS", Queue::input, Queue::input, -1},
+    {flush_all_events, "FLUSH ALL EVENTS", Queue::output, Queue::output, -1},
 };
 
 /// A stream that finds out the queue of a buffer, and brings one into it.

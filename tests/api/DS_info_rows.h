@@ -1,12 +1,12 @@
-/// \file DS_info_rows.h
-/// How a number of an info table is handed over, the same for every row.
 #pragma once
-
-#include "support/fixtures.h"
 
 #include <algorithm>
 #include <ostream>
 #include <string>
+
+#include "support/fixtures.h"
+
+// How a number of an info table is handed over, the same for every row.
 
 namespace zvtest {
 

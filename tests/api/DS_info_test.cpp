@@ -1,11 +1,10 @@
-// DSGetInfo.
-#include "api/DS_info_rows.h"
-#include "api/DS_modes.h"
-
 #include <limits>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "api/DS_info_rows.h"
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 
@@ -36,18 +35,18 @@ protected:
 };
 
 const NumberRow stream_rows[] = {
-    {"NUM_DELIVERED",       STREAM_INFO_NUM_DELIVERED,       INFO_DATATYPE_UINT64, 8, 1            },
-    {"NUM_UNDERRUN",        STREAM_INFO_NUM_UNDERRUN,        INFO_DATATYPE_UINT64, 8, 0            },
-    {"NUM_ANNOUNCED",       STREAM_INFO_NUM_ANNOUNCED,       INFO_DATATYPE_SIZET,  8, 3            },
-    {"NUM_QUEUED",          STREAM_INFO_NUM_QUEUED,          INFO_DATATYPE_SIZET,  8, 1            },
-    {"NUM_AWAIT_DELIVERY",  STREAM_INFO_NUM_AWAIT_DELIVERY,  INFO_DATATYPE_SIZET,  8, 1            },
-    {"NUM_STARTED",         STREAM_INFO_NUM_STARTED,         INFO_DATATYPE_UINT64, 8, 0            },
-    {"PAYLOAD_SIZE",        STREAM_INFO_PAYLOAD_SIZE,        INFO_DATATYPE_SIZET,  8, 0x123456789AU},
-    {"IS_GRABBING",         STREAM_INFO_IS_GRABBING,         INFO_DATATYPE_BOOL8,  1, 1            },
-    {"DEFINES_PAYLOADSIZE", STREAM_INFO_DEFINES_PAYLOADSIZE, INFO_DATATYPE_BOOL8,  1, 1            },
-    {"NUM_CHUNKS_MAX",      STREAM_INFO_NUM_CHUNKS_MAX,      INFO_DATATYPE_SIZET,  8, 0            },
-    {"BUF_ANNOUNCE_MIN",    STREAM_INFO_BUF_ANNOUNCE_MIN,    INFO_DATATYPE_SIZET,  8, 4            },
-    {"BUF_ALIGNMENT",       STREAM_INFO_BUF_ALIGNMENT,       INFO_DATATYPE_SIZET,  8, 64           },
+    {"NUM_DELIVERED", STREAM_INFO_NUM_DELIVERED, INFO_DATATYPE_UINT64, 8, 1},
+    {"NUM_UNDERRUN", STREAM_INFO_NUM_UNDERRUN, INFO_DATATYPE_UINT64, 8, 0},
+    {"NUM_ANNOUNCED", STREAM_INFO_NUM_ANNOUNCED, INFO_DATATYPE_SIZET, 8, 3},
+    {"NUM_QUEUED", STREAM_INFO_NUM_QUEUED, INFO_DATATYPE_SIZET, 8, 1},
+    {"NUM_AWAIT_DELIVERY", STREAM_INFO_NUM_AWAIT_DELIVERY, INFO_DATATYPE_SIZET, 8, 1},
+    {"NUM_STARTED", STREAM_INFO_NUM_STARTED, INFO_DATATYPE_UINT64, 8, 0},
+    {"PAYLOAD_SIZE", STREAM_INFO_PAYLOAD_SIZE, INFO_DATATYPE_SIZET, 8, 0x123456789AU},
+    {"IS_GRABBING", STREAM_INFO_IS_GRABBING, INFO_DATATYPE_BOOL8, 1, 1},
+    {"DEFINES_PAYLOADSIZE", STREAM_INFO_DEFINES_PAYLOADSIZE, INFO_DATATYPE_BOOL8, 1, 1},
+    {"NUM_CHUNKS_MAX", STREAM_INFO_NUM_CHUNKS_MAX, INFO_DATATYPE_SIZET, 8, 0},
+    {"BUF_ANNOUNCE_MIN", STREAM_INFO_BUF_ANNOUNCE_MIN, INFO_DATATYPE_SIZET, 8, 4},
+    {"BUF_ALIGNMENT", STREAM_INFO_BUF_ALIGNMENT, INFO_DATATYPE_SIZET, 8, 64},
 };
 
 std::string name_of_type(INFO_DATATYPE type)
@@ -239,7 +238,7 @@ protected:
     bool is_grabbing() { return stream_info<bool8_t>(STREAM_INFO_IS_GRABBING).value != 0; }
 
 private:
-    uint32_t m_cameras = 1;
+    uint32_t m_cameras{1};
 };
 
 TEST_F(StreamQuery, ReadsItsSettingsOnceWhenTheStreamIsMade)
@@ -279,13 +278,8 @@ TEST_F(StreamQuery, AsksForThePayloadSizeThatASettingChooses)
 {
     fake.stream_info(zv_stream_payload_at_creation, 111);
     fake.stream_info(zv_stream_payload_now, 222);
-    for (const auto& [setting, size] : {
-             std::pair{1U,          111U},
-             {2U,          222U},
-             {0U,          222U},
-             {3U,          222U},
-             {0xFFFFFFFFU, 222U}
-    }) {
+    for (const auto& [setting, size] :
+         {std::pair{1U, 111U}, {2U, 222U}, {0U, 222U}, {3U, 222U}, {0xFFFFFFFFU, 222U}}) {
         SCOPED_TRACE(setting);
         settings.set("GenTL.Stream.StreamPayloadSizeType", setting);
         rebuild();

@@ -1,10 +1,10 @@
-// Announcing when memory runs out: the call fails as a whole and leaves nothing behind.
-#include "api/DS_modes.h"
-
-#include "support/FailingAllocations.h"
-
 #include <string>
 #include <vector>
+
+#include "api/DS_modes.h"
+#include "support/FailingAllocations.h"
+
+// Announcing when memory runs out: the call fails as a whole and leaves nothing behind.
 
 using namespace zvtest;
 

@@ -1,12 +1,12 @@
-/// \file DS_modes.h
-/// For what a stream does alike, or tellingly different, in both modes.
 #pragma once
-
-#include "support/fixtures.h"
 
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include "support/fixtures.h"
+
+// For what a stream does alike, or tellingly different, in both modes.
 
 namespace zvtest {
 
@@ -43,8 +43,8 @@ protected:
 /// Two cameras with an open stream each; `ds` is the first one's.
 class TwoStreams : public QueuedStream {
 protected:
-    DEV_HANDLE other_dev = nullptr;
-    DS_HANDLE other = nullptr;
+    DEV_HANDLE other_dev{nullptr};
+    DS_HANDLE other{nullptr};
 
     void SetUp() override
     {

@@ -1,7 +1,6 @@
-// DSQueueBuffer and DSGetBufferID.
-#include "api/DS_modes.h"
-
 #include <string>
+
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 

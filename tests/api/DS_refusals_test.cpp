@@ -1,8 +1,9 @@
-// What every function of the stream family refuses: calls before GCInitLib, bad stream handles, and missing
-// pointers, which come before the handle.
+#include <functional>
+
 #include "api/DS_calls.h"
 
-#include <functional>
+// What every function of the stream family refuses: calls before GCInitLib, bad stream handles, and missing
+// pointers, which come before the handle.
 
 using namespace zvtest;
 
@@ -53,7 +54,7 @@ protected:
         register_event();
     }
 
-    BUFFER_HANDLE known = nullptr;
+    BUFFER_HANDLE known{nullptr};
 };
 
 TEST_P(StreamFunctionOnBadHandle, RefusesWhatIsNoStream)
@@ -120,88 +121,107 @@ std::ostream& operator<<(std::ostream& out, const MissingPointer& row) { return 
 uint8_t pixels[64];
 
 const MissingPointer missing_pointers[] = {
-    {"DSAnnounceBuffer_null_memory",      "DSAnnounceBuffer",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs& out) {
+    {"DSAnnounceBuffer_null_memory", "DSAnnounceBuffer",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs& out) {
          return DSAnnounceBuffer(stream, nullptr, sizeof pixels, nullptr, &out.buffer);
-     },                                                                true },
-    {"DSAnnounceBuffer_all_ones_memory",  "DSAnnounceBuffer",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs& out) {
+     },
+     true},
+    {"DSAnnounceBuffer_all_ones_memory", "DSAnnounceBuffer",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs& out) {
          return DSAnnounceBuffer(stream, all_ones<void*>(), sizeof pixels, nullptr, &out.buffer);
-     },                                                                true },
-    {"DSAnnounceBuffer_null_output",      "DSAnnounceBuffer",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) {
+     },
+     true},
+    {"DSAnnounceBuffer_null_output", "DSAnnounceBuffer",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) {
          return DSAnnounceBuffer(stream, pixels, sizeof pixels, nullptr, nullptr);
-     },                                                                true },
-    {"DSAnnounceBuffer_all_ones_output",  "DSAnnounceBuffer",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) {
+     },
+     true},
+    {"DSAnnounceBuffer_all_ones_output", "DSAnnounceBuffer",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) {
          return DSAnnounceBuffer(stream, pixels, sizeof pixels, nullptr, all_ones<BUFFER_HANDLE*>());
-     },                                                                true },
-    {"DSAllocAndAnnounceBuffer_null",     "DSAllocAndAnnounceBuffer",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) {
+     },
+     true},
+    {"DSAllocAndAnnounceBuffer_null", "DSAllocAndAnnounceBuffer",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) {
          return DSAllocAndAnnounceBuffer(stream, 64, nullptr, nullptr);
-     },                                                                true },
+     },
+     true},
     {"DSAllocAndAnnounceBuffer_all_ones", "DSAllocAndAnnounceBuffer",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) {
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) {
          return DSAllocAndAnnounceBuffer(stream, 64, nullptr, all_ones<BUFFER_HANDLE*>());
-     },                                                                true },
-    {"DSGetBufferID_null",                "DSGetBufferID",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) { return DSGetBufferID(stream, 0, nullptr); }, true },
-    {"DSGetBufferID_all_ones",            "DSGetBufferID",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) {
+     },
+     true},
+    {"DSGetBufferID_null", "DSGetBufferID",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) { return DSGetBufferID(stream, 0, nullptr); }, true},
+    {"DSGetBufferID_all_ones", "DSGetBufferID",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) {
          return DSGetBufferID(stream, 0, all_ones<BUFFER_HANDLE*>());
-     },                                                                true },
-    {"DSGetParentDev_null",               "DSGetParentDev",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) { return DSGetParentDev(stream, nullptr); },   true },
-    {"DSGetParentDev_all_ones",           "DSGetParentDev",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) {
+     },
+     true},
+    {"DSGetParentDev_null", "DSGetParentDev",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) { return DSGetParentDev(stream, nullptr); }, true},
+    {"DSGetParentDev_all_ones", "DSGetParentDev",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) {
          return DSGetParentDev(stream, all_ones<DEV_HANDLE*>());
-     },                                                                true },
-    {"DSGetNumBufferParts_null",          "DSGetNumBufferParts",
+     },
+     true},
+    {"DSGetNumBufferParts_null", "DSGetNumBufferParts",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer, StreamOutputs&) {
          return DSGetNumBufferParts(stream, buffer, nullptr);
-     },                                                         true },
-    {"DSGetNumBufferParts_all_ones",      "DSGetNumBufferParts",
+     },
+     true},
+    {"DSGetNumBufferParts_all_ones", "DSGetNumBufferParts",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer, StreamOutputs&) {
          return DSGetNumBufferParts(stream, buffer, all_ones<uint32_t*>());
-     },                                                         true },
-    {"DSStartAcquisition_no_frames",      "DSStartAcquisition",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs&) {
+     },
+     true},
+    {"DSStartAcquisition_no_frames", "DSStartAcquisition",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs&) {
          return DSStartAcquisition(stream, ACQ_START_FLAGS_DEFAULT, 0);
-     },                                                                true },
-    {"DSGetInfo_null_type",               "DSGetInfo",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs& out) {
+     },
+     true},
+    {"DSGetInfo_null_type", "DSGetInfo",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs& out) {
          return DSGetInfo(stream, STREAM_INFO_ID, nullptr, out.value.data(), &out.size);
-     },                                                                false},
-    {"DSGetInfo_all_ones_type",           "DSGetInfo",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs& out) {
+     },
+     false},
+    {"DSGetInfo_all_ones_type", "DSGetInfo",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs& out) {
          return DSGetInfo(stream, STREAM_INFO_ID, all_ones<INFO_DATATYPE*>(), out.value.data(), &out.size);
-     },                                                                false},
-    {"DSGetInfo_null_size",               "DSGetInfo",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs& out) {
+     },
+     false},
+    {"DSGetInfo_null_size", "DSGetInfo",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs& out) {
          return DSGetInfo(stream, STREAM_INFO_ID, &out.type, out.value.data(), nullptr);
-     },                                                                false},
-    {"DSGetInfo_all_ones_size",           "DSGetInfo",
-     [](DS_HANDLE stream, BUFFER_HANDLE,        StreamOutputs& out) {
+     },
+     false},
+    {"DSGetInfo_all_ones_size", "DSGetInfo",
+     [](DS_HANDLE stream, BUFFER_HANDLE, StreamOutputs& out) {
          return DSGetInfo(stream, STREAM_INFO_ID, &out.type, out.value.data(), all_ones<size_t*>());
-     },                                                                false},
-    {"DSGetBufferInfo_null_type",         "DSGetBufferInfo",
+     },
+     false},
+    {"DSGetBufferInfo_null_type", "DSGetBufferInfo",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer, StreamOutputs& out) {
          return DSGetBufferInfo(stream, buffer, BUFFER_INFO_SIZE, nullptr, out.value.data(), &out.size);
-     },                                                         false},
-    {"DSGetBufferInfo_all_ones_type",     "DSGetBufferInfo",
+     },
+     false},
+    {"DSGetBufferInfo_all_ones_type", "DSGetBufferInfo",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer, StreamOutputs& out) {
          return DSGetBufferInfo(stream, buffer, BUFFER_INFO_SIZE, all_ones<INFO_DATATYPE*>(),
                                 out.value.data(), &out.size);
-     },                                                         false},
-    {"DSGetBufferInfo_null_size",         "DSGetBufferInfo",
+     },
+     false},
+    {"DSGetBufferInfo_null_size", "DSGetBufferInfo",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer, StreamOutputs& out) {
          return DSGetBufferInfo(stream, buffer, BUFFER_INFO_SIZE, &out.type, out.value.data(), nullptr);
-     },                                                         false},
-    {"DSGetBufferInfo_all_ones_size",     "DSGetBufferInfo",
+     },
+     false},
+    {"DSGetBufferInfo_all_ones_size", "DSGetBufferInfo",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer, StreamOutputs& out) {
          return DSGetBufferInfo(stream, buffer, BUFFER_INFO_SIZE, &out.type, out.value.data(),
                                 all_ones<size_t*>());
-     },                                                         false},
+     },
+     false},
 };
 
 class StreamFunctionWithoutPointer : public QueuedStream, public testing::WithParamInterface<MissingPointer> {

@@ -1,7 +1,6 @@
-// DSRevokeBuffer.
-#include "api/DS_modes.h"
-
 #include <string>
+
+#include "api/DS_modes.h"
 
 using namespace zvtest;
 

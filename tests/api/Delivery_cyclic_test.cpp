@@ -1,10 +1,11 @@
-// Frames in cyclic mode: the library fills a ring of its own, each frame is copied into a queued buffer.
-#include "support/fixtures.h"
-
 #include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
+
+#include "support/fixtures.h"
+
+// Frames in cyclic mode: the library fills a ring of its own, each frame is copied into a queued buffer.
 
 using namespace zvtest;
 
@@ -213,11 +214,9 @@ TEST_F(CyclicDelivery, ExtendsTheSignOfTheFrameIndex)
         uint64_t id;
     };
     size_t i = 0;
-    for (const Row& row : {
-             Row{0xFFFFFFFFU, "-1",          UINT64_MAX         },
-             Row{0x80000000U, "-2147483648", 0xFFFFFFFF80000000U},
-             Row{0x7FFFFFFFU, "2147483647",  0x7FFFFFFFU        }
-    }) {
+    for (const Row& row :
+         {Row{0xFFFFFFFFU, "-1", UINT64_MAX}, Row{0x80000000U, "-2147483648", 0xFFFFFFFF80000000U},
+          Row{0x7FFFFFFFU, "2147483647", 0x7FFFFFFFU}}) {
         SCOPED_TRACE(row.printed);
         forget();
         fake.next("ZVGR_StreamGetFrameIndex").answers(row.index);

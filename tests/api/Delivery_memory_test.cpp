@@ -1,9 +1,9 @@
-// No memory is asked for per frame, from the library's callback to the buffer's next way into the input pool.
-#include "api/DS_modes.h"
+#include <string>
 
+#include "api/DS_modes.h"
 #include "support/FailingAllocations.h"
 
-#include <string>
+// No memory is asked for per frame, from the library's callback to the buffer's next way into the input pool.
 
 using namespace zvtest;
 

@@ -1,8 +1,9 @@
-// Frames in queued mode: the library fills the announced buffers and reports each one.
-#include "support/fixtures.h"
-
 #include <string>
 #include <vector>
+
+#include "support/fixtures.h"
+
+// Frames in queued mode: the library fills the announced buffers and reports each one.
 
 using namespace zvtest;
 

@@ -1,6 +1,3 @@
-// Frames on a thread of the library while consumers queue, flush, ask, revoke and close.
-#include "api/DS_modes.h"
-
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -13,6 +10,10 @@
 #include <tuple>
 #include <utility>
 #include <vector>
+
+#include "api/DS_modes.h"
+
+// Frames on a thread of the library while consumers queue, flush, ask, revoke and close.
 
 using namespace zvtest;
 
@@ -36,7 +37,7 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_opened;
-    bool m_is_open = false;
+    bool m_is_open{false};
 };
 
 /// Hands numbers from one thread to another.
@@ -361,27 +362,29 @@ struct WaitingCall {
 std::ostream& operator<<(std::ostream& out, const WaitingCall& row) { return out << row.name; }
 
 const WaitingCall waiting_calls[] = {
-    {"queueing",   "ZVGR_BufferToQueue",
-     [](DS_HANDLE stream, BUFFER_HANDLE buffer) { return DSQueueBuffer(stream, buffer); },                    false},
-    {"flushing",   "ZVGR_BufferToQueue",
-     [](DS_HANDLE stream, BUFFER_HANDLE) { return DSFlushQueue(stream, ACQ_QUEUE_UNQUEUED_TO_INPUT); },       true },
-    {"revoking",   "ZVGR_BufferRevoke",
+    {"queueing", "ZVGR_BufferToQueue",
+     [](DS_HANDLE stream, BUFFER_HANDLE buffer) { return DSQueueBuffer(stream, buffer); }, false},
+    {"flushing", "ZVGR_BufferToQueue",
+     [](DS_HANDLE stream, BUFFER_HANDLE) { return DSFlushQueue(stream, ACQ_QUEUE_UNQUEUED_TO_INPUT); }, true},
+    {"revoking", "ZVGR_BufferRevoke",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer) { return DSRevokeBuffer(stream, buffer, nullptr, nullptr); },
-     false                                                                                                         },
+     false},
     {"announcing", "ZVGR_GetCameraValueEnum",
      [](DS_HANDLE stream, BUFFER_HANDLE buffer) {
          return DSAllocAndAnnounceBuffer(stream, 64, nullptr, &buffer);
-     },                                                                              false},
-    {"stopping",   "ZVGR_CameraStopAcquire_GenTL",
+     },
+     false},
+    {"stopping", "ZVGR_CameraStopAcquire_GenTL",
      [](DS_HANDLE stream, BUFFER_HANDLE) { return DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT); },
-     false                                                                                                         },
-    {"asking",     "ZVGR_StreamGetInfo",
+     false},
+    {"asking", "ZVGR_StreamGetInfo",
      [](DS_HANDLE stream, BUFFER_HANDLE) {
          uint64_t value = 0;
          INFO_DATATYPE type = 0;
          size_t size = sizeof value;
          return DSGetInfo(stream, STREAM_INFO_PAYLOAD_SIZE, &type, &value, &size);
-     },                                                                              false},
+     },
+     false},
 };
 
 class WaitingLibrary : public OpenStream, public testing::WithParamInterface<std::tuple<Mode, WaitingCall>> {

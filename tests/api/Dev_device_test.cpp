@@ -1,4 +1,3 @@
-// DevGetPort, DevClose and DevGetParentIF.
 #include "api/module_calls.h"
 
 namespace zvtest {

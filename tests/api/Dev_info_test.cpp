@@ -1,4 +1,3 @@
-// DevGetInfo.
 #include "api/device_rows.h"
 #include "api/module_calls.h"
 
@@ -74,11 +73,9 @@ TEST_F(DevGetInfo, AnswersItsNumbers)
 
 TEST_F(DevGetInfo, AnswersTheSizesOfItsNumbers)
 {
-    for (const auto& [command, type, size] : {
-             std::tuple{DEVICE_INFO_CMD{DEVICE_INFO_ACCESS_STATUS}, INFO_DATATYPE{INFO_DATATYPE_INT32},
-                        size_t{4}                                                                        },
-             {DEVICE_INFO_TIMESTAMP_FREQUENCY,            INFO_DATATYPE_UINT64,               8}
-    }) {
+    for (const auto& [command, type, size] : {std::tuple{DEVICE_INFO_CMD{DEVICE_INFO_ACCESS_STATUS},
+                                                         INFO_DATATYPE{INFO_DATATYPE_INT32}, size_t{4}},
+                                              {DEVICE_INFO_TIMESTAMP_FREQUENCY, INFO_DATATYPE_UINT64, 8}}) {
         const DEVICE_INFO_CMD asked = command;
         const auto answer = size_query([&](auto... out) { return GenTL::DevGetInfo(dev, asked, out...); });
         EXPECT_EQ(GC_ERR_SUCCESS, answer.code);

@@ -1,7 +1,8 @@
-// DevGetNumDataStreams, DevGetDataStreamID and DevOpenDataStream.
+#include <optional>
+
 #include "api/module_calls.h"
 
-#include <optional>
+// DevGetNumDataStreams, DevGetDataStreamID and DevOpenDataStream.
 
 namespace zvtest {
 
@@ -21,7 +22,7 @@ TEST_F(DevGetNumDataStreams, AnswersOne)
 class DevGetDataStreamID : public OpenDevice {
 protected:
     std::array<char, 16> id{};
-    size_t size = 16;
+    size_t size{16};
 
     void SetUp() override
     {
@@ -103,10 +104,7 @@ TEST_F(DevGetDataStreamID, NamesStreamsAfterTheirCamera)
 {
     fake.grabber(0).has_cameras(12);
     ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
-    for (const auto& [device, stream] : {
-             std::pair{"Device01",  "Stream010" },
-             {"Device011", "Stream0110"}
-    }) {
+    for (const auto& [device, stream] : {std::pair{"Device01", "Stream010"}, {"Device011", "Stream0110"}}) {
         size = id.size();
         EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(open_device(iface, device), 0, id.data(), &size));
         EXPECT_STREQ(stream, id.data());
@@ -115,7 +113,7 @@ TEST_F(DevGetDataStreamID, NamesStreamsAfterTheirCamera)
 
 class DevOpenDataStream : public OpenDevice {
 protected:
-    DS_HANDLE ds = untouched<DS_HANDLE>();
+    DS_HANDLE ds{untouched<DS_HANDLE>()};
 
     GC_ERROR open(const char* id = "Stream000") { return GenTL::DevOpenDataStream(dev, id, &ds); }
     void offers_queued_mode(int64_t value) { fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = value; }
@@ -188,20 +186,11 @@ TEST_F(DevOpenDataStream, ChoosesTheModeBySettingAndCapability)
         const char* mode;
     };
     constexpr uint32_t unset = 0xFFFFFFFF;
-    for (const Row& row : {
-             Row{std::nullopt, std::nullopt, "Cyclic"},
-             Row{0,            std::nullopt, "Cyclic"},
-             Row{1,            std::nullopt, "Queued"},
-             Row{2,            std::nullopt, "Cyclic"},
-             Row{-1,           std::nullopt, "Cyclic"},
-             Row{1,            unset,        "Queued"},
-             Row{0,            unset,        "Cyclic"},
-             Row{1,            0,            "Cyclic"},
-             Row{0,            0,            "Cyclic"},
-             Row{0,            1,            "Queued"},
-             Row{std::nullopt, 1,            "Queued"},
-             Row{0,            7,            "Queued"}
-    }) {
+    for (const Row& row :
+         {Row{std::nullopt, std::nullopt, "Cyclic"}, Row{0, std::nullopt, "Cyclic"},
+          Row{1, std::nullopt, "Queued"}, Row{2, std::nullopt, "Cyclic"}, Row{-1, std::nullopt, "Cyclic"},
+          Row{1, unset, "Queued"}, Row{0, unset, "Cyclic"}, Row{1, 0, "Cyclic"}, Row{0, 0, "Cyclic"},
+          Row{0, 1, "Queued"}, Row{std::nullopt, 1, "Queued"}, Row{0, 7, "Queued"}}) {
         offers_queued_mode(row.capability.value_or(ZV_NOT_AVAILABLE));
         if (row.setting)
             settings.set_override("GenTL.Stream.QueuedBufferMode", *row.setting);

@@ -1,8 +1,7 @@
-// EventGetData as it is by default: waiting for a signal.
-#include "Event_fixtures.h"
-
 #include <array>
 #include <cstring>
+
+#include "Event_fixtures.h"
 
 namespace zvtest {
 
@@ -170,11 +169,7 @@ TEST_F(EventGetData, LogsTimeoutAndSizeInTheirLow32Bits)
         const char* logged;
     };
     constexpr Row rows[] = {
-        {0xFFFFFFFE,     "-2"},
-        {0xFFFFFFFF,     "-1"},
-        {0x100000005,    "5" },
-        {GENTL_INFINITE, "-1"}
-    };
+        {0xFFFFFFFE, "-2"}, {0xFFFFFFFF, "-1"}, {0x100000005, "5"}, {GENTL_INFINITE, "-1"}};
     EVENT_NEW_BUFFER_DATA data;
     for (const Row& row : rows) {
         deliver(*buffers[0]);
@@ -309,7 +304,7 @@ protected:
         forget();
     }
 
-    uint8_t m_byte = 0xA5;
+    uint8_t m_byte{0xA5};
 };
 
 TEST_F(RemoteDeviceEvent, NeverHasData)

@@ -1,18 +1,18 @@
-/// \file Event_fixtures.h
-/// Situations around a registered event. Fixtures named after an exported function hide that function, so the
-/// base offers the calls under other names.
 #pragma once
-
-#include "support/fixtures.h"
-
-#include "GenTL/GenTL.h"
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <string>
+
+#include <gtest/gtest.h>
+
+#include "GenTL/GenTL.h"
+
+#include "support/fixtures.h"
+
+// Situations around a registered event. Fixtures named after an exported function hide that function, so the
+// base offers the calls under other names.
 
 namespace zvtest {
 

@@ -1,8 +1,9 @@
-// What the functions that take an event handle have in common.
-#include "Event_fixtures.h"
-
 #include <ostream>
 #include <vector>
+
+#include "Event_fixtures.h"
+
+// What the functions that take an event handle have in common.
 
 namespace zvtest {
 
@@ -71,10 +72,10 @@ Lines entered_get_data_info(EVENT_HANDLE handle)
 }
 
 constexpr EventFunction event_functions[] = {
-    {"EventGetData",     get_data,      entered_get_data     },
-    {"EventFlush",       flush,         entered_flush        },
-    {"EventKill",        kill,          entered_kill         },
-    {"EventGetInfo",     get_info,      entered_get_info     },
+    {"EventGetData", get_data, entered_get_data},
+    {"EventFlush", flush, entered_flush},
+    {"EventKill", kill, entered_kill},
+    {"EventGetInfo", get_info, entered_get_info},
     {"EventGetDataInfo", get_data_info, entered_get_data_info},
 };
 
@@ -95,7 +96,7 @@ protected:
         EXPECT_TRUE(logged_exactly(lines));
     }
 
-    const EventFunction function = GetParam();
+    const EventFunction function{GetParam()};
 };
 
 INSTANTIATE_TEST_SUITE_P(Functions, EventFunctionHandle, testing::ValuesIn(event_functions),

@@ -1,8 +1,7 @@
-// EventGetInfo and EventGetDataInfo.
-#include "Event_fixtures.h"
-
 #include <algorithm>
 #include <cstring>
+
+#include "Event_fixtures.h"
 
 namespace zvtest {
 
@@ -33,7 +32,7 @@ protected:
     }
     const ExpectedLine exit_line{Priority::debug, "Exit EventGetInfo", "EventGetInfo", "ZVGRLibGenTL"};
 
-    EVENT_HANDLE m_remote = nullptr;
+    EVENT_HANDLE m_remote{nullptr};
 };
 
 /// What EventGetInfo answers after three frames, of which one was taken.
@@ -46,16 +45,16 @@ struct EventInfoRow {
 };
 
 constexpr EventInfoRow event_info_rows[] = {
-    {EVENT_EVENT_TYPE,         INFO_DATATYPE_INT32,  4, 1,  4},
-    {EVENT_NUM_IN_QUEUE,       INFO_DATATYPE_SIZET,  8, 2,  0},
-    {EVENT_NUM_FIRED,          INFO_DATATYPE_UINT64, 8, 3,  0},
-    {EVENT_SIZE_MAX,           INFO_DATATYPE_SIZET,  8, 16, 0},
-    {EVENT_INFO_DATA_SIZE_MAX, INFO_DATATYPE_SIZET,  8, 16, 0},
+    {EVENT_EVENT_TYPE, INFO_DATATYPE_INT32, 4, 1, 4},
+    {EVENT_NUM_IN_QUEUE, INFO_DATATYPE_SIZET, 8, 2, 0},
+    {EVENT_NUM_FIRED, INFO_DATATYPE_UINT64, 8, 3, 0},
+    {EVENT_SIZE_MAX, INFO_DATATYPE_SIZET, 8, 16, 0},
+    {EVENT_INFO_DATA_SIZE_MAX, INFO_DATATYPE_SIZET, 8, 16, 0},
 };
 
 class EventGetInfoRow : public EventGetInfo, public testing::WithParamInterface<EventInfoRow> {
 protected:
-    const EventInfoRow row = GetParam();
+    const EventInfoRow row{GetParam()};
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, EventGetInfoRow, testing::ValuesIn(event_info_rows),
@@ -154,11 +153,9 @@ TEST_F(EventGetInfo, RefusesMalformedArgumentsBeforeItLooksAtTheHandle)
     size_t size = 8;
     size_t zero = 0;
     const Arguments rows[] = {
-        {nullptr,                    &value, &size              },
-        {all_ones<INFO_DATATYPE*>(), &value, &size              },
-        {&type,                      &value, nullptr            },
-        {&type,                      &value, all_ones<size_t*>()},
-        {&type,                      &value, &zero              },
+        {nullptr, &value, &size}, {all_ones<INFO_DATATYPE*>(), &value, &size},
+        {&type, &value, nullptr}, {&type, &value, all_ones<size_t*>()},
+        {&type, &value, &zero},
     };
     event = &value;
     for (const Arguments& row : rows) {
@@ -433,11 +430,9 @@ TEST_F(EventGetDataInfo, RefusesMalformedArgumentsBeforeItLooksAtTheHandle)
     size_t size = 8;
     size_t zero = 0;
     const Arguments rows[] = {
-        {nullptr,                    &value, &size              },
-        {all_ones<INFO_DATATYPE*>(), &value, &size              },
-        {&type,                      &value, nullptr            },
-        {&type,                      &value, all_ones<size_t*>()},
-        {&type,                      &value, &zero              },
+        {nullptr, &value, &size}, {all_ones<INFO_DATATYPE*>(), &value, &size},
+        {&type, &value, nullptr}, {&type, &value, all_ones<size_t*>()},
+        {&type, &value, &zero},
     };
     event = &value;
     for (const Arguments& row : rows) {

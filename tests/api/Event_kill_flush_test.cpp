@@ -1,4 +1,3 @@
-// EventKill and EventFlush.
 #include "Event_fixtures.h"
 
 namespace zvtest {

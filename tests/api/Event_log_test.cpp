@@ -1,5 +1,6 @@
-// How loud EventGetData is: its enter and exit lines, and the lines that come once per process.
 #include "Event_fixtures.h"
+
+// How loud EventGetData is: its enter and exit lines, and the lines that come once per process.
 
 namespace zvtest {
 

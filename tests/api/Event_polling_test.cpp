@@ -1,7 +1,8 @@
-// EventGetData with the setting that makes it poll instead of waiting for a signal.
+#include <string>
+
 #include "Event_fixtures.h"
 
-#include <string>
+// EventGetData with the setting that makes it poll instead of waiting for a signal.
 
 namespace zvtest {
 

@@ -1,11 +1,9 @@
-// GCRegisterEvent and GCUnregisterEvent.
-#include "Event_fixtures.h"
-
-#include "support/FailingAllocations.h"
-
 #include <functional>
 #include <utility>
 #include <vector>
+
+#include "Event_fixtures.h"
+#include "support/FailingAllocations.h"
 
 namespace zvtest {
 
@@ -37,19 +35,17 @@ protected:
     /// Every kind of open module but the stream.
     std::vector<Kind> other_kinds() const
     {
-        return {
-            {tl,                 "TLSystem"   },
-            {iface,              "TLInterface"},
-            {dev,                "TLDevice"   },
-            {port,               "Device"     },
-            {buffers[0]->handle, "TLBuffer"   }
-        };
+        return {{tl, "TLSystem"},
+                {iface, "TLInterface"},
+                {dev, "TLDevice"},
+                {port, "Device"},
+                {buffers[0]->handle, "TLBuffer"}};
     }
     /// Handles that name nothing.
     std::vector<EVENTSRC_HANDLE> strangers() { return {&m_stranger, all_ones<EVENTSRC_HANDLE>()}; }
 
 private:
-    int m_stranger = 0;
+    int m_stranger{0};
 };
 
 class GCRegisterEvent : public EventSource {

@@ -1,11 +1,12 @@
-// Events with consumers, frames and control calls on threads of their own. Every test ends whatever the order
-// in which the threads run; a wake-up that gets lost shows as a test that does not end.
-#include "Event_fixtures.h"
-
 #include <atomic>
 #include <future>
 #include <thread>
 #include <vector>
+
+#include "Event_fixtures.h"
+
+// Events with consumers, frames and control calls on threads of their own. Every test ends whatever the order
+// in which the threads run; a wake-up that gets lost shows as a test that does not end.
 
 namespace zvtest {
 

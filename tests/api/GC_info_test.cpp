@@ -1,7 +1,8 @@
-// GCGetInfo and TLGetInfo, which share most of their answers.
+#include <filesystem>
+
 #include "api/module_calls.h"
 
-#include <filesystem>
+// GCGetInfo and TLGetInfo, which share most of their answers.
 
 namespace zvtest {
 
@@ -13,12 +14,12 @@ struct ProducerText {
 };
 
 constexpr ProducerText producer_texts[] = {
-    {TL_INFO_ID,          "GenTL_1.5"                      },
-    {TL_INFO_VENDOR,      "ZEVA Electronics Ltd."          },
-    {TL_INFO_MODEL,       "GenTL Producer"                 },
-    {TL_INFO_VERSION,     "6.3.3"                          },
-    {TL_INFO_TLTYPE,      "Mixed"                          },
-    {TL_INFO_NAME,        "ZVGRLibGenTL.cti"               },
+    {TL_INFO_ID, "GenTL_1.5"},
+    {TL_INFO_VENDOR, "ZEVA Electronics Ltd."},
+    {TL_INFO_MODEL, "GenTL Producer"},
+    {TL_INFO_VERSION, "6.3.3"},
+    {TL_INFO_TLTYPE, "Mixed"},
+    {TL_INFO_NAME, "ZVGRLibGenTL.cti"},
     {TL_INFO_DISPLAYNAME, "ZEVA Electronics GenTL Producer"},
 };
 

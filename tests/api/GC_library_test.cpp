@@ -1,7 +1,6 @@
-// GCInitLib, GCCloseLib and GCGetLastError.
-#include "api/module_calls.h"
-
 #include <thread>
+
+#include "api/module_calls.h"
 
 namespace zvtest {
 
@@ -130,8 +129,8 @@ TEST_F(GCGetLastErrorAtLoad, IsNoError)
 
 class GCGetLastError : public OpenLibrary {
 protected:
-    const std::string text = "TLUpdateInterfaceList - GC_ERR_INVALID_HANDLE: invalid system handle";
-    GC_ERROR code = untouched<GC_ERROR>();
+    const std::string text{"TLUpdateInterfaceList - GC_ERR_INVALID_HANDLE: invalid system handle"};
+    GC_ERROR code{untouched<GC_ERROR>()};
     std::array<char, 128> room{};
 
     void SetUp() override

@@ -1,9 +1,10 @@
-// Calls from several threads at once: one of them wins, and nothing tears.
+#include <atomic>
+#include <set>
+
 #include "api/module_calls.h"
 #include "support/on_threads.h"
 
-#include <atomic>
-#include <set>
+// Calls from several threads at once: one of them wins, and nothing tears.
 
 namespace zvtest {
 

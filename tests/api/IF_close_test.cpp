@@ -1,4 +1,3 @@
-// IFClose and IFGetParentTL.
 #include "api/module_calls.h"
 
 namespace zvtest {

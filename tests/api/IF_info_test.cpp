@@ -1,4 +1,3 @@
-// IFGetInfo and IFGetDeviceInfo.
 #include "api/device_rows.h"
 #include "api/module_calls.h"
 

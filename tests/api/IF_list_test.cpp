@@ -1,6 +1,4 @@
-// IFUpdateDeviceList, IFGetNumDevices and IFGetDeviceID.
 #include "api/module_calls.h"
-
 #include "support/FailingAllocations.h"
 
 namespace zvtest {
@@ -11,7 +9,7 @@ ExpectedLine enter_update() { return info_line("Enter IFUpdateDeviceList"); }
 
 class IFUpdateDeviceList : public OpenInterface {
 protected:
-    bool8_t changed = untouched<bool8_t>();
+    bool8_t changed{untouched<bool8_t>()};
 
     GC_ERROR update() { return GenTL::IFUpdateDeviceList(iface, &changed, 0); }
     uint32_t camera(uint32_t position) { return fake.camera_handle(0, position); }
@@ -268,7 +266,7 @@ TEST_F(IFGetNumDevices, CountsTheListedDevices)
 class IFGetDeviceID : public OpenInterface {
 protected:
     std::array<char, 16> id{};
-    size_t size = 16;
+    size_t size{16};
 
     void SetUp() override
     {
@@ -344,10 +342,8 @@ TEST_F(IFGetDeviceID, NamesDevicesAfterTheirGrabber)
 {
     fake.has_grabbers(13);
     ASSERT_EQ(GC_ERR_SUCCESS, TLUpdateInterfaceList(tl, nullptr, 0));
-    for (const auto& [grabber, first, last] : {
-             std::tuple{1U,  "Device10",  "Device11" },
-             {11U, "Device110", "Device111"}
-    }) {
+    for (const auto& [grabber, first, last] :
+         {std::tuple{1U, "Device10", "Device11"}, {11U, "Device110", "Device111"}}) {
         fake.grabber(grabber).has_cameras(2);
         const IF_HANDLE other = open_interface("FG" + std::to_string(grabber));
         ASSERT_EQ(GC_ERR_SUCCESS, GenTL::IFUpdateDeviceList(other, nullptr, 0));

@@ -1,4 +1,3 @@
-// IFOpenDevice.
 #include "api/module_calls.h"
 
 namespace zvtest {
@@ -7,7 +6,7 @@ namespace {
 
 class IFOpenDevice : public OpenInterface {
 protected:
-    DEV_HANDLE dev = untouched<DEV_HANDLE>();
+    DEV_HANDLE dev{untouched<DEV_HANDLE>()};
 
     void SetUp() override
     {
@@ -74,11 +73,9 @@ TEST_F(IFOpenDevice, NamesStatusAndIndexWhenTheCameraDoesNotOpen)
         uint32_t status;
         const char* numbers;
     };
-    for (const Row& row : {
-             Row{"Device00", 0x3001,     "12289, device id=0"},
-             Row{"Device01", 0,          "0, device id=1"    },
-             Row{"Device01", 0xFFFFFFFE, "-2, device id=1"   }
-    }) {
+    for (const Row& row :
+         {Row{"Device00", 0x3001, "12289, device id=0"}, Row{"Device01", 0, "0, device id=1"},
+          Row{"Device01", 0xFFFFFFFE, "-2, device id=1"}}) {
         forget();
         fake.next("ZVGR_CameraOpen2").answers(row.status);
         EXPECT_EQ(GC_ERR_ACCESS_DENIED, open(row.id));

@@ -1,9 +1,10 @@
-// What every exported function but GCInitLib does outside of GCInitLib and GCCloseLib: it writes its enter
-// line, if it has one at that point, and refuses.
-#include "api/module_calls.h"
-
 #include <fstream>
 #include <set>
+
+#include "api/module_calls.h"
+
+// What every exported function but GCInitLib does outside of GCInitLib and GCCloseLib: it writes its enter
+// line, if it has one at that point, and refuses.
 
 namespace zvtest {
 
@@ -39,97 +40,101 @@ const auto trace = Priority::trace;
 const std::string handle_text = std::string("handle=0x") + handle_digits;
 
 const std::vector<GuardedFunction> library_and_port_functions = {
-    {"GCCloseLib",         information, "Enter GCCloseLib",                                                            [](Out&) { return GCCloseLib(); }},
-    {"GCGetInfo",          information, "Enter GCGetInfo, info= 0",
-     [](Out& out) { return GCGetInfo(TL_INFO_ID, &out.type, out.text.data(), &out.size); }                                                              },
-    {"GCGetLastError",     debug,       "Enter GCGetLastError",
-     [](Out& out) { return GCGetLastError(&out.type, out.text.data(), &out.size); }                                                                     },
-    {"GCReadPort",         trace,       "Enter with " + handle_text + ", address=0xabcdef",
-     [](Out& out) { return GCReadPort(some_handle, 0xABCDEF, out.text.data(), &out.size); }                                                             },
-    {"GCWritePort",        trace,       "Enter with " + handle_text + ", address=0xABCDEF, size=64, data=-1515870811",
-     [](Out& out) { return GCWritePort(some_handle, 0xABCDEF, out.text.data(), &out.size); }                                                            },
-    {"GCReadPortStacked",  debug,       "Enter GCReadPortStacked",
-     [](Out& out) { return GCReadPortStacked(some_handle, entries_of(out), &out.size); }                                                                },
-    {"GCWritePortStacked", debug,       "Enter GCWritePortStacked",
-     [](Out& out) { return GCWritePortStacked(some_handle, entries_of(out), &out.size); }                                                               },
-    {"GCGetPortURL",       information, "Enter GCGetPortURL, port " + handle_text,
-     [](Out& out) { return GCGetPortURL(some_handle, out.text.data(), &out.size); }                                                                     },
-    {"GCGetNumPortURLs",   information, "Enter GCGetNumPortURLs, " + handle_text,
-     [](Out& out) { return GCGetNumPortURLs(some_handle, &out.number); }                                                                                },
-    {"GCGetPortURLInfo",   information,
+    {"GCCloseLib", information, "Enter GCCloseLib", [](Out&) { return GCCloseLib(); }},
+    {"GCGetInfo", information, "Enter GCGetInfo, info= 0",
+     [](Out& out) { return GCGetInfo(TL_INFO_ID, &out.type, out.text.data(), &out.size); }},
+    {"GCGetLastError", debug, "Enter GCGetLastError",
+     [](Out& out) { return GCGetLastError(&out.type, out.text.data(), &out.size); }},
+    {"GCReadPort", trace, "Enter with " + handle_text + ", address=0xabcdef",
+     [](Out& out) { return GCReadPort(some_handle, 0xABCDEF, out.text.data(), &out.size); }},
+    {"GCWritePort", trace, "Enter with " + handle_text + ", address=0xABCDEF, size=64, data=-1515870811",
+     [](Out& out) { return GCWritePort(some_handle, 0xABCDEF, out.text.data(), &out.size); }},
+    {"GCReadPortStacked", debug, "Enter GCReadPortStacked",
+     [](Out& out) { return GCReadPortStacked(some_handle, entries_of(out), &out.size); }},
+    {"GCWritePortStacked", debug, "Enter GCWritePortStacked",
+     [](Out& out) { return GCWritePortStacked(some_handle, entries_of(out), &out.size); }},
+    {"GCGetPortURL", information, "Enter GCGetPortURL, port " + handle_text,
+     [](Out& out) { return GCGetPortURL(some_handle, out.text.data(), &out.size); }},
+    {"GCGetNumPortURLs", information, "Enter GCGetNumPortURLs, " + handle_text,
+     [](Out& out) { return GCGetNumPortURLs(some_handle, &out.number); }},
+    {"GCGetPortURLInfo", information,
      "Enter GCGetPortURLInfo, " + handle_text + ", URL index=0, info=0, size=64",
      [](Out& out) {
          return GCGetPortURLInfo(some_handle, 0, URL_INFO_URL, &out.type, out.text.data(), &out.size);
-     }                                                                                                                                                  },
-    {"GCGetPortInfo",      information, "Enter GCGetPortInfo, info=0, buffer size=64",
+     }},
+    {"GCGetPortInfo", information, "Enter GCGetPortInfo, info=0, buffer size=64",
      [](Out& out) {
          return GCGetPortInfo(some_handle, PORT_INFO_ID, &out.type, out.text.data(), &out.size);
-     }                                                                                                                                                  },
+     }},
 };
 
 const std::vector<GuardedFunction> event_functions = {
-    {"GCRegisterEvent",   information, "Enter GCRegisterEvent, source " + handle_text + ", event type=1",
-     [](Out& out) { return GCRegisterEvent(some_handle, EVENT_NEW_BUFFER, &out.handle); }                                                              },
+    {"GCRegisterEvent", information, "Enter GCRegisterEvent, source " + handle_text + ", event type=1",
+     [](Out& out) { return GCRegisterEvent(some_handle, EVENT_NEW_BUFFER, &out.handle); }},
     {"GCUnregisterEvent", information, "Enter GCUnregisterEvent, source " + handle_text + ", event id= 1",
-     [](Out&) { return GCUnregisterEvent(some_handle, EVENT_NEW_BUFFER); }                                                                             },
-    {"EventGetData",      trace,       "",                                                                 // looks at its handle before it enters, and at the library before that
-     [](Out& out) { return EventGetData(some_handle, out.text.data(), &out.size, GENTL_INFINITE); }          },
-    {"EventGetDataInfo",  debug,       "Enter EventGetDataInfo, handle=0x1234, info=0",
+     [](Out&) { return GCUnregisterEvent(some_handle, EVENT_NEW_BUFFER); }},
+    {"EventGetData", trace, "", // looks at its handle before it enters, and at the library before that
+     [](Out& out) { return EventGetData(some_handle, out.text.data(), &out.size, GENTL_INFINITE); }},
+    {"EventGetDataInfo", debug, "Enter EventGetDataInfo, handle=0x1234, info=0",
      [](Out& out) {
          return EventGetDataInfo(some_handle, nullptr, 0, EVENT_DATA_ID, &out.type, out.text.data(),
                                  &out.size);
-     }                                                                                                                                                 },
-    {"EventGetInfo",      debug,       "Enter EventGetInfo, handle=0x1234, info=0",
+     }},
+    {"EventGetInfo", debug, "Enter EventGetInfo, handle=0x1234, info=0",
      [](Out& out) {
          return EventGetInfo(some_handle, EVENT_EVENT_TYPE, &out.type, out.text.data(), &out.size);
-     }                                                                                                                                                 },
-    {"EventFlush",        information, "Enter EventFlush",                                                 [](Out&) { return EventFlush(some_handle); }},
-    {"EventKill",         information, std::string("Enter EventKill, event handle=0x") + handle_digits,
-     [](Out&) { return EventKill(some_handle); }                                                                                                       },
+     }},
+    {"EventFlush", information, "Enter EventFlush", [](Out&) { return EventFlush(some_handle); }},
+    {"EventKill", information, std::string("Enter EventKill, event handle=0x") + handle_digits,
+     [](Out&) { return EventKill(some_handle); }},
 };
 
 const std::vector<GuardedFunction> data_stream_functions = {
-    {"DSAnnounceBuffer",         debug,
-     "Enter DSAnnounceBuffer, stream handle=0x1234, requested buffer=0x5678, size=16, private=0x9",                              [](Out& out) {
+    {"DSAnnounceBuffer", debug,
+     "Enter DSAnnounceBuffer, stream handle=0x1234, requested buffer=0x5678, size=16, private=0x9",
+     [](Out& out) {
          return DSAnnounceBuffer(some_handle, reinterpret_cast<void*>(0x5678), 16, reinterpret_cast<void*>(9),
                                  &out.handle);
-     }                                                                                                                     },
+     }},
     {"DSAllocAndAnnounceBuffer", debug,
-     "Enter DSAllocAndAnnounceBuffer, stream handle=0x1234, size=16, private=0x9",                                               [](Out& out) {
+     "Enter DSAllocAndAnnounceBuffer, stream handle=0x1234, size=16, private=0x9",
+     [](Out& out) {
          return DSAllocAndAnnounceBuffer(some_handle, 16, reinterpret_cast<void*>(9), &out.handle);
-     }                                                                                                                                      },
-    {"DSFlushQueue",             debug,
+     }},
+    {"DSFlushQueue", debug,
      std::string("Enter DSFlushQueue, stream handle=0x") + handle_digits + ", operation=0",
-     [](Out&) { return DSFlushQueue(some_handle, ACQ_QUEUE_INPUT_TO_OUTPUT); }                                                                                                                                                },
-    {"DSStartAcquisition",       information,
-     "Enter DSStartAcquisition, stream handle=0x1234, flags=0x0, frames=-1",                                                     [](Out&) { return DSStartAcquisition(some_handle, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE); }},
-    {"DSStopAcquisition",        information, "Enter DSStopAcquisition, flags=0x0",
-     [](Out&) { return DSStopAcquisition(some_handle, ACQ_STOP_FLAGS_DEFAULT); }                                                                                                                                              },
-    {"DSGetInfo",                debug,       std::string("Enter DSGetInfo, stream handle=0x") + handle_digits + ", iInfoCmd=0",
-     [](Out& out) { return DSGetInfo(some_handle, STREAM_INFO_ID, &out.type, out.text.data(), &out.size); }                                                                                                                   },
-    {"DSGetBufferID",            information, "Enter DSGetBufferID",
-     [](Out& out) { return DSGetBufferID(some_handle, 0, &out.handle); }                                                                                                                                                      },
-    {"DSClose",                  information, "Enter DSClose",                                                                   [](Out&) { return DSClose(some_handle); }                                                    },
-    {"DSRevokeBuffer",           information,
-     "Enter DSRevokeBuffer, stream handle=0x1234, buffer handle=0x1234, user buffer=0xA5A5A5A5",                                 [](Out& out) { return DSRevokeBuffer(some_handle, some_handle, &out.handle, &out.handle); }  },
-    {"DSQueueBuffer",            trace,       "Enter DSQueueBuffer, stream handle=0x1234, buffer handle=0x1234",
-     [](Out&) { return DSQueueBuffer(some_handle, some_handle); }                                                                                                                                                             },
-    {"DSGetBufferInfo",          trace,       "Enter DSGetBufferInfo, info=0, stream handle=0x1234, buffer handle=0x1234",
+     [](Out&) { return DSFlushQueue(some_handle, ACQ_QUEUE_INPUT_TO_OUTPUT); }},
+    {"DSStartAcquisition", information,
+     "Enter DSStartAcquisition, stream handle=0x1234, flags=0x0, frames=-1",
+     [](Out&) { return DSStartAcquisition(some_handle, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE); }},
+    {"DSStopAcquisition", information, "Enter DSStopAcquisition, flags=0x0",
+     [](Out&) { return DSStopAcquisition(some_handle, ACQ_STOP_FLAGS_DEFAULT); }},
+    {"DSGetInfo", debug, std::string("Enter DSGetInfo, stream handle=0x") + handle_digits + ", iInfoCmd=0",
+     [](Out& out) { return DSGetInfo(some_handle, STREAM_INFO_ID, &out.type, out.text.data(), &out.size); }},
+    {"DSGetBufferID", information, "Enter DSGetBufferID",
+     [](Out& out) { return DSGetBufferID(some_handle, 0, &out.handle); }},
+    {"DSClose", information, "Enter DSClose", [](Out&) { return DSClose(some_handle); }},
+    {"DSRevokeBuffer", information,
+     "Enter DSRevokeBuffer, stream handle=0x1234, buffer handle=0x1234, user buffer=0xA5A5A5A5",
+     [](Out& out) { return DSRevokeBuffer(some_handle, some_handle, &out.handle, &out.handle); }},
+    {"DSQueueBuffer", trace, "Enter DSQueueBuffer, stream handle=0x1234, buffer handle=0x1234",
+     [](Out&) { return DSQueueBuffer(some_handle, some_handle); }},
+    {"DSGetBufferInfo", trace, "Enter DSGetBufferInfo, info=0, stream handle=0x1234, buffer handle=0x1234",
      [](Out& out) {
          return DSGetBufferInfo(some_handle, some_handle, BUFFER_INFO_BASE, &out.type, out.text.data(),
                                 &out.size);
-     }                                                                                                                                                                                                                        },
-    {"DSGetBufferChunkData",     information, "Enter DSGetBufferChunkData",
-     [](Out& out) { return DSGetBufferChunkData(some_handle, some_handle, chunks_of(out), &out.size); }                                                                                                                       },
-    {"DSGetParentDev",           information, "Enter DSGetParentDev",
-     [](Out& out) { return DSGetParentDev(some_handle, &out.handle); }                                                                                                                                                        },
-    {"DSGetNumBufferParts",      debug,       "Enter DSGetNumBufferParts",
-     [](Out& out) { return DSGetNumBufferParts(some_handle, some_handle, &out.number); }                                                                                                                                      },
-    {"DSGetBufferPartInfo",      debug,       "Enter DSGetBufferPartInfo",
+     }},
+    {"DSGetBufferChunkData", information, "Enter DSGetBufferChunkData",
+     [](Out& out) { return DSGetBufferChunkData(some_handle, some_handle, chunks_of(out), &out.size); }},
+    {"DSGetParentDev", information, "Enter DSGetParentDev",
+     [](Out& out) { return DSGetParentDev(some_handle, &out.handle); }},
+    {"DSGetNumBufferParts", debug, "Enter DSGetNumBufferParts",
+     [](Out& out) { return DSGetNumBufferParts(some_handle, some_handle, &out.number); }},
+    {"DSGetBufferPartInfo", debug, "Enter DSGetBufferPartInfo",
      [](Out& out) {
          return DSGetBufferPartInfo(some_handle, some_handle, 0, BUFFER_PART_INFO_BASE, &out.type,
                                     out.text.data(), &out.size);
-     }                                                                                                                                                                                                                        },
+     }},
 };
 
 /// The families that have a table already.

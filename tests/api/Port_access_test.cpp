@@ -1,7 +1,8 @@
-// GCReadPort, GCWritePort and their stacked forms: what they check before any register is touched.
+#include <cstdint>
+
 #include "Port_fixtures.h"
 
-#include <cstdint>
+// GCReadPort, GCWritePort and their stacked forms: what they check before any register is touched.
 
 namespace zvtest {
 
@@ -19,8 +20,8 @@ ExpectedLine not_opened(const char* function)
 
 /// Four bytes of register data, read or to be written.
 struct Data {
-    uint8_t bytes[4] = {0x12, 0x34, 0x56, 0x78};
-    size_t size = sizeof bytes;
+    uint8_t bytes[4]{0x12, 0x34, 0x56, 0x78};
+    size_t size{sizeof bytes};
 };
 
 ExpectedLine read_entered(PORT_HANDLE port, uint64_t address)
@@ -47,12 +48,10 @@ TEST_F(GCReadPort, RefusesANullHandleSilentlyBeforeItLooksAtPointers)
 TEST_F(GCReadPort, RefusesMissingPointersBeforeItLooksForTheHandle)
 {
     for (const PORT_HANDLE handle : {tl, static_cast<PORT_HANDLE>(this)}) {
-        for (const auto& [buffer, size] : {
-                 std::pair<void*, size_t*>{nullptr,           &data.size         },
-                 {all_ones<void*>(), &data.size         },
-                 {data.bytes,        nullptr            },
-                 {data.bytes,        all_ones<size_t*>()}
-        }) {
+        for (const auto& [buffer, size] : {std::pair<void*, size_t*>{nullptr, &data.size},
+                                           {all_ones<void*>(), &data.size},
+                                           {data.bytes, nullptr},
+                                           {data.bytes, all_ones<size_t*>()}}) {
             forget();
             EXPECT_EQ(GC_ERR_INVALID_PARAMETER, read(handle, buffer, size));
             EXPECT_LOG_LINES(read_entered(handle, 0x1000),
@@ -100,12 +99,10 @@ protected:
 TEST_F(GCWritePort, ChecksPointersFirst)
 {
     ASSERT_EQ(GC_ERR_SUCCESS, GCCloseLib());
-    for (const auto& [buffer, size] : {
-             std::pair<const void*, size_t*>{nullptr,           &data.size         },
-             {all_ones<void*>(), &data.size         },
-             {data.bytes,        nullptr            },
-             {data.bytes,        all_ones<size_t*>()}
-    }) {
+    for (const auto& [buffer, size] : {std::pair<const void*, size_t*>{nullptr, &data.size},
+                                       {all_ones<void*>(), &data.size},
+                                       {data.bytes, nullptr},
+                                       {data.bytes, all_ones<size_t*>()}}) {
         forget();
         EXPECT_EQ(GC_ERR_INVALID_PARAMETER, write(nullptr, buffer, size));
         EXPECT_LOG_LINES(port_error_exit("GCWritePort", "GC_ERR_INVALID_PARAMETER", -1009));
@@ -146,13 +143,7 @@ TEST_F(GCWritePort, LogsTheFirstFourBytesAsABigEndianWord)
         size_t size;
         int word;
     };
-    constexpr Row rows[] = {
-        {0, 0         },
-        {1, 0x12000000},
-        {3, 0x12345600},
-        {4, 0x12345678},
-        {6, 0x12345678}
-    };
+    constexpr Row rows[] = {{0, 0}, {1, 0x12000000}, {3, 0x12345600}, {4, 0x12345678}, {6, 0x12345678}};
     const uint8_t bytes[] = {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC};
     for (const Row& row : rows) {
         // A buffer of exactly this size, so that a read beyond it is found.
@@ -182,24 +173,22 @@ TEST_F(GCWritePort, DoesNotReadItsDataBelowTrace)
 
 class StackedPorts : public OpenPorts {
 protected:
-    uint8_t bytes[4] = {};
-    PORT_REGISTER_STACK_ENTRY entry = {0x1000, bytes, sizeof bytes};
-    size_t count = 1;
+    uint8_t bytes[4]{};
+    PORT_REGISTER_STACK_ENTRY entry{0x1000, bytes, sizeof bytes};
+    size_t count{1};
 };
 
 class GCReadPortStacked : public StackedPorts {
 protected:
-    const ExpectedLine entered = line(Priority::debug, "Enter GCReadPortStacked", "GCReadPortStacked");
+    const ExpectedLine entered{line(Priority::debug, "Enter GCReadPortStacked", "GCReadPortStacked")};
 };
 
 TEST_F(GCReadPortStacked, RefusesMissingPointersSilentlyBeforeItLooksAtTheHandle)
 {
-    for (const auto& [entries, number] : {
-             std::pair<PORT_REGISTER_STACK_ENTRY*, size_t*>{nullptr,                                &count             },
-             {all_ones<PORT_REGISTER_STACK_ENTRY*>(), &count             },
-             {&entry,                                 nullptr            },
-             {&entry,                                 all_ones<size_t*>()}
-    }) {
+    for (const auto& [entries, number] : {std::pair<PORT_REGISTER_STACK_ENTRY*, size_t*>{nullptr, &count},
+                                          {all_ones<PORT_REGISTER_STACK_ENTRY*>(), &count},
+                                          {&entry, nullptr},
+                                          {&entry, all_ones<size_t*>()}}) {
         forget();
         EXPECT_EQ(GC_ERR_INVALID_PARAMETER, GenTL::GCReadPortStacked(nullptr, entries, number));
         EXPECT_LOG_LINES(entered);
@@ -219,7 +208,7 @@ TEST_F(GCReadPortStacked, RefusesHandlesThatNameNothing)
 
 class GCWritePortStacked : public StackedPorts {
 protected:
-    const ExpectedLine entered = line(Priority::debug, "Enter GCWritePortStacked", "GCWritePortStacked");
+    const ExpectedLine entered{line(Priority::debug, "Enter GCWritePortStacked", "GCWritePortStacked")};
 };
 
 TEST_F(GCWritePortStacked, RefusesANullHandleSilentlyBeforeItLooksAtPointers)
@@ -230,12 +219,10 @@ TEST_F(GCWritePortStacked, RefusesANullHandleSilentlyBeforeItLooksAtPointers)
 
 TEST_F(GCWritePortStacked, RefusesMissingPointersSilently)
 {
-    for (const auto& [entries, number] : {
-             std::pair<PORT_REGISTER_STACK_ENTRY*, size_t*>{nullptr,                                &count             },
-             {all_ones<PORT_REGISTER_STACK_ENTRY*>(), &count             },
-             {&entry,                                 nullptr            },
-             {&entry,                                 all_ones<size_t*>()}
-    }) {
+    for (const auto& [entries, number] : {std::pair<PORT_REGISTER_STACK_ENTRY*, size_t*>{nullptr, &count},
+                                          {all_ones<PORT_REGISTER_STACK_ENTRY*>(), &count},
+                                          {&entry, nullptr},
+                                          {&entry, all_ones<size_t*>()}}) {
         forget();
         EXPECT_EQ(GC_ERR_INVALID_PARAMETER, GenTL::GCWritePortStacked(this, entries, number));
         EXPECT_LOG_LINES(entered);
@@ -257,8 +244,8 @@ TEST_F(GCWritePortStacked, RefusesHandlesThatNameNothing)
 class ClosedPortAccess : public ClosedPorts {
 protected:
     Data data;
-    PORT_REGISTER_STACK_ENTRY entry = {0x1000, data.bytes, sizeof data.bytes};
-    size_t count = 1;
+    PORT_REGISTER_STACK_ENTRY entry{0x1000, data.bytes, sizeof data.bytes};
+    size_t count{1};
 };
 
 TEST_F(ClosedPortAccess, IsRefusedLikeAnUnknownHandle)
@@ -283,8 +270,8 @@ TEST_F(ClosedPortAccess, IsRefusedLikeAnUnknownHandle)
 class PortsWithoutSystem : public OpenLibrary {
 protected:
     Data data;
-    PORT_REGISTER_STACK_ENTRY entry = {0x1000, data.bytes, sizeof data.bytes};
-    size_t count = 1;
+    PORT_REGISTER_STACK_ENTRY entry{0x1000, data.bytes, sizeof data.bytes};
+    size_t count{1};
 };
 
 TEST_F(PortsWithoutSystem, AreNotRead)
@@ -314,8 +301,8 @@ TEST_F(PortsWithoutSystem, AreNotWrittenStacked)
 class PortAccessBeforeInitialisation : public Library {
 protected:
     Data data;
-    PORT_REGISTER_STACK_ENTRY entry = {0x1000, data.bytes, sizeof data.bytes};
-    size_t count = 1;
+    PORT_REGISTER_STACK_ENTRY entry{0x1000, data.bytes, sizeof data.bytes};
+    size_t count{1};
 };
 
 TEST_F(PortAccessBeforeInitialisation, DoesNotRead)

@@ -1,15 +1,15 @@
-/// \file Port_fixtures.h
-/// A tree with one open module of each kind, each of them a port.
 #pragma once
-
-#include "support/fixtures.h"
-
-#include "GenTL/GenTL.h"
-
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "GenTL/GenTL.h"
+
+#include "support/fixtures.h"
+
+// A tree with one open module of each kind, each of them a port.
 
 namespace zvtest {
 
@@ -33,12 +33,8 @@ protected:
     std::vector<Port> ports() const
     {
         return {
-            {tl,                 "TLSystem"    },
-            {iface,              "TLInterface" },
-            {dev,                "TLDevice"    },
-            {port,               "Device"      },
-            {ds,                 "TLDataStream"},
-            {buffers[0]->handle, "TLBuffer"    },
+            {tl, "TLSystem"}, {iface, "TLInterface"}, {dev, "TLDevice"},
+            {port, "Device"}, {ds, "TLDataStream"},   {buffers[0]->handle, "TLBuffer"},
         };
     }
     /// The ports behind which the grabber library is, and the handle that it knows them by.
@@ -51,10 +47,10 @@ protected:
     std::vector<LibraryPort> library_ports() const
     {
         return {
-            {iface, "TLInterface",  grabber(), "Grabber"},
-            {dev,   "TLDevice",     grabber(), "Grabber"},
-            {ds,    "TLDataStream", camera(),  "Camera" },
-            {port,  "Device",       camera(),  "Camera" },
+            {iface, "TLInterface", grabber(), "Grabber"},
+            {dev, "TLDevice", grabber(), "Grabber"},
+            {ds, "TLDataStream", camera(), "Camera"},
+            {port, "Device", camera(), "Camera"},
         };
     }
     /// The ports that the producer serves itself.
@@ -81,7 +77,7 @@ protected:
 
     std::vector<PORT_HANDLE> closed_ports() const { return {iface, dev, port, ds, buffer}; }
 
-    BUFFER_HANDLE buffer = nullptr;
+    BUFFER_HANDLE buffer{nullptr};
 };
 
 /// "Exit, Returning error <name> (0x<code>)" of a port function.

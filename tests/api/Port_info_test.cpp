@@ -1,7 +1,8 @@
-// GCGetPortURL, GCGetNumPortURLs, GCGetPortURLInfo and GCGetPortInfo: what they check first.
+#include <cstdint>
+
 #include "Port_fixtures.h"
 
-#include <cstdint>
+// GCGetPortURL, GCGetNumPortURLs, GCGetPortURLInfo and GCGetPortInfo: what they check first.
 
 namespace zvtest {
 
@@ -19,8 +20,8 @@ protected:
         return line(Priority::information, "Enter GCGetPortURL, port handle=0x" + hex16(handle),
                     "GCGetPortURL");
     }
-    char url[300] = "left alone";
-    size_t size = sizeof url;
+    char url[300]{"left alone"};
+    size_t size{sizeof url};
 };
 
 TEST_F(GCGetPortURL, RefusesAMissingSizeBeforeItLooksAtTheHandle)
@@ -66,7 +67,7 @@ protected:
     {
         return line(Priority::information, "Get URL count for device type " + kind, "GCGetNumPortURLs");
     }
-    uint32_t count = 7;
+    uint32_t count{7};
 };
 
 TEST_F(GCGetNumPortURLs, RefusesAMissingOutputSilentlyBeforeItLooksAtTheHandle)
@@ -120,9 +121,9 @@ protected:
     {
         return line(Priority::information, "Get URL info for device type " + kind, "GCGetPortURLInfo");
     }
-    char url[300] = "left alone";
-    size_t size = sizeof url;
-    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
+    char url[300]{"left alone"};
+    size_t size{sizeof url};
+    INFO_DATATYPE type{untouched<INFO_DATATYPE>()};
 };
 
 TEST_F(GCGetPortURLInfo, RefusesMalformedArgumentsBeforeTheIndex)
@@ -135,11 +136,9 @@ TEST_F(GCGetPortURLInfo, RefusesMalformedArgumentsBeforeTheIndex)
     };
     size_t zero = 0;
     const Arguments rows[] = {
-        {nullptr,                    url, &size,               300},
-        {all_ones<INFO_DATATYPE*>(), url, &size,               300},
-        {&type,                      url, nullptr,             0  },
-        {&type,                      url, all_ones<size_t*>(), 0  },
-        {&type,                      url, &zero,               0  },
+        {nullptr, url, &size, 300}, {all_ones<INFO_DATATYPE*>(), url, &size, 300},
+        {&type, url, nullptr, 0},   {&type, url, all_ones<size_t*>(), 0},
+        {&type, url, &zero, 0},
     };
     for (const Arguments& row : rows) {
         forget();
@@ -157,10 +156,7 @@ TEST_F(GCGetPortURLInfo, RefusesOtherUrls)
         uint32_t index;
         const char* logged;
     };
-    for (const Row& row : {
-             Row{1,          "1" },
-             Row{0xFFFFFFFF, "-1"}
-    }) {
+    for (const Row& row : {Row{1, "1"}, Row{0xFFFFFFFF, "-1"}}) {
         for (const PORT_HANDLE handle : {tl, static_cast<PORT_HANDLE>(nullptr)}) {
             forget();
             EXPECT_EQ(GC_ERR_INVALID_INDEX, ask(handle, row.index, &type, url, &size));
@@ -218,9 +214,9 @@ protected:
         return line(Priority::information, "Enter GCGetPortInfo, info=4, buffer size=" + std::to_string(size),
                     "GCGetPortInfo");
     }
-    char text[100] = "left alone";
-    size_t size = sizeof text;
-    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
+    char text[100]{"left alone"};
+    size_t size{sizeof text};
+    INFO_DATATYPE type{untouched<INFO_DATATYPE>()};
 };
 
 TEST_F(GCGetPortInfo, RefusesMalformedArgumentsBeforeItLooksAtTheHandle)
@@ -233,11 +229,9 @@ TEST_F(GCGetPortInfo, RefusesMalformedArgumentsBeforeItLooksAtTheHandle)
     };
     size_t zero = 0;
     const Arguments rows[] = {
-        {nullptr,                    text, &size,               100},
-        {all_ones<INFO_DATATYPE*>(), text, &size,               100},
-        {&type,                      text, nullptr,             0  },
-        {&type,                      text, all_ones<size_t*>(), 0  },
-        {&type,                      text, &zero,               0  },
+        {nullptr, text, &size, 100}, {all_ones<INFO_DATATYPE*>(), text, &size, 100},
+        {&type, text, nullptr, 0},   {&type, text, all_ones<size_t*>(), 0},
+        {&type, text, &zero, 0},
     };
     for (const Arguments& row : rows) {
         forget();
@@ -305,9 +299,9 @@ protected:
     {
         return line(Priority::error, "No preceding call to GCInitLib", function);
     }
-    char text[100] = "left alone";
-    size_t size = sizeof text;
-    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
+    char text[100]{"left alone"};
+    size_t size{sizeof text};
+    INFO_DATATYPE type{untouched<INFO_DATATYPE>()};
 };
 
 TEST_F(PortInfoBeforeInitialisation, GivesNoUrl)

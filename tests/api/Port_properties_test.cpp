@@ -1,8 +1,7 @@
-// GCGetPortInfo: what a port says of itself.
-#include "Port_fixtures.h"
-
 #include <cstdint>
 #include <vector>
+
+#include "Port_fixtures.h"
 
 namespace zvtest {
 
@@ -14,11 +13,11 @@ struct TextRow {
     const char* text;
 };
 constexpr TextRow texts[] = {
-    {PORT_INFO_VENDOR,   "ZEVA Electronics Ltd."},
-    {PORT_INFO_MODEL,    "GenTL Producer"       },
-    {PORT_INFO_TLTYPE,   "Mixed"                },
-    {PORT_INFO_VERSION,  "1.0"                  },
-    {PORT_INFO_PORTNAME, "Device"               },
+    {PORT_INFO_VENDOR, "ZEVA Electronics Ltd."},
+    {PORT_INFO_MODEL, "GenTL Producer"},
+    {PORT_INFO_TLTYPE, "Mixed"},
+    {PORT_INFO_VERSION, "1.0"},
+    {PORT_INFO_PORTNAME, "Device"},
 };
 
 struct FlagRow {
@@ -27,12 +26,8 @@ struct FlagRow {
 };
 // Also for the ports that can only be read, and of both byte orders.
 constexpr FlagRow flags[] = {
-    {PORT_INFO_LITTLE_ENDIAN, 1},
-    {PORT_INFO_BIG_ENDIAN,    1},
-    {PORT_INFO_ACCESS_READ,   1},
-    {PORT_INFO_ACCESS_WRITE,  1},
-    {PORT_INFO_ACCESS_NA,     0},
-    {PORT_INFO_ACCESS_NI,     0},
+    {PORT_INFO_LITTLE_ENDIAN, 1}, {PORT_INFO_BIG_ENDIAN, 1}, {PORT_INFO_ACCESS_READ, 1},
+    {PORT_INFO_ACCESS_WRITE, 1},  {PORT_INFO_ACCESS_NA, 0},  {PORT_INFO_ACCESS_NI, 0},
 };
 
 class PortInformation : public OpenPorts {
@@ -154,13 +149,12 @@ TEST_F(PortInformation, CopiesATextInPartWhenThereIsTooLittleRoom)
         GC_ERROR code;
         std::string problem;
     };
-    for (const Row& row : {
-             Row{6, GC_ERR_INVALID_PARAMETER,
-                 "GCGetPortInfo - GC_ERR_INVALID_PARAMETER: buffer size too small to contain NULL "
-                 "termination (6/7)"                                                                     },
-             Row{3, GC_ERR_BUFFER_TOO_SMALL,
-                 "GCGetPortInfo - GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data (3/7)"}
-    }) {
+    for (const Row& row :
+         {Row{6, GC_ERR_INVALID_PARAMETER,
+              "GCGetPortInfo - GC_ERR_INVALID_PARAMETER: buffer size too small to contain NULL "
+              "termination (6/7)"},
+          Row{3, GC_ERR_BUFFER_TOO_SMALL,
+              "GCGetPortInfo - GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data (3/7)"}}) {
         forget();
         const auto answer = ask<std::string>(port, PORT_INFO_PORTNAME, row.room);
         EXPECT_EQ(row.code, answer.code);

@@ -1,8 +1,9 @@
-// GCReadPort: which registers it reads, and what it makes of the library's answers.
-#include "Port_fixtures.h"
-
 #include <cstdint>
 #include <vector>
+
+#include "Port_fixtures.h"
+
+// GCReadPort: which registers it reads, and what it makes of the library's answers.
 
 namespace zvtest {
 
@@ -49,11 +50,10 @@ protected:
         return {
             entered(handle, address),
             {Priority::error,
-                               "Unsupported port read for address 0x" + hex(address) + " with size " + std::to_string(asked),
-                               unit + "::ReadPort", unit},
+             "Unsupported port read for address 0x" + hex(address) + " with size " + std::to_string(asked),
+             unit + "::ReadPort", unit},
             {Priority::error, "Exit, Returning error GC_ERR_INVALID_ADDRESS (0xFFFFFC09)",
-                               unit + "::ReadPort", unit}
-        };
+             unit + "::ReadPort", unit}};
     }
     /// Everything that the port serves.
     std::vector<uint8_t> whole(PORT_HANDLE handle)
@@ -65,8 +65,8 @@ protected:
         return bytes;
     }
 
-    uint8_t data[8] = {};
-    size_t size = 4;
+    uint8_t data[8]{};
+    size_t size{4};
 };
 
 TEST_F(ReadingPorts, AsksTheLibraryForTheRegistersOfGrabberOrCamera)
@@ -157,12 +157,7 @@ TEST_F(ReadingPorts, LogsTheFirstFourBytesAsABigEndianWord)
         size_t size;
         int word;
     };
-    constexpr Row rows[] = {
-        {1, 0x12000000},
-        {3, 0x12345600},
-        {4, 0x12345678},
-        {5, 0x12345678}
-    };
+    constexpr Row rows[] = {{1, 0x12000000}, {3, 0x12345600}, {4, 0x12345678}, {5, 0x12345678}};
     for (const Row& row : rows) {
         std::vector<uint8_t> exact(row.size); // so that a read beyond it is found
         size = row.size;
@@ -262,11 +257,11 @@ TEST_F(ReadingPorts, ShortensReadsThatRunPastADescription)
         size_t left;
     };
     for (const Row& row : {
-             Row{tl,                 description + 3390, 1 },
-             Row{tl,                 description + 3300, 91},
-             Row{buffers[0]->handle, description + 600,  40},
-             Row{buffers[0]->handle, description + 639,  1 },
-    }) {
+             Row{tl, description + 3390, 1},
+             Row{tl, description + 3300, 91},
+             Row{buffers[0]->handle, description + 600, 40},
+             Row{buffers[0]->handle, description + 639, 1},
+         }) {
         std::vector<uint8_t> bytes(100, 0xA5);
         size_t got = bytes.size();
         EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(row.handle, row.address, bytes.data(), &got));

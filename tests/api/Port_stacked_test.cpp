@@ -1,9 +1,10 @@
-// GCReadPortStacked and GCWritePortStacked: one algorithm in two directions.
-#include "Port_fixtures.h"
-
 #include <cstdint>
 #include <ostream>
 #include <vector>
+
+#include "Port_fixtures.h"
+
+// GCReadPortStacked and GCWritePortStacked: one algorithm in two directions.
 
 namespace zvtest {
 
@@ -41,13 +42,9 @@ protected:
         return line(priority, GetParam().function + (" - " + reason));
     }
 
-    uint8_t bytes[3][4] = {};
-    PORT_REGISTER_STACK_ENTRY entries[3] = {
-        {0x1000, bytes[0], 4},
-        {0x2000, bytes[1], 4},
-        {0x3000, bytes[2], 4}
-    };
-    size_t count = 3;
+    uint8_t bytes[3][4]{};
+    PORT_REGISTER_STACK_ENTRY entries[3]{{0x1000, bytes[0], 4}, {0x2000, bytes[1], 4}, {0x3000, bytes[2], 4}};
+    size_t count{3};
 };
 
 INSTANTIATE_TEST_SUITE_P(, StackedAccess,

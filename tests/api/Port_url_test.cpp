@@ -1,10 +1,11 @@
-// GCGetPortURL, GCGetNumPortURLs and GCGetPortURLInfo: what they answer, and what the library may do to them.
-#include "Port_fixtures.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>
+
+#include "Port_fixtures.h"
+
+// GCGetPortURL, GCGetNumPortURLs and GCGetPortURLInfo: what they answer, and what the library may do to them.
 
 namespace zvtest {
 
@@ -199,11 +200,10 @@ std::string too_small(const std::string& function, size_t room, size_t needed)
 
 TEST_F(PortUrls, AreCopiedInPartWhenThereIsTooLittleRoomForTheInformation)
 {
-    for (const SmallRoom& row : {
-             SmallRoom{37, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURLInfo", 37, 38)},
-             SmallRoom{36, GC_ERR_BUFFER_TOO_SMALL,  too_small("GCGetPortURLInfo",  36, 38)},
-             SmallRoom{1,  GC_ERR_BUFFER_TOO_SMALL,  too_small("GCGetPortURLInfo",  1,  38)}
-    }) {
+    for (const SmallRoom& row :
+         {SmallRoom{37, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURLInfo", 37, 38)},
+          SmallRoom{36, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURLInfo", 36, 38)},
+          SmallRoom{1, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURLInfo", 1, 38)}}) {
         forget();
         const auto answer = url_info(tl, row.room);
         EXPECT_EQ(row.code, answer.code);
@@ -224,12 +224,10 @@ TEST_F(PortUrls, AreCopiedInPartWhenThereIsTooLittleRoomForTheInformation)
 
 TEST_F(PortUrls, AreCopiedInPartWhenThereIsTooLittleRoomOnTheirOwn)
 {
-    for (const SmallRoom& row : {
-             SmallRoom{38, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURL", 38, 39)},
-             SmallRoom{37, GC_ERR_BUFFER_TOO_SMALL,  too_small("GCGetPortURL",  37, 39)},
-             SmallRoom{1,  GC_ERR_BUFFER_TOO_SMALL,  too_small("GCGetPortURL",  1,  39)},
-             SmallRoom{0,  GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURL", 0,  39)}
-    }) {
+    for (const SmallRoom& row : {SmallRoom{38, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURL", 38, 39)},
+                                 SmallRoom{37, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURL", 37, 39)},
+                                 SmallRoom{1, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURL", 1, 39)},
+                                 SmallRoom{0, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURL", 0, 39)}}) {
         forget();
         const auto answer = plain_url(tl, row.room);
         EXPECT_EQ(row.code, answer.code);

@@ -1,8 +1,9 @@
-// GCWritePort: which registers it writes, and what it makes of the library's answers.
-#include "Port_fixtures.h"
-
 #include <cstdint>
 #include <vector>
+
+#include "Port_fixtures.h"
+
+// GCWritePort: which registers it writes, and what it makes of the library's answers.
 
 namespace zvtest {
 
@@ -23,8 +24,8 @@ protected:
                 "ZVGRLibGenTL"};
     }
 
-    const std::vector<uint8_t> data = {0x12, 0x34, 0x56, 0x78};
-    size_t size = 4;
+    const std::vector<uint8_t> data{0x12, 0x34, 0x56, 0x78};
+    size_t size{4};
 };
 
 TEST_F(WritingPorts, HandsTheDataToTheRegistersOfGrabberOrCamera)

@@ -1,4 +1,3 @@
-// TLOpenInterface and TLGetInterfaceInfo.
 #include "api/module_calls.h"
 
 namespace zvtest {
@@ -10,7 +9,7 @@ constexpr const char* unknown_ids[] = {"", "FG", "fg0", "FG00", "FG0 ", " FG0", 
 
 class TLOpenInterface : public OpenSystem {
 protected:
-    IF_HANDLE iface = untouched<IF_HANDLE>();
+    IF_HANDLE iface{untouched<IF_HANDLE>()};
 
     void SetUp() override
     {
@@ -181,13 +180,8 @@ TEST_F(TLGetInterfaceInfo, AnswersAnEmptyNameWhenThereIsNone)
 
 TEST_F(TLGetInterfaceInfo, AnswersTheTransportType)
 {
-    for (const auto& [protocol, text] : {
-             std::pair{0U,          "CXP" },
-             {1U,          "CLHS"},
-             {2U,          "GEV" },
-             {3U,          "CXP" },
-             {0xFFFFFFFFU, "CXP" }
-    }) {
+    for (const auto& [protocol, text] :
+         {std::pair{0U, "CXP"}, {1U, "CLHS"}, {2U, "GEV"}, {3U, "CXP"}, {0xFFFFFFFFU, "CXP"}}) {
         fake.grabber(1).has_protocol(protocol);
         const auto type = ask(INTERFACE_INFO_TLTYPE);
         EXPECT_EQ(INFO_DATATYPE_STRING, type.type);

@@ -1,7 +1,8 @@
-// TLUpdateInterfaceList, TLGetNumInterfaces and TLGetInterfaceID.
+#include <set>
+
 #include "api/module_calls.h"
 
-#include <set>
+// TLUpdateInterfaceList, TLGetNumInterfaces and TLGetInterfaceID.
 
 namespace zvtest {
 
@@ -17,7 +18,7 @@ ExpectedLine found_line(int count)
 
 class TLUpdateInterfaceList : public OpenSystem {
 protected:
-    bool8_t changed = untouched<bool8_t>();
+    bool8_t changed{untouched<bool8_t>()};
 
     /// An update that has to work, and how many interfaces there are afterwards.
     uint32_t update()
@@ -61,18 +62,8 @@ TEST_F(TLUpdateInterfaceList, HidesTheDemoGrabber)
         uint32_t setting;
         uint32_t listed;
     };
-    for (const Row& row : {
-             Row{0, 0,          0},
-             Row{0, 1,          0},
-             Row{1, 0,          1},
-             Row{1, 1,          1},
-             Row{2, 0,          1},
-             Row{2, 1,          2},
-             Row{3, 0,          2},
-             Row{3, 1,          3},
-             Row{3, 7,          3},
-             Row{3, 0xFFFFFFFF, 3}
-    }) {
+    for (const Row& row : {Row{0, 0, 0}, Row{0, 1, 0}, Row{1, 0, 1}, Row{1, 1, 1}, Row{2, 0, 1}, Row{2, 1, 2},
+                           Row{3, 0, 2}, Row{3, 1, 3}, Row{3, 7, 3}, Row{3, 0xFFFFFFFF, 3}}) {
         SCOPED_TRACE(std::to_string(row.found) + " found, setting " + std::to_string(row.setting));
         fake.has_grabbers(row.found);
         settings.set("GenTL.Interface.ExposeDemoGrabber", row.setting);
@@ -253,7 +244,7 @@ TEST_F(TLGetNumInterfaces, ScansAgainWhileThereIsNone)
 class TLGetInterfaceID : public OpenSystem {
 protected:
     std::array<char, 16> id{};
-    size_t size = 16;
+    size_t size{16};
 
     void SetUp() override
     {

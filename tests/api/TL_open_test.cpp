@@ -1,9 +1,7 @@
-// TLOpen and TLClose.
-#include "api/module_calls.h"
-
-#include "support/FailingAllocations.h"
-
 #include <set>
+
+#include "api/module_calls.h"
+#include "support/FailingAllocations.h"
 
 namespace zvtest {
 
@@ -11,7 +9,7 @@ namespace {
 
 class TLOpen : public OpenLibrary {
 protected:
-    TL_HANDLE system = untouched<TL_HANDLE>();
+    TL_HANDLE system{untouched<TL_HANDLE>()};
 };
 
 TEST_F(TLOpen, MakesASystem)

@@ -1,8 +1,8 @@
-/// \file device_rows.h
-/// What is known of a device, whether its interface or the device itself is asked.
 #pragma once
 
 #include "support/fixtures.h"
+
+// What is known of a device, whether its interface or the device itself is asked.
 
 namespace zvtest {
 
@@ -19,14 +19,10 @@ struct DeviceText {
 };
 
 constexpr DeviceText device_texts[] = {
-    {DEVICE_INFO_ID,                "Device00",          false},
-    {DEVICE_INFO_VENDOR,            "Vendor of cameras", true },
-    {DEVICE_INFO_MODEL,             "Model X",           true },
-    {DEVICE_INFO_TLTYPE,            "CXP",               false},
-    {DEVICE_INFO_DISPLAYNAME,       "Model X",           true },
-    {DEVICE_INFO_USER_DEFINED_NAME, "Model X",           true },
-    {DEVICE_INFO_SERIAL_NUMBER,     "SN-0042",           true },
-    {DEVICE_INFO_VERSION,           "1.2.3",             true },
+    {DEVICE_INFO_ID, "Device00", false},          {DEVICE_INFO_VENDOR, "Vendor of cameras", true},
+    {DEVICE_INFO_MODEL, "Model X", true},         {DEVICE_INFO_TLTYPE, "CXP", false},
+    {DEVICE_INFO_DISPLAYNAME, "Model X", true},   {DEVICE_INFO_USER_DEFINED_NAME, "Model X", true},
+    {DEVICE_INFO_SERIAL_NUMBER, "SN-0042", true}, {DEVICE_INFO_VERSION, "1.2.3", true},
 };
 
 constexpr DEVICE_INFO_CMD unknown_device_commands[] = {10, 11, 1000, -1, INT32_MIN, INT32_MAX};
@@ -37,11 +33,7 @@ struct Protocol {
 };
 
 constexpr Protocol protocols[] = {
-    {0,          "CXP" },
-    {1,          "CLHS"},
-    {2,          "GEV" },
-    {3,          "CXP" },
-    {0xFFFFFFFF, "CXP" },
+    {0, "CXP"}, {1, "CLHS"}, {2, "GEV"}, {3, "CXP"}, {0xFFFFFFFF, "CXP"},
 };
 
 } // namespace zvtest

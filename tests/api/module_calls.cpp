@@ -65,81 +65,88 @@ void expect_unknown(const ModuleHandles& handles)
 }
 
 const std::vector<ModuleFunction> system_functions = {
-    {"TLClose",               [](void* system, ModuleOutputs&) { return TLClose(system); },
-     [](void*) { return std::string("Enter TLClose"); }                                                                                                                                                                       },
+    {"TLClose", [](void* system, ModuleOutputs&) { return TLClose(system); },
+     [](void*) { return std::string("Enter TLClose"); }},
     {"TLUpdateInterfaceList",
-     [](void* system,                          ModuleOutputs& out) { return TLUpdateInterfaceList(system, &out.changed, 0); },
-     [](void*) { return std::string("Enter TLUpdateInterfaceList"); }                                                                                                                                                         },
+     [](void* system, ModuleOutputs& out) { return TLUpdateInterfaceList(system, &out.changed, 0); },
+     [](void*) { return std::string("Enter TLUpdateInterfaceList"); }},
     {"TLGetNumInterfaces",
-     [](void* system,                          ModuleOutputs& out) { return TLGetNumInterfaces(system, &out.number); },
-     [](void*) { return std::string("Enter TLGetNumInterfaces"); }                                                                                                                                                            },
+     [](void* system, ModuleOutputs& out) { return TLGetNumInterfaces(system, &out.number); },
+     [](void*) { return std::string("Enter TLGetNumInterfaces"); }},
     {"TLGetInfo",
-     [](void* system,                          ModuleOutputs& out) {
+     [](void* system, ModuleOutputs& out) {
          return TLGetInfo(system, TL_INFO_ID, &out.type, out.text.data(), &out.size);
-     },                                                                                                            [](void* system) { return "Enter TLGetInfo, handle=0x" + hex16(system) + ", info=0"; }},
+     },
+     [](void* system) { return "Enter TLGetInfo, handle=0x" + hex16(system) + ", info=0"; }},
     {"TLGetInterfaceID",
-     [](void* system,                          ModuleOutputs& out) { return TLGetInterfaceID(system, 3, out.text.data(), &out.size); },
-     [](void* system) { return "Enter TLGetInterfaceID, handle=0x" + hex16(system) + ", index=3, size=64"; }                                                                                                                  },
+     [](void* system, ModuleOutputs& out) { return TLGetInterfaceID(system, 3, out.text.data(), &out.size); },
+     [](void* system) { return "Enter TLGetInterfaceID, handle=0x" + hex16(system) + ", index=3, size=64"; }},
     {"TLOpenInterface",
-     [](void* system,                          ModuleOutputs& out) { return TLOpenInterface(system, "FG0", &out.handle); },
-     [](void*) { return std::string("Enter TLOpenInterface"); },                                                                                                                                                                true},
+     [](void* system, ModuleOutputs& out) { return TLOpenInterface(system, "FG0", &out.handle); },
+     [](void*) { return std::string("Enter TLOpenInterface"); }, true},
     {"TLGetInterfaceInfo",
-     [](void* system,                   ModuleOutputs& out) {
+     [](void* system, ModuleOutputs& out) {
          return TLGetInterfaceInfo(system, "FG0", INTERFACE_INFO_TLTYPE, &out.type, out.text.data(),
                                    &out.size);
-     },                                                                                                                   [](void* system) { return "Enter TLGetInterfaceInfo, hTL=0x" + hex16(system) + ", info=2"; }                                                                                                                                                                                                   },
+     },
+     [](void* system) { return "Enter TLGetInterfaceInfo, hTL=0x" + hex16(system) + ", info=2"; }},
 };
 
 const std::vector<ModuleFunction> interface_functions = {
     {"IFUpdateDeviceList",
-     [](void* iface,                                                   ModuleOutputs& out) { return IFUpdateDeviceList(iface, &out.changed, 0); },
-     [](void*) { return std::string("Enter IFUpdateDeviceList"); },                                                                                                                                                      true},
-    {"IFGetNumDevices",                                                              [](void* iface,                                              ModuleOutputs& out) { return IFGetNumDevices(iface, &out.number); },
+     [](void* iface, ModuleOutputs& out) { return IFUpdateDeviceList(iface, &out.changed, 0); },
+     [](void*) { return std::string("Enter IFUpdateDeviceList"); }, true},
+    {"IFGetNumDevices", [](void* iface, ModuleOutputs& out) { return IFGetNumDevices(iface, &out.number); },
      [](void*) { return std::string("Enter IFGetNumDevices"); }},
     {"IFGetDeviceID",
-     [](void* iface,                                                ModuleOutputs& out) { return IFGetDeviceID(iface, 1, out.text.data(), &out.size); },
-     [](void* iface) { return "Enter IFGetDeviceID, handle=0x" + hex16(iface) + ", index=1, size=64"; }                                                                },
-    {"IFClose",                                                              [](void* iface,                                                      ModuleOutputs&) { return IFClose(iface); },
+     [](void* iface, ModuleOutputs& out) { return IFGetDeviceID(iface, 1, out.text.data(), &out.size); },
+     [](void* iface) { return "Enter IFGetDeviceID, handle=0x" + hex16(iface) + ", index=1, size=64"; }},
+    {"IFClose", [](void* iface, ModuleOutputs&) { return IFClose(iface); },
      [](void*) { return std::string("Enter IFClose"); }},
-    {"IFGetParentTL",                                                              [](void* iface,                                                ModuleOutputs& out) { return IFGetParentTL(iface, &out.handle); },
-     [](void*) { return std::string("Enter IFGetParentTL"); }                                         },
+    {"IFGetParentTL", [](void* iface, ModuleOutputs& out) { return IFGetParentTL(iface, &out.handle); },
+     [](void*) { return std::string("Enter IFGetParentTL"); }},
     {"IFOpenDevice",
-     [](void* iface,                                                 ModuleOutputs& out) {
+     [](void* iface, ModuleOutputs& out) {
          return IFOpenDevice(iface, "Device00", DEVICE_ACCESS_EXCLUSIVE, &out.handle);
-     },                                                                                                                               [](void* iface) { return "Enter IFOpenDevice handle = 0x" + hex16(iface) + ", flags=0x4"; },                                                                                                                                                                                              true},
+     },
+     [](void* iface) { return "Enter IFOpenDevice handle = 0x" + hex16(iface) + ", flags=0x4"; }, true},
     {"IFGetInfo",
-     [](void* iface,                                                          ModuleOutputs& out) {
+     [](void* iface, ModuleOutputs& out) {
          return IFGetInfo(iface, INTERFACE_INFO_DISPLAYNAME, &out.type, out.text.data(), &out.size);
-     },                                                                                                                          [](void*) { return std::string("Enter IFGetInfo info= 1 "); }                                                                                                                                                                                                    },
+     },
+     [](void*) { return std::string("Enter IFGetInfo info= 1 "); }},
     {"IFGetDeviceInfo",
      [](void* iface, ModuleOutputs& out) {
          return IFGetDeviceInfo(iface, "Device00", DEVICE_INFO_MODEL, &out.type, out.text.data(), &out.size);
-     },[](void* iface) { return "Enter IFGetDeviceInfo handle=0x" + hex16(iface) + ", info=2 "; }                                                                                                                                                                                                    },
+     },
+     [](void* iface) { return "Enter IFGetDeviceInfo handle=0x" + hex16(iface) + ", info=2 "; }},
 };
 
 const std::vector<ModuleFunction> device_functions = {
-    {"DevGetPort",           [](void* device, ModuleOutputs& out) { return DevGetPort(device, &out.handle); },
-     [](void* device) { return "Enter DevGetPort, handle=0x" + hex16(device); }                                                                                                                                            },
-    {"DevClose",             [](void* device, ModuleOutputs&) { return DevClose(device); },
-     [](void*) { return std::string("Enter DevClose"); }                                                                                                                                                                   },
-    {"DevGetParentIF",       [](void* device, ModuleOutputs& out) { return DevGetParentIF(device, &out.handle); },
-     [](void*) { return std::string("Enter DevGetParentIF"); }                                                                                                                                                             },
+    {"DevGetPort", [](void* device, ModuleOutputs& out) { return DevGetPort(device, &out.handle); },
+     [](void* device) { return "Enter DevGetPort, handle=0x" + hex16(device); }},
+    {"DevClose", [](void* device, ModuleOutputs&) { return DevClose(device); },
+     [](void*) { return std::string("Enter DevClose"); }},
+    {"DevGetParentIF", [](void* device, ModuleOutputs& out) { return DevGetParentIF(device, &out.handle); },
+     [](void*) { return std::string("Enter DevGetParentIF"); }},
     {"DevGetNumDataStreams",
-     [](void* device,                         ModuleOutputs& out) { return DevGetNumDataStreams(device, &out.number); },
-     [](void* device) { return "Enter DevGetNumDataStreams, handle=0x" + hex16(device); }                                                                                                                                  },
+     [](void* device, ModuleOutputs& out) { return DevGetNumDataStreams(device, &out.number); },
+     [](void* device) { return "Enter DevGetNumDataStreams, handle=0x" + hex16(device); }},
     {"DevGetDataStreamID",
-     [](void* device,                         ModuleOutputs& out) {
+     [](void* device, ModuleOutputs& out) {
          return DevGetDataStreamID(device, 0, out.text.data(), &out.size);
-     },                                                                                                       [](void* device) {
+     },
+     [](void* device) {
          return "Enter DevGetDataStreamID, handle=0x" + hex16(device) + ", index=0, size=64";
-     }                                                                                                                                                                                         },
+     }},
     {"DevOpenDataStream",
-     [](void* device,                         ModuleOutputs& out) { return DevOpenDataStream(device, "Stream000", &out.handle); },
-     [](void*) { return std::string("Enter DevOpenDataStream, sDataStreamID=Stream000"); }                                                                                                                                 },
+     [](void* device, ModuleOutputs& out) { return DevOpenDataStream(device, "Stream000", &out.handle); },
+     [](void*) { return std::string("Enter DevOpenDataStream, sDataStreamID=Stream000"); }},
     {"DevGetInfo",
-     [](void* device,                         ModuleOutputs& out) {
+     [](void* device, ModuleOutputs& out) {
          return DevGetInfo(device, DEVICE_INFO_VENDOR, &out.type, out.text.data(), &out.size);
-     },                                                                                                       [](void* device) { return "Enter DevGetInfo, handle=0x" + hex16(device) + " info= 1 "; }},
+     },
+     [](void* device) { return "Enter DevGetInfo, handle=0x" + hex16(device) + " info= 1 "; }},
 };
 
 } // namespace zvtest

@@ -1,14 +1,14 @@
-/// \file module_calls.h
-/// The functions of the system, interface and device families as tables, for what all of them have in common,
-/// and the lines that they write.
 #pragma once
-
-#include "support/fixtures.h"
 
 #include <array>
 #include <iosfwd>
 #include <string>
 #include <vector>
+
+#include "support/fixtures.h"
+
+// The functions of the system, interface and device families as tables, for what all of them have in common,
+// and the lines that they write.
 
 namespace zvtest {
 
@@ -38,12 +38,12 @@ struct ModuleOutputs {
     ModuleOutputs() { text.fill('\xA5'); }
     bool are_untouched() const;
 
-    void* handle = untouched<void*>();
-    uint32_t number = untouched<uint32_t>();
-    bool8_t changed = untouched<bool8_t>();
-    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
+    void* handle{untouched<void*>()};
+    uint32_t number{untouched<uint32_t>()};
+    bool8_t changed{untouched<bool8_t>()};
+    INFO_DATATYPE type{untouched<INFO_DATATYPE>()};
     std::array<char, 64> text;
-    size_t size = 64;
+    size_t size{64};
 };
 
 /// One function that takes a module handle, called with arguments that would do, and the line that it enters
@@ -52,7 +52,7 @@ struct ModuleFunction {
     const char* name;
     GC_ERROR (*call)(void* handle, ModuleOutputs& out);
     std::string (*enter)(void* handle);
-    bool is_timed = false;
+    bool is_timed{false};
 
     /// The enter line, `reported`, and the timer's line.
     std::vector<ExpectedLine> lines(void* handle, const std::vector<ExpectedLine>& reported) const;

@@ -1,9 +1,10 @@
-// What every function of the system, interface and device families refuses: bad handles, and missing
-// pointers.
-#include "api/module_calls.h"
-
 #include <algorithm>
 #include <iterator>
+
+#include "api/module_calls.h"
+
+// What every function of the system, interface and device families refuses: bad handles, and missing
+// pointers.
 
 namespace zvtest {
 
@@ -12,7 +13,7 @@ namespace {
 /// Everything is open. A known text is the last error.
 class EverythingOpen : public QueuedStream {
 protected:
-    BUFFER_HANDLE buffer = nullptr;
+    BUFFER_HANDLE buffer{nullptr};
     std::string text_before;
 
     void SetUp() override
@@ -201,122 +202,147 @@ const std::vector<MissingPointer> system_pointers = {
     {"TLGetNumInterfaces", "piNumIfaces",
      [](void* system, void* missing, ModuleOutputs&) {
          return TLGetNumInterfaces(system, as<uint32_t>(missing));
-     }, Order::behind_handle, silently               },
-    {"TLGetInfo",          "piType",
+     },
+     Order::behind_handle, silently},
+    {"TLGetInfo", "piType",
      [](void* system, void* missing, ModuleOutputs& out) {
          return TLGetInfo(system, TL_INFO_ID, as<INFO_DATATYPE>(missing), out.text.data(), &out.size);
-     }, Order::behind_handle, with_exit_line         },
-    {"TLGetInfo",          "piSize",
+     },
+     Order::behind_handle, with_exit_line},
+    {"TLGetInfo", "piSize",
      [](void* system, void* missing, ModuleOutputs& out) {
          return TLGetInfo(system, TL_INFO_ID, &out.type, out.text.data(), as<size_t>(missing));
-     }, Order::behind_handle, with_exit_line         },
-    {"TLGetInterfaceID",   "piSize",
+     },
+     Order::behind_handle, with_exit_line},
+    {"TLGetInterfaceID", "piSize",
      [](void* system, void* missing, ModuleOutputs& out) {
          return TLGetInterfaceID(system, 0, out.text.data(), as<size_t>(missing));
-     }, Order::behind_handle, with_exit_line         },
-    {"TLOpenInterface",    "sIfaceID",
+     },
+     Order::behind_handle, with_exit_line},
+    {"TLOpenInterface", "sIfaceID",
      [](void* system, void* missing, ModuleOutputs& out) {
          return TLOpenInterface(system, as<const char>(missing), &out.handle);
-     }, Order::behind_handle, with_exit_line_and_time},
-    {"TLOpenInterface",    "phIface",
+     },
+     Order::behind_handle, with_exit_line_and_time},
+    {"TLOpenInterface", "phIface",
      [](void* system, void* missing, ModuleOutputs&) {
          return TLOpenInterface(system, "FG0", as<IF_HANDLE>(missing));
-     }, Order::behind_handle, with_exit_line_and_time},
+     },
+     Order::behind_handle, with_exit_line_and_time},
     {"TLGetInterfaceInfo", "sIfaceID",
      [](void* system, void* missing, ModuleOutputs& out) {
          return TLGetInterfaceInfo(system, as<const char>(missing), INTERFACE_INFO_ID, &out.type,
                                    out.text.data(), &out.size);
-     }, Order::behind_handle, with_exit_line         },
+     },
+     Order::behind_handle, with_exit_line},
     {"TLGetInterfaceInfo", "piType",
      [](void* system, void* missing, ModuleOutputs& out) {
          return TLGetInterfaceInfo(system, "FG0", INTERFACE_INFO_ID, as<INFO_DATATYPE>(missing),
                                    out.text.data(), &out.size);
-     }, Order::behind_handle, with_exit_line         },
+     },
+     Order::behind_handle, with_exit_line},
     {"TLGetInterfaceInfo", "piSize",
      [](void* system, void* missing, ModuleOutputs& out) {
          return TLGetInterfaceInfo(system, "FG0", INTERFACE_INFO_ID, &out.type, out.text.data(),
                                    as<size_t>(missing));
-     }, Order::behind_handle, with_exit_line         },
+     },
+     Order::behind_handle, with_exit_line},
 };
 
 const std::vector<MissingPointer> interface_pointers = {
     {"IFGetNumDevices", "piNumDevices",
-     [](void* iface,                                    void* missing, ModuleOutputs&) { return IFGetNumDevices(iface, as<uint32_t>(missing)); },
-     Order::before_handle,                                                                                                                                              silently               },
+     [](void* iface, void* missing, ModuleOutputs&) { return IFGetNumDevices(iface, as<uint32_t>(missing)); },
+     Order::before_handle, silently},
     {"IFGetDeviceID",
-     "piSize",                          [](void* iface, void* missing, ModuleOutputs& out) {
+     "piSize",
+     [](void* iface, void* missing, ModuleOutputs& out) {
          return IFGetDeviceID(iface, 0, out.text.data(), as<size_t>(missing));
-     },                                                                     Order::before_handle,
+     },
+     Order::before_handle,
      {error_line("GC_ERR_INVALID_PARAMETER: piSize invalid parameter"),
-      FAILED_WITH(GC_ERR_INVALID_PARAMETER)}                                                                                                                                                   },
-    {"IFGetParentTL",   "phSystem",
-     [](void* iface,                                    void* missing, ModuleOutputs&) { return IFGetParentTL(iface, as<TL_HANDLE>(missing)); },
-     Order::before_handle,                                                                                                                                              silently               },
-    {"IFOpenDevice",    "sDeviceID",
-     [](void* iface,                                    void* missing, ModuleOutputs& out) {
+      FAILED_WITH(GC_ERR_INVALID_PARAMETER)}},
+    {"IFGetParentTL", "phSystem",
+     [](void* iface, void* missing, ModuleOutputs&) { return IFGetParentTL(iface, as<TL_HANDLE>(missing)); },
+     Order::before_handle, silently},
+    {"IFOpenDevice", "sDeviceID",
+     [](void* iface, void* missing, ModuleOutputs& out) {
          return IFOpenDevice(iface, as<const char>(missing), DEVICE_ACCESS_EXCLUSIVE, &out.handle);
-     },                                                                     Order::before_handle, with_exit_line_and_time},
-    {"IFOpenDevice",    "phDevice",
-     [](void* iface,                                    void* missing, ModuleOutputs&) {
+     },
+     Order::before_handle, with_exit_line_and_time},
+    {"IFOpenDevice", "phDevice",
+     [](void* iface, void* missing, ModuleOutputs&) {
          return IFOpenDevice(iface, "Device00", DEVICE_ACCESS_EXCLUSIVE, as<DEV_HANDLE>(missing));
-     },                                                                     Order::before_handle, with_exit_line_and_time},
-    {"IFGetInfo",       "piType",
-     [](void* iface,                                    void* missing, ModuleOutputs& out) {
+     },
+     Order::before_handle, with_exit_line_and_time},
+    {"IFGetInfo", "piType",
+     [](void* iface, void* missing, ModuleOutputs& out) {
          return IFGetInfo(iface, INTERFACE_INFO_ID, as<INFO_DATATYPE>(missing), out.text.data(), &out.size);
-     },                                                                     Order::before_handle, with_exit_line         },
-    {"IFGetInfo",       "piSize",
-     [](void* iface,                                    void* missing, ModuleOutputs& out) {
+     },
+     Order::before_handle, with_exit_line},
+    {"IFGetInfo", "piSize",
+     [](void* iface, void* missing, ModuleOutputs& out) {
          return IFGetInfo(iface, INTERFACE_INFO_ID, &out.type, out.text.data(), as<size_t>(missing));
-     },                                                                     Order::before_handle, with_exit_line         },
+     },
+     Order::before_handle, with_exit_line},
     {"IFGetDeviceInfo", "sDeviceID",
-     [](void* iface,                                    void* missing, ModuleOutputs& out) {
+     [](void* iface, void* missing, ModuleOutputs& out) {
          return IFGetDeviceInfo(iface, as<const char>(missing), DEVICE_INFO_ID, &out.type, out.text.data(),
                                 &out.size);
-     },                                                                     Order::before_handle, with_exit_line         },
+     },
+     Order::before_handle, with_exit_line},
     {"IFGetDeviceInfo", "piType",
-     [](void* iface,                                    void* missing, ModuleOutputs& out) {
+     [](void* iface, void* missing, ModuleOutputs& out) {
          return IFGetDeviceInfo(iface, "Device00", DEVICE_INFO_ID, as<INFO_DATATYPE>(missing),
                                 out.text.data(), &out.size);
-     },                                                                     Order::before_handle, with_exit_line         },
+     },
+     Order::before_handle, with_exit_line},
     {"IFGetDeviceInfo", "piSize",
-     [](void* iface,                                    void* missing, ModuleOutputs& out) {
+     [](void* iface, void* missing, ModuleOutputs& out) {
          return IFGetDeviceInfo(iface, "Device00", DEVICE_INFO_ID, &out.type, out.text.data(),
                                 as<size_t>(missing));
-     },                                                                     Order::before_handle, with_exit_line         },
+     },
+     Order::before_handle, with_exit_line},
 };
 
 const std::vector<MissingPointer> device_pointers = {
-    {"DevGetPort",           "phRemoteDevice",
+    {"DevGetPort", "phRemoteDevice",
      [](void* device, void* missing, ModuleOutputs&) { return DevGetPort(device, as<PORT_HANDLE>(missing)); },
-     Order::before_handle,                                                                                                           silently      },
-    {"DevGetParentIF",       "phIface",
+     Order::before_handle, silently},
+    {"DevGetParentIF", "phIface",
      [](void* device, void* missing, ModuleOutputs&) {
          return DevGetParentIF(device, as<IF_HANDLE>(missing));
-     },                                                                    Order::before_handle, silently      },
+     },
+     Order::before_handle, silently},
     {"DevGetNumDataStreams", "piNumDataStreams",
      [](void* device, void* missing, ModuleOutputs&) {
          return DevGetNumDataStreams(device, as<uint32_t>(missing));
-     },                                                                    Order::before_handle, silently      },
-    {"DevGetDataStreamID",   "piSize",
+     },
+     Order::before_handle, silently},
+    {"DevGetDataStreamID", "piSize",
      [](void* device, void* missing, ModuleOutputs& out) {
          return DevGetDataStreamID(device, 0, out.text.data(), as<size_t>(missing));
-     },                                                                    Order::before_handle, silently      },
-    {"DevOpenDataStream",    "sDataStreamID",
+     },
+     Order::before_handle, silently},
+    {"DevOpenDataStream", "sDataStreamID",
      [](void* device, void* missing, ModuleOutputs& out) {
          return DevOpenDataStream(device, as<const char>(missing), &out.handle);
-     },                                                                    Order::before_handle, with_exit_line},
-    {"DevOpenDataStream",    "phDataStream",
+     },
+     Order::before_handle, with_exit_line},
+    {"DevOpenDataStream", "phDataStream",
      [](void* device, void* missing, ModuleOutputs&) {
          return DevOpenDataStream(device, "Stream000", as<DS_HANDLE>(missing));
-     },                                                                    Order::before_handle, with_exit_line},
-    {"DevGetInfo",           "piType",
+     },
+     Order::before_handle, with_exit_line},
+    {"DevGetInfo", "piType",
      [](void* device, void* missing, ModuleOutputs& out) {
          return DevGetInfo(device, DEVICE_INFO_ID, as<INFO_DATATYPE>(missing), out.text.data(), &out.size);
-     },                                                                    Order::before_handle, with_exit_line},
-    {"DevGetInfo",           "piSize",
+     },
+     Order::before_handle, with_exit_line},
+    {"DevGetInfo", "piSize",
      [](void* device, void* missing, ModuleOutputs& out) {
          return DevGetInfo(device, DEVICE_INFO_ID, &out.type, out.text.data(), as<size_t>(missing));
-     },                                                                    Order::before_handle, with_exit_line},
+     },
+     Order::before_handle, with_exit_line},
 };
 
 class RequiredPointer : public EverythingOpen, public testing::WithParamInterface<MissingPointer> {

@@ -1,5 +1,3 @@
-/// \file Call.h
-/// A recorded call of a fake library: its name and printable arguments, comparable with an expected one.
 #pragma once
 
 #include <cstddef>
@@ -42,7 +40,7 @@ public:
 private:
     enum class Kind { number, pointer, text, anything };
     Kind m_kind;
-    uint64_t m_value = 0;
+    uint64_t m_value{0};
     std::string m_text;
 };
 

@@ -1,6 +1,3 @@
-/// \file FailingAllocations.h
-/// Makes operator new fail, or counts its calls, on the calling thread. A test program that uses these links
-/// zvtest_allocations, which replaces operator new. Other threads and the fakes are not touched.
 #pragma once
 
 #include "support/AllocationFaults.h"

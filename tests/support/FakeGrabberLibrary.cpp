@@ -1,8 +1,8 @@
 #include "support/FakeGrabberLibrary.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
+
+#include <gtest/gtest.h>
 
 namespace zvtest {
 

@@ -1,14 +1,4 @@
-/// \file FakeGrabberLibrary.h
-/// A stand-in for the grabber library at link time: grabbers, cameras, streams and buffers that behave
-/// plausibly, record every call, answer from a script and deliver frames when the test says so.
 #pragma once
-
-#include "support/AllocationFaults.h"
-#include "support/Call.h"
-#include "support/FakeWorld.h"
-#include "support/Script.h"
-
-#include "zvgr/ZVGRLib.h"
 
 #include <cstdint>
 #include <functional>
@@ -21,14 +11,21 @@
 #include <utility>
 #include <vector>
 
+#include "zvgr/ZVGRLib.h"
+
+#include "support/AllocationFaults.h"
+#include "support/Call.h"
+#include "support/FakeWorld.h"
+#include "support/Script.h"
+
 namespace zvtest {
 
 /// What one delivered frame carries. Numbers left at 0 are counted up by the fake.
 struct Frame {
-    uint64_t timestamp = 0;
-    uint64_t frame_id = 0;
-    uint64_t image_id = 0;
-    int fill = -1; // a byte value to fill the buffer or ring frame with; -1 leaves the memory alone
+    uint64_t timestamp{0};
+    uint64_t frame_id{0};
+    uint64_t image_id{0};
+    int fill{-1}; // a byte value to fill the buffer or ring frame with; -1 leaves the memory alone
 };
 
 /// One per process. A test takes it with `FakeGrabberLibrary::instance()` or from its fixture as `fake`. A
@@ -152,7 +149,7 @@ private:
     Script m_script;
     std::set<uint64_t> m_allowed;
     std::set<std::pair<std::string, uint64_t>> m_allowed_for;
-    bool m_allow_stale = false;
+    bool m_allow_stale{false};
 };
 
 template <class Result>

@@ -1,12 +1,11 @@
 #include "support/FakeLoggerLibrary.h"
 
-#include "support/AllocationFaults.h"
-#include "support/LogLineTable.h"
-
-#include <gtest/gtest.h>
-
 #include <Poco/Channel.h>
 #include <Poco/Message.h>
+#include <gtest/gtest.h>
+
+#include "support/AllocationFaults.h"
+#include "support/LogLineTable.h"
 
 namespace zvtest {
 

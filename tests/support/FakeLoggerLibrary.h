@@ -1,11 +1,4 @@
-/// \file FakeLoggerLibrary.h
-/// A stand-in for the logger half of the logger and settings library: hands out loggers whose lines are
-/// captured. Works before main(), where the producer's units ask for their loggers.
 #pragma once
-
-#include "support/LogLine.h"
-
-#include "zvlog/ZVLogger.h"
 
 #include <cstdint>
 #include <map>
@@ -14,13 +7,17 @@
 #include <string>
 #include <vector>
 
+#include "zvlog/ZVLogger.h"
+
+#include "support/LogLine.h"
+
 namespace zvtest {
 
 /// A call of InitLogger; null texts are empty optionals.
 struct InitLoggerCall {
     std::optional<std::string> text;
     std::optional<std::string> name;
-    uint32_t priority = 0;
+    uint32_t priority{0};
 };
 
 /// One per process. Every line of a producer's logger must fit the table of lines (LogLineTable); one that
@@ -67,11 +64,11 @@ private:
     Poco::Channel::Ptr m_channel;
     std::map<std::string, ZVPocoLogger*> m_loggers; // never destroyed
     std::vector<InitLoggerCall> m_init_calls;
-    bool m_refuse = false;
+    bool m_refuse{false};
     std::vector<LogLine> m_lines;
-    bool m_keep = true;
-    size_t m_elapsed_calls = 0;
-    int64_t m_elapsed = 12;
+    bool m_keep{true};
+    size_t m_elapsed_calls{0};
+    int64_t m_elapsed{12};
 };
 
 } // namespace zvtest

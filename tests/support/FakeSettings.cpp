@@ -1,11 +1,11 @@
 #include "support/FakeSettings.h"
 
-#include "support/AllocationFaults.h"
+#include <ostream>
+#include <utility>
 
 #include "zvlog/ZVSettings.h"
 
-#include <ostream>
-#include <utility>
+#include "support/AllocationFaults.h"
 
 namespace zvtest {
 

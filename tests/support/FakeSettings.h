@@ -1,5 +1,3 @@
-/// \file FakeSettings.h
-/// A settings store in memory in place of the real one. Records every read.
 #pragma once
 
 #include <cstdint>
@@ -15,13 +13,13 @@ namespace zvtest {
 /// One call of the store with all its arguments. A null description is empty.
 struct SettingsRead {
     enum class Kind { init_integer, get };
-    Kind kind = Kind::init_integer;
-    uint32_t scope = 0; // get only
-    uint32_t feature_type = 3;
+    Kind kind{Kind::init_integer};
+    uint32_t scope{0}; // get only
+    uint32_t feature_type{3};
     std::string key;
-    uint32_t default_value = 0;
-    bool flag = false;         // get only
-    uint32_t value_before = 0; // get only: what the out-parameter held
+    uint32_t default_value{0};
+    bool flag{false};         // get only
+    uint32_t value_before{0}; // get only: what the out-parameter held
     std::optional<std::string> description;
 
     bool operator==(const SettingsRead& other) const;
@@ -64,7 +62,7 @@ private:
     std::map<std::string, uint32_t> m_values;
     std::map<std::string, std::string> m_descriptions;
     std::vector<SettingsRead> m_reads;
-    bool m_get_writes = true;
+    bool m_get_writes{true};
 };
 
 } // namespace zvtest

@@ -1,9 +1,9 @@
 #include "support/FakeWorld.h"
 
-#include "support/FakeGrabberLibrary.h"
-
 #include <atomic>
 #include <cstring>
+
+#include "support/FakeGrabberLibrary.h"
 
 namespace zvtest {
 

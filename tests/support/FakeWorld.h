@@ -1,8 +1,4 @@
-/// \file FakeWorld.h
-/// The hardware behind the fake grabber library: plain records without locks; FakeGrabberLibrary guards them.
 #pragma once
-
-#include "zvgr/ZVGRLib.h"
 
 #include <array>
 #include <cstdint>
@@ -11,6 +7,10 @@
 #include <string>
 #include <tuple>
 #include <vector>
+
+#include "zvgr/ZVGRLib.h"
+
+// The hardware behind the fake grabber library: plain records without locks; FakeGrabberLibrary guards them.
 
 namespace zvtest {
 
@@ -27,7 +27,7 @@ using Registers = std::map<uint64_t, uint8_t>;
 
 /// A camera as the test sets it up.
 struct CameraSetup {
-    ZvCameraInfo info = {};
+    ZvCameraInfo info{};
     Registers registers;
 
     /// Fills a text field of the record; a text of 65 bytes leaves no terminator.
@@ -39,10 +39,10 @@ struct CameraSetup {
 
 /// A grabber as the test sets it up.
 struct GrabberSetup {
-    uint32_t protocol = zv_protocol_cxp;
+    uint32_t protocol{zv_protocol_cxp};
     std::string display_name;
     Registers registers;
-    uint32_t cameras = 1;
+    uint32_t cameras{1};
     std::array<CameraSetup, zv_max_cameras + 8> camera_setups;
 
     /// How many cameras the next scan finds. More than 16 are reported as a count only.
@@ -61,10 +61,10 @@ struct LiveCamera {
     uint32_t grabber;
     uint32_t grabber_position;
     uint32_t position;
-    bool open = false;
-    uint32_t acquiring = ZV_NO_HANDLE; // the stream that runs
-    ZvCameraCallback callback = nullptr;
-    void* context = nullptr;
+    bool open{false};
+    uint32_t acquiring{ZV_NO_HANDLE}; // the stream that runs
+    ZvCameraCallback callback{nullptr};
+    void* context{nullptr};
 };
 
 struct LiveStream {
@@ -72,21 +72,21 @@ struct LiveStream {
     uint32_t ring_frames; // 0 in queued mode
     std::unique_ptr<uint8_t[]> ring;
     std::vector<ZvFrameAux> aux;
-    uint32_t last_frame = 0;
-    uint32_t frames_requested = 0;
-    ZvStreamBufferCallback callback = nullptr;
-    void* context = nullptr;
+    uint32_t last_frame{0};
+    uint32_t frames_requested{0};
+    ZvStreamBufferCallback callback{nullptr};
+    void* context{nullptr};
 };
 
 struct LiveBuffer {
     uint32_t stream;
     void* memory;
     uint64_t size;
-    int queue = -1;
+    int queue{-1};
     std::unique_ptr<uint8_t[]> owned;
-    uint64_t timestamp = 0;
-    uint64_t image_id = 0;
-    uint64_t frame_id = 0;
+    uint64_t timestamp{0};
+    uint64_t image_id{0};
+    uint64_t frame_id{0};
 };
 
 using ValueKey = std::tuple<std::string, uint64_t, std::string>; // function, handle, name
@@ -95,7 +95,7 @@ struct FakeWorld {
     FakeWorld();
 
     std::vector<std::unique_ptr<GrabberSetup>> setups;
-    uint32_t scanned = 1;
+    uint32_t scanned{1};
     std::map<uint32_t, OpenGrabber> grabbers;
     std::map<uint32_t, LiveCamera> cameras;
     std::map<uint32_t, LiveStream> streams;
@@ -105,9 +105,9 @@ struct FakeWorld {
     std::map<ValueKey, int64_t> values;
     std::map<uint32_t, uint64_t> stream_info;
     std::map<uint64_t, std::string> xml_urls;
-    uint32_t last_stream = ZV_NO_HANDLE;
-    uint64_t last_buffer = 0;
-    uint64_t frames = 0;
+    uint32_t last_stream{ZV_NO_HANDLE};
+    uint64_t last_buffer{0};
+    uint64_t frames{0};
 
     GrabberSetup& setup(uint32_t position);
     bool is_alive(uint32_t handle) const;

@@ -1,5 +1,3 @@
-/// \file LogLine.h
-/// A log line of the producer, taken apart.
 #pragma once
 
 #include <cstdint>
@@ -26,12 +24,12 @@ const char* name_of(Priority priority);
 /// One captured line. A line that is not laid out as the producer lays out its lines has number -1 and its
 /// whole text as the message.
 struct LogLine {
-    uint32_t thread = 0;
+    uint32_t thread{0};
     std::string logger;   // as the line names it, without extension
     std::string function; // what stood in braces; empty without braces
-    bool has_function = false;
-    int number = -1; // the call site's, in brackets
-    Priority priority = Priority::information;
+    bool has_function{false};
+    int number{-1}; // the call site's, in brackets
+    Priority priority{Priority::information};
     std::string message; // what follows "[number]: ", or for a timer line "[number] "
     std::string source;  // the message's source: the logger's own name
     std::string text;    // the whole line

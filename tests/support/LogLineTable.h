@@ -1,10 +1,4 @@
-/// \file LogLineTable.h
-/// The checked-in table of every line that the producer writes (log_lines.tsv). Every line that a test
-/// captures is held against it, and the call sites that were seen are noted for the check that none was
-/// missed.
 #pragma once
-
-#include "support/LogLine.h"
 
 #include <map>
 #include <mutex>
@@ -13,6 +7,12 @@
 #include <utility>
 #include <vector>
 
+#include "support/LogLine.h"
+
+// The checked-in table of every line that the producer writes (log_lines.tsv). Every line that a test
+// captures is held against it, and the call sites that were seen are noted for the check that none was
+// missed.
+
 namespace zvtest {
 
 /// One row: a call site.
@@ -20,7 +20,7 @@ struct LogLineRow {
     std::string function; // "*" where a shared helper writes for its caller
     std::vector<Priority> priorities;
     std::string pattern;
-    bool is_unreachable = false;
+    bool is_unreachable{false};
 };
 
 class LogLineTable {

@@ -1,8 +1,8 @@
 #include "support/Script.h"
 
-#include "support/AllocationFaults.h"
-
 #include <utility>
+
+#include "support/AllocationFaults.h"
 
 namespace zvtest {
 

@@ -1,8 +1,4 @@
-/// \file Script.h
-/// What a test has decided about coming calls of a fake library: answers and hooks.
 #pragma once
-
-#include "support/Call.h"
 
 #include <functional>
 #include <map>
@@ -11,6 +7,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "support/Call.h"
 
 namespace zvtest {
 
@@ -43,13 +41,13 @@ private:
     friend class Script;
     void set(Answer::Kind kind, uint64_t value);
 
-    std::mutex* m_lock = nullptr;
+    std::mutex* m_lock{nullptr};
     std::string m_function;
     std::function<bool(const Call&)> m_predicate;
     std::optional<Answer> m_answer;
-    long m_countdown = 0; // for the n-th call: calls still to come, that one included; 0 for the other kinds
-    bool m_lasting = false;
-    bool m_used = false;
+    long m_countdown{0}; // for the n-th call: calls still to come, that one included; 0 for the other kinds
+    bool m_lasting{false};
+    bool m_used{false};
 };
 
 /// All decisions and hooks of one fake. Thread-safe; hooks are handed out to be run without a lock.

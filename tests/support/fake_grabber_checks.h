@@ -1,10 +1,10 @@
-/// \file fake_grabber_checks.h
-/// What the functions of the fake grabber library share. Not for tests.
 #pragma once
+
+#include <cstring>
 
 #include "support/FakeGrabberLibrary.h"
 
-#include <cstring>
+// What the functions of the fake grabber library share. Not for tests.
 
 namespace zvtest {
 

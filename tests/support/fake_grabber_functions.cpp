@@ -1,9 +1,10 @@
-// The functions of ZVGRLib.h over FakeGrabberLibrary: grabbers, cameras and values.
-#include "support/fake_grabber_checks.h"
+#include <cstring>
 
 #include "zvgr/ZVGRLib.h"
 
-#include <cstring>
+#include "support/fake_grabber_checks.h"
+
+// The functions of ZVGRLib.h over FakeGrabberLibrary: grabbers, cameras and values.
 
 using namespace zvtest;
 

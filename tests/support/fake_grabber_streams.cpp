@@ -1,7 +1,8 @@
-// The functions of ZVGRLib.h over FakeGrabberLibrary: streams, buffers and acquisition.
+#include "zvgr/ZVGRLib.h"
+
 #include "support/fake_grabber_checks.h"
 
-#include "zvgr/ZVGRLib.h"
+// The functions of ZVGRLib.h over FakeGrabberLibrary: streams, buffers and acquisition.
 
 using namespace zvtest;
 

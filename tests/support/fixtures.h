@@ -1,6 +1,13 @@
-/// \file fixtures.h
-/// Situations that tests of the exported functions start from, each built on the one before.
 #pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "GenTL/GenTL.h"
 
 #include "support/FakeGrabberLibrary.h"
 #include "support/FakeLoggerLibrary.h"
@@ -9,14 +16,7 @@
 #include "support/log_expectations.h"
 #include "support/pointers.h"
 
-#include "GenTL/GenTL.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstdint>
-#include <string>
-#include <vector>
+// Situations that tests of the exported functions start from, each built on the one before.
 
 namespace zvtest {
 
@@ -26,9 +26,9 @@ using namespace GenTL;
 /// Recorded calls, lines and settings reads are those since the end of the fixture's set-up.
 class Library : public testing::Test {
 protected:
-    FakeGrabberLibrary& fake = FakeGrabberLibrary::instance();
-    FakeLoggerLibrary& log = FakeLoggerLibrary::instance();
-    FakeSettings& settings = FakeSettings::instance();
+    FakeGrabberLibrary& fake{FakeGrabberLibrary::instance()};
+    FakeLoggerLibrary& log{FakeLoggerLibrary::instance()};
+    FakeSettings& settings{FakeSettings::instance()};
 
     void SetUp() override;
     void TearDown() override;
@@ -49,7 +49,7 @@ protected:
 /// TLOpen was called. No scan was made yet.
 class OpenSystem : public OpenLibrary {
 protected:
-    TL_HANDLE tl = nullptr;
+    TL_HANDLE tl{nullptr};
 
     void SetUp() override;
 
@@ -70,7 +70,7 @@ IF_HANDLE listed_interface(uint32_t index);
 /// The interface FG0 of one grabber is open. No device list was asked for yet.
 class OpenInterface : public OpenSystem {
 protected:
-    IF_HANDLE iface = nullptr;
+    IF_HANDLE iface{nullptr};
 
     void SetUp() override;
 
@@ -88,8 +88,8 @@ protected:
 /// The device list is up to date and Device00 is open. `port` is its remote port.
 class OpenDevice : public OpenInterface {
 protected:
-    DEV_HANDLE dev = nullptr;
-    PORT_HANDLE port = nullptr;
+    DEV_HANDLE dev{nullptr};
+    PORT_HANDLE port{nullptr};
 
     void SetUp() override;
 
@@ -106,10 +106,10 @@ protected:
 
 /// An announced buffer with what it is on every side.
 struct Announced {
-    BUFFER_HANDLE handle = nullptr; // the producer's
-    uint64_t library = 0;           // the grabber library's; 0 in cyclic mode
-    std::vector<uint8_t> memory;    // empty when the producer or the library allocated it
-    void* user = nullptr;
+    BUFFER_HANDLE handle{nullptr}; // the producer's
+    uint64_t library{0};           // the grabber library's; 0 in cyclic mode
+    std::vector<uint8_t> memory;   // empty when the producer or the library allocated it
+    void* user{nullptr};
 };
 
 /// The stream Stream000 is open; no buffer is announced. Take QueuedStream or CyclicStream.
@@ -117,8 +117,8 @@ class OpenStream : public OpenDevice {
 protected:
     static constexpr size_t buffer_size = 4096;
 
-    DS_HANDLE ds = nullptr;
-    EVENT_HANDLE event = nullptr;
+    DS_HANDLE ds{nullptr};
+    EVENT_HANDLE event{nullptr};
 
     void SetUp() override;
     virtual bool is_queued() const = 0;
@@ -165,7 +165,7 @@ protected:
 
 private:
     Announced& added(Announced buffer);
-    uint32_t m_next_frame = 0;
+    uint32_t m_next_frame{0};
 };
 
 class QueuedStream : public OpenStream {

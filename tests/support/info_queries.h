@@ -1,15 +1,15 @@
-/// \file info_queries.h
-/// The typed information queries, which all hand over a type, bytes and a size the same way.
 #pragma once
-
-#include "support/pointers.h"
-
-#include "GenTL/GenTL.h"
 
 #include <cstring>
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include "GenTL/GenTL.h"
+
+#include "support/pointers.h"
+
+// The typed information queries, which all hand over a type, bytes and a size the same way.
 
 namespace zvtest {
 
@@ -18,10 +18,10 @@ constexpr size_t default_room = static_cast<size_t>(-1);
 /// What a query answered. Outputs that it did not write hold the untouched() pattern.
 template <class T>
 struct Info {
-    GenTL::GC_ERROR code = 0;
-    GenTL::INFO_DATATYPE type = 0;
-    size_t size = 0;
-    T value = T();
+    GenTL::GC_ERROR code{0};
+    GenTL::INFO_DATATYPE type{0};
+    size_t size{0};
+    T value{T()};
     std::vector<uint8_t> bytes; // the whole room, also when the query failed
 };
 

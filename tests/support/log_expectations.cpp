@@ -1,9 +1,9 @@
 #include "support/log_expectations.h"
 
-#include "support/FakeLoggerLibrary.h"
-
 #include <algorithm>
 #include <sstream>
+
+#include "support/FakeLoggerLibrary.h"
 
 namespace zvtest {
 

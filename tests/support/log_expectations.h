@@ -1,13 +1,13 @@
-/// \file log_expectations.h
-/// What tests say about captured log lines.
 #pragma once
-
-#include "support/LogLine.h"
-
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/LogLine.h"
+
+// What tests say about captured log lines.
 
 namespace zvtest {
 
@@ -15,8 +15,8 @@ namespace zvtest {
 struct ExpectedLine {
     Priority priority;
     std::string message;
-    std::string function = "";
-    std::string logger = "";
+    std::string function{""};
+    std::string logger{""};
 };
 
 /// The messages captured since the fixture's set-up or the last clear, in order.

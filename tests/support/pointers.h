@@ -1,5 +1,3 @@
-/// \file pointers.h
-/// Pointers and patterns that tests pass to the exported functions, and how log lines print them.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +5,8 @@
 #include <cstring>
 #include <string>
 #include <type_traits>
+
+// Pointers and patterns that tests pass to the exported functions, and how log lines print them.
 
 namespace zvtest {
 

@@ -1,5 +1,3 @@
-// What the file of the software grabbers says, as the producer shows it.
-
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -9,6 +7,8 @@
 #include <gmock/gmock.h>
 
 #include "system/fixture.h"
+
+// What the file of the software grabbers says, as the producer shows it.
 
 using namespace GenTL;
 using namespace zvsystem;
@@ -80,12 +80,12 @@ protected:
     }
 
 private:
-    const Surroundings& m_surroundings = surroundings(); // before the producer looks for its settings
-    std::filesystem::path m_file = m_surroundings.folder() / "config/zvgentl/grabbers.yaml";
+    const Surroundings& m_surroundings{surroundings()}; // before the producer looks for its settings
+    std::filesystem::path m_file{m_surroundings.folder() / "config/zvgentl/grabbers.yaml"};
     Producer m_producer{producer_file};
 
 protected:
-    const Functions& gentl = m_producer.functions();
+    const Functions& gentl{m_producer.functions()};
 
 private:
     std::optional<System> m_system;

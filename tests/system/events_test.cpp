@@ -1,10 +1,10 @@
-// Waiting for frames while somebody kills, flushes or closes.
-
 #include <atomic>
 #include <future>
 #include <vector>
 
 #include "system/fixture.h"
+
+// Waiting for frames while somebody kills, flushes or closes.
 
 using namespace GenTL;
 using namespace zvsystem;

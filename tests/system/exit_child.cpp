@@ -1,6 +1,3 @@
-// A consumer that ends its process while it acquires, in the way that its argument names. Ends with 0 unless
-// something goes wrong on the way; the test looks at how it ends. Settings and variables are the test's.
-
 #include <atomic>
 #include <cstdlib>
 #include <exception>
@@ -11,6 +8,9 @@
 #include "system/consumer/Camera.h"
 #include "system/consumer/Library.h"
 #include "system/process_state.h"
+
+// A consumer that ends its process while it acquires, in the way that its argument names. Ends with 0 unless
+// something goes wrong on the way; the test looks at how it ends. Settings and variables are the test's.
 
 using namespace GenTL;
 using namespace zvsystem;

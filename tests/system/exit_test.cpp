@@ -1,5 +1,3 @@
-// A process that ends while it acquires ends cleanly: nobody is called back into what is gone.
-
 #include <string>
 #include <tuple>
 
@@ -8,6 +6,8 @@
 #include <unistd.h>
 
 #include "system/fixture.h"
+
+// A process that ends while it acquires ends cleanly: nobody is called back into what is gone.
 
 using namespace zvsystem;
 

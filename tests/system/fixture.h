@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <zvgr/FrameStamp.h>
+#include "zvgr/FrameStamp.h"
 
 #include "system/consumer/Camera.h"
 #include "system/consumer/Library.h"
@@ -65,7 +65,7 @@ public:
 private:
     const Camera& m_camera;
     std::optional<uint64_t> m_last;
-    uint64_t m_frames = 0;
+    uint64_t m_frames{0};
 };
 
 /// Receives, verifies and queues again.
@@ -74,9 +74,9 @@ void stream(const Camera& camera, FrameCheck& check, uint64_t frames);
 /// A producer that was loaded for this test, with an open system.
 class LoadedProducer : public testing::Test {
 protected:
-    Surroundings& m_surroundings = surroundings(); // before the producer looks for its settings
+    Surroundings& m_surroundings{surroundings()}; // before the producer looks for its settings
     Producer producer{producer_file};
-    const Functions& gentl = producer.functions();
+    const Functions& gentl{producer.functions()};
     std::optional<System> system{std::in_place, gentl};
 };
 
@@ -85,9 +85,9 @@ class InBothModes : public testing::TestWithParam<Mode> {
 protected:
     static Surroundings& in_mode(Mode mode);
 
-    Surroundings& m_surroundings = in_mode(GetParam());
+    Surroundings& m_surroundings{in_mode(GetParam())};
     Producer producer{producer_file};
-    const Functions& gentl = producer.functions();
+    const Functions& gentl{producer.functions()};
     std::optional<System> system{std::in_place, gentl};
 };
 

@@ -1,5 +1,3 @@
-// TL_INFO_PATHNAME is the file that was loaded, whatever name it was loaded by.
-
 #include <array>
 #include <filesystem>
 #include <string>
@@ -8,6 +6,8 @@
 
 #include "system/fixture.h"
 #include "system/process_state.h"
+
+// TL_INFO_PATHNAME is the file that was loaded, whatever name it was loaded by.
 
 using namespace GenTL;
 using namespace zvsystem;

@@ -1,11 +1,11 @@
-// The ports that the producer serves itself, as a consumer loads a register description: the URL, then the
-// memory that it names.
-
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "system/fixture.h"
+
+// The ports that the producer serves itself, as a consumer loads a register description: the URL, then the
+// memory that it names.
 
 using namespace GenTL;
 using namespace zvsystem;

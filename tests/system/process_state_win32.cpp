@@ -1,11 +1,11 @@
 #include "system/process_state.h"
 
+#include <stdexcept>
+
 #include <windows.h> // before the headers that need it
 
 #include <psapi.h>
 #include <tlhelp32.h>
-
-#include <stdexcept>
 
 namespace zvsystem {
 

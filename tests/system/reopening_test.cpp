@@ -1,6 +1,6 @@
-// Closing and opening again, on every level of the tree, with frames before and after.
-
 #include "system/fixture.h"
+
+// Closing and opening again, on every level of the tree, with frames before and after.
 
 using namespace GenTL;
 using namespace zvsystem;

@@ -1,9 +1,9 @@
-// Frames from the software cameras to the consumer, every byte of them.
-
 #include <string>
 #include <tuple>
 
 #include "system/fixture.h"
+
+// Frames from the software cameras to the consumer, every byte of them.
 
 using namespace GenTL;
 using namespace zvsystem;
@@ -38,8 +38,8 @@ protected:
         return mode;
     }
 
-    const Mode m_mode = set(std::get<Mode>(GetParam()));
-    const Memory m_memory = std::get<Memory>(GetParam());
+    const Mode m_mode{set(std::get<Mode>(GetParam()))};
+    const Memory m_memory{std::get<Memory>(GetParam())};
     Producer producer{producer_file};
     System system{producer.functions()};
 };

@@ -1,10 +1,10 @@
-// Everything that may happen to a stream at once, from several threads, while frames arrive.
-
 #include <atomic>
 #include <future>
 #include <vector>
 
 #include "system/fixture.h"
+
+// Everything that may happen to a stream at once, from several threads, while frames arrive.
 
 using namespace GenTL;
 using namespace zvsystem;

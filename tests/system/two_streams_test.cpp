@@ -1,9 +1,9 @@
-// Two cameras at once: of one grabber, and of grabbers with different protocols.
-
 #include <future>
 #include <string>
 
 #include "system/fixture.h"
+
+// Two cameras at once: of one grabber, and of grabbers with different protocols.
 
 using namespace GenTL;
 using namespace zvsystem;

@@ -1,11 +1,11 @@
-// Loading and unloading over and over: the process is afterwards what it was before.
-
 #include <array>
 #include <filesystem>
 #include <string>
 
 #include "system/fixture.h"
 #include "system/process_state.h"
+
+// Loading and unloading over and over: the process is afterwards what it was before.
 
 using namespace GenTL;
 using namespace zvsystem;

@@ -24,11 +24,11 @@ const char* kind_name(FeatureKind kind) noexcept;
 
 /// What may be done with a feature just now.
 struct Access {
-    bool is_implemented = true;
-    bool is_available = true;
-    bool is_readable = true;
-    bool is_writable = true;
-    bool is_locked = false; // it would be writable otherwise
+    bool is_implemented{true};
+    bool is_available{true};
+    bool is_readable{true};
+    bool is_writable{true};
+    bool is_locked{false}; // it would be writable otherwise
 };
 
 /// RO, WO, RW, NA (not available), NI (not implemented); "RO locked" for one that cannot be written just now.
@@ -49,8 +49,8 @@ struct Feature {
     std::string description;
     std::string visibility;
     std::string unit;
-    FeatureKind kind = FeatureKind::other;
-    Notation notation = Notation::decimal;
+    FeatureKind kind{FeatureKind::other};
+    Notation notation{Notation::decimal};
     Access access;
     Value value;                      // nothing when it cannot be read
     Value minimum;                    // nothing when there is no limit
@@ -64,8 +64,8 @@ struct Feature {
 /// A line of the feature tree.
 struct TreeEntry {
     std::string name;
-    int level = 0;            // below the category that the tree starts with
-    bool is_repeated = false; // a category that already stands further up, features and all
+    int level{0};            // below the category that the tree starts with
+    bool is_repeated{false}; // a category that already stands further up, features and all
 };
 
 } // namespace zvgentl::tool

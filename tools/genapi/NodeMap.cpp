@@ -121,9 +121,7 @@ std::vector<TreeEntry> NodeMap::tree(const std::string& category) const
     }
     std::vector<TreeEntry> entries;
     std::set<std::string> shown{category};
-    std::vector<TreeEntry> open{
-        {category, -1, false}
-    }; // what is still to be listed, the next one last
+    std::vector<TreeEntry> open{{category, -1, false}}; // what is still to be listed, the next one last
     while (!open.empty()) {
         const TreeEntry entry = open.back();
         open.pop_back();

@@ -34,7 +34,7 @@ public:
     bool succeeded() const;
 
 private:
-    GError* m_error = nullptr;
+    GError* m_error{nullptr};
 };
 
 /// The parser's nodes, and what the parser leaves to its user: whether a node can be evaluated at all, and
@@ -66,7 +66,7 @@ private:
     NodeGraph m_graph;
     std::map<std::string, std::string> m_unusable;
     std::set<std::string> m_referred; // nodes that the value of another one depends on
-    bool m_has_variable_lengths = false;
+    bool m_has_variable_lengths{false};
     std::unique_ptr<ArvDevice, ReleaseObject> m_device; // the node map refers to it
     std::unique_ptr<ArvGc, ReleaseObject> m_map;
 };

@@ -25,9 +25,9 @@ using Question = std::pair<const GraphNode*, Aspect>;
 
 /// What is known about a question; every question is answered once.
 struct Answer {
-    bool is_open = true; // still being followed: coming here again means a circle
-    std::size_t levels = 1;
-    std::size_t steps = 1;
+    bool is_open{true}; // still being followed: coming here again means a circle
+    std::size_t levels{1};
+    std::size_t steps{1};
     std::string objection;
 };
 
@@ -38,28 +38,17 @@ struct Reference {
 };
 
 constexpr Reference references[] = {
-    {"pValue",         Aspect::value,  Aspect::value },
-    {"pValueDefault",  Aspect::value,  Aspect::value },
-    {"pValueIndexed",  Aspect::value,  Aspect::value },
-    {"pValueCopy",     Aspect::value,  Aspect::value },
-    {"pIndex",         Aspect::value,  Aspect::value },
-    {"pOffset",        Aspect::value,  Aspect::value },
-    {"pVariable",      Aspect::value,  Aspect::value },
-    {"pAddress",       Aspect::value,  Aspect::value },
-    {"pLength",        Aspect::value,  Aspect::value },
-    {"pOnValue",       Aspect::value,  Aspect::value },
-    {"pOffValue",      Aspect::value,  Aspect::value },
-    {"pCommandValue",  Aspect::value,  Aspect::value },
-    {"pPort",          Aspect::value,  Aspect::value },
-    {"pMin",           Aspect::limits, Aspect::value },
-    {"pMax",           Aspect::limits, Aspect::value },
-    {"pInc",           Aspect::limits, Aspect::value },
-    {"pVariable",      Aspect::limits, Aspect::value },
-    {"pValue",         Aspect::limits, Aspect::limits},
-    {"pIsImplemented", Aspect::access, Aspect::value },
-    {"pIsAvailable",   Aspect::access, Aspect::value },
-    {"pIsLocked",      Aspect::access, Aspect::value },
-    {"pValue",         Aspect::access, Aspect::access},
+    {"pValue", Aspect::value, Aspect::value},          {"pValueDefault", Aspect::value, Aspect::value},
+    {"pValueIndexed", Aspect::value, Aspect::value},   {"pValueCopy", Aspect::value, Aspect::value},
+    {"pIndex", Aspect::value, Aspect::value},          {"pOffset", Aspect::value, Aspect::value},
+    {"pVariable", Aspect::value, Aspect::value},       {"pAddress", Aspect::value, Aspect::value},
+    {"pLength", Aspect::value, Aspect::value},         {"pOnValue", Aspect::value, Aspect::value},
+    {"pOffValue", Aspect::value, Aspect::value},       {"pCommandValue", Aspect::value, Aspect::value},
+    {"pPort", Aspect::value, Aspect::value},           {"pMin", Aspect::limits, Aspect::value},
+    {"pMax", Aspect::limits, Aspect::value},           {"pInc", Aspect::limits, Aspect::value},
+    {"pVariable", Aspect::limits, Aspect::value},      {"pValue", Aspect::limits, Aspect::limits},
+    {"pIsImplemented", Aspect::access, Aspect::value}, {"pIsAvailable", Aspect::access, Aspect::value},
+    {"pIsLocked", Aspect::access, Aspect::value},      {"pValue", Aspect::access, Aspect::access},
 };
 
 class Checker {
@@ -76,7 +65,7 @@ private:
     struct Step {
         Question question;
         std::vector<Question> next;
-        std::size_t done = 0;
+        std::size_t done{0};
     };
 
     /// With a stack of its own, because descriptions decide how deep it goes.

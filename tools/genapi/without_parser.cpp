@@ -1,7 +1,8 @@
-// The node map of a build without a GenApi parser: everything is refused with the reason.
 #include <stdexcept>
 
 #include "genapi/NodeMap.h"
+
+// The node map of a build without a GenApi parser: everything is refused with the reason.
 
 namespace zvgentl::tool {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 namespace zvgentl::tool {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "gentl/Producer.h"
 #include "gentl/Registers.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "gentl/Functions.h"
 #include "platform/Platform.h"

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "gentl/System.h"
 
@@ -15,15 +15,15 @@ namespace zvgentl::tool {
 /// What a filled buffer holds. The memory belongs to the buffer: it is valid until the buffer is queued
 /// again.
 struct Frame {
-    const std::uint8_t* data = nullptr;
-    std::size_t size = 0; // bytes at data
-    std::size_t width = 0;
-    std::size_t height = 0;
-    std::size_t row_padding = 0; // bytes behind each row
-    std::uint64_t pixel_format = 0;
-    std::uint64_t pixel_format_namespace = 0;
-    std::uint64_t id = 0;
-    std::uint64_t timestamp = 0; // in ticks of the device
+    const std::uint8_t* data{nullptr};
+    std::size_t size{0}; // bytes at data
+    std::size_t width{0};
+    std::size_t height{0};
+    std::size_t row_padding{0}; // bytes behind each row
+    std::uint64_t pixel_format{0};
+    std::uint64_t pixel_format_namespace{0};
+    std::uint64_t id{0};
+    std::uint64_t timestamp{0}; // in ticks of the device
 };
 
 /// A data stream, open while the object lives; closing stops it and takes its buffers back.
@@ -57,8 +57,8 @@ private:
     void release_buffers() const noexcept;
 
     const Producer& m_producer;
-    GenTL::DS_HANDLE m_handle = nullptr;
-    bool m_running = false;
+    GenTL::DS_HANDLE m_handle{nullptr};
+    bool m_running{false};
 };
 
 /// The stream's notice of filled buffers, registered while the object lives.
@@ -78,7 +78,7 @@ public:
 
 private:
     const Stream& m_stream;
-    GenTL::EVENT_HANDLE m_handle = nullptr;
+    GenTL::EVENT_HANDLE m_handle{nullptr};
 };
 
 } // namespace zvgentl::tool

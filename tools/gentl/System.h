@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "gentl/Producer.h"
 
@@ -28,7 +28,7 @@ public:
 
 private:
     const Producer& m_producer;
-    GenTL::TL_HANDLE m_handle = nullptr;
+    GenTL::TL_HANDLE m_handle{nullptr};
 };
 
 /// An interface (a frame grabber), open while the object lives.
@@ -49,7 +49,7 @@ public:
 
 private:
     const Producer& m_producer;
-    GenTL::IF_HANDLE m_handle = nullptr;
+    GenTL::IF_HANDLE m_handle{nullptr};
 };
 
 /// A device (a camera), open while the object lives.
@@ -69,7 +69,7 @@ public:
 
 private:
     const Producer& m_producer;
-    GenTL::DEV_HANDLE m_handle = nullptr;
+    GenTL::DEV_HANDLE m_handle{nullptr};
 };
 
 } // namespace zvgentl::tool

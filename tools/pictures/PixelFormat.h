@@ -7,9 +7,9 @@ namespace zvgentl::tool {
 
 /// How the samples of a pixel format lie in memory, as far as picture files can hold them unchanged.
 struct PixelLayout {
-    unsigned channels = 0;         // samples of a pixel: 1 grey (Bayer mosaics too), 3 RGB, 4 RGB and alpha
-    unsigned bytes_per_sample = 0; // 1, or 2 with the value in the low bits
-    bool blue_first = false;
+    unsigned channels{0};         // samples of a pixel: 1 grey (Bayer mosaics too), 3 RGB, 4 RGB and alpha
+    unsigned bytes_per_sample{0}; // 1, or 2 with the value in the low bits
+    bool blue_first{false};
 
     bool is_known() const noexcept { return channels != 0; }
 };

@@ -46,8 +46,8 @@ private:
     static void on_warning(png_structp /*png*/, png_const_charp /*text*/) {}
 
     std::string m_message;
-    png_structp m_png = nullptr;
-    png_infop m_info = nullptr;
+    png_structp m_png{nullptr};
+    png_infop m_info{nullptr};
 };
 
 int color_type(unsigned channels) noexcept

@@ -1,11 +1,11 @@
-/// \file Platform.h
-/// What the tools need from the operating system; the bodies lie in one folder per system. Texts are UTF-8
-/// everywhere: std::filesystem::u8path makes a path of one, u8string() a text of a path.
 #pragma once
 
 #include <cstdio>
 #include <filesystem>
 #include <string>
+
+// What the tools need from the operating system; the bodies lie in one folder per system. Texts are UTF-8
+// everywhere: std::filesystem::u8path makes a path of one, u8string() a text of a path.
 
 namespace zvgentl::tool {
 
@@ -22,7 +22,7 @@ public:
     void* find(const char* symbol) const noexcept;
 
 private:
-    void* m_library = nullptr;
+    void* m_library{nullptr};
 };
 
 /// Separates the folders in a variable such as GENICAM_GENTL64_PATH.

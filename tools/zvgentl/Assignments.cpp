@@ -15,9 +15,7 @@ std::optional<Assignment> parse_assignment(const std::string& text)
 std::optional<Assignments> parse_assignments(const std::vector<std::string>& words)
 {
     if (words.size() == 2 && words[0].find('=') == std::string::npos && !words[0].empty())
-        return Assignments{
-            {words[0], words[1]}
-        };
+        return Assignments{{words[0], words[1]}};
     Assignments assignments;
     for (const auto& word : words) {
         const auto assignment = parse_assignment(word);

@@ -74,16 +74,14 @@ std::string name_text(const TreeEntry& entry)
 Json line_json(const FeatureLine& line)
 {
     const Feature& feature = line.feature;
-    Json json{
-        {"name",         feature.name               },
-        {"level",        line.entry.level           },
-        {"type",         kind_name(feature.kind)    },
-        {"display_name", feature.display_name       },
-        {"description",  feature.description        },
-        {"visibility",   feature.visibility         },
-        {"access",       access_name(feature.access)},
-        {"value",        to_json(feature.value)     }
-    };
+    Json json{{"name", feature.name},
+              {"level", line.entry.level},
+              {"type", kind_name(feature.kind)},
+              {"display_name", feature.display_name},
+              {"description", feature.description},
+              {"visibility", feature.visibility},
+              {"access", access_name(feature.access)},
+              {"value", to_json(feature.value)}};
     if (feature.kind == FeatureKind::integer || feature.kind == FeatureKind::floating_point) {
         json["text"] = to_text(feature.value, feature.notation);
         json["minimum"] = to_json(feature.minimum);

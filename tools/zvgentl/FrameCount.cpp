@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include <zvgr/FrameStamp.h>
+#include "zvgr/FrameStamp.h"
 
 namespace zvgentl::tool {
 

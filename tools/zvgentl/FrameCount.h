@@ -24,11 +24,11 @@ public:
 private:
     void add_late(std::uint64_t number);
 
-    bool m_started = false;
-    std::uint64_t m_next = 0;
-    std::uint64_t m_missing = 0;
-    std::uint64_t m_late = 0;
-    std::uint64_t m_repeated = 0;
+    bool m_started{false};
+    std::uint64_t m_next{0};
+    std::uint64_t m_missing{0};
+    std::uint64_t m_late{0};
+    std::uint64_t m_repeated{0};
     std::map<std::uint64_t, std::uint64_t> m_gaps; // start and end (behind the last) of what is missing
 };
 
@@ -63,10 +63,10 @@ private:
 
     StreamMode m_mode;
     Stamps m_stamps;
-    std::uint64_t m_delivered = 0;
-    std::uint64_t m_highest_id = 0;
-    std::uint64_t m_stamped = 0;
-    std::uint64_t m_wrong_checksums = 0;
+    std::uint64_t m_delivered{0};
+    std::uint64_t m_highest_id{0};
+    std::uint64_t m_stamped{0};
+    std::uint64_t m_wrong_checksums{0};
     Sequence m_ids;
     Sequence m_counters;
 };

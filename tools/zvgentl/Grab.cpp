@@ -47,11 +47,11 @@ public:
     }
 
 private:
-    bool m_started = false;
+    bool m_started{false};
     Clock::time_point m_first;
     Clock::time_point m_last;
-    std::uint64_t m_first_timestamp = 0;
-    std::uint64_t m_last_timestamp = 0;
+    std::uint64_t m_first_timestamp{0};
+    std::uint64_t m_last_timestamp{0};
 };
 
 std::string first_stream(const Device& device)

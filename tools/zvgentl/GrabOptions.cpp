@@ -50,14 +50,9 @@ const char* mode_name(StreamMode mode) noexcept { return mode == StreamMode::que
 
 void add_grab_options(CLI::App& app, GrabOptions& options)
 {
-    const std::map<std::string, StreamMode> modes{
-        {"queued", StreamMode::queued},
-        {"cyclic", StreamMode::cyclic}
-    };
-    const std::map<std::string, FileFormat> formats{
-        {"png",  FileFormat::png },
-        {"tiff", FileFormat::tiff}
-    };
+    const std::map<std::string, StreamMode> modes{{"queued", StreamMode::queued},
+                                                  {"cyclic", StreamMode::cyclic}};
+    const std::map<std::string, FileFormat> formats{{"png", FileFormat::png}, {"tiff", FileFormat::tiff}};
 
     add_selection_options(app, options.cti, options.interface_id, options.device);
     add_set_option(app, options.settings);

@@ -17,9 +17,9 @@ enum class Outcome { complete, interrupted, timed_out };
 
 /// What the pictures of a grab look like.
 struct PictureKind {
-    std::size_t width = 0;
-    std::size_t height = 0;
-    std::uint64_t pixel_format = 0;
+    std::size_t width{0};
+    std::size_t height{0};
+    std::uint64_t pixel_format{0};
 };
 
 /// What a grab reports.
@@ -27,19 +27,19 @@ struct GrabResult {
     explicit GrabResult(const GrabOptions& grab_options);
 
     GrabOptions options;
-    Outcome outcome = Outcome::complete;
+    Outcome outcome{Outcome::complete};
     std::string producer;
     std::string interface_id;
     std::string device_id;
     std::string vendor;
     std::string model;
     std::string serial_number;
-    std::size_t buffer_size = 0;
+    std::size_t buffer_size{0};
     FrameCount count;
     std::optional<PictureKind> picture; // of the first frame
-    double seconds = 0;                 // from the first frame to the last, by the clock of this computer
-    double device_seconds = 0;          // the same by the frames' time stamps; 0 when they do not tell
-    std::uint64_t saved = 0;
+    double seconds{0};                  // from the first frame to the last, by the clock of this computer
+    double device_seconds{0};           // the same by the frames' time stamps; 0 when they do not tell
+    std::uint64_t saved{0};
 
     /// Frames per second over a span that began with the first frame; nothing when that cannot be told.
     std::optional<double> rate(double span) const;

@@ -55,10 +55,10 @@ private:
     std::condition_variable m_work_to_do;
     std::condition_variable m_work_done;
     std::deque<Job> m_jobs;
-    std::size_t m_waiting = 0; // bytes of pictures that are not yet written
-    std::uint64_t m_saved = 0;
+    std::size_t m_waiting{0}; // bytes of pictures that are not yet written
+    std::uint64_t m_saved{0};
     std::exception_ptr m_failure;
-    bool m_stopping = false;
+    bool m_stopping{false};
 
     std::vector<std::thread> m_threads;
 };

@@ -19,14 +19,9 @@ void add_selection_options(CLI::App& app, std::string& cti, std::string& interfa
 
 void add_port_options(CLI::App& app, PortOptions& options)
 {
-    const std::map<std::string, PortKind> kinds{
-        {"system",    PortKind::system},
-        {"interface", PortKind::iface },
-        {"device",    PortKind::device},
-        {"stream",    PortKind::stream},
-        {"buffer",    PortKind::buffer},
-        {"remote",    PortKind::remote}
-    };
+    const std::map<std::string, PortKind> kinds{{"system", PortKind::system}, {"interface", PortKind::iface},
+                                                {"device", PortKind::device}, {"stream", PortKind::stream},
+                                                {"buffer", PortKind::buffer}, {"remote", PortKind::remote}};
     add_selection_options(app, options.cti, options.interface_id, options.device);
     app.add_option("-p,--port", options.port,
                    "Whose features: remote (the camera itself), or the producer's module system, interface, "

@@ -16,7 +16,7 @@ struct PortOptions {
     std::string cti;
     std::string interface_id; // empty: any
     std::string device;       // ID or serial number; empty: the first one found
-    PortKind port = PortKind::remote;
+    PortKind port{PortKind::remote};
 };
 
 /// Binds `--cti`, `--interface` and `--device`, which all commands that open a device share.

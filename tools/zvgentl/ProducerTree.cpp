@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "gentl/System.h"
 

@@ -14,18 +14,16 @@ using Row = std::vector<std::string>;
 
 Json device_json(const DeviceEntry& device)
 {
-    Json json{
-        {"id",                  device.id               },
-        {"vendor",              device.vendor           },
-        {"model",               device.model            },
-        {"display_name",        device.display_name     },
-        {"user_defined_name",   device.user_defined_name},
-        {"serial_number",       device.serial_number    },
-        {"version",             device.version          },
-        {"transport",           device.transport        },
-        {"access",              device.access           },
-        {"timestamp_frequency", nullptr                 }
-    };
+    Json json{{"id", device.id},
+              {"vendor", device.vendor},
+              {"model", device.model},
+              {"display_name", device.display_name},
+              {"user_defined_name", device.user_defined_name},
+              {"serial_number", device.serial_number},
+              {"version", device.version},
+              {"transport", device.transport},
+              {"access", device.access},
+              {"timestamp_frequency", nullptr}};
     if (device.timestamp_frequency)
         json["timestamp_frequency"] = *device.timestamp_frequency;
     if (!device.streams.empty())
@@ -37,12 +35,10 @@ Json device_json(const DeviceEntry& device)
 
 Json interface_json(const InterfaceEntry& iface)
 {
-    Json json{
-        {"id",           iface.id          },
-        {"display_name", iface.display_name},
-        {"transport",    iface.transport   },
-        {"devices",      Json::array()     }
-    };
+    Json json{{"id", iface.id},
+              {"display_name", iface.display_name},
+              {"transport", iface.transport},
+              {"devices", Json::array()}};
     for (const auto& device : iface.devices)
         json["devices"].push_back(device_json(device));
     if (!iface.problem.empty())
@@ -114,16 +110,10 @@ std::string interface_text(const InterfaceEntry& iface, const std::vector<std::s
 
 Json to_json(const ProducerEntry& producer)
 {
-    Json json{
-        {"file",          producer.file         },
-        {"display_name",  producer.display_name },
-        {"vendor",        producer.vendor       },
-        {"model",         producer.model        },
-        {"version",       producer.version      },
-        {"gentl_version", producer.gentl_version},
-        {"transport",     producer.transport    },
-        {"interfaces",    Json::array()         }
-    };
+    Json json{{"file", producer.file},           {"display_name", producer.display_name},
+              {"vendor", producer.vendor},       {"model", producer.model},
+              {"version", producer.version},     {"gentl_version", producer.gentl_version},
+              {"transport", producer.transport}, {"interfaces", Json::array()}};
     for (const auto& iface : producer.interfaces)
         json["interfaces"].push_back(interface_json(iface));
     if (!producer.problem.empty())

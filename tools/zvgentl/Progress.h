@@ -25,9 +25,9 @@ private:
     std::FILE* m_stream;
     std::uint64_t m_total;
     bool m_visible;
-    bool m_shown = false;
-    Clock::time_point m_start = Clock::now();
-    Clock::time_point m_next_show = m_start;
+    bool m_shown{false};
+    Clock::time_point m_start{Clock::now()};
+    Clock::time_point m_next_show{m_start};
 };
 
 } // namespace zvgentl::tool

@@ -25,7 +25,7 @@ struct SelectedDevice {
     std::string vendor;
     std::string model;
     std::string serial_number;
-    std::uint64_t timestamp_frequency = 0; // ticks per second; 0 when not known
+    std::uint64_t timestamp_frequency{0}; // ticks per second; 0 when not known
 };
 
 /// Finds the device with this ID or serial number, on this interface; an empty text stands for any. Throws

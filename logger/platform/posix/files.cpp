@@ -1,7 +1,5 @@
 #include "logger/platform/files.h"
 
-#include "logger/platform/paths.h"
-
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -13,6 +11,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "logger/platform/paths.h"
 
 namespace zvlog::platform {
 

@@ -1,11 +1,10 @@
 #include "logger/platform/system_channel.h"
 
-#include <Poco/Exception.h>
-#include <Poco/Message.h>
-
 #include <algorithm>
 #include <array>
 
+#include <Poco/Exception.h>
+#include <Poco/Message.h>
 #include <syslog.h>
 
 namespace zvlog::platform {
@@ -17,17 +16,15 @@ struct Facility {
     int number;
 };
 
-constexpr std::array<Facility, 20> facilities{
-    {
-     {"LOG_AUTH", LOG_AUTH}, {"LOG_AUTHPRIV", LOG_AUTHPRIV}, {"LOG_CRON", LOG_CRON},
-     {"LOG_DAEMON", LOG_DAEMON}, {"LOG_FTP", LOG_FTP}, {"LOG_KERN", LOG_KERN},
-     {"LOG_LOCAL0", LOG_LOCAL0}, {"LOG_LOCAL1", LOG_LOCAL1}, {"LOG_LOCAL2", LOG_LOCAL2},
-     {"LOG_LOCAL3", LOG_LOCAL3}, {"LOG_LOCAL4", LOG_LOCAL4}, {"LOG_LOCAL5", LOG_LOCAL5},
-     {"LOG_LOCAL6", LOG_LOCAL6}, {"LOG_LOCAL7", LOG_LOCAL7}, {"LOG_LPR", LOG_LPR},
-     {"LOG_MAIL", LOG_MAIL}, {"LOG_NEWS", LOG_NEWS}, {"LOG_SYSLOG", LOG_SYSLOG},
-     {"LOG_USER", LOG_USER}, {"LOG_UUCP", LOG_UUCP},
-     }
-};
+constexpr std::array<Facility, 20> facilities{{
+    {"LOG_AUTH", LOG_AUTH},     {"LOG_AUTHPRIV", LOG_AUTHPRIV}, {"LOG_CRON", LOG_CRON},
+    {"LOG_DAEMON", LOG_DAEMON}, {"LOG_FTP", LOG_FTP},           {"LOG_KERN", LOG_KERN},
+    {"LOG_LOCAL0", LOG_LOCAL0}, {"LOG_LOCAL1", LOG_LOCAL1},     {"LOG_LOCAL2", LOG_LOCAL2},
+    {"LOG_LOCAL3", LOG_LOCAL3}, {"LOG_LOCAL4", LOG_LOCAL4},     {"LOG_LOCAL5", LOG_LOCAL5},
+    {"LOG_LOCAL6", LOG_LOCAL6}, {"LOG_LOCAL7", LOG_LOCAL7},     {"LOG_LPR", LOG_LPR},
+    {"LOG_MAIL", LOG_MAIL},     {"LOG_NEWS", LOG_NEWS},         {"LOG_SYSLOG", LOG_SYSLOG},
+    {"LOG_USER", LOG_USER},     {"LOG_UUCP", LOG_UUCP},
+}};
 
 int facility_number(const std::string& name)
 {
@@ -70,7 +67,7 @@ public:
 
 private:
     std::string m_name;
-    int m_facility = LOG_USER;
+    int m_facility{LOG_USER};
 };
 
 } // namespace

@@ -1,9 +1,9 @@
 #include "logger/platform/win32/OpenFile.h"
 
-#include "logger/platform/win32/wide.h"
-
 #include <tuple>
 #include <utility>
+
+#include "logger/platform/win32/wide.h"
 
 namespace zvlog::platform {
 

@@ -1,11 +1,11 @@
-/// \file OpenFile.h
-/// An open file of the system, closed with the object.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 #include <windows.h>
+
+// An open file of the system, closed with the object.
 
 namespace zvlog::platform {
 
@@ -30,11 +30,11 @@ private:
 
 /// Which file it is, whatever its name is now.
 struct FileIdentity {
-    std::uint64_t device = 0;
-    std::uint64_t node = 0;
-    std::uint64_t size = 0;
-    DWORD attributes = 0;
-    bool is_known = false;
+    std::uint64_t device{0};
+    std::uint64_t node{0};
+    std::uint64_t size{0};
+    DWORD attributes{0};
+    bool is_known{false};
 };
 FileIdentity identity_of(HANDLE file);
 

@@ -1,10 +1,10 @@
 #include "logger/platform/append_file.h"
 
-#include "logger/platform/win32/OpenFile.h"
-#include "logger/platform/win32/wide.h"
-
 #include <tuple>
 #include <utility>
+
+#include "logger/platform/win32/OpenFile.h"
+#include "logger/platform/win32/wide.h"
 
 namespace zvlog::platform {
 
@@ -31,7 +31,7 @@ public:
 
 private:
     HANDLE m_file;
-    OVERLAPPED m_place = byte_to_lock();
+    OVERLAPPED m_place{byte_to_lock()};
     bool m_is_taken;
 };
 

@@ -1,9 +1,9 @@
 #include "logger/platform/file_lock.h"
 
+#include <tuple>
+
 #include "logger/platform/win32/OpenFile.h"
 #include "logger/platform/win32/wide.h"
-
-#include <tuple>
 
 namespace zvlog::platform {
 

@@ -1,12 +1,12 @@
 #include "logger/platform/files.h"
 
-#include "logger/platform/win32/OpenFile.h"
-#include "logger/platform/win32/wide.h"
-
 #include <array>
 #include <atomic>
 #include <tuple>
 #include <vector>
+
+#include "logger/platform/win32/OpenFile.h"
+#include "logger/platform/win32/wide.h"
 
 namespace zvlog::platform {
 

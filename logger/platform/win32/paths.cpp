@@ -1,10 +1,10 @@
 #include "logger/platform/paths.h"
 
-#include "logger/platform/win32/wide.h"
-
 #include <cctype>
 
 #include <windows.h>
+
+#include "logger/platform/win32/wide.h"
 
 namespace zvlog::platform {
 

@@ -1,9 +1,9 @@
-/// \file wide.h
-/// Texts of this library are UTF-8, those of the system are UTF-16.
 #pragma once
 
 #include <cstdint>
 #include <string>
+
+// Texts of this library are UTF-8, those of the system are UTF-16.
 
 namespace zvlog::platform {
 

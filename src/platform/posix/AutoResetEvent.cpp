@@ -11,7 +11,7 @@ namespace zvgentl::platform {
 struct AutoResetEvent::Body {
     std::mutex mutex;
     std::condition_variable changed;
-    bool signalled = false;
+    bool signalled{false};
 };
 
 AutoResetEvent::AutoResetEvent() : m_body(new (std::nothrow) Body) {}

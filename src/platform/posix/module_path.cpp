@@ -33,8 +33,8 @@ public:
     const char* text() const noexcept { return m_text; }
 
 private:
-    bool m_is_known = false;
-    char m_text[PATH_MAX] = {};
+    bool m_is_known{false};
+    char m_text[PATH_MAX]{};
 };
 
 const PathAtLoad path_at_load;

@@ -31,7 +31,7 @@ public:
     HMODULE get() const noexcept { return m_module; }
 
 private:
-    HMODULE m_module = nullptr;
+    HMODULE m_module{nullptr};
 };
 
 } // namespace

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "system/consumer/Functions.h"
 
@@ -29,13 +29,14 @@ public:
 
 private:
     const Functions& m_gentl;
-    GenTL::TL_HANDLE m_handle = nullptr;
+    GenTL::TL_HANDLE m_handle{nullptr};
 };
 
 /// What the new-buffer event delivers.
 struct Filled {
     GenTL::BUFFER_HANDLE buffer;
-    void* user; ///< The private pointer given when the buffer was announced.
+    /// The private pointer given when the buffer was announced.
+    void* user;
 };
 
 /// Who provides the memory of the buffers.
@@ -92,9 +93,9 @@ public:
 
 private:
     const Functions& m_gentl;
-    GenTL::DEV_HANDLE m_device = nullptr;
-    GenTL::DS_HANDLE m_stream = nullptr;
-    GenTL::EVENT_HANDLE m_event = nullptr;
+    GenTL::DEV_HANDLE m_device{nullptr};
+    GenTL::DS_HANDLE m_stream{nullptr};
+    GenTL::EVENT_HANDLE m_event{nullptr};
     std::vector<GenTL::BUFFER_HANDLE> m_buffers;
     std::vector<std::unique_ptr<unsigned char[]>> m_memory; // of the consumer's own buffers
 };

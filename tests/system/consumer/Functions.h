@@ -1,6 +1,6 @@
 #pragma once
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 namespace zvsystem {
 
@@ -34,51 +34,51 @@ private:
     Find m_find;
 
 public:
-    GenTL::PGCInitLib GCInitLib = m_find("GCInitLib");
-    GenTL::PGCCloseLib GCCloseLib = m_find("GCCloseLib");
-    GenTL::PGCGetInfo GCGetInfo = m_find("GCGetInfo");
-    GenTL::PGCGetLastError GCGetLastError = m_find("GCGetLastError");
-    GenTL::PGCReadPort GCReadPort = m_find("GCReadPort");
-    GenTL::PGCWritePort GCWritePort = m_find("GCWritePort");
-    GenTL::PGCGetPortURL GCGetPortURL = m_find("GCGetPortURL");
-    GenTL::PGCGetPortURLInfo GCGetPortURLInfo = m_find("GCGetPortURLInfo");
-    GenTL::PGCRegisterEvent GCRegisterEvent = m_find("GCRegisterEvent");
-    GenTL::PGCUnregisterEvent GCUnregisterEvent = m_find("GCUnregisterEvent");
-    GenTL::PEventGetData EventGetData = m_find("EventGetData");
-    GenTL::PEventGetInfo EventGetInfo = m_find("EventGetInfo");
-    GenTL::PEventFlush EventFlush = m_find("EventFlush");
-    GenTL::PEventKill EventKill = m_find("EventKill");
-    GenTL::PTLOpen TLOpen = m_find("TLOpen");
-    GenTL::PTLClose TLClose = m_find("TLClose");
-    GenTL::PTLGetInfo TLGetInfo = m_find("TLGetInfo");
-    GenTL::PTLGetNumInterfaces TLGetNumInterfaces = m_find("TLGetNumInterfaces");
-    GenTL::PTLGetInterfaceID TLGetInterfaceID = m_find("TLGetInterfaceID");
-    GenTL::PTLGetInterfaceInfo TLGetInterfaceInfo = m_find("TLGetInterfaceInfo");
-    GenTL::PTLOpenInterface TLOpenInterface = m_find("TLOpenInterface");
-    GenTL::PTLUpdateInterfaceList TLUpdateInterfaceList = m_find("TLUpdateInterfaceList");
-    GenTL::PIFClose IFClose = m_find("IFClose");
-    GenTL::PIFGetNumDevices IFGetNumDevices = m_find("IFGetNumDevices");
-    GenTL::PIFGetDeviceID IFGetDeviceID = m_find("IFGetDeviceID");
-    GenTL::PIFUpdateDeviceList IFUpdateDeviceList = m_find("IFUpdateDeviceList");
-    GenTL::PIFGetDeviceInfo IFGetDeviceInfo = m_find("IFGetDeviceInfo");
-    GenTL::PIFOpenDevice IFOpenDevice = m_find("IFOpenDevice");
-    GenTL::PIFGetParentTL IFGetParentTL = m_find("IFGetParentTL");
-    GenTL::PDevGetDataStreamID DevGetDataStreamID = m_find("DevGetDataStreamID");
-    GenTL::PDevOpenDataStream DevOpenDataStream = m_find("DevOpenDataStream");
-    GenTL::PDevGetPort DevGetPort = m_find("DevGetPort");
-    GenTL::PDevClose DevClose = m_find("DevClose");
-    GenTL::PDSAnnounceBuffer DSAnnounceBuffer = m_find("DSAnnounceBuffer");
-    GenTL::PDSAllocAndAnnounceBuffer DSAllocAndAnnounceBuffer = m_find("DSAllocAndAnnounceBuffer");
-    GenTL::PDSFlushQueue DSFlushQueue = m_find("DSFlushQueue");
-    GenTL::PDSStartAcquisition DSStartAcquisition = m_find("DSStartAcquisition");
-    GenTL::PDSStopAcquisition DSStopAcquisition = m_find("DSStopAcquisition");
-    GenTL::PDSGetInfo DSGetInfo = m_find("DSGetInfo");
-    GenTL::PDSGetBufferID DSGetBufferID = m_find("DSGetBufferID");
-    GenTL::PDSClose DSClose = m_find("DSClose");
-    GenTL::PDSRevokeBuffer DSRevokeBuffer = m_find("DSRevokeBuffer");
-    GenTL::PDSQueueBuffer DSQueueBuffer = m_find("DSQueueBuffer");
-    GenTL::PDSGetBufferInfo DSGetBufferInfo = m_find("DSGetBufferInfo");
-    GenTL::PDSGetBufferPartInfo DSGetBufferPartInfo = m_find("DSGetBufferPartInfo");
+    GenTL::PGCInitLib GCInitLib{m_find("GCInitLib")};
+    GenTL::PGCCloseLib GCCloseLib{m_find("GCCloseLib")};
+    GenTL::PGCGetInfo GCGetInfo{m_find("GCGetInfo")};
+    GenTL::PGCGetLastError GCGetLastError{m_find("GCGetLastError")};
+    GenTL::PGCReadPort GCReadPort{m_find("GCReadPort")};
+    GenTL::PGCWritePort GCWritePort{m_find("GCWritePort")};
+    GenTL::PGCGetPortURL GCGetPortURL{m_find("GCGetPortURL")};
+    GenTL::PGCGetPortURLInfo GCGetPortURLInfo{m_find("GCGetPortURLInfo")};
+    GenTL::PGCRegisterEvent GCRegisterEvent{m_find("GCRegisterEvent")};
+    GenTL::PGCUnregisterEvent GCUnregisterEvent{m_find("GCUnregisterEvent")};
+    GenTL::PEventGetData EventGetData{m_find("EventGetData")};
+    GenTL::PEventGetInfo EventGetInfo{m_find("EventGetInfo")};
+    GenTL::PEventFlush EventFlush{m_find("EventFlush")};
+    GenTL::PEventKill EventKill{m_find("EventKill")};
+    GenTL::PTLOpen TLOpen{m_find("TLOpen")};
+    GenTL::PTLClose TLClose{m_find("TLClose")};
+    GenTL::PTLGetInfo TLGetInfo{m_find("TLGetInfo")};
+    GenTL::PTLGetNumInterfaces TLGetNumInterfaces{m_find("TLGetNumInterfaces")};
+    GenTL::PTLGetInterfaceID TLGetInterfaceID{m_find("TLGetInterfaceID")};
+    GenTL::PTLGetInterfaceInfo TLGetInterfaceInfo{m_find("TLGetInterfaceInfo")};
+    GenTL::PTLOpenInterface TLOpenInterface{m_find("TLOpenInterface")};
+    GenTL::PTLUpdateInterfaceList TLUpdateInterfaceList{m_find("TLUpdateInterfaceList")};
+    GenTL::PIFClose IFClose{m_find("IFClose")};
+    GenTL::PIFGetNumDevices IFGetNumDevices{m_find("IFGetNumDevices")};
+    GenTL::PIFGetDeviceID IFGetDeviceID{m_find("IFGetDeviceID")};
+    GenTL::PIFUpdateDeviceList IFUpdateDeviceList{m_find("IFUpdateDeviceList")};
+    GenTL::PIFGetDeviceInfo IFGetDeviceInfo{m_find("IFGetDeviceInfo")};
+    GenTL::PIFOpenDevice IFOpenDevice{m_find("IFOpenDevice")};
+    GenTL::PIFGetParentTL IFGetParentTL{m_find("IFGetParentTL")};
+    GenTL::PDevGetDataStreamID DevGetDataStreamID{m_find("DevGetDataStreamID")};
+    GenTL::PDevOpenDataStream DevOpenDataStream{m_find("DevOpenDataStream")};
+    GenTL::PDevGetPort DevGetPort{m_find("DevGetPort")};
+    GenTL::PDevClose DevClose{m_find("DevClose")};
+    GenTL::PDSAnnounceBuffer DSAnnounceBuffer{m_find("DSAnnounceBuffer")};
+    GenTL::PDSAllocAndAnnounceBuffer DSAllocAndAnnounceBuffer{m_find("DSAllocAndAnnounceBuffer")};
+    GenTL::PDSFlushQueue DSFlushQueue{m_find("DSFlushQueue")};
+    GenTL::PDSStartAcquisition DSStartAcquisition{m_find("DSStartAcquisition")};
+    GenTL::PDSStopAcquisition DSStopAcquisition{m_find("DSStopAcquisition")};
+    GenTL::PDSGetInfo DSGetInfo{m_find("DSGetInfo")};
+    GenTL::PDSGetBufferID DSGetBufferID{m_find("DSGetBufferID")};
+    GenTL::PDSClose DSClose{m_find("DSClose")};
+    GenTL::PDSRevokeBuffer DSRevokeBuffer{m_find("DSRevokeBuffer")};
+    GenTL::PDSQueueBuffer DSQueueBuffer{m_find("DSQueueBuffer")};
+    GenTL::PDSGetBufferInfo DSGetBufferInfo{m_find("DSGetBufferInfo")};
+    GenTL::PDSGetBufferPartInfo DSGetBufferPartInfo{m_find("DSGetBufferPartInfo")};
 };
 
 } // namespace zvsystem

@@ -6,7 +6,7 @@
 #include <iostream>
 #include <stdexcept>
 
-#include <zvgr/FrameStamp.h>
+#include "zvgr/FrameStamp.h"
 
 #include "gentl/Description.h"
 #include "gentl/PortUrl.h"

@@ -1,6 +1,3 @@
-/// \file client.h
-/// What the replayed consumers have in common: a producer loaded by hand, and answers that must be right. How
-/// they call it is each one's own.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +5,13 @@
 #include <string>
 #include <vector>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "gentl/Functions.h"
 #include "gentl/Registers.h"
+
+// What the replayed consumers have in common: a producer loaded by hand, and answers that must be right. How
+// they call it is each one's own.
 
 namespace zvclient {
 
@@ -42,8 +42,8 @@ private:
 /// Where a URL "Local:NAME;ADDRESS;LENGTH" says that a description lies.
 struct DescriptionPlace {
     std::string name;
-    std::uint64_t address = 0;
-    std::size_t length = 0;
+    std::uint64_t address{0};
+    std::size_t length{0};
 };
 DescriptionPlace place_of(const std::string& url);
 
@@ -60,8 +60,8 @@ public:
     int frames() const { return m_frames; }
 
 private:
-    int m_frames = 0;
-    std::uint64_t m_last = 0;
+    int m_frames{0};
+    std::uint64_t m_last{0};
 };
 
 /// Loads the producer that the arguments name ("FILE queued|cyclic"), with settings and logs in a private

@@ -1,7 +1,3 @@
-// A consumer that asks for every size first, with a null buffer and whatever stood in its size variable; that
-// looks at everything once, closes it all and opens it again; and that starts the acquisition before anyone
-// listens: another thread registers the event and queues the buffers meanwhile.
-
 #include <chrono>
 #include <future>
 #include <memory>
@@ -10,6 +6,10 @@
 
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
+
+// A consumer that asks for every size first, with a null buffer and whatever stood in its size variable; that
+// looks at everything once, closes it all and opens it again; and that starts the acquisition before anyone
+// listens: another thread registers the event and queues the buffers meanwhile.
 
 namespace {
 
@@ -246,15 +246,15 @@ private:
     }
 
     const Functions& gentl;
-    std::uint32_t m_devices = 0;
-    TL_HANDLE m_system = nullptr;
-    IF_HANDLE m_interface = nullptr;
-    DEV_HANDLE m_device = nullptr;
-    PORT_HANDLE m_remote = nullptr;
-    DS_HANDLE m_stream = nullptr;
+    std::uint32_t m_devices{0};
+    TL_HANDLE m_system{nullptr};
+    IF_HANDLE m_interface{nullptr};
+    DEV_HANDLE m_device{nullptr};
+    PORT_HANDLE m_remote{nullptr};
+    DS_HANDLE m_stream{nullptr};
     std::unique_ptr<ExactPort> m_port;
     std::unique_ptr<Features> m_features;
-    std::size_t m_payload = 0;
+    std::size_t m_payload{0};
     std::vector<std::vector<unsigned char>> m_memory;
     std::vector<BUFFER_HANDLE> m_buffers;
 };

@@ -1,7 +1,3 @@
-// A consumer that opens every interface and keeps it; that wants a port's name to be that of the
-// description's port, and each write to move every byte; that lets the producer allocate, waits three seconds
-// for a frame and asks for everything that a buffer tells; and that closes the device before its stream.
-
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +5,10 @@
 
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
+
+// A consumer that opens every interface and keeps it; that wants a port's name to be that of the
+// description's port, and each write to move every byte; that lets the producer allocate, waits three seconds
+// for a frame and asks for everything that a buffer tells; and that closes the device before its stream.
 
 namespace {
 
@@ -21,7 +21,7 @@ constexpr int wanted_frames = 25;
 constexpr std::size_t room = 512;
 
 struct OpenInterface {
-    IF_HANDLE handle = nullptr;
+    IF_HANDLE handle{nullptr};
     std::vector<std::string> devices;
 };
 
@@ -235,15 +235,15 @@ private:
     }
 
     const Functions& gentl;
-    TL_HANDLE m_system = nullptr;
+    TL_HANDLE m_system{nullptr};
     std::vector<OpenInterface> m_interfaces;
-    DEV_HANDLE m_device = nullptr;
-    PORT_HANDLE m_remote = nullptr;
-    DS_HANDLE m_stream = nullptr;
+    DEV_HANDLE m_device{nullptr};
+    PORT_HANDLE m_remote{nullptr};
+    DS_HANDLE m_stream{nullptr};
     std::unique_ptr<ExactPort> m_port;
     std::unique_ptr<Features> m_features;
-    std::size_t m_payload = 0;
-    std::uint64_t m_last_time = 0;
+    std::size_t m_payload{0};
+    std::uint64_t m_last_time{0};
     FrameCheck m_check;
 };
 

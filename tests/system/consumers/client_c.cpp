@@ -1,11 +1,11 @@
-// A consumer without a GenApi library: it knows the camera's registers by their addresses. It queues with a
-// flush, leaves with flushes, and closes its stream with the event registered and the buffers announced.
-
 #include <array>
 #include <string>
 #include <vector>
 
 #include "system/consumers/client.h"
+
+// A consumer without a GenApi library: it knows the camera's registers by their addresses. It queues with a
+// flush, leaves with flushes, and closes its stream with the event registered and the buffers announced.
 
 namespace {
 
@@ -132,12 +132,12 @@ private:
     }
 
     const Functions& gentl;
-    TL_HANDLE m_system = nullptr;
-    IF_HANDLE m_interface = nullptr;
-    DEV_HANDLE m_device = nullptr;
-    PORT_HANDLE m_remote = nullptr;
-    DS_HANDLE m_stream = nullptr;
-    std::size_t m_payload = 0;
+    TL_HANDLE m_system{nullptr};
+    IF_HANDLE m_interface{nullptr};
+    DEV_HANDLE m_device{nullptr};
+    PORT_HANDLE m_remote{nullptr};
+    DS_HANDLE m_stream{nullptr};
+    std::size_t m_payload{0};
     std::vector<std::vector<unsigned char>> m_memory;
 };
 

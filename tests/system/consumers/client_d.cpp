@@ -1,6 +1,3 @@
-// A consumer of the first GenTL versions: it asks for a port's URL with a buffer of 256 bytes, registers its
-// event before there is any buffer, and never blocks: it polls with time-outs of one millisecond and of none.
-
 #include <map>
 #include <memory>
 #include <string>
@@ -9,6 +6,9 @@
 
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
+
+// A consumer of the first GenTL versions: it asks for a port's URL with a buffer of 256 bytes, registers its
+// event before there is any buffer, and never blocks: it polls with time-outs of one millisecond and of none.
 
 namespace {
 
@@ -125,15 +125,15 @@ private:
     }
 
     const Functions& gentl;
-    TL_HANDLE m_system = nullptr;
-    IF_HANDLE m_interface = nullptr;
-    DEV_HANDLE m_device = nullptr;
-    PORT_HANDLE m_remote = nullptr;
-    DS_HANDLE m_stream = nullptr;
-    EVENT_HANDLE m_event = nullptr;
+    TL_HANDLE m_system{nullptr};
+    IF_HANDLE m_interface{nullptr};
+    DEV_HANDLE m_device{nullptr};
+    PORT_HANDLE m_remote{nullptr};
+    DS_HANDLE m_stream{nullptr};
+    EVENT_HANDLE m_event{nullptr};
     std::unique_ptr<ExactPort> m_port;
     std::unique_ptr<Features> m_features;
-    std::size_t m_payload = 0;
+    std::size_t m_payload{0};
     std::vector<std::vector<unsigned char>> m_memory;
     std::map<BUFFER_HANDLE, const unsigned char*> m_buffers;
 };

@@ -1,6 +1,3 @@
-// A consumer that takes the descriptions of all six kinds of module, reads every feature and writes every
-// writable one, and then streams with what it has set.
-
 #include <iostream>
 #include <memory>
 #include <string>
@@ -8,6 +5,9 @@
 
 #include "system/consumers/client.h"
 #include "system/consumers/features.h"
+
+// A consumer that takes the descriptions of all six kinds of module, reads every feature and writes every
+// writable one, and then streams with what it has set.
 
 namespace {
 
@@ -151,8 +151,8 @@ private:
     }
 
     const Functions& gentl;
-    TL_HANDLE m_system = nullptr;
-    int m_cameras = 0;
+    TL_HANDLE m_system{nullptr};
+    int m_cameras{0};
 };
 
 } // namespace

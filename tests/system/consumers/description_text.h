@@ -1,8 +1,8 @@
-/// \file description_text.h
-/// The little that a consumer without a parser makes sure of in a register description.
 #pragma once
 
 #include <string>
+
+// The little that a consumer without a parser makes sure of in a register description.
 
 namespace zvclient {
 

@@ -1,7 +1,3 @@
-/// \file features.h
-/// The features of a port as clients use them. Where a parser of register descriptions is there, they are
-/// those of the description, every one of them; elsewhere those of the software grabbers and cameras, by
-/// addresses that are known beforehand.
 #pragma once
 
 #include <chrono>
@@ -10,6 +6,10 @@
 #include <string>
 
 #include "system/consumers/client.h"
+
+// The features of a port as clients use them. Where a parser of register descriptions is there, they are
+// those of the description, every one of them; elsewhere those of the software grabbers and cameras, by
+// addresses that are known beforehand.
 
 namespace zvclient {
 

@@ -119,7 +119,7 @@ public:
     }
 
     KnownRegisters known;
-    bool is_empty = false;
+    bool is_empty{false};
 
 private:
     std::uint64_t number_of_text(const KnownRegister& one, const std::string& text) const

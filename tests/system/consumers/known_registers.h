@@ -1,11 +1,11 @@
-/// \file known_registers.h
-/// The registers of the software grabbers and cameras, as a consumer knows them that has no parser of
-/// register descriptions.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+
+// The registers of the software grabbers and cameras, as a consumer knows them that has no parser of
+// register descriptions.
 
 namespace zvclient {
 
@@ -16,7 +16,8 @@ struct KnownRegister {
     std::uint64_t address;
     std::size_t length;
     RegisterType type;
-    const char* sample; ///< A value that it takes while those before it have theirs; null: it is read only.
+    /// A value that it takes while those before it have theirs; null: it is read only.
+    const char* sample;
 };
 
 /// The registers of one kind of module, in the order in which they are written.
@@ -35,8 +36,8 @@ public:
     const KnownRegister& at(const std::string& feature) const;
 
 private:
-    const KnownRegister* m_begin = nullptr;
-    const KnownRegister* m_end = nullptr;
+    const KnownRegister* m_begin{nullptr};
+    const KnownRegister* m_end{nullptr};
 };
 
 /// Those of the module whose features begin with this category. Ends the client when it is an unknown one.

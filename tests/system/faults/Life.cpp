@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <zvgr/FrameStamp.h>
+#include "zvgr/FrameStamp.h"
 
 #include "system/fixture.h"
 
@@ -119,10 +119,8 @@ void Life::list_interfaces()
     uint32_t count = 0;
     const GC_ERROR code = m_gentl.TLGetNumInterfaces(m_system, &count);
     note("TLGetNumInterfaces", code, std::to_string(count));
-    for (const auto& [name, command] : {
-             std::pair{"name",      INTERFACE_INFO_DISPLAYNAME},
-             std::pair{"transport", INTERFACE_INFO_TLTYPE     }
-    })
+    for (const auto& [name, command] :
+         {std::pair{"name", INTERFACE_INFO_DISPLAYNAME}, std::pair{"transport", INTERFACE_INFO_TLTYPE}})
         note_text(std::string{"TLGetInterfaceInfo "} + name,
                   [&, its_command = command](INFO_DATATYPE* type, void* text, size_t* size) {
                       return m_gentl.TLGetInterfaceInfo(m_system, "FG0", its_command, type, text, size);
@@ -143,12 +141,9 @@ void Life::list_devices()
     uint32_t count = 0;
     const GC_ERROR code = m_gentl.IFGetNumDevices(m_interface, &count);
     note("IFGetNumDevices", code, std::to_string(count));
-    for (const auto& [name, command] : {
-             std::pair{"vendor",  DEVICE_INFO_VENDOR       },
-             std::pair{"model",   DEVICE_INFO_MODEL        },
-             std::pair{"serial",  DEVICE_INFO_SERIAL_NUMBER},
-             std::pair{"version", DEVICE_INFO_VERSION      }
-    })
+    for (const auto& [name, command] :
+         {std::pair{"vendor", DEVICE_INFO_VENDOR}, std::pair{"model", DEVICE_INFO_MODEL},
+          std::pair{"serial", DEVICE_INFO_SERIAL_NUMBER}, std::pair{"version", DEVICE_INFO_VERSION}})
         note_text(std::string{"IFGetDeviceInfo "} + name,
                   [&, its_command = command](INFO_DATATYPE* type, void* text, size_t* size) {
                       return m_gentl.IFGetDeviceInfo(m_interface, "Device00", its_command, type, text, size);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <GenTL/GenTL.h>
+#include "GenTL/GenTL.h"
 
 #include "system/consumer/Functions.h"
 #include "system/consumer/Surroundings.h"
@@ -57,15 +57,16 @@ private:
     const Functions& m_gentl;
     const Mode m_mode;
     const Frames m_frames;
-    GenTL::TL_HANDLE m_system = nullptr;
-    GenTL::IF_HANDLE m_interface = nullptr;
-    GenTL::DEV_HANDLE m_device = nullptr;
-    GenTL::PORT_HANDLE m_port = nullptr;
-    GenTL::DS_HANDLE m_stream = nullptr;
-    GenTL::EVENT_HANDLE m_event = nullptr;
+    GenTL::TL_HANDLE m_system{nullptr};
+    GenTL::IF_HANDLE m_interface{nullptr};
+    GenTL::DEV_HANDLE m_device{nullptr};
+    GenTL::PORT_HANDLE m_port{nullptr};
+    GenTL::DS_HANDLE m_stream{nullptr};
+    GenTL::EVENT_HANDLE m_event{nullptr};
     std::vector<GenTL::BUFFER_HANDLE> m_buffers;
-    std::vector<unsigned char> m_memory; ///< One buffer of the consumer's own, and what lies behind it.
-    uint64_t m_last_timestamp = 0;
+    /// One buffer of the consumer's own, and what lies behind it.
+    std::vector<unsigned char> m_memory;
+    uint64_t m_last_timestamp{0};
     std::string m_last_error;
     std::vector<std::string> m_lines;
 };

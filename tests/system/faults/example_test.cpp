@@ -1,5 +1,3 @@
-// The example of a configuration with faults, as its page promises it.
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +5,8 @@
 #include <string>
 
 #include "system/fixture.h"
+
+// The example of a configuration with faults, as its page promises it.
 
 using namespace GenTL;
 using namespace zvsystem;
@@ -21,8 +21,8 @@ std::string text_of(const std::filesystem::path& file)
 }
 
 struct Outcome {
-    uint64_t lost = 0;
-    uint64_t damaged = 0;
+    uint64_t lost{0};
+    uint64_t damaged{0};
 };
 
 class FaultExample : public testing::Test {
@@ -56,7 +56,7 @@ protected:
         return outcome;
     }
 
-    Surroundings& m_surroundings = surroundings(); // before the producer looks for its settings
+    Surroundings& m_surroundings{surroundings()}; // before the producer looks for its settings
 };
 
 TEST_F(FaultExample, LosesAndDamagesWhatItsPageSays)

@@ -16,8 +16,8 @@ namespace zvsystem {
 struct FaultRow {
     const char* fault;
     std::vector<std::string> answers;
-    Mode mode = Mode::queued;
-    Life::Frames frames = Life::Frames::come;
+    Mode mode{Mode::queued};
+    Life::Frames frames{Life::Frames::come};
 };
 
 inline std::ostream& operator<<(std::ostream& out, const FaultRow& row) { return out << row.fault; }

@@ -1,5 +1,3 @@
-// What the built producer answers to every kind of fault of its grabbers.
-
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -8,10 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "system/fixture.h"
-
 #include "system/faults/Life.h"
 #include "system/faults/matrix.h"
+#include "system/fixture.h"
+
+// What the built producer answers to every kind of fault of its grabbers.
 
 using namespace GenTL;
 using namespace zvsystem;
@@ -62,7 +61,7 @@ protected:
     }
 
 private:
-    Surroundings& m_surroundings = surroundings(); // before the producer looks for its settings
+    Surroundings& m_surroundings{surroundings()}; // before the producer looks for its settings
     Producer m_producer{producer_file};
 };
 

@@ -1,12 +1,12 @@
-// Cables that are pulled and plugged in again, as a consumer of the built producer sees it. Every scan of the
-// grabbers is a call of TLUpdateInterfaceList.
-
 #include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <string>
 
 #include "system/fixture.h"
+
+// Cables that are pulled and plugged in again, as a consumer of the built producer sees it. Every scan of the
+// grabbers is a call of TLUpdateInterfaceList.
 
 using namespace GenTL;
 using namespace zvsystem;
@@ -65,9 +65,9 @@ protected:
         return count;
     }
 
-    Surroundings& m_surroundings = surroundings(); // before the producer looks for its settings
+    Surroundings& m_surroundings{surroundings()}; // before the producer looks for its settings
     Producer producer{producer_file};
-    const Functions& gentl = producer.functions();
+    const Functions& gentl{producer.functions()};
     std::optional<System> m_system;
 };
 

@@ -13,7 +13,7 @@ namespace zvgentl::test {
 
 /// What a program left behind.
 struct Ended {
-    int code = -1; // the exit code, or minus the number of the signal that ended it
+    int code{-1}; // the exit code, or minus the number of the signal that ended it
     std::string output;
     std::string errors;
 

@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "Program.h"
 
@@ -87,13 +87,13 @@ TEST(FeaturesOfACamera, AreSetBeforeOthersAreRead)
 TEST(FeaturesOfACamera, AreRefusedWithWhatIsAllowed)
 {
     const std::pair<const char*, const char*> cases[] = {
-        {"Width=0",           "Width cannot be \"0\"; allowed: 1 to 640"                    },
-        {"Width=wide",        "Width cannot be \"wide\"; allowed: a whole number"           },
-        {"PixelFormat=Green", "PixelFormat cannot be \"Green\"; allowed: Mono8"             },
-        {"ExposureTime=-1",   "ExposureTime cannot be \"-1\"; allowed: "                    },
-        {"DeviceVendorName=", "DeviceVendorName cannot be written: it is read only"         },
+        {"Width=0", "Width cannot be \"0\"; allowed: 1 to 640"},
+        {"Width=wide", "Width cannot be \"wide\"; allowed: a whole number"},
+        {"PixelFormat=Green", "PixelFormat cannot be \"Green\"; allowed: Mono8"},
+        {"ExposureTime=-1", "ExposureTime cannot be \"-1\"; allowed: "},
+        {"DeviceVendorName=", "DeviceVendorName cannot be written: it is read only"},
         {"TriggerSoftware=1", "TriggerSoftware is a command and has no value; `zvgentl exec"},
-        {"Heigth=10",         "there is no feature Heigth; did you mean Height"             },
+        {"Heigth=10", "there is no feature Heigth; did you mean Height"},
     };
     for (const auto& [assignment, reason] : cases) {
         const Ended ended = run({"set", assignment});

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
+
+#include <gtest/gtest.h>
 
 #include "Program.h"
 
@@ -78,10 +78,9 @@ TEST(FeaturesOfTheSystem, AreReadOneByOne)
 TEST(FeaturesOfTheSystem, CannotBeSet)
 {
     for (const auto& words : std::vector<std::vector<std::string>>{
-             {"set",     "--port",       "system",      "TLModelName=x"},
-             {     "set",      "--port",  "system",           "TLModelName",                "x"},
-             { "get", "--port", "system", "--set",                "TLModelName=x", "TLModelName"}
-    }) {
+             {"set", "--port", "system", "TLModelName=x"},
+             {"set", "--port", "system", "TLModelName", "x"},
+             {"get", "--port", "system", "--set", "TLModelName=x", "TLModelName"}}) {
         const Ended ended = Program(words).run();
         EXPECT_EQ(1, ended.code);
         EXPECT_EQ("", ended.output);

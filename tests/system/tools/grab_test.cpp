@@ -1,12 +1,12 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
 
-#include <zvgr/FrameStamp.h>
+#include <gtest/gtest.h>
+
+#include "zvgr/FrameStamp.h"
 
 #include "Program.h"
 #include "pictures.h"

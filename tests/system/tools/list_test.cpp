@@ -45,11 +45,7 @@ TEST(List, TellsProgramsTheSame)
     const Ended ended = Program({"list", "--json"}).run();
     ASSERT_EQ(0, ended.code) << ended.errors;
     const auto list = ended.json();
-    EXPECT_EQ((Tree{
-                  {"FG0", {"Device00", "Device01"}},
-                  {"FG1", {"Device10"}            }
-    }),
-              devices_in(list));
+    EXPECT_EQ((Tree{{"FG0", {"Device00", "Device01"}}, {"FG1", {"Device10"}}}), devices_in(list));
     const auto& producer = list["producers"][0];
     EXPECT_EQ("1.5", producer["gentl_version"]);
     EXPECT_EQ("Mixed", producer["transport"]);

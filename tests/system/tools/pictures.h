@@ -8,9 +8,9 @@ namespace zvgentl::test {
 
 /// A grey picture as the libraries' own readers give it.
 struct GreyPicture {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    unsigned bits = 0;
+    std::uint32_t width{0};
+    std::uint32_t height{0};
+    unsigned bits{0};
     std::vector<unsigned char> samples; // of 16 bits in the machine's byte order
 
     bool operator==(const GreyPicture& other) const

@@ -1,9 +1,9 @@
-// The lines here have the numbers of real ones: every line that is captured must be in the table of lines.
-#include "api/ApiCall.h"
+#include <stdexcept>
 
+#include "api/ApiCall.h"
 #include "support/fixtures.h"
 
-#include <stdexcept>
+// The lines here have the numbers of real ones: every line that is captured must be in the table of lines.
 
 namespace zvtest {
 

@@ -1,11 +1,8 @@
-// How values are handed over, whatever the query.
-#include "api/InfoOutput.h"
-
-#include "support/fixtures.h"
-
-#include "api/InfoTable.h"
-
 #include <cstring>
+
+#include "api/InfoOutput.h"
+#include "api/InfoTable.h"
+#include "support/fixtures.h"
 
 namespace zvtest {
 
@@ -25,9 +22,9 @@ std::string code_text(GC_ERROR code) { return low_hex(static_cast<uint32_t>(code
 class InfoOutputTest : public OpenLibrary {
 protected:
     const ApiCall call{"TLGetInfo"};
-    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
+    INFO_DATATYPE type{untouched<INFO_DATATYPE>()};
     std::array<uint8_t, 16> room{};
-    size_t size = 16;
+    size_t size{16};
 
     void SetUp() override
     {
@@ -54,7 +51,7 @@ protected:
 
 class StringRule : public InfoOutputTest {
 protected:
-    const InfoValue mixed = InfoValue::string("Mixed");
+    const InfoValue mixed{InfoValue::string("Mixed")};
 };
 
 TEST_F(StringRule, CopiesATextThatFits)
@@ -140,13 +137,13 @@ struct Number {
 const void* const some_address = reinterpret_cast<const void*>(uintptr_t{0x0123456789ABCDEF});
 
 const std::vector<Number> numbers = {
-    {InfoValue::int32(-2),                  INFO_DATATYPE_INT32,  4, 0xFFFFFFFE        },
-    {InfoValue::uint32(0xFEDCBA98),         INFO_DATATYPE_UINT32, 4, 0xFEDCBA98        },
+    {InfoValue::int32(-2), INFO_DATATYPE_INT32, 4, 0xFFFFFFFE},
+    {InfoValue::uint32(0xFEDCBA98), INFO_DATATYPE_UINT32, 4, 0xFEDCBA98},
     {InfoValue::uint64(0xFEDCBA9876543210), INFO_DATATYPE_UINT64, 8, 0xFEDCBA9876543210},
-    {InfoValue::sizet(0x0123456789ABCDEF),  INFO_DATATYPE_SIZET,  8, 0x0123456789ABCDEF},
-    {InfoValue::bool8(true),                INFO_DATATYPE_BOOL8,  1, 1                 },
-    {InfoValue::bool8(false),               INFO_DATATYPE_BOOL8,  1, 0                 },
-    {InfoValue::ptr(some_address),          INFO_DATATYPE_PTR,    8, 0x0123456789ABCDEF},
+    {InfoValue::sizet(0x0123456789ABCDEF), INFO_DATATYPE_SIZET, 8, 0x0123456789ABCDEF},
+    {InfoValue::bool8(true), INFO_DATATYPE_BOOL8, 1, 1},
+    {InfoValue::bool8(false), INFO_DATATYPE_BOOL8, 1, 0},
+    {InfoValue::ptr(some_address), INFO_DATATYPE_PTR, 8, 0x0123456789ABCDEF},
 };
 
 class NumberRule : public InfoOutputTest {};
@@ -211,12 +208,11 @@ TEST_F(NumberRule, LogsWhatItWroteWhereTheQueryAsksForIt)
         InfoValue value;
         const char* line;
     };
-    for (const Row& row : {
-             Row{InfoValue::int32(-2),          "Type INFO_DATATYPE_INT32: value=-2"                   },
-             Row{InfoValue::bool8(true),        "Type INFO_DATATYPE_BOOL8: value=1"                    },
-             Row{InfoValue::uint64(UINT64_MAX), "Type INFO_DATATYPE_UINT64: value=18446744073709551615"},
-             Row{InfoValue::sizet(5000000000),  "Type INFO_DATATYPE_SIZET: value=5000000000"           }
-    }) {
+    for (const Row& row :
+         {Row{InfoValue::int32(-2), "Type INFO_DATATYPE_INT32: value=-2"},
+          Row{InfoValue::bool8(true), "Type INFO_DATATYPE_BOOL8: value=1"},
+          Row{InfoValue::uint64(UINT64_MAX), "Type INFO_DATATYPE_UINT64: value=18446744073709551615"},
+          Row{InfoValue::sizet(5000000000), "Type INFO_DATATYPE_SIZET: value=5000000000"}}) {
         for (const NumberLog loud : {NumberLog::written, NumberLog::both}) {
             EXPECT_EQ(GC_ERR_SUCCESS, write(row.value, 16, loud));
             EXPECT_LOG_LINES({Priority::information, row.line, "TLGetInfo"});
@@ -277,7 +273,7 @@ TEST_F(InfoOutputArguments, LeaveTheTypeAloneForAnUnknownCommand)
 TEST(InfoTable, FindsTheRowOfACommand)
 {
     constexpr InfoRow<int> table[] = {
-        {3,  [](const int& source) { return InfoValue::int32(source); }    },
+        {3, [](const int& source) { return InfoValue::int32(source); }},
         {-1, [](const int& source) { return InfoValue::int32(source + 1); }},
     };
     ASSERT_NE(nullptr, find_row(table, -1));

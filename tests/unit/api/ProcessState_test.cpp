@@ -1,13 +1,12 @@
-#include "api/ProcessState.h"
-
-#include "modules/SystemModule.h"
-#include "support/on_threads.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+
+#include <gtest/gtest.h>
+
+#include "api/ProcessState.h"
+#include "modules/SystemModule.h"
+#include "support/on_threads.h"
 
 namespace zvgentl {
 

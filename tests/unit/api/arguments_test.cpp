@@ -1,14 +1,12 @@
-#include "api/arguments.h"
-
-#include "support/pointers.h"
-
-#include "api/error_names.h"
-#include "api/id_output.h"
-#include "modules/module_kind.h"
+#include <array>
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include "api/arguments.h"
+#include "api/error_names.h"
+#include "api/id_output.h"
+#include "modules/module_kind.h"
+#include "support/pointers.h"
 
 namespace zvgentl {
 
@@ -39,12 +37,8 @@ TEST(Arguments, LogTheLowBitsOfASize)
 {
     EXPECT_EQ(0, logged_size(nullptr));
     EXPECT_EQ(0, logged_size(all_ones<const size_t*>()));
-    for (const auto& [size, logged] : {
-             std::pair{size_t{0},           0 },
-             {size_t{17},          17},
-             {size_t{0x100000002}, 2 },
-             {SIZE_MAX,            -1}
-    })
+    for (const auto& [size, logged] :
+         {std::pair{size_t{0}, 0}, {size_t{17}, 17}, {size_t{0x100000002}, 2}, {SIZE_MAX, -1}})
         EXPECT_EQ(logged, logged_size(&size));
 }
 
@@ -55,24 +49,15 @@ struct NamedCode {
 
 TEST(ErrorNames, AreThoseOfTheStandard)
 {
-    for (const NamedCode& row : {
-             NamedCode{0,     "GC_ERR_SUCCESS"          },
-             NamedCode{-1001, "GC_ERR_ERROR"            },
-             NamedCode{-1002, "GC_ERR_NOT_INITIALIZED"  },
-             NamedCode{-1003, "GC_ERR_NOT_IMPLEMENTED"  },
-             NamedCode{-1004, "GC_ERR_RESOURCE_IN_USE"  },
-             NamedCode{-1005, "GC_ERR_ACCESS_DENIED"    },
-             NamedCode{-1006, "GC_ERR_INVALID_HANDLE"   },
-             NamedCode{-1007, "GC_ERR_INVALID_ID"       },
-             NamedCode{-1009, "GC_ERR_INVALID_PARAMETER"},
-             NamedCode{-1011, "GC_ERR_TIMEOUT"          },
-             NamedCode{-1012, "GC_ERR_ABORT"            },
-             NamedCode{-1013, "GC_ERR_INVALID_BUFFER"   },
-             NamedCode{-1014, "GC_ERR_NOT_AVAILABLE"    },
-             NamedCode{-1015, "GC_ERR_INVALID_ADDRESS"  },
-             NamedCode{-1016, "GC_ERR_BUFFER_TOO_SMALL" },
-             NamedCode{-1017, "GC_ERR_INVALID_INDEX"    }
-    })
+    for (const NamedCode& row :
+         {NamedCode{0, "GC_ERR_SUCCESS"}, NamedCode{-1001, "GC_ERR_ERROR"},
+          NamedCode{-1002, "GC_ERR_NOT_INITIALIZED"}, NamedCode{-1003, "GC_ERR_NOT_IMPLEMENTED"},
+          NamedCode{-1004, "GC_ERR_RESOURCE_IN_USE"}, NamedCode{-1005, "GC_ERR_ACCESS_DENIED"},
+          NamedCode{-1006, "GC_ERR_INVALID_HANDLE"}, NamedCode{-1007, "GC_ERR_INVALID_ID"},
+          NamedCode{-1009, "GC_ERR_INVALID_PARAMETER"}, NamedCode{-1011, "GC_ERR_TIMEOUT"},
+          NamedCode{-1012, "GC_ERR_ABORT"}, NamedCode{-1013, "GC_ERR_INVALID_BUFFER"},
+          NamedCode{-1014, "GC_ERR_NOT_AVAILABLE"}, NamedCode{-1015, "GC_ERR_INVALID_ADDRESS"},
+          NamedCode{-1016, "GC_ERR_BUFFER_TOO_SMALL"}, NamedCode{-1017, "GC_ERR_INVALID_INDEX"}})
         EXPECT_STREQ(row.name, error_name(row.code));
     EXPECT_EQ(16U, std::size(error_names));
 }
@@ -112,7 +97,7 @@ TEST(ModuleKinds, AreInvalidOutsideOfTheTable)
 class IdOutput : public testing::Test {
 protected:
     std::array<char, 8> room{'#', '#', '#', '#', '#', '#', '#', '#'};
-    size_t size = 8;
+    size_t size{8};
 };
 
 TEST_F(IdOutput, CopiesAnIDWithItsTerminator)

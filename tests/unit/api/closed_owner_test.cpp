@@ -1,10 +1,10 @@
-// Ports in a state that the exported functions never bring about: a device is open, its grabber closed.
-#include "support/fixtures.h"
-
 #include "api/ProcessState.h"
 #include "modules/CameraModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/SystemModule.h"
+#include "support/fixtures.h"
+
+// Ports in a state that the exported functions never bring about: a device is open, its grabber closed.
 
 namespace zvtest {
 
@@ -29,10 +29,10 @@ protected:
         OpenDevice::TearDown();
     }
 
-    uint32_t data = 7;
-    size_t size = sizeof data;
-    PORT_REGISTER_STACK_ENTRY entry = {0x1000, &data, sizeof data};
-    size_t count = 1;
+    uint32_t data{7};
+    size_t size{sizeof data};
+    PORT_REGISTER_STACK_ENTRY entry{0x1000, &data, sizeof data};
+    size_t count{1};
 };
 
 TEST_F(DeviceOfAClosedGrabber, IsNotRead)

@@ -1,16 +1,15 @@
-// Handle checks, also in states that the exported functions never bring about.
-#include "api/handle_checks.h"
-
-#include "support/fixtures.h"
+#include <functional>
 
 #include "api/ProcessState.h"
+#include "api/handle_checks.h"
 #include "modules/CameraModule.h"
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
+#include "support/fixtures.h"
 
-#include <functional>
+// Handle checks, also in states that the exported functions never bring about.
 
 namespace zvtest {
 
@@ -50,16 +49,16 @@ struct Check {
 
 const std::vector<Check> checks = {
     {"interface",
-     [](void* handle,              Open open) { return check_interface_handle(handle, some_call, open).error(); },
-     Priority::information, " - GC_ERR_INVALID_HANDLE",                        " - GC_ERR_INVALID_HANDLE"},
-    {"device",    [](void* handle, Open open) { return check_device_handle(handle, some_call, open).error(); },
+     [](void* handle, Open open) { return check_interface_handle(handle, some_call, open).error(); },
+     Priority::information, " - GC_ERR_INVALID_HANDLE", " - GC_ERR_INVALID_HANDLE"},
+    {"device", [](void* handle, Open open) { return check_device_handle(handle, some_call, open).error(); },
      Priority::information, " [GC_ERR_INVALID_HANDLE]: NULL parameters value", " [GC_ERR_INVALID_HANDLE]"},
-    {"stream",    [](void* handle, Open open) { return check_stream_handle(handle, some_call, open).error(); },
-     Priority::information, " - GC_ERR_INVALID_HANDLE",                        " - GC_ERR_INVALID_HANDLE"},
-    {"buffer",    [](void* handle, Open) { return check_buffer_handle(handle, some_call).error(); },
-     Priority::information, " - GC_ERR_INVALID_HANDLE",                        " - GC_ERR_INVALID_HANDLE"},
-    {"event",     [](void* handle, Open open) { return check_event_handle(handle, some_call, open).error(); },
-     Priority::error,       " - GC_ERR_INVALID_HANDLE",                        " - GC_ERR_INVALID_HANDLE"},
+    {"stream", [](void* handle, Open open) { return check_stream_handle(handle, some_call, open).error(); },
+     Priority::information, " - GC_ERR_INVALID_HANDLE", " - GC_ERR_INVALID_HANDLE"},
+    {"buffer", [](void* handle, Open) { return check_buffer_handle(handle, some_call).error(); },
+     Priority::information, " - GC_ERR_INVALID_HANDLE", " - GC_ERR_INVALID_HANDLE"},
+    {"event", [](void* handle, Open open) { return check_event_handle(handle, some_call, open).error(); },
+     Priority::error, " - GC_ERR_INVALID_HANDLE", " - GC_ERR_INVALID_HANDLE"},
 };
 
 class HandleChecksWithoutASystem : public OpenLibrary {};
@@ -109,7 +108,7 @@ TEST_F(HandleChecksWithoutInterfaces, RecordNoError)
 /// Everything is open.
 class HandleChecks : public QueuedStream {
 protected:
-    BUFFER_HANDLE buffer = nullptr;
+    BUFFER_HANDLE buffer{nullptr};
 
     void SetUp() override
     {
@@ -277,7 +276,7 @@ TEST_F(HandleChecks, RefuseEverythingOfAnEarlierInterfaceList)
 
 class UnopenedInterface : public OpenSystem {
 protected:
-    IF_HANDLE iface = nullptr;
+    IF_HANDLE iface{nullptr};
 
     void SetUp() override
     {
@@ -312,8 +311,8 @@ TEST_F(UnopenedInterface, IsClosedAsGrabberZero)
 /// A device is open, its stream is not, and yet has a buffer and an event.
 class ClosedStreamWithContents : public OpenDevice {
 protected:
-    BUFFER_HANDLE buffer = nullptr;
-    EVENT_HANDLE event = nullptr;
+    BUFFER_HANDLE buffer{nullptr};
+    EVENT_HANDLE event{nullptr};
 
     void SetUp() override
     {

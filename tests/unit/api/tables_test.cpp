@@ -1,11 +1,12 @@
-// The tables of the info queries that several functions share.
+#include <iterator>
+
+#include <gtest/gtest.h>
+
 #include "api/module_info.h"
 #include "api/port_info.h"
 #include "api/producer_info.h"
 
-#include <gtest/gtest.h>
-
-#include <iterator>
+// The tables of the info queries that several functions share.
 
 namespace zvgentl {
 

@@ -1,17 +1,15 @@
-#include "log/Log.h"
-
-#include "platform/thread_id.h"
-#include "support/FakeLoggerLibrary.h"
-#include "support/log_expectations.h"
-
-#include <Poco/Message.h>
-
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <Poco/Message.h>
+#include <gtest/gtest.h>
+
+#include "log/Log.h"
+#include "platform/thread_id.h"
+#include "support/FakeLoggerLibrary.h"
+#include "support/log_expectations.h"
 
 using zvgentl::At;
 using zvtest::FakeLoggerLibrary;
@@ -28,18 +26,18 @@ struct Entry {
 };
 
 const Entry entries[] = {
-    {zvgentl::log_fatal,       zvtest::Priority::fatal      },
-    {zvgentl::log_error,       zvtest::Priority::error      },
-    {zvgentl::log_warning,     zvtest::Priority::warning    },
+    {zvgentl::log_fatal, zvtest::Priority::fatal},
+    {zvgentl::log_error, zvtest::Priority::error},
+    {zvgentl::log_warning, zvtest::Priority::warning},
     {zvgentl::log_information, zvtest::Priority::information},
-    {zvgentl::log_debug,       zvtest::Priority::debug      },
-    {zvgentl::log_trace,       zvtest::Priority::trace      },
+    {zvgentl::log_debug, zvtest::Priority::debug},
+    {zvgentl::log_trace, zvtest::Priority::trace},
 };
 
 class Log : public testing::Test {
 protected:
-    FakeLoggerLibrary& library = FakeLoggerLibrary::instance();
-    ZVPocoLogger* logger = library.logger("LogTest.cpp");
+    FakeLoggerLibrary& library{FakeLoggerLibrary::instance()};
+    ZVPocoLogger* logger{library.logger("LogTest.cpp")};
 
     void SetUp() override { library.reset(); }
     void TearDown() override { library.reset(); }

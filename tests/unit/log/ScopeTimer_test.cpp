@@ -1,9 +1,8 @@
-#include "log/ScopeTimer.h"
+#include <gtest/gtest.h>
 
+#include "log/ScopeTimer.h"
 #include "support/FakeLoggerLibrary.h"
 #include "support/log_expectations.h"
-
-#include <gtest/gtest.h>
 
 using zvgentl::At;
 using zvgentl::ScopeTimer;
@@ -14,8 +13,8 @@ namespace {
 
 class Timer : public testing::Test {
 protected:
-    FakeLoggerLibrary& library = FakeLoggerLibrary::instance();
-    ZVPocoLogger* logger = library.logger("TimerTest.cpp");
+    FakeLoggerLibrary& library{FakeLoggerLibrary::instance()};
+    ZVPocoLogger* logger{library.logger("TimerTest.cpp")};
 
     void SetUp() override { library.reset(); }
     void TearDown() override { library.reset(); }

@@ -1,10 +1,9 @@
+#include <gtest/gtest.h>
+
 #include "log/Log.h"
 #include "log/ScopeTimer.h"
 #include "log/unit_loggers.h"
-
 #include "support/FakeLoggerLibrary.h"
-
-#include <gtest/gtest.h>
 
 using zvtest::FakeLoggerLibrary;
 

@@ -1,8 +1,8 @@
-#include "log/text.h"
+#include <cstdint>
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include "log/text.h"
 
 using namespace zvgentl;
 

@@ -1,11 +1,10 @@
-#include "unit/logger/ConfiguredLoggers.h"
-
-#include <Poco/LoggingRegistry.h>
-
-#include <gmock/gmock.h>
-
 #include <filesystem>
 #include <string>
+
+#include <Poco/LoggingRegistry.h>
+#include <gmock/gmock.h>
+
+#include "unit/logger/ConfiguredLoggers.h"
 
 using ::testing::Contains;
 using ::testing::ElementsAre;

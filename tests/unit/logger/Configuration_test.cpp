@@ -1,10 +1,9 @@
-#include "logger/Configuration.h"
-
-#include "unit/logger/Sandbox.h"
+#include <string>
 
 #include <gmock/gmock.h>
 
-#include <string>
+#include "logger/Configuration.h"
+#include "unit/logger/Sandbox.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

@@ -1,17 +1,13 @@
-/// \file ConfiguredLoggers.h
-/// Loggers of a configuration that stands in the test.
 #pragma once
-
-#include "logger/LoggerRegistry.h"
-
-#include "unit/logger/Sandbox.h"
-
-#include <Poco/Message.h>
 
 #include <memory>
 #include <string>
 
+#include <Poco/Message.h>
 #include <gtest/gtest.h>
+
+#include "logger/LoggerRegistry.h"
+#include "unit/logger/Sandbox.h"
 
 /// A registry over a configuration file, with a folder for the logs that it writes.
 class ConfiguredLoggers : public ::testing::Test {

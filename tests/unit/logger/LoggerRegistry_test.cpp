@@ -1,10 +1,10 @@
-#include "unit/logger/ConfiguredLoggers.h"
-
-#include <gmock/gmock.h>
-
 #include <memory>
 #include <regex>
 #include <string>
+
+#include <gmock/gmock.h>
+
+#include "unit/logger/ConfiguredLoggers.h"
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;

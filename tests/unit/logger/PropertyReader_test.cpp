@@ -1,9 +1,9 @@
-#include "logger/PropertyReader.h"
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 
-#include <string>
-#include <vector>
+#include "logger/PropertyReader.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

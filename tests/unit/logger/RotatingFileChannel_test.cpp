@@ -1,17 +1,14 @@
-#include "logger/RotatingFileChannel.h"
-
-#include "unit/logger/Sandbox.h"
+#include <filesystem>
+#include <string>
 
 #include <Poco/AutoPtr.h>
 #include <Poco/Exception.h>
 #include <Poco/Message.h>
-
 #include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-
 #include <sys/stat.h>
+
+#include "logger/RotatingFileChannel.h"
+#include "unit/logger/Sandbox.h"
 
 using zvlog::FilePolicy;
 using zvlog::RotatingFileChannel;

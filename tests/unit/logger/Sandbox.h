@@ -1,5 +1,3 @@
-/// \file Sandbox.h
-/// A folder and an environment of the test's own.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+// A folder and an environment of the test's own.
 
 /// A folder that is gone, with all it holds, when the test ends.
 class Folder {

@@ -1,15 +1,13 @@
-#include "logger/SettingsStore.h"
-
-#include "unit/logger/Sandbox.h"
-
-#include <gmock/gmock.h>
-
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "logger/SettingsStore.h"
+#include "unit/logger/Sandbox.h"
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
@@ -315,7 +313,7 @@ protected:
     }
 
     Folder m_folder;
-    std::string m_file = m_folder / "settings.properties";
+    std::string m_file{m_folder / "settings.properties"};
     std::string m_reason;
 };
 

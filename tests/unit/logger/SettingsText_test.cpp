@@ -1,8 +1,8 @@
-#include "logger/SettingsText.h"
+#include <string>
 
 #include <gmock/gmock.h>
 
-#include <string>
+#include "logger/SettingsText.h"
 
 using ::testing::Optional;
 using ::testing::StartsWith;

@@ -1,14 +1,13 @@
-// The library as the producer is linked to it.
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include <gmock/gmock.h>
+
 #include "zvlog/ZVLogger.h"
 #include "zvlog/ZVSettings.h"
 
 #include "unit/logger/Sandbox.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
-#include <cstdint>
-#include <string>
 
 using ::testing::HasSubstr;
 

@@ -1,23 +1,22 @@
-// The built library as it is loaded into an application and unloaded again: every test starts with a library
-// that has no past.
-#include "zvlog/ZVLogger.h"
-
-#include "unit/logger/Sandbox.h"
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <Poco/AutoPtr.h>
 #include <Poco/Logger.h>
 #include <Poco/LoggingRegistry.h>
 #include <Poco/Message.h>
 #include <Poco/NullChannel.h>
-
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include "zvlog/ZVLogger.h"
 
-#include <dlfcn.h>
+#include "unit/logger/Sandbox.h"
+
+// The built library as it is loaded into an application and unloaded again: every test starts with a library
+// that has no past.
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;

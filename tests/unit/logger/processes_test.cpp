@@ -1,16 +1,14 @@
-// Several processes that use the library at the same time.
-#include "unit/logger/Sandbox.h"
-
-#include <gmock/gmock.h>
-
 #include <cstdlib>
 #include <set>
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "unit/logger/Sandbox.h"
 
 using ::testing::Each;
 using ::testing::EndsWith;

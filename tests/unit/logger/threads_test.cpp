@@ -1,19 +1,16 @@
-// Several threads in one process. ThreadSanitizer watches.
-#include "logger/LoggerRegistry.h"
-#include "logger/SettingsStore.h"
-
-#include "unit/logger/Sandbox.h"
-
-#include <Poco/Message.h>
-
-#include <gmock/gmock.h>
-
 #include <functional>
 #include <regex>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <Poco/Message.h>
+#include <gmock/gmock.h>
+
+#include "logger/LoggerRegistry.h"
+#include "logger/SettingsStore.h"
+#include "unit/logger/Sandbox.h"
 
 using ::testing::Each;
 using ::testing::IsEmpty;

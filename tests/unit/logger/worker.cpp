@@ -1,13 +1,3 @@
-// One of several processes that use the library at the same time.
-//   worker settings NUMBER ROUNDS   adds a key of its own in each round and edits an older one
-//   worker log NUMBER LINES         writes lines to the default log
-#include "zvlog/ZVLogger.h"
-#include "zvlog/ZVSettings.h"
-
-#include "unit/logger/Sandbox.h"
-
-#include <Poco/Message.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -15,9 +5,19 @@
 #include <string>
 #include <system_error>
 
+#include <Poco/Message.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
+
+#include "zvlog/ZVLogger.h"
+#include "zvlog/ZVSettings.h"
+
+#include "unit/logger/Sandbox.h"
+
+// One of several processes that use the library at the same time.
+//   worker settings NUMBER ROUNDS   adds a key of its own in each round and edits an older one
+//   worker log NUMBER LINES         writes lines to the default log
 
 namespace {
 

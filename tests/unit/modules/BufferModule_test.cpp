@@ -1,7 +1,3 @@
-#include "modules/BufferModule.h"
-
-#include "unit/modules/Stream_fixtures.h"
-
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -9,6 +5,9 @@
 #include <set>
 #include <string>
 #include <utility>
+
+#include "modules/BufferModule.h"
+#include "unit/modules/Stream_fixtures.h"
 
 using namespace zvtest;
 using zvgentl::AlignedMemory;
@@ -28,8 +27,8 @@ protected:
         fake.allow_handle(ZV_NO_HANDLE); // the stream is closed
     }
 
-    uint8_t memory[100] = {};
-    int owner = 0;
+    uint8_t memory[100]{};
+    int owner{0};
 };
 
 TEST_F(Buffer, IsNewWhenItIsMade)

@@ -1,9 +1,8 @@
-#include "modules/BufferPool.h"
-
-#include "unit/modules/Stream_fixtures.h"
-
 #include <memory>
 #include <utility>
+
+#include "modules/BufferPool.h"
+#include "unit/modules/Stream_fixtures.h"
 
 using namespace zvtest;
 using zvgentl::BUFFER_QUEUE_TYPE;
@@ -40,7 +39,7 @@ protected:
     BufferPool pool;
 
 private:
-    uint8_t m_memory[8] = {};
+    uint8_t m_memory[8]{};
 };
 
 TEST_F(Pool, FindsNothingWhenItIsEmpty)

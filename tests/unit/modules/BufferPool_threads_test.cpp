@@ -1,12 +1,12 @@
-// Pins: whoever works on a buffer keeps it alive, and whoever removes it waits.
-#include "modules/BufferPool.h"
-
-#include "unit/modules/Stream_fixtures.h"
-
 #include <algorithm>
 #include <atomic>
 #include <memory>
 #include <thread>
+
+#include "modules/BufferPool.h"
+#include "unit/modules/Stream_fixtures.h"
+
+// Pins: whoever works on a buffer keeps it alive, and whoever removes it waits.
 
 using namespace zvtest;
 using zvgentl::BUFFER_QUEUE_TYPE;

@@ -1,6 +1,6 @@
-#include "unit/modules/Module_fixtures.h"
-
 #include <cstring>
+
+#include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
 

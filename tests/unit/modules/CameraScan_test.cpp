@@ -1,7 +1,7 @@
-#include "unit/modules/Module_fixtures.h"
-
 #include <cstring>
 #include <stdexcept>
+
+#include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
 

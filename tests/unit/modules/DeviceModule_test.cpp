@@ -15,11 +15,8 @@ TEST_F(DeviceModuleTest, NamesCameraAndStreamAfterItself)
         const char* camera;
         const char* stream;
     };
-    for (const Row& row : {
-             Row{"Device01",  "Camera01",  "Stream010" },
-             Row{"Device115", "Camera115", "Stream1150"},
-             Row{"Device",    "Camera",    "Stream0"   }
-    }) {
+    for (const Row& row : {Row{"Device01", "Camera01", "Stream010"},
+                           Row{"Device115", "Camera115", "Stream1150"}, Row{"Device", "Camera", "Stream0"}}) {
         const DeviceModule device(&iface(), row.device);
         EXPECT_EQ(row.device, device.getId());
         EXPECT_EQ(row.camera, device.get_Camera()->getId());

@@ -1,5 +1,4 @@
 #include "modules/DeviceStore.h"
-
 #include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {

@@ -1,7 +1,5 @@
-#include "modules/EventList.h"
-
 #include "Event_fixtures.h"
-
+#include "modules/EventList.h"
 #include "support/FailingAllocations.h"
 
 namespace zvtest {

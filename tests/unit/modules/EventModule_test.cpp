@@ -1,13 +1,12 @@
-#include "Event_fixtures.h"
-
-#include "support/FailingAllocations.h"
-#include "support/log_expectations.h"
-#include "support/pointers.h"
-
 #include <chrono>
 #include <cstdio>
 #include <optional>
 #include <vector>
+
+#include "Event_fixtures.h"
+#include "support/FailingAllocations.h"
+#include "support/log_expectations.h"
+#include "support/pointers.h"
 
 namespace zvtest {
 
@@ -44,9 +43,9 @@ protected:
     }
 
     std::optional<EventModule> event;
-    BufferModule* first = nullptr;
-    BufferModule* second = nullptr;
-    EVENT_NEW_BUFFER_DATA data = untouched<EVENT_NEW_BUFFER_DATA>();
+    BufferModule* first{nullptr};
+    BufferModule* second{nullptr};
+    EVENT_NEW_BUFFER_DATA data{untouched<EVENT_NEW_BUFFER_DATA>()};
 
 private:
     std::array<int, 2> m_users{};

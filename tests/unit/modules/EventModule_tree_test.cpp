@@ -1,14 +1,14 @@
-// Events in states that the exported functions never bring about: of a stream that is closed, and of a type
-// that nothing fires.
-#include "support/fixtures.h"
+#include <functional>
+#include <ostream>
+#include <vector>
 
 #include "modules/CameraModule.h"
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
+#include "support/fixtures.h"
 
-#include <functional>
-#include <ostream>
-#include <vector>
+// Events in states that the exported functions never bring about: of a stream that is closed, and of a type
+// that nothing fires.
 
 namespace zvtest {
 
@@ -34,21 +34,21 @@ std::vector<EventCall> event_calls()
              EVENT_NEW_BUFFER_DATA data;
              size_t size = sizeof data;
              return EventGetData(handle, &data, &size, 0);
-         }                                                                         },
-        {"EventFlush",       [](EVENT_HANDLE handle) { return EventFlush(handle); }},
-        {"EventKill",        [](EVENT_HANDLE handle) { return EventKill(handle); } },
+         }},
+        {"EventFlush", [](EVENT_HANDLE handle) { return EventFlush(handle); }},
+        {"EventKill", [](EVENT_HANDLE handle) { return EventKill(handle); }},
         {"EventGetInfo",
          [](EVENT_HANDLE handle) {
              INFO_DATATYPE type = 0;
              size_t size = 0;
              return EventGetInfo(handle, EVENT_NUM_FIRED, &type, nullptr, &size);
-         }                                                                         },
+         }},
         {"EventGetDataInfo",
          [](EVENT_HANDLE handle) {
              INFO_DATATYPE type = 0;
              size_t size = 0;
              return EventGetDataInfo(handle, nullptr, 0, EVENT_DATA_NUMID, &type, nullptr, &size);
-         }                                                                         },
+         }},
     };
 }
 
@@ -85,8 +85,8 @@ protected:
         forget();
     }
 
-    uint8_t data = 0xA5;
-    size_t size = 100;
+    uint8_t data{0xA5};
+    size_t size{100};
 };
 
 TEST_F(FiredRemoteDeviceEvent, GivesNoBytes)

@@ -1,6 +1,6 @@
-#include "Event_fixtures.h"
-
 #include <utility>
+
+#include "Event_fixtures.h"
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)

@@ -1,28 +1,27 @@
-/// \file Event_fixtures.h
-/// A closed stream of no camera, for tests of events apart from any tree.
 #pragma once
 
-#include "support/FakeGrabberLibrary.h"
-#include "support/FakeLoggerLibrary.h"
-#include "support/FakeSettings.h"
+#include <array>
+#include <memory>
+
+#include <gtest/gtest.h>
 
 #include "modules/BufferModule.h"
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
+#include "support/FakeGrabberLibrary.h"
+#include "support/FakeLoggerLibrary.h"
+#include "support/FakeSettings.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <memory>
+// A closed stream of no camera, for tests of events apart from any tree.
 
 namespace zvtest {
 
 /// Its buffers have private pointers, all different.
 class LooseStream : public testing::Test {
 protected:
-    FakeGrabberLibrary& fake = FakeGrabberLibrary::instance();
-    FakeLoggerLibrary& log = FakeLoggerLibrary::instance();
-    FakeSettings& settings = FakeSettings::instance();
+    FakeGrabberLibrary& fake{FakeGrabberLibrary::instance()};
+    FakeLoggerLibrary& log{FakeLoggerLibrary::instance()};
+    FakeSettings& settings{FakeSettings::instance()};
 
     void SetUp() override
     {

@@ -1,9 +1,10 @@
-// Events and their list with several threads, apart from any tree.
-#include "Event_fixtures.h"
-
 #include <atomic>
 #include <thread>
 #include <vector>
+
+#include "Event_fixtures.h"
+
+// Events and their list with several threads, apart from any tree.
 
 namespace zvtest {
 

@@ -1,9 +1,9 @@
-#include "modules/LogThrottle.h"
+#include <array>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <string_view>
+#include "modules/LogThrottle.h"
 
 using zvgentl::Acquisition;
 using zvgentl::LogThrottle;

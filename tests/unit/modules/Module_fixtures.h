@@ -1,11 +1,9 @@
-/// \file Module_fixtures.h
-/// Modules apart from the exported functions: no process state, objects made and destroyed by the test.
 #pragma once
 
-#include "support/FakeGrabberLibrary.h"
-#include "support/FakeLoggerLibrary.h"
-#include "support/FakeSettings.h"
-#include "support/log_expectations.h"
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
 
 #include "modules/CameraModule.h"
 #include "modules/CameraScan.h"
@@ -13,20 +11,21 @@
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
+#include "support/FakeGrabberLibrary.h"
+#include "support/FakeLoggerLibrary.h"
+#include "support/FakeSettings.h"
+#include "support/log_expectations.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
+// Modules apart from the exported functions: no process state, objects made and destroyed by the test.
 
 namespace zvtest {
 
 /// The fakes are as at the start. Afterwards nothing may be open.
 class Modules : public testing::Test {
 protected:
-    FakeGrabberLibrary& fake = FakeGrabberLibrary::instance();
-    FakeLoggerLibrary& log = FakeLoggerLibrary::instance();
-    FakeSettings& settings = FakeSettings::instance();
+    FakeGrabberLibrary& fake{FakeGrabberLibrary::instance()};
+    FakeLoggerLibrary& log{FakeLoggerLibrary::instance()};
+    FakeSettings& settings{FakeSettings::instance()};
 
     void SetUp() override { reset(); }
     void TearDown() override

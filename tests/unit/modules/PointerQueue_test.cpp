@@ -1,11 +1,10 @@
-#include "modules/EventModule.h"
-
-#include "support/FailingAllocations.h"
+#include <array>
+#include <new>
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <new>
+#include "modules/EventModule.h"
+#include "support/FailingAllocations.h"
 
 using zvgentl::BufferModule;
 using zvgentl::PointerQueue;

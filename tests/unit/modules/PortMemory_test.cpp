@@ -1,10 +1,10 @@
-#include "modules/PortMemory.h"
-
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <locale>
 #include <string>
+
+#include <gtest/gtest.h>
+
+#include "modules/PortMemory.h"
 
 namespace {
 

@@ -1,13 +1,12 @@
-#include "modules/Quarantine.h"
-
-#include "modules/SystemModule.h"
-
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <set>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "modules/Quarantine.h"
+#include "modules/SystemModule.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 extern "C" int __asan_address_is_poisoned(const volatile void* address); // NOLINT: the sanitizer's own name

@@ -1,11 +1,11 @@
-#include "modules/SerialLock.h"
-
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <mutex>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "modules/SerialLock.h"
 
 using zvgentl::SerialLock;
 

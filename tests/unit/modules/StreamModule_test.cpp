@@ -1,11 +1,9 @@
-#include "modules/StreamModule.h"
-
-#include "unit/modules/Stream_fixtures.h"
-
-#include "modules/queue_operations.h"
-
 #include <string>
 #include <vector>
+
+#include "modules/StreamModule.h"
+#include "modules/queue_operations.h"
+#include "unit/modules/Stream_fixtures.h"
 
 using namespace zvtest;
 using zvgentl::BufferModule;

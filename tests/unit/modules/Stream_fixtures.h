@@ -1,32 +1,31 @@
-/// \file Stream_fixtures.h
-/// A camera in a small tree of its own, for tests of streams and buffers apart from the exported functions.
 #pragma once
 
-#include "support/FakeGrabberLibrary.h"
-#include "support/FakeLoggerLibrary.h"
-#include "support/FakeSettings.h"
-#include "support/log_expectations.h"
-#include "support/pointers.h"
+#include <cstdint>
+#include <memory>
+
+#include <gtest/gtest.h>
 
 #include "modules/CameraModule.h"
 #include "modules/CameraScan.h"
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
+#include "support/FakeGrabberLibrary.h"
+#include "support/FakeLoggerLibrary.h"
+#include "support/FakeSettings.h"
+#include "support/log_expectations.h"
+#include "support/pointers.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <memory>
+// A camera in a small tree of its own, for tests of streams and buffers apart from the exported functions.
 
 namespace zvtest {
 
 /// The camera is open in the library; `stream` is a stream of its own and still closed.
 class CameraStream : public testing::Test {
 protected:
-    FakeGrabberLibrary& fake = FakeGrabberLibrary::instance();
-    FakeLoggerLibrary& log = FakeLoggerLibrary::instance();
-    FakeSettings& settings = FakeSettings::instance();
+    FakeGrabberLibrary& fake{FakeGrabberLibrary::instance()};
+    FakeLoggerLibrary& log{FakeLoggerLibrary::instance()};
+    FakeSettings& settings{FakeSettings::instance()};
 
     void SetUp() override
     {
@@ -84,7 +83,7 @@ protected:
         return handle;
     }
 
-    zvgentl::CameraModule* camera = nullptr;
+    zvgentl::CameraModule* camera{nullptr};
     std::unique_ptr<zvgentl::StreamModule> stream;
 
 private:

@@ -1,9 +1,8 @@
-#include "unit/modules/Module_fixtures.h"
-
-#include "support/pointers.h"
-
 #include <cstdint>
 #include <string>
+
+#include "support/pointers.h"
+#include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
 

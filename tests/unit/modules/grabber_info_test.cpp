@@ -1,8 +1,6 @@
 #include "modules/grabber_info.h"
-
-#include "unit/modules/Module_fixtures.h"
-
 #include "modules/grabber_status.h"
+#include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
 
@@ -37,13 +35,8 @@ TEST_F(GrabberInfo, GivesAnEmptyNameWhenTheLibraryHasNone)
 
 TEST_F(GrabberInfo, NamesTheProtocolAtThePosition)
 {
-    for (const auto& [protocol, name] : {
-             std::pair{0U,          "CXP" },
-             {1U,          "CLHS"},
-             {2U,          "GEV" },
-             {3U,          "CXP" },
-             {0xFFFFFFFFU, "CXP" }
-    }) {
+    for (const auto& [protocol, name] :
+         {std::pair{0U, "CXP"}, {1U, "CLHS"}, {2U, "GEV"}, {3U, "CXP"}, {0xFFFFFFFFU, "CXP"}}) {
         fake.grabber(1).has_protocol(protocol);
         fake.clear_calls();
         EXPECT_STREQ(name, transport_type_of(*system.get_Interface(1)));
@@ -79,13 +72,7 @@ class GrabberScan : public Modules {};
 
 TEST_F(GrabberScan, HidesTheLastOfSeveralGrabbers)
 {
-    for (const auto& [found, listed] : {
-             std::pair{0U,  0 },
-             {1U,  1 },
-             {2U,  1 },
-             {3U,  2 },
-             {20U, 19}
-    }) {
+    for (const auto& [found, listed] : {std::pair{0U, 0}, {1U, 1}, {2U, 1}, {3U, 2}, {20U, 19}}) {
         fake.has_grabbers(found);
         EXPECT_EQ(listed, scan_for_grabbers()) << found;
     }
@@ -94,12 +81,7 @@ TEST_F(GrabberScan, HidesTheLastOfSeveralGrabbers)
 TEST_F(GrabberScan, ListsTheDemoGrabberWhenASettingExposesIt)
 {
     settings.set("GenTL.Interface.ExposeDemoGrabber", 1);
-    for (const auto& [found, listed] : {
-             std::pair{0U, 0},
-             {1U, 1},
-             {2U, 2},
-             {3U, 3}
-    }) {
+    for (const auto& [found, listed] : {std::pair{0U, 0}, {1U, 1}, {2U, 2}, {3U, 3}}) {
         fake.has_grabbers(found);
         EXPECT_EQ(listed, scan_for_grabbers()) << found;
     }

@@ -1,9 +1,9 @@
-#include "modules/pixel_formats.h"
+#include <iterator>
+#include <map>
 
 #include <gtest/gtest.h>
 
-#include <iterator>
-#include <map>
+#include "modules/pixel_formats.h"
 
 namespace zvgentl {
 

@@ -1,8 +1,7 @@
-#include "modules/settings.h"
-
-#include "support/FakeSettings.h"
-
 #include <gtest/gtest.h>
+
+#include "modules/settings.h"
+#include "support/FakeSettings.h"
 
 namespace zvtest {
 
@@ -18,14 +17,14 @@ struct PlainRow {
 };
 
 const PlainRow plain_rows[] = {
-    {&settings::expose_demo_grabber,      "GenTL.Interface.ExposeDemoGrabber",  0, std::nullopt},
+    {&settings::expose_demo_grabber, "GenTL.Interface.ExposeDemoGrabber", 0, std::nullopt},
     {&settings::stream_payload_size_type, "GenTL.Stream.StreamPayloadSizeType", 2,
-     "1-Old stream size at creation time,2-dynamic stream size"                                },
-    {&settings::buffer_alloc_min,         "GenTL.Stream.BufferAllocMin",        4, std::nullopt},
-    {&settings::signaled_event_mode,      "GenTL.Stream.SignaledEventMode",     1, std::nullopt},
-    {&settings::serialize_buffer_type,    "GenTL.Buffer.SerializeBufferType",   1, std::nullopt},
-    {&settings::pixel_format_conversion,  "GenTL.Buffer.PixelFormatNameSpace",  1, std::nullopt},
-    {&settings::serialize_stream_event,   "GenTL.Event.SerializeStreamEvent",   1, std::nullopt},
+     "1-Old stream size at creation time,2-dynamic stream size"},
+    {&settings::buffer_alloc_min, "GenTL.Stream.BufferAllocMin", 4, std::nullopt},
+    {&settings::signaled_event_mode, "GenTL.Stream.SignaledEventMode", 1, std::nullopt},
+    {&settings::serialize_buffer_type, "GenTL.Buffer.SerializeBufferType", 1, std::nullopt},
+    {&settings::pixel_format_conversion, "GenTL.Buffer.PixelFormatNameSpace", 1, std::nullopt},
+    {&settings::serialize_stream_event, "GenTL.Event.SerializeStreamEvent", 1, std::nullopt},
 };
 
 struct OverrideRow {
@@ -34,14 +33,14 @@ struct OverrideRow {
 };
 
 const OverrideRow override_rows[] = {
-    {&settings::queued_buffer_mode,     "GenTL.Stream.QueuedBufferMode"    },
+    {&settings::queued_buffer_mode, "GenTL.Stream.QueuedBufferMode"},
     {&settings::pixel_format_namespace, "GenTL.Buffer.PixelFormatNameSpace"},
     {&settings::delivered_image_height, "GenTL.Buffer.DeliveredImageHeight"},
 };
 
 class SettingsTest : public testing::Test {
 protected:
-    FakeSettings& store = FakeSettings::instance();
+    FakeSettings& store{FakeSettings::instance()};
 
     void SetUp() override { store.reset(); }
     void TearDown() override { store.reset(); }

@@ -1,14 +1,13 @@
-#include "platform/AutoResetEvent.h"
-
-#include "platform/monotonic_clock.h"
-#include "support/FailingAllocations.h"
-
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <memory>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/AutoResetEvent.h"
+#include "platform/monotonic_clock.h"
+#include "support/FailingAllocations.h"
 
 using zvgentl::platform::AutoResetEvent;
 using zvgentl::platform::monotonic_milliseconds;

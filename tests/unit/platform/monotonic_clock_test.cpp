@@ -1,8 +1,8 @@
-#include "platform/monotonic_clock.h"
+#include <chrono>
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include "platform/monotonic_clock.h"
 
 using zvgentl::platform::monotonic_milliseconds;
 

@@ -1,8 +1,8 @@
-#include "platform/thread_id.h"
+#include <thread>
 
 #include <gtest/gtest.h>
 
-#include <thread>
+#include "platform/thread_id.h"
 
 using zvgentl::platform::thread_id;
 

@@ -1,16 +1,15 @@
-/// \file Port_fixtures.h
-/// A small tree apart from the exported functions, with a port for each of its modules.
 #pragma once
-
-#include "unit/modules/Module_fixtures.h"
-
-#include "modules/BufferModule.h"
-#include "port/Port.h"
 
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
+
+#include "modules/BufferModule.h"
+#include "port/Port.h"
+#include "unit/modules/Module_fixtures.h"
+
+// A small tree apart from the exported functions, with a port for each of its modules.
 
 namespace zvtest {
 

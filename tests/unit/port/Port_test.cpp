@@ -1,11 +1,9 @@
-#include "port/Port.h"
-
-#include "unit/port/Port_fixtures.h"
-
-#include "support/pointers.h"
-
 #include <string>
 #include <utility>
+
+#include "port/Port.h"
+#include "support/pointers.h"
+#include "unit/port/Port_fixtures.h"
 
 namespace zvtest {
 

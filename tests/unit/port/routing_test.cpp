@@ -1,9 +1,8 @@
-#include "port/routing.h"
-
-#include "unit/port/Port_fixtures.h"
-
 #include <iterator>
 #include <string>
+
+#include "port/routing.h"
+#include "unit/port/Port_fixtures.h"
 
 namespace zvtest {
 
@@ -59,8 +58,8 @@ TEST(Routes, NameWhatMustBeOpen)
 
 class Routing : public PortTree {
 protected:
-    uint32_t data = 0;
-    uint32_t size = 4;
+    uint32_t data{0};
+    uint32_t size{4};
 };
 
 TEST_F(Routing, IsOpenWhileEverythingIs)

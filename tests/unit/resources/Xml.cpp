@@ -1,15 +1,14 @@
 #include "unit/resources/Xml.h"
 
-#include <libxml/parser.h>
-#include <libxml/tree.h>
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <regex>
+
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
 
 namespace zvtest {
 
@@ -99,19 +98,19 @@ std::string resource(const std::string& name)
 std::map<std::string, std::string> root_attributes(const std::string& model, const std::string& tool_tip)
 {
     return {
-        {"ModelName",             model                                                                                  },
-        {"VendorName",            "ZEVA_Electronics"                                                                     },
-        {"ToolTip",               tool_tip                                                                               },
-        {"StandardNameSpace",     "None"                                                                                 },
-        {"SchemaMajorVersion",    "1"                                                                                    },
-        {"SchemaMinorVersion",    "1"                                                                                    },
-        {"SchemaSubMinorVersion", "0"                                                                                    },
-        {"MajorVersion",          "1"                                                                                    },
-        {"MinorVersion",          "1"                                                                                    },
-        {"SubMinorVersion",       "0"                                                                                    },
-        {"ProductGuid",           "AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE"                                                 },
-        {"VersionGuid",           "11111111-2222-3333-4444-555555555555"                                                 },
-        {"xsi:schemaLocation",    "http://www.genicam.org/GenApi/Version_1_1 "
+        {"ModelName", model},
+        {"VendorName", "ZEVA_Electronics"},
+        {"ToolTip", tool_tip},
+        {"StandardNameSpace", "None"},
+        {"SchemaMajorVersion", "1"},
+        {"SchemaMinorVersion", "1"},
+        {"SchemaSubMinorVersion", "0"},
+        {"MajorVersion", "1"},
+        {"MinorVersion", "1"},
+        {"SubMinorVersion", "0"},
+        {"ProductGuid", "AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE"},
+        {"VersionGuid", "11111111-2222-3333-4444-555555555555"},
+        {"xsi:schemaLocation", "http://www.genicam.org/GenApi/Version_1_1 "
                                "http://www.genicam.org/GenApi/GenApiSchema_Version_1_1.xsd"},
     };
 }
@@ -150,11 +149,7 @@ std::vector<std::string> names_in_root_tag(const std::string& text)
 bool is_device_port(const Element& node)
 {
     using Values = std::vector<std::pair<std::string, std::string>>;
-    return node.name == "Port" &&
-           node.attributes ==
-               std::map<std::string, std::string>{
-                   {"Name", "Device"}
-    } &&
+    return node.name == "Port" && node.attributes == std::map<std::string, std::string>{{"Name", "Device"}} &&
            node.values() ==
                Values{{"ToolTip", "Port giving access to the device."}, {"Visibility", "Invisible"}};
 }

@@ -1,11 +1,11 @@
-/// \file Xml.h
-/// An XML document in plain types, so that a test can compare it as a whole.
 #pragma once
 
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
+
+// An XML document in plain types, so that a test can compare it as a whole.
 
 namespace zvtest {
 

@@ -1,14 +1,13 @@
-// The buffer port's register description: the archive, and what is in it.
-#include "resources/descriptions.h"
-
-#include "unit/resources/Xml.h"
-
-#include <zip.h>
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <memory>
+
+#include <gtest/gtest.h>
+#include <zip.h>
+
+#include "resources/descriptions.h"
+#include "unit/resources/Xml.h"
+
+// The buffer port's register description: the archive, and what is in it.
 
 namespace zvtest {
 
@@ -93,16 +92,8 @@ TEST_F(BufferDescription, DescribesAPortWithoutFeatures)
     EXPECT_EQ(root_attributes("ZV_TLBufferGenTL", "ZEVA TLBuffer GenTL"), root.attributes);
     ASSERT_EQ(2U, root.children.size());
     EXPECT_EQ("Category", root.children[0].name);
-    EXPECT_EQ((Attributes{
-                  {"Name",      "Root"    },
-                  {"NameSpace", "Standard"}
-    }),
-              root.children[0].attributes);
-    EXPECT_EQ((Values{
-                  {"Visibility",        "Beginner"},
-                  {"ImposedAccessMode", "RO"      }
-    }),
-              root.children[0].values());
+    EXPECT_EQ((Attributes{{"Name", "Root"}, {"NameSpace", "Standard"}}), root.children[0].attributes);
+    EXPECT_EQ((Values{{"Visibility", "Beginner"}, {"ImposedAccessMode", "RO"}}), root.children[0].values());
     EXPECT_TRUE(is_device_port(root.children[1]));
 }
 

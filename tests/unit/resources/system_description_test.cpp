@@ -1,12 +1,12 @@
-// The system port's register description, byte for byte and node for node.
-#include "resources/descriptions.h"
-
-#include "unit/resources/Xml.h"
+#include <algorithm>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <sstream>
+#include "resources/descriptions.h"
+#include "unit/resources/Xml.h"
+
+// The system port's register description, byte for byte and node for node.
 
 namespace zvtest {
 
@@ -82,8 +82,8 @@ TEST(SystemDescription, IsTheFileOfTheRepository)
 
 class SystemDescriptionNodes : public testing::Test {
 protected:
-    const Document document = parse(text);
-    const Element& root = document.root;
+    const Document document{parse(text)};
+    const Element& root{document.root};
 
     Element category(const std::string& name) const
     {
@@ -91,10 +91,7 @@ protected:
     }
     static Attributes standard(const std::string& name)
     {
-        return {
-            {"Name",      name      },
-            {"NameSpace", "Standard"}
-        };
+        return {{"Name", name}, {"NameSpace", "Standard"}};
     }
 };
 
@@ -127,33 +124,24 @@ TEST_F(SystemDescriptionNodes, AreRootedInTwoCategories)
     ASSERT_LE(2U, root.children.size());
     EXPECT_EQ(" Root categories ", root.children[0].text);
     const Element& group = root.children[1];
-    EXPECT_EQ((Attributes{
-                  {"Comment", "RootCategory"}
-    }),
-              group.attributes);
+    EXPECT_EQ((Attributes{{"Comment", "RootCategory"}}), group.attributes);
     ASSERT_EQ(2U, group.children.size());
     for (size_t i = 0; i < 2; ++i) {
         EXPECT_EQ("Category", group.children[i].name);
         EXPECT_EQ(standard(i == 0 ? "Root" : "SystemInformation"), group.children[i].attributes);
     }
     EXPECT_EQ(
-        (Values{
-            {"Visibility",        "Beginner"         },
-            {"ImposedAccessMode", "RO"               },
-            {"pFeature",          "SystemInformation"}
-    }),
+        (Values{{"Visibility", "Beginner"}, {"ImposedAccessMode", "RO"}, {"pFeature", "SystemInformation"}}),
         category("Root").values());
-    EXPECT_EQ((Values{
-                  {"pFeature", "TLVendorName"            },
-                  {"pFeature", "TLModelName"             },
-                  {"pFeature", "TLVersion"               },
-                  {"pFeature", "TLDisplayName"           },
-                  {"pFeature", "GenTLVersionMajor"       },
-                  {"pFeature", "GenTLVersionMinor"       },
-                  {"pFeature", "GenTLSFNCVersionMajor"   },
-                  {"pFeature", "GenTLSFNCVersionMinor"   },
-                  {"pFeature", "GenTLSFNCVersionSubMinor"}
-    }),
+    EXPECT_EQ((Values{{"pFeature", "TLVendorName"},
+                      {"pFeature", "TLModelName"},
+                      {"pFeature", "TLVersion"},
+                      {"pFeature", "TLDisplayName"},
+                      {"pFeature", "GenTLVersionMajor"},
+                      {"pFeature", "GenTLVersionMinor"},
+                      {"pFeature", "GenTLSFNCVersionMajor"},
+                      {"pFeature", "GenTLSFNCVersionMinor"},
+                      {"pFeature", "GenTLSFNCVersionSubMinor"}}),
               category("SystemInformation").values());
 }
 
@@ -176,18 +164,12 @@ TEST_F(SystemDescriptionNodes, HaveConstantNumbers)
         const char* value;
         std::string tool_tip;
     };
-    for (const Row& row : {
-             Row{"GenTLVersionMajor",        "1", "GenTL Major Version."   },
-             Row{"GenTLVersionMinor",        "5", "GenTL Minor Version."   },
-             Row{"GenTLSFNCVersionMajor",    "2", sfnc_tool_tip("Major")   },
-             Row{"GenTLSFNCVersionMinor",    "0", sfnc_tool_tip("Minor")   },
-             Row{"GenTLSFNCVersionSubMinor", "0", sfnc_tool_tip("SubMinor")}
-    })
-        EXPECT_EQ((Values{
-                      {"ToolTip",    row.tool_tip},
-                      {"Visibility", "Beginner"  },
-                      {"Value",      row.value   }
-        }),
+    for (const Row& row : {Row{"GenTLVersionMajor", "1", "GenTL Major Version."},
+                           Row{"GenTLVersionMinor", "5", "GenTL Minor Version."},
+                           Row{"GenTLSFNCVersionMajor", "2", sfnc_tool_tip("Major")},
+                           Row{"GenTLSFNCVersionMinor", "0", sfnc_tool_tip("Minor")},
+                           Row{"GenTLSFNCVersionSubMinor", "0", sfnc_tool_tip("SubMinor")}})
+        EXPECT_EQ((Values{{"ToolTip", row.tool_tip}, {"Visibility", "Beginner"}, {"Value", row.value}}),
                   root.child(row.name).values());
 }
 
@@ -198,16 +180,11 @@ TEST_F(SystemDescriptionNodes, HaveConstantTexts)
         const char* value;
         const char* visibility;
     };
-    for (const Row& row : {
-             Row{"TLVendorName",  "ZEVA Electronics",                "Beginner"},
-             Row{"TLModelName",   "ZVGRLibGenTL",                    "Beginner"},
-             Row{"TLVersion",     "1.5",                             "Beginner"},
-             Row{"TLDisplayName", "ZEVA Electronics GenTL Producer", "Expert"  }
-    })
-        EXPECT_EQ((Values{
-                      {"Visibility", row.visibility},
-                      {"Value",      row.value     }
-        }),
+    for (const Row& row :
+         {Row{"TLVendorName", "ZEVA Electronics", "Beginner"}, Row{"TLModelName", "ZVGRLibGenTL", "Beginner"},
+          Row{"TLVersion", "1.5", "Beginner"},
+          Row{"TLDisplayName", "ZEVA Electronics GenTL Producer", "Expert"}})
+        EXPECT_EQ((Values{{"Visibility", row.visibility}, {"Value", row.value}}),
                   root.child(row.name).values());
 }
 

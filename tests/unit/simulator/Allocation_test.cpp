@@ -1,9 +1,9 @@
-// Memory: none is asked for while frames run, and a call that gets none fails cleanly.
-#include "unit/simulator/fixtures.h"
+#include <optional>
 
 #include "support/FailingAllocations.h"
+#include "unit/simulator/fixtures.h"
 
-#include <optional>
+// Memory: none is asked for while frames run, and a call that gets none fails cleanly.
 
 namespace {
 

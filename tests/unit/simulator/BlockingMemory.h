@@ -1,11 +1,9 @@
-/// \file BlockingMemory.h
-/// Memory that stops the thread that writes into it, so that a test can act while a frame is being drawn.
 #pragma once
-
-#include "unit/simulator/fixtures.h"
 
 #include <cstddef>
 #include <memory>
+
+#include "unit/simulator/fixtures.h"
 
 namespace zvsim_test {
 

@@ -31,9 +31,9 @@ LONG CALLBACK on_fault(EXCEPTION_POINTERS* fault)
 } // namespace
 
 struct BlockingMemory::Body {
-    HANDLE accessed = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-    HANDLE released = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    void* handler = AddVectoredExceptionHandler(1, on_fault);
+    HANDLE accessed{CreateEventA(nullptr, FALSE, FALSE, nullptr)};
+    HANDLE released{CreateEventA(nullptr, TRUE, FALSE, nullptr)};
+    void* handler{AddVectoredExceptionHandler(1, on_fault)};
 };
 
 BlockingMemory::BlockingMemory(size_t size)

@@ -1,9 +1,10 @@
-// The registers of a camera: what they hold, what they take, and what they refuse.
-#include "unit/simulator/configured_camera.h"
-
 #include <cmath>
 #include <limits>
 #include <set>
+
+#include "unit/simulator/configured_camera.h"
+
+// The registers of a camera: what they hold, what they take, and what they refuse.
 
 namespace {
 
@@ -127,19 +128,11 @@ TEST_F(ConfiguredCamera, TakesIntegersUpToTheirLimits)
         int lowest;
         int highest;
     };
-    for (const Row& row : {
-             Row{"Width",                      1, 66   },
-             Row{"Height",                     1, 50   },
-             Row{"TestPattern",                0, 13   },
-             Row{"AcquisitionMode",            0, 2    },
-             Row{"AcquisitionFrameCount",      1, 65535},
-             Row{"AcquisitionFrameRateEnable", 0, 1    },
-             Row{"TriggerSelector",            0, 0    },
-             Row{"TriggerMode",                0, 1    },
-             Row{"TriggerSource",              0, 2    },
-             Row{"TriggerActivation",          0, 4    },
-             Row{"TLParamsLocked",             0, 1    }
-    }) {
+    for (const Row& row :
+         {Row{"Width", 1, 66}, Row{"Height", 1, 50}, Row{"TestPattern", 0, 13}, Row{"AcquisitionMode", 0, 2},
+          Row{"AcquisitionFrameCount", 1, 65535}, Row{"AcquisitionFrameRateEnable", 0, 1},
+          Row{"TriggerSelector", 0, 0}, Row{"TriggerMode", 0, 1}, Row{"TriggerSource", 0, 2},
+          Row{"TriggerActivation", 0, 4}, Row{"TLParamsLocked", 0, 1}}) {
         for (const int good : {row.highest, row.lowest}) {
             set(row.name, good);
             EXPECT_EQ(static_cast<uint64_t>(good), number(row.name)) << row.name;
@@ -157,11 +150,8 @@ TEST_F(ConfiguredCamera, TakesNumbersUpToTheirLimits)
         double lowest;
         double highest;
     };
-    for (const Row& row : {
-             Row{"AcquisitionFrameRate", 0.001, 100000  },
-             Row{"ExposureTime",         1,     10000000},
-             Row{"Gain",                 -12,   48      }
-    }) {
+    for (const Row& row : {Row{"AcquisitionFrameRate", 0.001, 100000}, Row{"ExposureTime", 1, 10000000},
+                           Row{"Gain", -12, 48}}) {
         for (const double good : {row.highest, row.lowest, 17.25}) {
             set(row.name, good);
             EXPECT_EQ(good, real(row.name)) << row.name;

@@ -1,16 +1,15 @@
-#include "unit/simulator/configuration_texts.h"
-#include "unit/simulator/picture_files.h"
-
-#include "simulator/config/ConfigurationFile.h"
-#include "simulator/config/YamlDocument.h"
-
-#include <gmock/gmock.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
+
+#include <gmock/gmock.h>
 #include <sys/stat.h>
+
+#include "simulator/config/ConfigurationFile.h"
+#include "simulator/config/YamlDocument.h"
+#include "unit/simulator/configuration_texts.h"
+#include "unit/simulator/picture_files.h"
 
 namespace {
 
@@ -56,19 +55,19 @@ protected:
     }
 
     const zvsim_test::Folder home;
-    const fs::path chosen = home.file("chosen");
-    const fs::path usual_file = home.path() / ".config/zvgentl/grabbers.yaml";
-    const fs::path chosen_file = chosen / "zvgentl/grabbers.yaml";
+    const fs::path chosen{home.file("chosen")};
+    const fs::path usual_file{home.path() / ".config/zvgentl/grabbers.yaml"};
+    const fs::path chosen_file{chosen / "zvgentl/grabbers.yaml"};
 #ifdef _WIN32
     static constexpr const char* folder_variable = "APPDATA";
     const Variable chosen_variable{folder_variable, (home.path() / ".config").string()};
     const Variable system_variable{"ProgramData", (home.path() / "machine").string()};
-    const std::string system_file = (home.path() / "machine" / "zvgentl" / "grabbers.yaml").string();
+    const std::string system_file{(home.path() / "machine" / "zvgentl" / "grabbers.yaml").string()};
 #else
     static constexpr const char* folder_variable = "XDG_CONFIG_HOME";
     const Variable home_variable{"HOME", home.path().string()};
     const Variable chosen_variable{folder_variable, ""};
-    const std::string system_file = "/etc/zvgentl/grabbers.yaml";
+    const std::string system_file{"/etc/zvgentl/grabbers.yaml"};
 #endif
     const Variable named{"ZV_GRABBER_CONFIG", ""};
 };

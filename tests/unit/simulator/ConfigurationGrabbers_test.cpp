@@ -1,14 +1,13 @@
-#include "unit/simulator/configuration_texts.h"
-#include "unit/simulator/picture_files.h"
-
-#include "simulator/config/CameraReader.h"
-
-#include "zvgr/ZVGRLib.h"
+#include <set>
+#include <stdexcept>
 
 #include <gmock/gmock.h>
 
-#include <set>
-#include <stdexcept>
+#include "zvgr/ZVGRLib.h"
+
+#include "simulator/config/CameraReader.h"
+#include "unit/simulator/configuration_texts.h"
+#include "unit/simulator/picture_files.h"
 
 namespace {
 

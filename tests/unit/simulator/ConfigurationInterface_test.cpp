@@ -1,11 +1,12 @@
-// What a configuration file brings about, through the interface alone.
-#include "unit/simulator/fixtures.h"
-#include "unit/simulator/picture_files.h"
-
 #include <cstring>
 #include <fstream>
 #include <set>
 #include <sstream>
+
+#include "unit/simulator/fixtures.h"
+#include "unit/simulator/picture_files.h"
+
+// What a configuration file brings about, through the interface alone.
 
 namespace {
 

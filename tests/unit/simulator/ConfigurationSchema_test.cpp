@@ -1,19 +1,19 @@
-// The schema and the examples, next to what the library reads.
-#include "unit/simulator/configuration_texts.h"
-
-#include "simulator/Limits.h"
-#include "simulator/config/ConfigurationFile.h"
-#include "simulator/config/GrabberReader.h"
-#include "simulator/faults/FaultKind.h"
-
-#include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <regex>
 #include <set>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "simulator/Limits.h"
+#include "simulator/config/ConfigurationFile.h"
+#include "simulator/config/GrabberReader.h"
+#include "simulator/faults/FaultKind.h"
+#include "unit/simulator/configuration_texts.h"
+
+// The schema and the examples, next to what the library reads.
 
 namespace {
 
@@ -42,7 +42,7 @@ json section_schema(const json& schema, const std::string& section)
 
 class Schema : public testing::Test {
 protected:
-    const json schema = json::parse(text_of(project / "docs/zv-grabber.schema.json"));
+    const json schema = json::parse(text_of(project / "docs/zv-grabber.schema.json")); // braces make a list
     json property(const char* section, const char* key) const
     {
         return section_schema(schema, section).at("properties").at(key);

@@ -1,9 +1,8 @@
-#include "unit/simulator/picture_files.h"
+#include <gmock/gmock.h>
 
 #include "simulator/Configuration.h"
 #include "simulator/Devices.h"
-
-#include <gmock/gmock.h>
+#include "unit/simulator/picture_files.h"
 
 namespace {
 
@@ -82,12 +81,7 @@ TEST(Configuration, PayloadIsTheSizeOfAPicture)
 TEST(Configuration, RateHoldsForAllCameras)
 {
     const std::vector<std::pair<const char*, double>> rates{
-        {"0",      0     },
-        {"12.5",   12.5  },
-        {"1000",   1000  },
-        {"0.001",  0.001 },
-        {"100000", 100000}
-    };
+        {"0", 0}, {"12.5", 12.5}, {"1000", 1000}, {"0.001", 0.001}, {"100000", 100000}};
     for (const auto& [text, rate] : rates) {
         const auto configuration = Configuration::make(with_rate(text));
         EXPECT_THAT(configuration->warnings, IsEmpty());

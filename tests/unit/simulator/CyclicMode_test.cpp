@@ -1,10 +1,10 @@
-#include "unit/simulator/fixtures.h"
-
-#include "zvgr/FrameStamp.h"
-
 #include <algorithm>
 #include <cstring>
 #include <thread>
+
+#include "zvgr/FrameStamp.h"
+
+#include "unit/simulator/fixtures.h"
 
 namespace {
 

@@ -1,7 +1,8 @@
-// The decoder of the tests, against bytes written by hand from the pictures in the standards.
+#include <gtest/gtest.h>
+
 #include "unit/simulator/decode.h"
 
-#include <gtest/gtest.h>
+// The decoder of the tests, against bytes written by hand from the pictures in the standards.
 
 namespace {
 

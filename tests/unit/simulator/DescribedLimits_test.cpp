@@ -1,14 +1,14 @@
-// What the description of a camera offers, against what the camera takes.
-#include "unit/simulator/described_models.h"
-#include "unit/simulator/description_xml.h"
-
-#include "simulator/features/CameraRegisters.h"
-#include "simulator/features/Description.h"
+#include <algorithm>
+#include <cmath>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
+#include "simulator/features/CameraRegisters.h"
+#include "simulator/features/Description.h"
+#include "unit/simulator/described_models.h"
+#include "unit/simulator/description_xml.h"
+
+// What the description of a camera offers, against what the camera takes.
 
 namespace {
 
@@ -29,24 +29,13 @@ TEST(CameraDescription, OffersTheFormatsOfTheModel)
     zvsim::CameraModel model = camera_model();
     const DescriptionXml pfnc{describe_camera(model)->text};
     EXPECT_EQ((std::map<std::string, std::string>{
-                  {"Mono8",     "17301505"},
-                  {"BayerRG12", "17825809"},
-                  {"RGB8",      "35127316"}
-    }),
+                  {"Mono8", "17301505"}, {"BayerRG12", "17825809"}, {"RGB8", "35127316"}}),
               entries_of(*pfnc.find("PixelFormat")));
-    EXPECT_EQ((std::map<std::string, std::string>{
-                  {"Bpp8",  "8" },
-                  {"Bpp16", "16"},
-                  {"Bpp24", "24"}
-    }),
+    EXPECT_EQ((std::map<std::string, std::string>{{"Bpp8", "8"}, {"Bpp16", "16"}, {"Bpp24", "24"}}),
               entries_of(*pfnc.find("PixelSize")));
     model.format_codes = zvsim::FormatCodes::coaxpress;
     const DescriptionXml coaxpress{describe_camera(model)->text};
-    EXPECT_EQ((std::map<std::string, std::string>{
-                  {"Mono8",     "257" },
-                  {"BayerRG12", "803" },
-                  {"RGB8",      "1025"}
-    }),
+    EXPECT_EQ((std::map<std::string, std::string>{{"Mono8", "257"}, {"BayerRG12", "803"}, {"RGB8", "1025"}}),
               entries_of(*coaxpress.find("PixelFormat")));
 }
 
@@ -86,7 +75,7 @@ protected:
         return space.write(row.address, bytes, row.length) == row.length;
     }
 
-    const zvsim::GrabberModel grabber = grabber_model();
+    const zvsim::GrabberModel grabber{grabber_model()};
     zvsim::CameraDevice camera{grabber.cameras.front(), grabber};
     const DescriptionXml xml{camera.description().text};
 };

@@ -1,17 +1,17 @@
-// The register descriptions: by the rules of GenApi 1.1, and register by register against the tables.
-#include "unit/simulator/described_models.h"
-#include "unit/simulator/description_xml.h"
-#include "unit/simulator/schema_order.h"
+#include <algorithm>
+#include <regex>
+#include <set>
+
+#include <gtest/gtest.h>
 
 #include "simulator/features/CameraRegisters.h"
 #include "simulator/features/Description.h"
 #include "simulator/features/GrabberRegisters.h"
+#include "unit/simulator/described_models.h"
+#include "unit/simulator/description_xml.h"
+#include "unit/simulator/schema_order.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <regex>
-#include <set>
+// The register descriptions: by the rules of GenApi 1.1, and register by register against the tables.
 
 namespace {
 
@@ -23,7 +23,8 @@ struct Place {
     uint64_t address;
     uint64_t length;
     bool is_writable;
-    std::string kind; ///< Of the node.
+    /// Of the node.
+    std::string kind;
 
     bool operator==(const Place& other) const
     {
@@ -70,7 +71,8 @@ std::vector<Place> grabber_places(size_t cameras)
 struct Case {
     const char* name;
     std::shared_ptr<const zvsim::Description> description;
-    std::vector<Place> places; ///< By address.
+    /// By address.
+    std::vector<Place> places;
 };
 
 class ADescription : public testing::TestWithParam<Case> {
@@ -271,10 +273,10 @@ std::vector<Case> cases()
     zvsim::GrabberModel empty = grabber_model();
     empty.cameras.clear();
     return {
-        {"Camera",        zvsim::describe_camera(camera_model()),   camera_places()  },
-        {"StrangeCamera", zvsim::describe_camera(strange),          camera_places()  },
-        {"Grabber",       zvsim::describe_grabber(grabber_model()), grabber_places(3)},
-        {"GrabberOfNone", zvsim::describe_grabber(empty),           grabber_places(1)},
+        {"Camera", zvsim::describe_camera(camera_model()), camera_places()},
+        {"StrangeCamera", zvsim::describe_camera(strange), camera_places()},
+        {"Grabber", zvsim::describe_grabber(grabber_model()), grabber_places(3)},
+        {"GrabberOfNone", zvsim::describe_grabber(empty), grabber_places(1)},
     };
 }
 

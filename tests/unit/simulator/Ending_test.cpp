@@ -1,7 +1,8 @@
-// What the library promises about the end of streams: from other threads, and from inside callbacks.
+#include <thread>
+
 #include "unit/simulator/fixtures.h"
 
-#include <thread>
+// What the library promises about the end of streams: from other threads, and from inside callbacks.
 
 namespace {
 

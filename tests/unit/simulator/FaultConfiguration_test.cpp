@@ -1,8 +1,7 @@
-#include "simulator/faults/FaultConfiguration.h"
-
-#include "unit/simulator/configuration_texts.h"
-
 #include <gmock/gmock.h>
+
+#include "simulator/faults/FaultConfiguration.h"
+#include "unit/simulator/configuration_texts.h"
 
 namespace {
 
@@ -34,10 +33,7 @@ struct Reading {
         YamlErrors found{"faults.yaml"};
         const YamlDocument document{text, found};
         static const YamlKeys keys{"file", fault_keys()};
-        plan = zvsim::read_fault_plan(YamlMap{
-            YamlValue{document.root(), "the file", found},
-            keys
-        });
+        plan = zvsim::read_fault_plan(YamlMap{YamlValue{document.root(), "the file", found}, keys});
         errors = found.lines();
     }
 
@@ -200,28 +196,28 @@ TEST_P(WrongFault, IsReportedWithItsLineAndWhatIsAllowed)
 }
 
 const Mistake mistakes[] = {
-    {"NoKind",            "times: 1",                                                 "'kind' is missing",     "a kind of fault"   },
-    {"UnknownKind",       "kind: scan-fail",                                          "scan-fail",             "scan-fails"        },
-    {"UnknownKey",        "kind: scan-fails, tims: 1",                                "tims",                  "times"             },
-    {"NoFunction",        "kind: call-fails",                                         "'function' is missing", "the name"          },
-    {"UnknownFunction",   "kind: call-fails, function: ZVGR_Opn",                     "ZVGR_Opn",              "ZVGR_Open"         },
-    {"FunctionOfNoKind",  "kind: scan-fails, function: ZVGR_Open",                    "'function'",            "status"            },
-    {"NoOutput",          "kind: call-leaves-output-untouched, function: ZVGR_Close", "ZVGR_Close",
-     "ZVGR_CameraInfo2"                                                                                                            },
-    {"Success",           "kind: scan-fails, status: 0x3000",                         "0x3000",                "any number but"    },
-    {"StatusOfAPointer",  "kind: grabber-name-missing, status: 1",                    "'status'",              "kind"              },
-    {"NoTime",            "kind: frame-late",                                         "'time' is missing",     "100 ms"            },
-    {"TimeWithoutUnit",   "kind: frame-late, time: 5",                                "time",                  "ms"                },
-    {"CameraAlone",       "kind: camera-open-fails, camera: 1",                       "without its grabber",   "grabber and camera"},
-    {"FrameOfACall",      "kind: scan-fails, when: {frame: 1}",                       "'frame'",               "call"              },
-    {"CallOfAFrame",      "kind: frame-dropped, when: {call: 1}",                     "'call'",                "frame"             },
-    {"UntilTooEarly",     "kind: frame-dropped, when: {frame: 9, until: 8}",          "'until'",               "later"             },
-    {"SinceWithoutAfter", "kind: frame-dropped, when: {since: start}",                "'since'",               "after"             },
-    {"Probability",       "kind: frame-dropped, when: {probability: 1.5}",            "1.5",                   "0"                 },
-    {"CallZero",          "kind: scan-fails, when: {call: 0}",                        "0",                     "1"                 },
-    {"ForeignNumber",     "kind: frame-truncated, by: 4",                             "'by'",                  "bytes"             },
-    {"AwayForNoLoss",     "kind: frame-dropped, away_for_scans: 1",                   "'away_for_scans'",      "times"             },
-    {"NameOfACall",       "kind: scan-fails, name: Width",                            "'name'",                "status"            },
+    {"NoKind", "times: 1", "'kind' is missing", "a kind of fault"},
+    {"UnknownKind", "kind: scan-fail", "scan-fail", "scan-fails"},
+    {"UnknownKey", "kind: scan-fails, tims: 1", "tims", "times"},
+    {"NoFunction", "kind: call-fails", "'function' is missing", "the name"},
+    {"UnknownFunction", "kind: call-fails, function: ZVGR_Opn", "ZVGR_Opn", "ZVGR_Open"},
+    {"FunctionOfNoKind", "kind: scan-fails, function: ZVGR_Open", "'function'", "status"},
+    {"NoOutput", "kind: call-leaves-output-untouched, function: ZVGR_Close", "ZVGR_Close",
+     "ZVGR_CameraInfo2"},
+    {"Success", "kind: scan-fails, status: 0x3000", "0x3000", "any number but"},
+    {"StatusOfAPointer", "kind: grabber-name-missing, status: 1", "'status'", "kind"},
+    {"NoTime", "kind: frame-late", "'time' is missing", "100 ms"},
+    {"TimeWithoutUnit", "kind: frame-late, time: 5", "time", "ms"},
+    {"CameraAlone", "kind: camera-open-fails, camera: 1", "without its grabber", "grabber and camera"},
+    {"FrameOfACall", "kind: scan-fails, when: {frame: 1}", "'frame'", "call"},
+    {"CallOfAFrame", "kind: frame-dropped, when: {call: 1}", "'call'", "frame"},
+    {"UntilTooEarly", "kind: frame-dropped, when: {frame: 9, until: 8}", "'until'", "later"},
+    {"SinceWithoutAfter", "kind: frame-dropped, when: {since: start}", "'since'", "after"},
+    {"Probability", "kind: frame-dropped, when: {probability: 1.5}", "1.5", "0"},
+    {"CallZero", "kind: scan-fails, when: {call: 0}", "0", "1"},
+    {"ForeignNumber", "kind: frame-truncated, by: 4", "'by'", "bytes"},
+    {"AwayForNoLoss", "kind: frame-dropped, away_for_scans: 1", "'away_for_scans'", "times"},
+    {"NameOfACall", "kind: scan-fails, name: Width", "'name'", "status"},
 };
 
 std::string name_of(const testing::TestParamInfo<Mistake>& mistake) { return mistake.param.name; }

@@ -1,15 +1,15 @@
-// The page about faults and the list of what the producer answers to them, next to the kinds that there are.
-#include "unit/simulator/configuration_texts.h"
-
-#include "simulator/faults/FaultKind.h"
-
-#include <gmock/gmock.h>
-
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
 #include <string>
+
+#include <gmock/gmock.h>
+
+#include "simulator/faults/FaultKind.h"
+#include "unit/simulator/configuration_texts.h"
+
+// The page about faults and the list of what the producer answers to them, next to the kinds that there are.
 
 namespace {
 

@@ -1,8 +1,8 @@
-#include "simulator/faults/RuleState.h"
+#include <vector>
 
 #include <gmock/gmock.h>
 
-#include <vector>
+#include "simulator/faults/RuleState.h"
 
 namespace {
 

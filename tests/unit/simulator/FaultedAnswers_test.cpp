@@ -1,10 +1,10 @@
-#include "unit/simulator/faults.h"
-
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
+
+#include <gmock/gmock.h>
+
+#include "unit/simulator/faults.h"
 
 namespace {
 
@@ -17,8 +17,8 @@ constexpr size_t url_space = 260;
 /// A URL with what stands behind the memory that the library was given.
 struct Url {
     std::array<char, url_space + 40> memory;
-    uint64_t size = url_space;
-    uint32_t status = 0;
+    uint64_t size{url_space};
+    uint32_t status{0};
 
     explicit Url(uint32_t handle)
     {

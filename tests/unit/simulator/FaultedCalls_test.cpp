@@ -1,7 +1,7 @@
+#include <gmock/gmock.h>
+
 #include "unit/simulator/faults.h"
 #include "unit/simulator/faulty_calls.h"
-
-#include <gmock/gmock.h>
 
 namespace {
 
@@ -34,7 +34,7 @@ protected:
 
 class EveryStatusCall : public FaultedCalls, public testing::WithParamInterface<StatusCall> {
 protected:
-    const StatusCall& row = GetParam();
+    const StatusCall& row{GetParam()};
 };
 
 TEST_P(EveryStatusCall, FailsByTheKindOfItsOwn)

@@ -1,8 +1,8 @@
-#include "unit/simulator/faults.h"
+#include <gmock/gmock.h>
 
 #include "zvgr/FrameStamp.h"
 
-#include <gmock/gmock.h>
+#include "unit/simulator/faults.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "unit/simulator/faults.h"
-
 #include <gmock/gmock.h>
+
+#include "unit/simulator/faults.h"
 
 namespace {
 

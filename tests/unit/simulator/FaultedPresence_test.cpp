@@ -1,6 +1,6 @@
-#include "simulator/faults/Presence.h"
-
 #include <gtest/gtest.h>
+
+#include "simulator/faults/Presence.h"
 
 namespace {
 
@@ -101,9 +101,7 @@ TEST(FaultedPresence, ALossCanEndByTime)
 
 TEST(FaultedPresence, CablesArePulledBeforeTheScanThatTheyNameAndStayOut)
 {
-    Presence presence{
-        grabbers, {at_scan(2, false, camera), at_scan(4, true, camera)}
-    };
+    Presence presence{grabbers, {at_scan(2, false, camera), at_scan(4, true, camera)}};
     presence.begin_scan();
     EXPECT_TRUE(presence.has(camera));
     presence.begin_scan();
@@ -117,9 +115,7 @@ TEST(FaultedPresence, CablesArePulledBeforeTheScanThatTheyNameAndStayOut)
 
 TEST(FaultedPresence, CablesArePulledInTime)
 {
-    Presence presence{
-        grabbers, {at_time(1s, false, grabber), at_time(3s, true, grabber)}
-    };
+    Presence presence{grabbers, {at_time(1s, false, grabber), at_time(3s, true, grabber)}};
     presence.advance(first_scan, first_scan);
     EXPECT_TRUE(presence.has(grabber));
     presence.advance(first_scan, first_scan + 1s);

@@ -1,9 +1,8 @@
-// What writing features does to the frames.
-#include "unit/simulator/configured_camera.h"
-
 #include <atomic>
 #include <set>
 #include <thread>
+
+#include "unit/simulator/configured_camera.h"
 
 namespace {
 

@@ -1,16 +1,14 @@
-// Pictures of a folder as a camera shows them.
-#include "unit/simulator/decode.h"
-#include "unit/simulator/tiff_files.h"
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
 
 #include "simulator/Devices.h"
 #include "simulator/PictureFolder.h"
 #include "simulator/PictureSource.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <stdexcept>
+#include "unit/simulator/decode.h"
+#include "unit/simulator/tiff_files.h"
 
 namespace {
 
@@ -150,10 +148,7 @@ TEST(FolderSource, GivesAMosaicOfAColorPicture)
     const PlayedFolder played = PlayedFolder{Pixels::rgb_8}.as("BayerRG8").show(2, 4, 8, 6);
     const Decoded file = played.file(0);
     const Decoded shown = played.shown(0);
-    const size_t filters[2][2] = {
-        {0, 1},
-        {1, 2}
-    };
+    const size_t filters[2][2] = {{0, 1}, {1, 2}};
     for (size_t y = 0; y < 6; ++y) {
         for (size_t x = 0; x < 8; ++x)
             ASSERT_EQ(file.at(x + 2, y + 4, filters[y % 2][x % 2]), shown.at(x, y, 0));

@@ -1,9 +1,9 @@
-#include "zvgr/FrameStamp.h"
+#include <numeric>
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-#include <vector>
+#include "zvgr/FrameStamp.h"
 
 namespace {
 

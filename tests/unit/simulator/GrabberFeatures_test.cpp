@@ -1,8 +1,7 @@
-// The registers of a grabber.
+#include <set>
+
 #include "unit/simulator/configured_camera.h"
 #include "unit/simulator/faults.h"
-
-#include <set>
 
 namespace {
 

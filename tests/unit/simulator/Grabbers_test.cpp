@@ -1,7 +1,7 @@
-#include "unit/simulator/fixtures.h"
-
 #include <cstring>
 #include <set>
+
+#include "unit/simulator/fixtures.h"
 
 namespace {
 

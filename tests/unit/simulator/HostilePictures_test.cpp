@@ -1,12 +1,10 @@
-// Files that are damaged, or were made to do damage.
-#include "unit/simulator/tiff_files.h"
-
-#include "simulator/PictureFolder.h"
+#include <fstream>
+#include <iterator>
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-#include <iterator>
+#include "simulator/PictureFolder.h"
+#include "unit/simulator/tiff_files.h"
 
 namespace {
 
@@ -118,10 +116,9 @@ TEST(HostilePng, ThatClaimsToBeHugeIsRefusedUnread)
     using namespace std::string_literals;
     const Folder folder;
     const std::vector<std::pair<std::string, std::string>> claims{
-        {png_of_size(folder, "\x7F\xFF\xFF\xFF"s, "\x7F\xFF\xFF\xFF"s), "65536 pixels on a side"  },
-        {png_of_size(folder, "\0\0\xFF\xFF"s,     "\0\0\xFF\xFF"s),     "more than 1 GiB"         },
-        {png_of_size(folder, "\0\0\x7F\xFF"s,     "\0\0\x7F\xFF"s),     "too short for its pixels"}
-    };
+        {png_of_size(folder, "\x7F\xFF\xFF\xFF"s, "\x7F\xFF\xFF\xFF"s), "65536 pixels on a side"},
+        {png_of_size(folder, "\0\0\xFF\xFF"s, "\0\0\xFF\xFF"s), "more than 1 GiB"},
+        {png_of_size(folder, "\0\0\x7F\xFF"s, "\0\0\x7F\xFF"s), "too short for its pixels"}};
     for (const auto& [content, reason] : claims) {
         folder.write("a.png", content);
         std::string problem;

@@ -1,5 +1,3 @@
-/// \file LoadedLibrary.h
-/// The grabber library as a program finds it that loads and unloads it at run time.
 #pragma once
 
 #include "zvgr/ZVGRLib.h"

@@ -1,8 +1,8 @@
-#include "simulator/Pacer.h"
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include "simulator/Pacer.h"
 
 namespace {
 
@@ -118,10 +118,7 @@ TEST(Pacer, AfterANewRateItSkipsWhatIsMoreThanASecondOld)
 
 TEST(Pacer, TriggeredFramesHappenWhenTheyAreTaken)
 {
-    Pacer pacer{
-        {10, true},
-        start
-    };
+    Pacer pacer{{10, true}, start};
     EXPECT_FALSE(pacer.is_free_running());
     EXPECT_EQ(start, pacer.due());
     EXPECT_EQ(start_ticks + 25, pacer.take(start + 1us).timestamp);
@@ -130,10 +127,7 @@ TEST(Pacer, TriggeredFramesHappenWhenTheyAreTaken)
 
 TEST(Pacer, TheRateComesBackAfterTriggers)
 {
-    Pacer pacer{
-        {10, true},
-        start
-    };
+    Pacer pacer{{10, true}, start};
     pacer.take(start + 3s);
     pacer.set_pace({10}, start + 3s + 20ms);
     EXPECT_EQ(start + 3s + 100ms, pacer.due());
@@ -142,10 +136,7 @@ TEST(Pacer, TheRateComesBackAfterTriggers)
 
 TEST(Pacer, ARateThatComesWithoutAnyTriggerBeginsNow)
 {
-    Pacer pacer{
-        {10, true},
-        start
-    };
+    Pacer pacer{{10, true}, start};
     pacer.set_pace({10}, start + 30s);
     EXPECT_EQ(start + 30s, pacer.due());
     EXPECT_EQ(0U, pacer.take(start + 30s).id);

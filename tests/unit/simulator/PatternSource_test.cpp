@@ -1,11 +1,11 @@
-#include "simulator/Devices.h"
-#include "simulator/pictures/PatternSource.h"
-
-#include "zvgr/FrameStamp.h"
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include "zvgr/FrameStamp.h"
+
+#include "simulator/Devices.h"
+#include "simulator/pictures/PatternSource.h"
 
 namespace {
 
@@ -91,9 +91,7 @@ TEST(PatternSource, StaysWithinTheRoomThatItIsGiven)
 {
     const CameraModel camera = camera_of(20, 10, "Mono8");
     const GrabberModel grabber;
-    PatternSource source{
-        CameraDevice{camera, grabber}
-    };
+    PatternSource source{CameraDevice{camera, grabber}};
     for (size_t room = 0; room <= 220; ++room) {
         std::vector<unsigned char> target(240, 0x5A);
         source.draw(exposure_of(1), target.data(), room);

@@ -1,20 +1,20 @@
-// All patterns in all pixel formats, against a decoder that knows nothing of the library.
-#include "unit/simulator/decode.h"
-#include "unit/simulator/expected_picture.h"
-
-#include "simulator/Devices.h"
-#include "simulator/PictureSource.h"
-
-#include "support/FailingAllocations.h"
-#include "zvgr/FrameStamp.h"
-
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <limits>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "zvgr/FrameStamp.h"
+
+#include "simulator/Devices.h"
+#include "simulator/PictureSource.h"
+#include "support/FailingAllocations.h"
+#include "unit/simulator/decode.h"
+#include "unit/simulator/expected_picture.h"
+
+// All patterns in all pixel formats, against a decoder that knows nothing of the library.
 
 namespace {
 
@@ -131,11 +131,7 @@ TEST_P(EveryFormat, TakesTheMemoryThatItsCodeNames)
 
 TEST_P(EveryFormat, ShowsEveryPatternAsItsFormulaSays)
 {
-    for (const Window& window : {
-             Window{0, 0,  37, 17},
-             Window{3, 5,  7,  9 },
-             Window{2, 31, 1,  1 }
-    }) {
+    for (const Window& window : {Window{0, 0, 37, 17}, Window{3, 5, 7, 9}, Window{2, 31, 1, 1}}) {
         const Camera camera{format(), window};
         for (const TestPattern pattern : all_patterns())
             ASSERT_NO_FATAL_FAILURE(expect_frame(camera, shot_of(pattern, 1907 + window.width)));
@@ -144,9 +140,7 @@ TEST_P(EveryFormat, ShowsEveryPatternAsItsFormulaSays)
 
 TEST_P(EveryFormat, IsBrighterOrDarkerByTheExposure)
 {
-    const Camera camera{
-        format(), {3, 5, 7, 9}
-    };
+    const Camera camera{format(), {3, 5, 7, 9}};
     for (const double brightness : {0.0, 0.5, 1.5, 2.0, 1e30}) {
         for (const TestPattern pattern :
              {TestPattern::diagonal_ramp, TestPattern::horizontal_ramp, TestPattern::noise})
@@ -156,10 +150,7 @@ TEST_P(EveryFormat, IsBrighterOrDarkerByTheExposure)
 
 TEST_P(EveryFormat, HasSegmentsOneBelowTheOther)
 {
-    const Camera camera = Camera{
-        format(),
-        {1, 1, 5, 3}
-    }.with_segments(3);
+    const Camera camera = Camera{format(), {1, 1, 5, 3}}.with_segments(3);
     const size_t size = camera.payload() / 3;
     for (const TestPattern pattern : {TestPattern::diagonal_ramp, TestPattern::noise}) {
         const auto frame = camera.frame({7, pattern, 1});
@@ -171,10 +162,7 @@ TEST_P(EveryFormat, HasSegmentsOneBelowTheOther)
 
 TEST_P(EveryFormat, LeavesTheRestOfACutFrameAlone)
 {
-    const Camera plain = Camera{
-        format(),
-        {1, 1, 3, 2}
-    }.with_segments(2);
+    const Camera plain = Camera{format(), {1, 1, 3, 2}}.with_segments(2);
     const Camera stamped = Camera{plain}.with_stamp();
     const auto source = stamped.source();
     for (const TestPattern pattern : {TestPattern::diagonal_ramp, TestPattern::color_bars}) {
@@ -193,10 +181,7 @@ TEST_P(EveryFormat, LeavesTheRestOfACutFrameAlone)
 
 TEST_P(EveryFormat, CarriesTheStamp)
 {
-    const Camera camera = Camera{
-        format(),
-        {0, 0, 37, 17}
-    }.with_stamp();
+    const Camera camera = Camera{format(), {0, 0, 37, 17}}.with_stamp();
     for (const TestPattern pattern : all_patterns()) {
         const auto frame = camera.frame({0x1234567890, pattern, 0.75});
         const auto stamp = zvgr::read_stamp(frame.data(), frame.size());
@@ -208,9 +193,7 @@ TEST_P(EveryFormat, CarriesTheStamp)
 
 TEST_P(EveryFormat, RepeatsAFrameByteForByte)
 {
-    const Camera camera{
-        format(), {0, 0, 37, 17}
-    };
+    const Camera camera{format(), {0, 0, 37, 17}};
     const auto source = camera.source();
     for (const TestPattern pattern : all_patterns()) {
         const auto first = camera.frame({12, pattern, 1});
@@ -223,10 +206,7 @@ TEST_P(EveryFormat, RepeatsAFrameByteForByte)
 
 TEST_P(EveryFormat, AllocatesNothingForAFrame)
 {
-    const Camera camera = Camera{
-        format(),
-        {0, 0, 5, 3}
-    }.with_stamp();
+    const Camera camera = Camera{format(), {0, 0, 5, 3}}.with_stamp();
     const auto source = camera.source();
     std::vector<unsigned char> frame(camera.payload());
     const zvtest::CountedAllocations counted;
@@ -242,9 +222,7 @@ INSTANTIATE_TEST_SUITE_P(Pfnc, EveryFormat, testing::ValuesIn(zvsim::pixel_forma
 
 TEST(Patterns, DifferFromOneAnother)
 {
-    const Camera camera{
-        zvsim::pixel_format("Mono8"), {0, 0, sensor_width, sensor_height}
-    };
+    const Camera camera{zvsim::pixel_format("Mono8"), {0, 0, sensor_width, sensor_height}};
     std::vector<std::vector<unsigned char>> films;
     for (const TestPattern pattern : all_patterns()) {
         auto film = camera.frame({0, pattern, 1});
@@ -260,12 +238,8 @@ TEST(Patterns, DifferFromOneAnother)
 TEST(Patterns, StayWhereTheyAreWhenTheWindowMoves)
 {
     const zvsim::PixelFormat& format = zvsim::pixel_format("Mono12");
-    const Camera all{
-        format, {0, 0, sensor_width, sensor_height}
-    };
-    const Camera part{
-        format, {10, 20, 40, 30}
-    };
+    const Camera all{format, {0, 0, sensor_width, sensor_height}};
+    const Camera part{format, {10, 20, 40, 30}};
     for (const TestPattern pattern : all_patterns()) {
         const auto picture = all.frame({5, pattern, 1});
         const auto window = part.frame({5, pattern, 1});
@@ -300,9 +274,7 @@ TEST(Patterns, OnTheSmallestSensorsStayWithinThem)
 
 TEST(Patterns, TakeEveryBrightnessThereIs)
 {
-    const Camera camera{
-        zvsim::pixel_format("Mono16"), {0, 0, 8, 1}
-    };
+    const Camera camera{zvsim::pixel_format("Mono16"), {0, 0, 8, 1}};
     for (const double brightness : {std::nan(""), -1.0, 0.0})
         EXPECT_EQ(std::vector<unsigned char>(16, 0), camera.frame({0, TestPattern::white, brightness}));
     for (const double brightness : {1.0, 3.0, 1e300, std::numeric_limits<double>::infinity()})

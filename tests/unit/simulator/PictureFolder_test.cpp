@@ -1,11 +1,10 @@
-#include "unit/simulator/picture_files.h"
+#include <gmock/gmock.h>
 
 #include "simulator/Devices.h"
 #include "simulator/PictureFolder.h"
 #include "simulator/pictures/FolderSource.h"
 #include "simulator/pictures/PngFile.h"
-
-#include <gmock/gmock.h>
+#include "unit/simulator/picture_files.h"
 
 namespace {
 
@@ -34,12 +33,10 @@ TEST(PngFile, IsReadBitForBit)
 TEST(PngFile, HasThePixelFormatOfItsPixels)
 {
     const Folder folder;
-    const std::vector<std::pair<Pixels, std::string>> formats{
-        {Pixels::grey_8,  "Mono8" },
-        {Pixels::grey_16, "Mono16"},
-        {Pixels::rgb_8,   "RGB8"  },
-        {Pixels::rgb_16,  "RGB16" }
-    };
+    const std::vector<std::pair<Pixels, std::string>> formats{{Pixels::grey_8, "Mono8"},
+                                                              {Pixels::grey_16, "Mono16"},
+                                                              {Pixels::rgb_8, "RGB8"},
+                                                              {Pixels::rgb_16, "RGB16"}};
     for (const auto& [pixels, name] : formats) {
         write_png(folder.file("a.png"), test_picture(8, 8, pixels, 1));
         std::string problem;
@@ -49,12 +46,10 @@ TEST(PngFile, HasThePixelFormatOfItsPixels)
 
 TEST(PngFile, OfAnotherKindIsAProblem)
 {
-    const std::vector<std::pair<Pixels, std::string>> problems{
-        {Pixels::grey_1,       "1 bits in a sample"},
-        {Pixels::grey_alpha_8, "alpha channel"     },
-        {Pixels::rgba_8,       "alpha channel"     },
-        {Pixels::palette_8,    "palette"           }
-    };
+    const std::vector<std::pair<Pixels, std::string>> problems{{Pixels::grey_1, "1 bits in a sample"},
+                                                               {Pixels::grey_alpha_8, "alpha channel"},
+                                                               {Pixels::rgba_8, "alpha channel"},
+                                                               {Pixels::palette_8, "palette"}};
     const Folder folder;
     for (const auto& [pixels, reason] : problems) {
         write_png(folder.file("a.png"), test_picture(8, 8, pixels, 1));
@@ -154,10 +149,7 @@ TEST(FolderSource, StaysWithinTheRoomThatItIsGiven)
     camera.start.height = 4;
     camera.start.format = &read->format();
     const zvsim::GrabberModel grabber;
-    zvsim::FolderSource source{
-        zvsim::CameraDevice{camera, grabber},
-        *read
-    };
+    zvsim::FolderSource source{zvsim::CameraDevice{camera, grabber}, *read};
     for (const size_t room : {size_t{0}, size_t{10}, size_t{64}, size_t{70}}) {
         std::vector<unsigned char> target(80, 0x5A);
         source.draw({0, zvsim::TestPattern::diagonal_ramp, 1}, target.data(), room);

@@ -1,4 +1,3 @@
-// Folders of pictures, played through the interface.
 #include "unit/simulator/fixtures.h"
 #include "unit/simulator/picture_files.h"
 

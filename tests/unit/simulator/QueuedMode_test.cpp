@@ -1,10 +1,10 @@
-#include "unit/simulator/BlockingMemory.h"
-#include "unit/simulator/fixtures.h"
+#include <algorithm>
+#include <thread>
 
 #include "zvgr/FrameStamp.h"
 
-#include <algorithm>
-#include <thread>
+#include "unit/simulator/BlockingMemory.h"
+#include "unit/simulator/fixtures.h"
 
 namespace {
 
@@ -270,8 +270,8 @@ protected:
     }
 
     BlockingMemory blocking{4096};
-    uint64_t drawn = 0;
-    uint64_t next = 0;
+    uint64_t drawn{0};
+    uint64_t next{0};
     std::vector<uint64_t> reported;
 };
 

@@ -1,9 +1,10 @@
-// Register access of any address and length, and the URLs of the descriptions.
+#include <cstring>
+#include <utility>
+
 #include "unit/simulator/fixtures.h"
 #include "unit/simulator/register_calls.h"
 
-#include <cstring>
-#include <utility>
+// Register access of any address and length, and the URLs of the descriptions.
 
 namespace {
 

@@ -1,8 +1,7 @@
-#include "unit/simulator/tiff_files.h"
+#include <gmock/gmock.h>
 
 #include "simulator/pictures/TiffFile.h"
-
-#include <gmock/gmock.h>
+#include "unit/simulator/tiff_files.h"
 
 namespace {
 
@@ -56,12 +55,10 @@ TEST(TiffFile, IsReadWithAPredictor)
 TEST(TiffFile, HasThePixelFormatOfItsPixels)
 {
     const Folder folder;
-    const std::vector<std::pair<Pixels, std::string>> formats{
-        {Pixels::grey_8,  "Mono8" },
-        {Pixels::grey_16, "Mono16"},
-        {Pixels::rgb_8,   "RGB8"  },
-        {Pixels::rgb_16,  "RGB16" }
-    };
+    const std::vector<std::pair<Pixels, std::string>> formats{{Pixels::grey_8, "Mono8"},
+                                                              {Pixels::grey_16, "Mono16"},
+                                                              {Pixels::rgb_8, "RGB8"},
+                                                              {Pixels::rgb_16, "RGB16"}};
     for (const auto& [pixels, name] : formats) {
         write_tiff(folder.file("a.tif"), test_picture(8, 8, pixels, 1));
         std::string problem;
@@ -83,7 +80,7 @@ struct Refused {
     const char* name;
     const char* reason;
     std::function<void(TIFF*)> change;
-    Pixels pixels = Pixels::grey_8;
+    Pixels pixels{Pixels::grey_8};
 };
 
 class RefusedTiff : public testing::TestWithParam<Refused> {};
@@ -98,44 +95,45 @@ TEST_P(RefusedTiff, IsAProblemThatHasAName)
 }
 
 const std::vector<Refused> refused{
-    {"Tiles",                                                                          "in tiles",
+    {"Tiles", "in tiles",
      [](TIFF* tiff) {
          TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 32);
          TIFFSetField(tiff, TIFFTAG_TILELENGTH, 32);
-     }                                                                                                                                                                         },
-    {"Palette",                                                                        "palette",
+     }},
+    {"Palette", "palette",
      [](TIFF* tiff) {
          static std::vector<uint16_t> colors(256);
          TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
          TIFFSetField(tiff, TIFFTAG_COLORMAP, colors.data(), colors.data(), colors.data());
-     }                                                                                                                                                                         },
-    {"Negative",                                                                       "grey from black to white",
-     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE); }                                                                                       },
-    {"Alpha",                                                                          "alpha channel",
+     }},
+    {"Negative", "grey from black to white",
+     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE); }},
+    {"Alpha", "alpha channel",
      [](TIFF* tiff) {
          const uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
          TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 4);
          TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &alpha);
-     },                                                                                                                                                                          Pixels::rgb_8},
-    {"Planes",                                                                                "in planes",
-     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_SEPARATE); },                                                                     Pixels::rgb_8},
-    {"FewBits",                                                                   "4 bits in a sample",                                                                                             [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 4); }                                                                            },
-    {"ManyBits",                "32 bits in a sample",[](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 32); }},
-    {"SignedNumbers",               "unsigned numbers",
-     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT); }                                                                                                                                                                                                                     },
-    {"UpsideDown",   "from the top left",
+     },
+     Pixels::rgb_8},
+    {"Planes", "in planes",
+     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_SEPARATE); }, Pixels::rgb_8},
+    {"FewBits", "4 bits in a sample", [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 4); }},
+    {"ManyBits", "32 bits in a sample", [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 32); }},
+    {"SignedNumbers", "unsigned numbers",
+     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT); }},
+    {"UpsideDown", "from the top left",
      [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_BOTLEFT); }},
     {"OneColorMissing", "too few samples",
-     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB); }                                                                                                                                                                                                              },
-    {"HugeWidth",     "65536 pixels on a side",
+     [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB); }},
+    {"HugeWidth", "65536 pixels on a side",
      [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 70000); }},
-    {"MoreThanOneGibibyte",                "more than 1 GiB",
+    {"MoreThanOneGibibyte", "more than 1 GiB",
      [](TIFF* tiff) {
          TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 65536);
          TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 65536);
          TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1);
-     }                                                                                                                                                                                                               },
-    {"MorePixelsThanBytes",                                                                                "too short for its pixels",
+     }},
+    {"MorePixelsThanBytes", "too short for its pixels",
      [](TIFF* tiff) {
          TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 30000);
          TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 30000);

@@ -1,7 +1,6 @@
-// Frames that wait for triggers, and acquisition modes.
-#include "unit/simulator/configured_camera.h"
-
 #include <thread>
+
+#include "unit/simulator/configured_camera.h"
 
 namespace {
 
@@ -163,7 +162,7 @@ private:
         ASSERT_EQ(success, ZVGR_StreamDelete(other));
     }
 
-    uint64_t total = 0;
+    uint64_t total{0};
 };
 
 TEST_F(CountedAcquisition, ASingleFrameComesForEachStart)

@@ -1,16 +1,16 @@
-// The library when it is unloaded, and when the process ends, in every state.
-#include "unit/simulator/LoadedLibrary.h"
-#include "unit/simulator/fixtures.h"
-#include "unit/simulator/picture_files.h"
-
-#include <gmock/gmock.h>
-
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <thread>
 
+#include <gmock/gmock.h>
 #include <unistd.h>
+
+#include "unit/simulator/LoadedLibrary.h"
+#include "unit/simulator/fixtures.h"
+#include "unit/simulator/picture_files.h"
+
+// The library when it is unloaded, and when the process ends, in every state.
 
 namespace {
 
@@ -96,9 +96,9 @@ private:
 public:
     LoadedLibrary library;
     Receiver receiver;
-    uint32_t grabber = 0;
-    uint32_t camera = 0;
-    uint32_t stream = 0;
+    uint32_t grabber{0};
+    uint32_t camera{0};
+    uint32_t stream{0};
 };
 
 TEST(Unload, LeavesNothingAfterEverythingWasClosed)

@@ -1,16 +1,17 @@
-// The library when it is unloaded on Windows, where no unload can wait for a thread: whatever its threads run
-// in stays loaded until they have been joined.
-#include "unit/simulator/LoadedLibrary.h"
-#include "unit/simulator/fixtures.h"
-
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include <windows.h> // before the headers that need it
 
 #include <tlhelp32.h>
+
+#include "unit/simulator/LoadedLibrary.h"
+#include "unit/simulator/fixtures.h"
+
+// The library when it is unloaded on Windows, where no unload can wait for a thread: whatever its threads run
+// in stays loaded until they have been joined.
 
 namespace {
 
@@ -57,14 +58,14 @@ protected:
         ASSERT_EQ(success, library.camera_callback_register(camera, &Receiver::frame_callback, &receiver));
     }
 
-    size_t threads_before = thread_count();
+    size_t threads_before{thread_count()};
     Variable rate{"ZV_GRABBER_RATE", "0"};
     Variable size{"ZV_GRABBER_SIZE", "64x48"};
     LoadedLibrary library;
     Receiver receiver;
-    uint32_t grabber = 0;
-    uint32_t camera = 0;
-    uint32_t stream = 0;
+    uint32_t grabber{0};
+    uint32_t camera{0};
+    uint32_t stream{0};
 };
 
 TEST_F(Streaming, EndsWithTheGrabberAndThenTheLibraryCanGo)

@@ -1,11 +1,10 @@
-#include "simulator/config/YamlReader.h"
-
-#include "unit/simulator/configuration_texts.h"
+#include <cstdint>
+#include <limits>
 
 #include <gmock/gmock.h>
 
-#include <cstdint>
-#include <limits>
+#include "simulator/config/YamlReader.h"
+#include "unit/simulator/configuration_texts.h"
 
 namespace {
 
@@ -27,16 +26,15 @@ using zvsim_test::absolute_path;
 
 const YamlKeys& lamp()
 {
-    static const YamlKeys keys{
-        "lamp", {"color", "height", "switched_on", "power", "delay", "bulbs", "file"}
-    };
+    static const YamlKeys keys{"lamp", {"color", "height", "switched_on", "power", "delay", "bulbs", "file"}};
     return keys;
 }
 
 /// A text whose root is a lamp.
 struct Lamp {
     explicit Lamp(const std::string& text)
-        : errors{"lamp.yaml"}, document{text, errors}, map{YamlValue{document.root(), "the file", errors}, lamp()}
+        : errors{"lamp.yaml"}, document{text, errors}, map{YamlValue{document.root(), "the file", errors},
+                                                           lamp()}
     {
     }
 
@@ -136,10 +134,10 @@ TEST(YamlReader, ReadingGoesOnAfterAnErrorAndReportsAll)
 TEST(YamlReader, IntegersAreDecimalOrHexadecimalAndInTheirRange)
 {
     const std::vector<std::pair<const char*, int64_t>> accepted{
-        {"-5",                  -5                                 },
-        {"0",                   0                                  },
-        {"0x10",                16                                 },
-        {"0xff",                255                                },
+        {"-5", -5},
+        {"0", 0},
+        {"0x10", 16},
+        {"0xff", 255},
         {"9223372036854775807", std::numeric_limits<int64_t>::max()},
     };
     for (const auto& [text, expected] : accepted) {
@@ -179,13 +177,8 @@ TEST(YamlReader, NumbersAreFiniteAndInTheirRange)
 TEST(YamlReader, DurationsHaveAUnit)
 {
     const std::vector<std::pair<const char*, std::chrono::nanoseconds>> accepted{
-        {"40 ns",   40ns  },
-        {"10us",    10us  },
-        {"1.5 ms",  1500us},
-        {"2 s",     2s    },
-        {"'3 min'", 3min  },
-        {"0 s",     0s    },
-        {"-1 ms",   -1ms  },
+        {"40 ns", 40ns},   {"10us", 10us}, {"1.5 ms", 1500us}, {"2 s", 2s},
+        {"'3 min'", 3min}, {"0 s", 0s},    {"-1 ms", -1ms},
     };
     for (const auto& [text, expected] : accepted) {
         Lamp lamp{std::string{"delay: "} + text};
@@ -207,10 +200,7 @@ TEST(YamlReader, DurationsHaveAUnit)
 
 TEST(YamlReader, ChoiceTellsTheWordsAndTheNearestOne)
 {
-    const YamlChoices<int> colors{
-        {"red",   1},
-        {"green", 2}
-    };
+    const YamlChoices<int> colors{{"red", 1}, {"green", 2}};
     int color = 0;
     EXPECT_TRUE(Lamp{"color: green"}.map.choice("color", color, colors));
     EXPECT_EQ(2, color);

@@ -1,12 +1,12 @@
-/// \file configuration_texts.h
-/// Configurations made of the texts of their files.
 #pragma once
-
-#include "simulator/Configuration.h"
 
 #include <algorithm>
 #include <memory>
 #include <string>
+
+#include "simulator/Configuration.h"
+
+// Configurations made of the texts of their files.
 
 namespace zvsim_test {
 

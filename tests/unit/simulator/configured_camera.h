@@ -1,13 +1,13 @@
-/// \file configured_camera.h
-/// A camera of a configuration file, with registers that are read and written by name.
 #pragma once
-
-#include "unit/simulator/fixtures.h"
-#include "unit/simulator/register_calls.h"
 
 #include <cstdio>
 #include <fstream>
 #include <string>
+
+#include "unit/simulator/fixtures.h"
+#include "unit/simulator/register_calls.h"
+
+// A camera of a configuration file, with registers that are read and written by name.
 
 namespace zvsim_test {
 
@@ -118,10 +118,10 @@ protected:
 
     PowerCycle power_cycle;
     ConfigurationFile file;
-    uint32_t grabber = ZV_NO_HANDLE;
+    uint32_t grabber{ZV_NO_HANDLE};
     std::vector<uint32_t> cameras;
-    uint32_t camera = ZV_NO_HANDLE;
-    uint32_t stream = ZV_NO_HANDLE;
+    uint32_t camera{ZV_NO_HANDLE};
+    uint32_t stream{ZV_NO_HANDLE};
     Receiver receiver;
 
 private:

@@ -1,11 +1,11 @@
-/// \file decode.h
-/// Reads frames by the memory layouts of PFNC and GigE Vision, with nothing but the name of the pixel format:
-/// a second opinion on what the library writes.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+// Reads frames by the memory layouts of PFNC and GigE Vision, with nothing but the name of the pixel format:
+// a second opinion on what the library writes.
 
 namespace zvsim_test {
 
@@ -18,7 +18,8 @@ struct FormatLayout {
 
     Order order;
     Packing packing;
-    unsigned bits; ///< Of a sample.
+    /// Of a sample.
+    unsigned bits;
 
     bool has_luma() const { return order >= Order::u_y_y_v_y_y; }
     size_t channels() const { return order == Order::mono ? 1 : order == Order::rgba ? 4 : 3; }

@@ -1,8 +1,8 @@
-/// \file described_models.h
-/// The camera and the grabber whose descriptions are looked at.
 #pragma once
 
 #include "simulator/Model.h"
+
+// The camera and the grabber whose descriptions are looked at.
 
 namespace zvsim_test {
 

@@ -1,5 +1,3 @@
-/// \file description_xml.h
-/// A register description as its nodes, read with libxml2.
 #pragma once
 
 #include <map>
@@ -9,6 +7,8 @@
 
 #include <libxml/tree.h>
 
+// A register description as its nodes, read with libxml2.
+
 namespace zvsim_test {
 
 /// An element below a node.
@@ -16,7 +16,8 @@ struct DescribedProperty {
     std::string name;
     std::string value;
     std::map<std::string, std::string> attributes;
-    std::vector<DescribedProperty> children; ///< Of an enumeration entry.
+    /// Of an enumeration entry.
+    std::vector<DescribedProperty> children;
 
     /// Names another node.
     bool is_reference() const

@@ -1,10 +1,10 @@
 #include "unit/simulator/expected_picture.h"
 
-#include "unit/simulator/decode.h"
-
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+
+#include "unit/simulator/decode.h"
 
 namespace zvsim_test {
 
@@ -21,16 +21,8 @@ Color grey(uint64_t sample)
 Color bar_color(uint32_t bar, uint32_t full)
 {
     // White, yellow, cyan, green, magenta, red, blue, black.
-    const Color colors[] = {
-        {full, full, full},
-        {full, full, 0   },
-        {0,    full, full},
-        {0,    full, 0   },
-        {full, 0,    full},
-        {full, 0,    0   },
-        {0,    0,    full},
-        {0,    0,    0   }
-    };
+    const Color colors[] = {{full, full, full}, {full, full, 0}, {0, full, full}, {0, full, 0},
+                            {full, 0, full},    {full, 0, 0},    {0, 0, full},    {0, 0, 0}};
     return colors[bar];
 }
 

@@ -1,22 +1,22 @@
-/// \file expected_picture.h
-/// The test patterns by their documented formulas, pixel by pixel.
 #pragma once
-
-#include "simulator/Settings.h"
 
 #include <array>
 #include <cstdint>
 #include <string>
+
+#include "simulator/Settings.h"
+
+// The test patterns by their documented formulas, pixel by pixel.
 
 namespace zvsim_test {
 
 /// A picture of which pixels are asked for.
 struct Shot {
     zvsim::TestPattern pattern;
-    uint64_t picture = 0;
-    uint32_t sensor_width = 0;
-    uint32_t sensor_height = 0;
-    double brightness = 1;
+    uint64_t picture{0};
+    uint32_t sensor_width{0};
+    uint32_t sensor_height{0};
+    double brightness{1};
 };
 
 using Color = std::array<uint32_t, 3>;

@@ -1,8 +1,4 @@
-/// \file faults.h
-/// What the tests of faults begin with: a configuration file and a grabber library that has read it.
 #pragma once
-
-#include "unit/simulator/fixtures.h"
 
 #include <filesystem>
 #include <fstream>
@@ -12,6 +8,10 @@
 #include <vector>
 
 #include <unistd.h>
+
+#include "unit/simulator/fixtures.h"
+
+// What the tests of faults begin with: a configuration file and a grabber library that has read it.
 
 namespace zvsim_test {
 
@@ -112,8 +112,8 @@ grabbers:
   cameras: [*camera]
 )";
 
-    std::filesystem::path m_folder =
-        std::filesystem::temp_directory_path() / ("zvsim_faults_" + std::to_string(getpid()));
+    std::filesystem::path m_folder{std::filesystem::temp_directory_path() /
+                                   ("zvsim_faults_" + std::to_string(getpid()))};
     std::vector<uint32_t> m_grabbers;
 };
 
@@ -176,7 +176,8 @@ public:
     const std::vector<uint64_t>& buffers() const { return m_buffers; }
 
     Receiver receiver;
-    std::vector<Report> reports; ///< Only between a stop and the next start.
+    /// Only between a stop and the next start.
+    std::vector<Report> reports;
 
 private:
     void note(uint64_t buffer)
@@ -190,7 +191,7 @@ private:
     }
 
     uint32_t m_camera;
-    uint32_t m_stream = ZV_NO_HANDLE;
+    uint32_t m_stream{ZV_NO_HANDLE};
     std::vector<uint64_t> m_buffers;
 };
 

@@ -173,7 +173,6 @@ const std::array<StatusCall, 26> status_calls{
      {"ZVGR_CameraStopAcquire_GenTL", "stop-fails", stop, 0, 0},
      {"ZVGR_CameraCallbackRegister", "callback-register-fails", register_frame, 0, 0},
      {"ZVGR_StreamBufferCallbackRegister", "callback-register-fails", register_buffer, 0, 0},
-     {"ZVGR_GetXmlUrl", "url-fails", url, 0, 0, true}}
-};
+     {"ZVGR_GetXmlUrl", "url-fails", url, 0, 0, true}}};
 
 } // namespace zvsim_test

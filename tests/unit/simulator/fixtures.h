@@ -1,10 +1,4 @@
-/// \file fixtures.h
-/// Situations that the tests of the software grabber library begin with, through its C interface alone.
 #pragma once
-
-#include "zvgr/ZVGRLib.h"
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
@@ -15,6 +9,12 @@
 #include <mutex>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include "zvgr/ZVGRLib.h"
+
+// Situations that the tests of the software grabber library begin with, through its C interface alone.
 
 namespace zvsim_test {
 
@@ -39,7 +39,7 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_is_open = false;
+    bool m_is_open{false};
 };
 
 /// An environment variable for the length of a test.
@@ -129,10 +129,10 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    uint64_t m_calls = 0;
-    bool m_has_ended = false;
-    uint64_t m_frames = 0;
-    uint64_t m_ends = 0;
+    uint64_t m_calls{0};
+    bool m_has_ended{false};
+    uint64_t m_frames{0};
+    uint64_t m_ends{0};
     std::atomic<bool> m_is_inside{false};
     std::atomic<bool> m_expects_silence{false};
 };
@@ -166,7 +166,7 @@ private:
     PowerCycle m_power_cycle;
     Variable m_rate;
     Variable m_size{"ZV_GRABBER_SIZE", "64x48"};
-    uint32_t m_count = 0;
+    uint32_t m_count{0};
 };
 
 /// One grabber, open, with its camera handles.
@@ -261,7 +261,7 @@ protected:
         return reinterpret_cast<const unsigned char*>(buffer_info(buffer, zv_buffer_address));
     }
 
-    uint32_t stream = ZV_NO_HANDLE;
+    uint32_t stream{ZV_NO_HANDLE};
     Receiver receiver;
 };
 
@@ -282,7 +282,7 @@ protected:
         receiver.expect_silence();
     }
 
-    uint32_t stream = ZV_NO_HANDLE;
+    uint32_t stream{ZV_NO_HANDLE};
     Receiver receiver;
 };
 

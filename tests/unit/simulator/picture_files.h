@@ -1,11 +1,11 @@
-/// \file picture_files.h
-/// Folders of PNG pictures made for a test.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+// Folders of PNG pictures made for a test.
 
 namespace zvsim_test {
 
@@ -29,11 +29,12 @@ private:
 enum class Pixels { grey_1, grey_8, grey_16, rgb_8, rgb_16, grey_alpha_8, rgba_8, palette_8 };
 
 struct TestPicture {
-    uint32_t width = 0;
-    uint32_t height = 0;
-    Pixels pixels = Pixels::grey_8;
-    bool is_interlaced = false;
-    std::vector<unsigned char> bytes; ///< As a file holds them: 16-bit values big-endian.
+    uint32_t width{0};
+    uint32_t height{0};
+    Pixels pixels{Pixels::grey_8};
+    bool is_interlaced{false};
+    /// As a file holds them: 16-bit values big-endian.
+    std::vector<unsigned char> bytes;
 
     /// What a camera delivers: 16-bit values little-endian.
     std::vector<unsigned char> in_memory() const;

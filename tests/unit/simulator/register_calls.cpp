@@ -1,9 +1,9 @@
 #include "unit/simulator/register_calls.h"
 
-#include "zvgr/ZVGRLib.h"
-
 #include <algorithm>
 #include <cstring>
+
+#include "zvgr/ZVGRLib.h"
 
 namespace zvsim_test {
 

@@ -1,10 +1,10 @@
-/// \file register_calls.h
-/// Register access through the C interface, and a camera with several pixel formats to use it on.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+// Register access through the C interface, and a camera with several pixel formats to use it on.
 
 namespace zvsim_test {
 
@@ -13,8 +13,10 @@ using Bytes = std::vector<unsigned char>;
 /// What an access answered.
 struct Transfer {
     uint32_t status;
-    uint32_t size; ///< As the size word says.
-    Bytes bytes;   ///< Of a read: as many as were asked for, 0xEE where nothing was written.
+    /// As the size word says.
+    uint32_t size;
+    /// Of a read: as many as were asked for, 0xEE where nothing was written.
+    Bytes bytes;
 };
 
 Transfer read_camera(uint32_t camera, uint64_t address, uint32_t size);

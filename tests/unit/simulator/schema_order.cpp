@@ -1,9 +1,9 @@
 #include "unit/simulator/schema_order.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <set>
+
+#include <gtest/gtest.h>
 
 namespace zvsim_test {
 
@@ -26,32 +26,32 @@ const std::map<std::string, std::vector<std::string>>& orders()
         return all;
     };
     static const std::map<std::string, std::vector<std::string>> table{
-        {"Category",      after({common, {"pFeature"}})                                                                         },
-        {"Integer",       after({common,
+        {"Category", after({common, {"pFeature"}})},
+        {"Integer", after({common,
                            {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
-                            "Inc", "pInc", "Unit", "Representation", "pSelected"}})                          },
+                            "Inc", "pInc", "Unit", "Representation", "pSelected"}})},
         {"IntReg",
-         after({common, in_register, {"Sign", "Endianess", "Unit", "Representation", "pSelected"}})                             },
-        {"FloatReg",      after({common,
+         after({common, in_register, {"Sign", "Endianess", "Unit", "Representation", "pSelected"}})},
+        {"FloatReg", after({common,
                             in_register,
                             {"Endianess", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})},
-        {"StringReg",     after({common, in_register})                                                                          },
-        {"Float",         after({common,
+        {"StringReg", after({common, in_register})},
+        {"Float", after({common,
                          {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
-                          "Inc", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})            },
+                          "Inc", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})},
         {"Enumeration",
          after({common,
-                {"pInvalidator", "Streamable", "EnumEntry", "Value", "pValue", "pSelected", "PollingTime"}})                    },
-        {"EnumEntry",     after({common, {"Value", "NumericValue", "Symbolic", "IsSelfClearing"}})                              },
+                {"pInvalidator", "Streamable", "EnumEntry", "Value", "pValue", "pSelected", "PollingTime"}})},
+        {"EnumEntry", after({common, {"Value", "NumericValue", "Symbolic", "IsSelfClearing"}})},
         {"Command",
          after(
-             {common, {"pInvalidator", "Value", "pValue", "CommandValue", "pCommandValue", "PollingTime"}})                     },
+             {common, {"pInvalidator", "Value", "pValue", "CommandValue", "pCommandValue", "PollingTime"}})},
         {"Boolean",
-         after({common, {"pInvalidator", "Streamable", "Value", "pValue", "OnValue", "OffValue"}})                              },
+         after({common, {"pInvalidator", "Streamable", "Value", "pValue", "OnValue", "OffValue"}})},
         {"IntSwissKnife", after({common,
                                  {"pInvalidator", "Streamable", "pVariable", "Constant", "Expression",
-                                  "Formula", "Unit", "Representation"}})                               },
-        {"Port",          after({common, {"ChunkID", "pChunkID", "SwapEndianess"}})                                             },
+                                  "Formula", "Unit", "Representation"}})},
+        {"Port", after({common, {"ChunkID", "pChunkID", "SwapEndianess"}})},
     };
     return table;
 }

@@ -1,8 +1,8 @@
-/// \file schema_order.h
-/// The order in which the GenApi 1.1 schema wants the elements of a node.
 #pragma once
 
 #include "unit/simulator/description_xml.h"
+
+// The order in which the GenApi 1.1 schema wants the elements of a node.
 
 namespace zvsim_test {
 

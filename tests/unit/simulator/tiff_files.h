@@ -1,12 +1,12 @@
-/// \file tiff_files.h
-/// TIFF pictures made for a test.
 #pragma once
-
-#include "unit/simulator/picture_files.h"
 
 #include <functional>
 
 #include <tiffio.h>
+
+#include "unit/simulator/picture_files.h"
+
+// TIFF pictures made for a test.
 
 namespace zvsim_test {
 

@@ -1,11 +1,11 @@
-#include "support/FailingAllocations.h"
-#include "support/FakeGrabberLibrary.h"
-
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <new>
 #include <thread>
+
+#include <gtest/gtest.h>
+
+#include "support/FailingAllocations.h"
+#include "support/FakeGrabberLibrary.h"
 
 using namespace zvtest;
 

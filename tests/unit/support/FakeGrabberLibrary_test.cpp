@@ -1,12 +1,12 @@
-#include "support/FakeGrabberLibrary.h"
-
-#include "zvgr/ZVGRLib.h"
+#include <cstring>
+#include <thread>
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <thread>
+#include "zvgr/ZVGRLib.h"
+
+#include "support/FakeGrabberLibrary.h"
 
 using namespace zvtest;
 
@@ -14,7 +14,7 @@ namespace {
 
 class FakeGrabber : public testing::Test {
 protected:
-    FakeGrabberLibrary& fake = FakeGrabberLibrary::instance();
+    FakeGrabberLibrary& fake{FakeGrabberLibrary::instance()};
 
     void SetUp() override { fake.reset(); }
     void TearDown() override { fake.reset(); }
@@ -50,9 +50,9 @@ protected:
 };
 
 struct Delivered {
-    uint32_t stream = 0;
-    uint64_t buffer = 0;
-    int times = 0;
+    uint32_t stream{0};
+    uint64_t buffer{0};
+    int times{0};
     std::thread::id thread;
 };
 

@@ -1,8 +1,8 @@
-#include "support/FakeSettings.h"
+#include <gtest/gtest.h>
 
 #include "zvlog/ZVSettings.h"
 
-#include <gtest/gtest.h>
+#include "support/FakeSettings.h"
 
 using namespace zvtest;
 
@@ -10,7 +10,7 @@ namespace {
 
 class FakeSettingsStore : public testing::Test {
 protected:
-    FakeSettings& settings = FakeSettings::instance();
+    FakeSettings& settings{FakeSettings::instance()};
     void SetUp() override { settings.reset(); }
     void TearDown() override { settings.reset(); }
 };

@@ -1,10 +1,10 @@
-#include "support/LogLineTable.h"
-
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "support/LogLineTable.h"
 
 using namespace zvtest;
 

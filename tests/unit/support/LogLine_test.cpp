@@ -1,6 +1,6 @@
-#include "support/LogLine.h"
-
 #include <gtest/gtest.h>
+
+#include "support/LogLine.h"
 
 using namespace zvtest;
 

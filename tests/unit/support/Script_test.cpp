@@ -1,6 +1,6 @@
-#include "support/Script.h"
-
 #include <gtest/gtest.h>
+
+#include "support/Script.h"
 
 using namespace zvtest;
 

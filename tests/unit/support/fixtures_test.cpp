@@ -1,8 +1,7 @@
-#include "support/fixtures.h"
+#include <thread>
 
 #include "support/FailingAllocations.h"
-
-#include <thread>
+#include "support/fixtures.h"
 
 using namespace zvtest;
 

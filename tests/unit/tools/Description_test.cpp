@@ -1,14 +1,12 @@
-#include "gentl/Description.h"
-
-#include <gtest/gtest.h>
-
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <zip.h>
 
 #include "genapi/FakeRegisters.h"
+#include "gentl/Description.h"
 
 namespace zvgentl::test {
 
@@ -92,9 +90,7 @@ TEST(Unpack, LeavesTextAloneButForTheZerosBehindIt)
 
 TEST(Unpack, UnpacksWhatIsNamedLikeAnArchive)
 {
-    const std::string archive = archive_of({
-        {"a.xml", "<description/>"}
-    });
+    const std::string archive = archive_of({{"a.xml", "<description/>"}});
     EXPECT_EQ("<description/>", unpack({"a.zip", archive}));
     EXPECT_EQ("<description/>", unpack({"A.ZIP", archive}));
     EXPECT_EQ(archive.substr(0, 2), unpack({"a.xml", archive}).substr(0, 2));
@@ -102,27 +98,15 @@ TEST(Unpack, UnpacksWhatIsNamedLikeAnArchive)
 
 TEST(Unpack, PrefersTheXmlAmongSeveralFiles)
 {
-    EXPECT_EQ("<b/>", unpack({
-                          "a.zip", archive_of({{"readme.txt", "no"}, {"b.XML", "<b/>"}}
-                           )
-    }));
-    EXPECT_EQ("<c/>", unpack({
-                          "a.zip", archive_of({{"only", "<c/>"}}
-                           )
-    }));
-    EXPECT_TRUE(contains(refusal_of({
-                             "a.zip", archive_of({{"a.txt", "1"}, {"b.txt", "2"}}
-                              )
-    }),
+    EXPECT_EQ("<b/>", unpack({"a.zip", archive_of({{"readme.txt", "no"}, {"b.XML", "<b/>"}})}));
+    EXPECT_EQ("<c/>", unpack({"a.zip", archive_of({{"only", "<c/>"}})}));
+    EXPECT_TRUE(contains(refusal_of({"a.zip", archive_of({{"a.txt", "1"}, {"b.txt", "2"}})}),
                          "no file whose name ends in .xml"));
 }
 
 TEST(Unpack, RefusesWhatUnpacksToMoreThanTheLimit)
 {
-    const DescriptionFile bomb{
-        "a.zip", archive_of({{"a.xml", std::string(1U << 20U, ' ')}}
-         )
-    };
+    const DescriptionFile bomb{"a.zip", archive_of({{"a.xml", std::string(1U << 20U, ' ')}})};
     EXPECT_GT(10000U, bomb.data.size());
     EXPECT_TRUE(contains(refusal_of(bomb, 100000), "more than the allowed 100000 bytes"));
     EXPECT_EQ("no error", refusal_of(bomb, 1U << 20U));
@@ -130,9 +114,7 @@ TEST(Unpack, RefusesWhatUnpacksToMoreThanTheLimit)
 
 TEST(Unpack, RefusesDamagedArchives)
 {
-    const std::string archive = archive_of({
-        {"a.xml", std::string(5000, 'x') + "<end/>"}
-    });
+    const std::string archive = archive_of({{"a.xml", std::string(5000, 'x') + "<end/>"}});
     for (std::size_t size = 0; size < archive.size(); ++size)
         EXPECT_TRUE(contains(refusal_of({"a.zip", archive.substr(0, size)}), "a.zip cannot be unpacked"))
             << size;

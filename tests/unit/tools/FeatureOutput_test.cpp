@@ -1,10 +1,9 @@
-#include "zvgentl/FeatureOutput.h"
+#include <limits>
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "zvgentl/Assignments.h"
+#include "zvgentl/FeatureOutput.h"
 
 namespace zvgentl::test {
 
@@ -14,10 +13,7 @@ namespace {
 
 FeatureLine line_of(const std::string& name, FeatureKind kind, Value value, int level = 1)
 {
-    FeatureLine line{
-        {name,   level, false},
-        {     }
-    };
+    FeatureLine line{{name, level, false}, {}};
     line.feature.name = name;
     line.feature.kind = kind;
     line.feature.value = std::move(value);
@@ -94,13 +90,8 @@ TEST(Assignments, MayBeTwoWordsInsteadOfOne)
     EXPECT_EQ("5", parse_assignments({"Width", "5"})->at(0).value);
     EXPECT_EQ("b=c", parse_assignments({"Name", "b=c"})->at(0).value);
     EXPECT_EQ(2U, parse_assignments({"A=1", "B=2"})->size());
-    for (const auto& words : std::vector<std::vector<std::string>>{
-             {   },
-             {    "A"   },
-             { "A", "B", "C"},
-             {   "A=1", "B"},
-             {   "", "1"}
-    })
+    for (const auto& words :
+         std::vector<std::vector<std::string>>{{}, {"A"}, {"A", "B", "C"}, {"A=1", "B"}, {"", "1"}})
         EXPECT_FALSE(parse_assignments(words)) << words.size();
 }
 

@@ -1,11 +1,11 @@
-#include "zvgentl/FrameCount.h"
-
-#include <gtest/gtest.h>
-
 #include <initializer_list>
 #include <vector>
 
-#include <zvgr/FrameStamp.h>
+#include <gtest/gtest.h>
+
+#include "zvgr/FrameStamp.h"
+
+#include "zvgentl/FrameCount.h"
 
 namespace zvgentl::test {
 

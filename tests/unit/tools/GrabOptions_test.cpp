@@ -1,13 +1,12 @@
-#include "zvgentl/GrabOptions.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <initializer_list>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "zvgentl/Command.h"
+#include "zvgentl/GrabOptions.h"
 
 namespace zvgentl::test {
 
@@ -114,16 +113,14 @@ TEST(Program, AnswersTwoToAWrongCommandLine)
 
 TEST(Program, ExplainsItself)
 {
-    for (const auto& words : {
-             std::vector<const char*>{"--help" },
-             { "list", "--help"},
-             { "grab", "--help"},
-             { "features", "--help"},
-             { "get", "--help"},
-             { "set", "--help"},
-             { "exec", "--help"},
-             { "xml", "--help"}
-    }) {
+    for (const auto& words : {std::vector<const char*>{"--help"},
+                              {"list", "--help"},
+                              {"grab", "--help"},
+                              {"features", "--help"},
+                              {"get", "--help"},
+                              {"set", "--help"},
+                              {"exec", "--help"},
+                              {"xml", "--help"}}) {
         testing::internal::CaptureStdout();
         std::vector<const char*> all{"zvgentl"};
         all.insert(all.end(), words.begin(), words.end());

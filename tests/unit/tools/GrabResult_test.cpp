@@ -1,11 +1,11 @@
-#include "zvgentl/GrabResult.h"
-
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include <zvgr/FrameStamp.h>
+#include <gtest/gtest.h>
+
+#include "zvgr/FrameStamp.h"
+
+#include "zvgentl/GrabResult.h"
 
 namespace zvgentl::test {
 

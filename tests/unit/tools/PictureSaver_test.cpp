@@ -1,11 +1,10 @@
-#include "zvgentl/PictureSaver.h"
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 #include "TemporaryFolder.h"
 #include "read_picture.h"
+#include "zvgentl/PictureSaver.h"
 
 namespace zvgentl::test {
 

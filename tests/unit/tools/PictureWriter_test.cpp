@@ -1,13 +1,12 @@
-#include "pictures/PictureWriter.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <iterator>
 #include <ostream>
 #include <random>
 
+#include <gtest/gtest.h>
+
 #include "TemporaryFolder.h"
+#include "pictures/PictureWriter.h"
 #include "read_picture.h"
 
 namespace zvgentl::test {

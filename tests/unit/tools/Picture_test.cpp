@@ -1,11 +1,10 @@
-#include "pictures/Picture.h"
-
-#include <gtest/gtest.h>
-
 #include <numeric>
 #include <stdexcept>
 #include <string>
 
+#include <gtest/gtest.h>
+
+#include "pictures/Picture.h"
 #include "pictures/PixelFormat.h"
 
 namespace zvgentl::test {

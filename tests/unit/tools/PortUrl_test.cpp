@@ -1,8 +1,7 @@
-#include "gentl/PortUrl.h"
-
 #include <gtest/gtest.h>
 
 #include "genapi/FakeRegisters.h"
+#include "gentl/PortUrl.h"
 
 namespace zvgentl::test {
 
@@ -59,27 +58,27 @@ TEST(PortUrl, AllowsSixtyFourMebibytes)
 TEST(PortUrl, IsRefusedWithTheReason)
 {
     const std::pair<const char*, const char*> cases[] = {
-        {"",                                 "no scheme"                },
-        {"a.xml",                            "no scheme"                },
-        {"File:///a.xml",                    "file: are not supported"  },
-        {"http://maker.example/a.xml",       "http: are not supported"  },
-        {"HTTPS://maker.example/a.xml",      "https: are not supported" },
-        {"ftp:a.xml;0;10",                   "unknown scheme"           },
-        {"Local:",                           "three parts"              },
-        {"Local:a.xml",                      "three parts"              },
-        {"Local:a.xml;10",                   "three parts"              },
-        {"Local:a.xml;10;20;30",             "three parts"              },
-        {"Local:;10;20",                     "no file name"             },
-        {"Local:a.xml;;20",                  "the address is no hexa"   },
-        {"Local:a.xml;10;",                  "the length is no hexa"    },
-        {"Local:a.xml;1G;20",                "the address is no hexa"   },
-        {"Local:a.xml;10; 20",               "the length is no hexa"    },
-        {"Local:a.xml;-1;20",                "the address is no hexa"   },
-        {"Local:a.xml;0x;20",                "the address is no hexa"   },
+        {"", "no scheme"},
+        {"a.xml", "no scheme"},
+        {"File:///a.xml", "file: are not supported"},
+        {"http://maker.example/a.xml", "http: are not supported"},
+        {"HTTPS://maker.example/a.xml", "https: are not supported"},
+        {"ftp:a.xml;0;10", "unknown scheme"},
+        {"Local:", "three parts"},
+        {"Local:a.xml", "three parts"},
+        {"Local:a.xml;10", "three parts"},
+        {"Local:a.xml;10;20;30", "three parts"},
+        {"Local:;10;20", "no file name"},
+        {"Local:a.xml;;20", "the address is no hexa"},
+        {"Local:a.xml;10;", "the length is no hexa"},
+        {"Local:a.xml;1G;20", "the address is no hexa"},
+        {"Local:a.xml;10; 20", "the length is no hexa"},
+        {"Local:a.xml;-1;20", "the address is no hexa"},
+        {"Local:a.xml;0x;20", "the address is no hexa"},
         {"Local:a.xml;10000000000000000;20", "does not fit into 64 bits"},
-        {"Local:a.xml;0;FFFFFFFFFFFFFFFFF",  "does not fit into 64 bits"},
-        {"Local:a.xml;0;FFFFFFFFFFFFFFFF",   "above the limit"          },
-        {"Local:a.xml;10;0",                 "the length is 0"          },
+        {"Local:a.xml;0;FFFFFFFFFFFFFFFFF", "does not fit into 64 bits"},
+        {"Local:a.xml;0;FFFFFFFFFFFFFFFF", "above the limit"},
+        {"Local:a.xml;10;0", "the length is 0"},
     };
     for (const auto& [url, reason] : cases)
         EXPECT_TRUE(contains(refusal_of(url), reason)) << url << " -> " << refusal_of(url);

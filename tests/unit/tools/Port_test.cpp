@@ -1,12 +1,11 @@
-#include "gentl/Port.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
 
+#include <gtest/gtest.h>
+
 #include "gentl/Error.h"
+#include "gentl/Port.h"
 
 namespace zvgentl::test {
 
@@ -18,9 +17,9 @@ namespace {
 /// What stands behind the functions of the fake producer; C functions have no other place for it.
 struct FakeProducer {
     std::array<unsigned char, 256> memory{};
-    std::size_t most_at_once = 256;
-    std::size_t claimed = 0; // the size that is answered, unless 0
-    GC_ERROR answer = GC_ERR_SUCCESS;
+    std::size_t most_at_once{256};
+    std::size_t claimed{0}; // the size that is answered, unless 0
+    GC_ERROR answer{GC_ERR_SUCCESS};
     std::string last_error;
     std::vector<std::string> calls;
     std::vector<std::string> urls;

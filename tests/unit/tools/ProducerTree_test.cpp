@@ -1,13 +1,12 @@
-#include "zvgentl/ProducerTree.h"
-
-#include <gtest/gtest.h>
-
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "TemporaryFolder.h"
+#include "zvgentl/ProducerTree.h"
 
 namespace zvgentl::test {
 
@@ -119,10 +118,8 @@ TEST(ProducerText, LinesUpTheColumnsOfAllInterfaces)
     const std::string heading = line_with(text, "Model");
     const std::string first = line_with(text, "Device00 ");
     const std::string second = line_with(text, "Device100");
-    for (const auto& [title, value] : {
-             std::pair("Model", "A"), {"Serial", "123"       },
-               {"Access", "read/write"}
-    }) {
+    for (const auto& [title, value] :
+         {std::pair("Model", "A"), {"Serial", "123"}, {"Access", "read/write"}}) {
         const auto column = heading.find(title);
         ASSERT_NE(std::string::npos, column) << text;
         EXPECT_EQ(0, first.compare(column, std::string(value).size(), value)) << text;

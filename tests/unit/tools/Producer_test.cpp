@@ -1,12 +1,11 @@
-#include "gentl/Producer.h"
-
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
+
 #include "TemporaryFolder.h"
 #include "gentl/Error.h"
+#include "gentl/Producer.h"
 #include "zvgentl/Selection.h"
 
 namespace zvgentl::test {
@@ -103,10 +102,8 @@ TEST(SelectProducer, PrefersItsOwnAmongOthers)
 
 TEST(SelectProducer, DoesNotGuess)
 {
-    for (const Files& files : {
-             Files{"/a/x.cti",            "/a/y.cti"           },
-             Files{"/a/ZVGRLibGenTL.cti", "/b/ZVGRLibGenTL.cti"}
-    }) {
+    for (const Files& files :
+         {Files{"/a/x.cti", "/a/y.cti"}, Files{"/a/ZVGRLibGenTL.cti", "/b/ZVGRLibGenTL.cti"}}) {
         const std::string text = error_of([&] { select_producer(files); });
         EXPECT_TRUE(contains(text, "--cti")) << text;
         EXPECT_TRUE(contains(text, files[0].string())) << text;

@@ -1,10 +1,9 @@
-#include "zvgentl/Progress.h"
+#include <memory>
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "TemporaryFolder.h"
+#include "zvgentl/Progress.h"
 
 namespace zvgentl::test {
 

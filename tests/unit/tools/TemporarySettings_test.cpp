@@ -1,9 +1,8 @@
-#include "zvgentl/TemporarySettings.h"
-
 #include <gtest/gtest.h>
 
 #include "TemporaryFolder.h"
 #include "UserFolders.h"
+#include "zvgentl/TemporarySettings.h"
 
 namespace zvgentl::test {
 

@@ -24,8 +24,8 @@ struct CloseTiff {
 };
 
 struct PngReader {
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
+    png_structp png{png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr)};
+    png_infop info{png_create_info_struct(png)};
     ~PngReader() { png_destroy_read_struct(&png, &info, nullptr); }
 };
 

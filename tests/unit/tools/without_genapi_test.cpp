@@ -1,8 +1,7 @@
-// The commands of a build that has no GenApi parser.
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "genapi/NodeMap.h"
 #include "zvgentl/Command.h"

@@ -48,7 +48,7 @@ private:
     PortOptions m_options;
     Assignments m_settings;
     std::string m_name;
-    std::uint64_t m_timeout_ms = 5000;
+    std::uint64_t m_timeout_ms{5000};
 };
 
 const CommandRegistration registration([]() -> std::unique_ptr<Command> {

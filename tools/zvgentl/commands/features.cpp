@@ -61,17 +61,14 @@ private:
     void print_json(const std::string& title, const std::vector<FeatureLine>& lines) const
     {
         const nlohmann::ordered_json json{
-            {"port",     title         },
-            {"category", m_category    },
-            {"features", to_json(lines)}
-        };
+            {"port", title}, {"category", m_category}, {"features", to_json(lines)}};
         fmt::print("{}\n", json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
     }
 
     PortOptions m_options;
     Assignments m_settings;
-    std::string m_category = "Root";
-    bool m_json = false;
+    std::string m_category{"Root"};
+    bool m_json{false};
 };
 
 const CommandRegistration registration([]() -> std::unique_ptr<Command> {

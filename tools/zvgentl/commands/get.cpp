@@ -56,7 +56,7 @@ private:
     PortOptions m_options;
     Assignments m_settings;
     std::vector<std::string> m_names;
-    bool m_json = false;
+    bool m_json{false};
 };
 
 const CommandRegistration registration([]() -> std::unique_ptr<Command> {

@@ -48,9 +48,7 @@ public:
 private:
     static void print_json(const std::vector<ProducerEntry>& producers)
     {
-        nlohmann::ordered_json json{
-            {"producers", nlohmann::ordered_json::array()}
-        };
+        nlohmann::ordered_json json{{"producers", nlohmann::ordered_json::array()}};
         for (const auto& producer : producers)
             json["producers"].push_back(to_json(producer));
         fmt::print("{}\n", json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
@@ -70,8 +68,8 @@ private:
     static bool is_unreadable(const ProducerEntry& producer) { return !producer.problem.empty(); }
 
     std::string m_cti;
-    bool m_streams = false;
-    bool m_json = false;
+    bool m_streams{false};
+    bool m_json{false};
 };
 
 const CommandRegistration registration([]() -> std::unique_ptr<Command> {

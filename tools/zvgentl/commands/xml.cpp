@@ -65,7 +65,7 @@ private:
 
     PortOptions m_options;
     std::string m_output;
-    bool m_raw = false;
+    bool m_raw{false};
 };
 
 const CommandRegistration registration([]() -> std::unique_ptr<Command> {

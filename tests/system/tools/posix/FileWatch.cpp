@@ -9,7 +9,7 @@
 namespace zvgentl::test {
 
 struct FileWatch::Handles {
-    int descriptor = -1;
+    int descriptor{-1};
 };
 
 FileWatch::FileWatch(const std::filesystem::path& folder) : m_handles(std::make_unique<Handles>())

@@ -16,25 +16,19 @@ namespace zvgentl::test {
 
 namespace fs = std::filesystem;
 
-const std::vector<Interruption> interruptions{
-    {"Int",  SIGINT },
-    {"Term", SIGTERM},
-    {"Hup",  SIGHUP }
-};
+const std::vector<Interruption> interruptions{{"Int", SIGINT}, {"Term", SIGTERM}, {"Hup", SIGHUP}};
 
 Variables folders_of_user(const fs::path& home, const fs::path& temporary)
 {
-    return {
-        {"HOME",            home.string()             },
-        {"XDG_CONFIG_HOME", (home / "config").string()},
-        {"XDG_STATE_HOME",  (home / "state").string() },
-        {"TMPDIR",          temporary.string()        }
-    };
+    return {{"HOME", home.string()},
+            {"XDG_CONFIG_HOME", (home / "config").string()},
+            {"XDG_STATE_HOME", (home / "state").string()},
+            {"TMPDIR", temporary.string()}};
 }
 
 struct Process::Handles {
-    pid_t process = -1;
-    int terminal = -1; // our end
+    pid_t process{-1};
+    int terminal{-1}; // our end
 };
 
 namespace {

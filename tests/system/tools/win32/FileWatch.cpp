@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 struct FileWatch::Handles {
     fs::path folder;
-    HANDLE changes = INVALID_HANDLE_VALUE;
+    HANDLE changes{INVALID_HANDLE_VALUE};
 };
 
 FileWatch::FileWatch(const fs::path& folder) : m_handles(std::make_unique<Handles>())

@@ -14,20 +14,15 @@ namespace zvgentl::test {
 
 namespace fs = std::filesystem;
 
-const std::vector<Interruption> interruptions{
-    {"CtrlC",     CTRL_C_EVENT    },
-    {"CtrlBreak", CTRL_BREAK_EVENT}
-};
+const std::vector<Interruption> interruptions{{"CtrlC", CTRL_C_EVENT}, {"CtrlBreak", CTRL_BREAK_EVENT}};
 
 Variables folders_of_user(const fs::path& home, const fs::path& temporary)
 {
-    return {
-        {"APPDATA",      (home / "Roaming").u8string()    },
-        {"LOCALAPPDATA", (home / "Local").u8string()      },
-        {"PROGRAMDATA",  (home / "ProgramData").u8string()},
-        {"TEMP",         temporary.u8string()             },
-        {"TMP",          temporary.u8string()             }
-    };
+    return {{"APPDATA", (home / "Roaming").u8string()},
+            {"LOCALAPPDATA", (home / "Local").u8string()},
+            {"PROGRAMDATA", (home / "ProgramData").u8string()},
+            {"TEMP", temporary.u8string()},
+            {"TMP", temporary.u8string()}};
 }
 
 namespace {
@@ -121,8 +116,8 @@ private:
     }
 
     std::ofstream m_file;
-    HANDLE m_end = nullptr;
-    HANDLE m_program_end = nullptr;
+    HANDLE m_end{nullptr};
+    HANDLE m_program_end{nullptr};
     std::thread m_thread;
 };
 
@@ -154,8 +149,8 @@ struct Process::Handles {
     {
     }
 
-    HANDLE process = nullptr;
-    DWORD number = 0;
+    HANDLE process{nullptr};
+    DWORD number{0};
     std::optional<Copy> output;
     std::optional<Copy> errors;
 };

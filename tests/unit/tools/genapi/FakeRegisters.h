@@ -42,8 +42,8 @@ public:
     }
 
     mutable std::array<unsigned char, 4096> bytes{};
-    mutable int reads = 0;
-    mutable int writes = 0;
+    mutable int reads{0};
+    mutable int writes{0};
     std::string refusal; // what every access fails with, unless empty
     std::function<void()> on_write;
 

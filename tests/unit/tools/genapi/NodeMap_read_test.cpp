@@ -146,15 +146,15 @@ TEST_F(ReadFeatures, SeesTheDevicesPresentValueEveryTime)
 TEST_F(ReadFeatures, KnowsWhatMayBeDone)
 {
     const std::pair<const char*, const char*> accesses[] = {
-        {"Width",            "RW"},
-        {"Gain",             "RW"},
-        {"Ratio",            "RO"},
-        {"Temperature",      "RO"},
-        {"Doubled",          "RO"},
-        {"Vendor",           "RO"},
+        {"Width", "RW"},
+        {"Gain", "RW"},
+        {"Ratio", "RO"},
+        {"Temperature", "RO"},
+        {"Doubled", "RO"},
+        {"Vendor", "RO"},
         {"AcquisitionStart", "WO"},
-        {"Acquisition",      "RO"},
-        {"Reset",            "WO"},
+        {"Acquisition", "RO"},
+        {"Reset", "WO"},
     };
     for (const auto& [name, access] : accesses)
         EXPECT_EQ(access, access_name(feature(name).access)) << name;

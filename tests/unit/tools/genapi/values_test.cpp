@@ -1,10 +1,9 @@
-#include "genapi/values.h"
+#include <limits>
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "genapi/names.h"
+#include "genapi/values.h"
 
 namespace zvgentl::test {
 

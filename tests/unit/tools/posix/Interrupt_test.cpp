@@ -1,10 +1,10 @@
-#include "platform/Interrupt.h"
-
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <cstdlib>
 #include <future>
+
+#include <gtest/gtest.h>
+
+#include "platform/Interrupt.h"
 
 namespace zvgentl::test {
 

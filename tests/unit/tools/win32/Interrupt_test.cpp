@@ -1,14 +1,14 @@
-#include "platform/Interrupt.h"
-
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
 #include <string>
 
+#include <gtest/gtest.h>
+
 #include <windows.h>
+
+#include "platform/Interrupt.h"
 
 namespace zvgentl::test {
 

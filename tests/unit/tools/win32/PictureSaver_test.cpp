@@ -1,11 +1,11 @@
-#include "zvgentl/PictureSaver.h"
-
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 #include <string>
 
+#include <gtest/gtest.h>
+
 #include <windows.h>
+
+#include "zvgentl/PictureSaver.h"
 
 namespace zvgentl::test {
 

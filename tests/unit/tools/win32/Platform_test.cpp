@@ -1,12 +1,12 @@
-#include "platform/Platform.h"
-
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <memory>
 #include <string>
 
+#include <gtest/gtest.h>
+
 #include <windows.h>
+
+#include "platform/Platform.h"
 
 #include "unit/tools/TemporaryFolder.h"
 #include "zvgentl/Progress.h"
