@@ -20,6 +20,17 @@ set(CMAKE_INSTALL_RPATH "$ORIGIN")
 
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# Where ccache is installed, no build compiles the same source with the same options twice. It has to be told that
+# precompiled headers are what they seem.
+find_program(ZV_CCACHE ccache DOC "Compiler cache; empty: compile always")
+if(ZV_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+    set(launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${ZV_CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
+    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+    add_compile_options("$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
+endif()
+
 if(MSVC)
     add_compile_options(/W4 /WX /permissive- /utf-8)
 else()

@@ -39,10 +39,11 @@ void OpenLibrary::SetUp()
 std::string OpenLibrary::last_error()
 {
     GC_ERROR code = GC_ERR_SUCCESS;
-    char text[1024] = {};
-    size_t size = sizeof text;
-    EXPECT_EQ(GC_ERR_SUCCESS, GCGetLastError(&code, text, &size));
-    return text;
+    size_t size = 0;
+    EXPECT_EQ(GC_ERR_SUCCESS, GCGetLastError(&code, nullptr, &size));
+    std::string text(size, '\0');
+    EXPECT_EQ(GC_ERR_SUCCESS, GCGetLastError(&code, text.data(), &size));
+    return text.c_str(); // without the terminating zero
 }
 
 void OpenSystem::SetUp()

@@ -1,11 +1,10 @@
-#include "log/unit_loggers.h"
-
-#include "support/FakeLoggerLibrary.h"
+#include <map>
+#include <string>
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <string>
+#include "log/unit_loggers.h"
+#include "support/FakeLoggerLibrary.h"
 
 using zvtest::FakeLoggerLibrary;
 
@@ -13,17 +12,15 @@ TEST(UnitLoggers, AreAskedForOncePerUnitWithTheConfiguredLevel)
 {
     std::map<std::string, int> times;
     for (const zvtest::InitLoggerCall& call : FakeLoggerLibrary::instance().init_calls()) {
+        if (call.name == "Early.cpp") // asked for by a test of the fake itself
+            continue;
         EXPECT_FALSE(call.text.has_value());
         EXPECT_EQ(0xFFFFFFFFU, call.priority);
         ++times[call.name.value_or("(null)")];
     }
     const std::map<std::string, int> expected = {
-        {"BufferModule.cpp", 1},
-        {"CameraModule.cpp", 1},
-        {"EventModule.cpp",  1},
-        {"StreamModule.cpp", 1},
-        {"SystemModule.cpp", 1},
-        {"ZVGRLibGenTL.cpp", 1},
+        {"BufferModule.cpp", 1}, {"CameraModule.cpp", 1}, {"EventModule.cpp", 1},
+        {"StreamModule.cpp", 1}, {"SystemModule.cpp", 1}, {"ZVGRLibGenTL.cpp", 1},
     };
     EXPECT_EQ(expected, times);
 }

@@ -1,8 +1,8 @@
-#include "platform/module_path.h"
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include "platform/module_path.h"
 
 // Linked into this program, the code was loaded from it.
 TEST(ModulePath, IsTheFullPathOfTheFileThatHoldsTheCode)
@@ -11,7 +11,7 @@ TEST(ModulePath, IsTheFullPathOfTheFileThatHoldsTheCode)
     ASSERT_TRUE(path.has_value());
     EXPECT_TRUE(std::filesystem::path(*path).is_absolute());
     EXPECT_TRUE(std::filesystem::is_regular_file(*path));
-    EXPECT_EQ("unit_platform", std::filesystem::path(*path).stem());
+    EXPECT_EQ("unit_producer", std::filesystem::path(*path).stem());
 }
 
 TEST(ModulePath, IsTheSameAtEveryQuestion)

@@ -1,10 +1,10 @@
-#include "support/FakeLoggerLibrary.h"
-
-#include "support/log_expectations.h"
+#include <algorithm>
 
 #include <Poco/Message.h>
-
 #include <gtest/gtest.h>
+
+#include "support/FakeLoggerLibrary.h"
+#include "support/log_expectations.h"
 
 using namespace zvtest;
 
@@ -15,7 +15,7 @@ ZVPocoLogger* const early_logger = InitLogger(nullptr, "Early.cpp", 0xFFFFFFFF);
 
 class FakeLogger : public testing::Test {
 protected:
-    FakeLoggerLibrary& log = FakeLoggerLibrary::instance();
+    FakeLoggerLibrary& log{FakeLoggerLibrary::instance()};
     void SetUp() override { log.reset(); }
     void TearDown() override { log.reset(); }
 
@@ -33,10 +33,12 @@ TEST_F(FakeLogger, HandsOutLoggersBeforeMain)
     ASSERT_NE(nullptr, early_logger);
     EXPECT_EQ("Early.cpp", early_logger->name());
     EXPECT_EQ(early_logger, InitLogger(nullptr, "Early.cpp", 0xFFFFFFFF));
-    const InitLoggerCall first = log.init_calls().front();
-    EXPECT_FALSE(first.text.has_value());
-    EXPECT_EQ("Early.cpp", first.name);
-    EXPECT_EQ(0xFFFFFFFFU, first.priority);
+    const auto calls = log.init_calls();
+    const auto call = std::find_if(calls.begin(), calls.end(),
+                                   [](const InitLoggerCall& each) { return each.name == "Early.cpp"; });
+    ASSERT_NE(calls.end(), call);
+    EXPECT_FALSE(call->text.has_value());
+    EXPECT_EQ(0xFFFFFFFFU, call->priority);
 }
 
 TEST_F(FakeLogger, CapturesSourcePriorityAndText)
@@ -61,10 +63,7 @@ TEST_F(FakeLogger, TellsLinesApartThatDifferInOnePoint)
     EXPECT_FALSE(logged({Priority::warning, "hello", "f", "Late"}));
     EXPECT_FALSE(not_logged("hello"));
     EXPECT_FALSE(logged_exactly({}));
-    EXPECT_FALSE(logged_exactly({
-        {Priority::warning, "hello"},
-        {Priority::warning, "hello"}
-    }));
+    EXPECT_FALSE(logged_exactly({{Priority::warning, "hello"}, {Priority::warning, "hello"}}));
 }
 
 TEST_F(FakeLogger, CanRefuseLoggers)
