@@ -1,4 +1,4 @@
-"""Tests of what the checks read out of C++ text and of the export list."""
+"""Tests of what the checks read out of C++ text, the export list and the table of seeded defects."""
 
 import tempfile
 import unittest
@@ -6,6 +6,7 @@ from pathlib import Path
 
 import exports
 import log_lines
+import seeded_defects
 from cpp_source import call_sites, sum_pattern, without_comments
 
 
@@ -116,6 +117,46 @@ class ExportList(unittest.TestCase):
             header.write_text("ZVGR_API uint32_t ZVGR_CALL ZVGR_Open(uint32_t index);\n"
                               "ZVGR_API const char* ZVGR_CALL ZV_Name(\n    uint32_t index);\n")
             self.assertEqual(exports.grabber_functions(header), {"ZVGR_Open", "ZV_Name"})
+
+
+class SeededDefects(unittest.TestCase):
+    TEXT = "if (a) // why\n    return  b;\nreturn b;\n"
+
+    def defect(self, before, after="", **more):
+        return seeded_defects.Defect(**{"id": "d", "kind": "wrong code", "file": "src/a.cpp", "before": before,
+                                        "after": after, **more})
+
+    def problems(self, *defects):
+        with tempfile.TemporaryDirectory() as folder:
+            (Path(folder) / "src").mkdir()
+            (Path(folder) / "src/a.cpp").write_text(self.TEXT)
+            return list(seeded_defects.table_problems(defects, folder))
+
+    def test_are_found_whatever_comments_and_white_space_are(self):
+        defect = self.defect("if (a)\n  return b;", "return c;")
+        self.assertEqual(defect.applied_to(self.TEXT), "return c;\nreturn b;\n")
+
+    def test_that_apply_once_are_accepted(self):
+        self.assertEqual(self.problems(self.defect("if (a)")), [])
+
+    def test_that_do_not_apply_once_are_rejected(self):
+        for before in ("return b;", "return c;", "why"):
+            self.assertEqual(len(self.problems(self.defect(before))), 1)
+
+    def test_that_make_no_sense_are_rejected(self):
+        for defect in (self.defect("if (a)", "if  (a)"), self.defect("if (a)", kind="other"),
+                       self.defect("if (a)", file="src/b.cpp"), self.defect("if (a)", file="tests/a.cpp")):
+            self.assertEqual(len(self.problems(defect)), 1)
+        self.assertEqual(len(self.problems(self.defect("if (a)"), self.defect("(a)"))), 1)
+
+    def test_that_survive_fail_the_run(self):
+        results = [seeded_defects.Result("a", "wrong code", "src/a.cpp", outcome) for outcome in
+                   (seeded_defects.CAUGHT, seeded_defects.TIMED_OUT)]
+        self.assertEqual(seeded_defects.verdict_of(results)[1], 0)
+        results.append(seeded_defects.Result("b", "wrong code", "src/a.cpp", seeded_defects.DOES_NOT_COMPILE))
+        self.assertEqual(seeded_defects.verdict_of(results)[1], 2)
+        results.append(seeded_defects.Result("c", "wrong code", "src/a.cpp"))
+        self.assertEqual(seeded_defects.verdict_of(results)[1], 1)
 
 
 if __name__ == "__main__":
