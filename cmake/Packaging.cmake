@@ -2,14 +2,15 @@
 # installer. scripts/package.sh runs it, with the commit's time in SOURCE_DATE_EPOCH.
 set(CPACK_PACKAGE_NAME zvgentl)
 set(CPACK_PACKAGE_VENDOR "ZEVA Electronics Ltd.")
-set(CPACK_PACKAGE_CONTACT "ZEVA Electronics Ltd. <support@zeva.invalid>")
+# There is no address to write to, and dpkg does not insist on one, so the contact is the maker's name alone.
+set(CPACK_PACKAGE_CONTACT ${CPACK_PACKAGE_VENDOR})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
 set(CPACK_PACKAGE_DESCRIPTION "Image-acquisition software loads ZVGRLibGenTL.cti through the GenTL
 interface to find frame grabbers, open their cameras and stream images. The
 package holds the producer, its libraries, the command line zvgentl, headers,
 an example and the documentation.")
 set(CPACK_RESOURCE_FILE_README ${PROJECT_SOURCE_DIR}/docs/installing.md)
-set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/cmake/linux/copyright)
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -28,6 +29,7 @@ if(WIN32)
     set(CPACK_NSIS_DISPLAY_NAME "ZVGRLib GenTL Producer")
     set(CPACK_ZV_NSIS_FOLDER ${PROJECT_SOURCE_DIR}/cmake/nsis)
     set(CPACK_MODULE_PATH ${CPACK_ZV_NSIS_FOLDER}) # NSIS.template.in
+    set(CPACK_ZV_COPYRIGHT ${ZV_COPYRIGHT})
 else()
     set(CPACK_GENERATOR DEB TGZ)
     set(CPACK_PACKAGE_FILE_NAME zvgentl-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})

@@ -55,6 +55,9 @@ if(ZV_SANITIZE)
 elseif(UNIX)
     add_link_options(-Wl,--no-undefined)
 endif()
+# The copyright notice of Windows' version resources: the first line of the licence.
+file(STRINGS ${PROJECT_SOURCE_DIR}/LICENSE ZV_COPYRIGHT LIMIT_COUNT 1)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/LICENSE)
 # Before the path of a file that a test names: Wine shows the build machine's files as drive Z.
 set(ZV_DRIVE "")
 if(WIN32 AND CMAKE_CROSSCOMPILING)

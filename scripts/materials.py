@@ -38,7 +38,11 @@ OURS = re.compile(r"(ZVGRLibGenTL\.cti|ZVGRLib\.dll|ZVLogger\.dll)$")
 IDENTIFIERS = {"expat": "MIT", "bsd-2-clause": "BSD-2-Clause", "bsd-3-clause": "BSD-3-Clause", "bsl-1": "BSL-1.0",
                "bsl-1.0": "BSL-1.0", "zlib": "Zlib", "zpl-2.1": "ZPL-2.1", "lgpl-2.1+": "LGPL-2.1-or-later",
                "lgpl-2.1-or-later": "LGPL-2.1-or-later", "apache-2.0": "Apache-2.0", "x11": "X11"}
+# What the copyright files say that are not machine-readable.
+READ_BY_HAND = {"libzip-dev": "BSD-3-clause",
+                "gcc-mingw-w64-x86-64-posix-runtime": "GPL-3+ with the GCC Runtime Library Exception 3.1"}
 MAKER = "Organization: ZEVA Electronics Ltd."
+LICENSE = Path(__file__).resolve().parent.parent / "LICENSE"
 
 
 def debian_fields(package, built):
@@ -75,12 +79,15 @@ def write_notices(system, built, output):
     packages = list(COMPILED_IN[system])
     if system == "windows":
         packages = sorted(set(packages) | set(BUNDLED.values()))
-    parts = ["The programs and libraries of this package contain, or come with, work of other makers.\n"
-             "What follows are their notices, as Debian publishes them with the packages that were used.\n"]
+    summary, notices = {}, {}
     for package in packages:
-        source, version = debian_fields(package, built)
-        heading = f"{source} {version}"
-        parts.append(f"{'=' * 100}\n{heading}\n{'=' * 100}\n\n{copyright_text(package)}")
+        library = " ".join(debian_fields(package, built))
+        text = copyright_text(package)
+        summary[library] = f"    {library}: {stated_licence(text) or READ_BY_HAND.get(package, 'see its notice')}\n"
+        notices[library] = f"{'=' * 100}\n{library}\n{'=' * 100}\n\n{text}"
+    parts = ["The programs and libraries of this package contain, or come with, these third-party libraries.\n"
+             "Each name is followed by the version and the main licence:\n", "".join(summary.values()),
+             "Their notices follow, as Debian publishes them with the packages that were used.\n", *notices.values()]
     Path(output).write_text("\n".join(parts), encoding="utf-8")
 
 
@@ -119,12 +126,19 @@ class Document:
             "packageFileName": package.name, "downloadLocation": "NOASSERTION", "filesAnalyzed": True,
             "packageVerificationCode": {"packageVerificationCodeValue": code},
             "checksums": [{"algorithm": "SHA256", "checksumValue": hashlib.sha256(package.read_bytes()).hexdigest()}],
-            "licenseConcluded": "NOASSERTION", "licenseDeclared": "NOASSERTION",
-            "licenseInfoFromFiles": ["NOASSERTION"], "copyrightText": "NOASSERTION",
+            "licenseConcluded": "NOASSERTION", "licenseDeclared": self.own_licence(),
+            "licenseInfoFromFiles": ["NOASSERTION"],
+            "copyrightText": LICENSE.read_text(encoding="utf-8").splitlines()[0],
             "primaryPackagePurpose": "LIBRARY"})
         self.relate("SPDXRef-DOCUMENT", "DESCRIBES", "SPDXRef-Package")
         for file in self.files:
             self.relate("SPDXRef-Package", "CONTAINS", file["SPDXID"])
+
+    def own_licence(self):
+        identifier = "LicenseRef-ZEVA"
+        self.texts[identifier] = {"licenseId": identifier, "name": "All rights reserved",
+                                  "extractedText": LICENSE.read_text(encoding="utf-8")}
+        return identifier
 
     def licence_of(self, source, package):
         text = copyright_text(package)
@@ -132,8 +146,8 @@ class Document:
         identifier = IDENTIFIERS.get((stated or "").lower())
         if identifier is None:
             identifier = f"LicenseRef-{re.sub(r'[^A-Za-z0-9.-]', '-', source)}"
-            self.texts[identifier] = {"licenseId": identifier, "name": stated or f"licences of {source}",
-                                      "extractedText": text}
+            name = stated or READ_BY_HAND.get(package, f"licences of {source}")
+            self.texts[identifier] = {"licenseId": identifier, "name": name, "extractedText": text}
         comment = f"Debian states \"{stated}\" for all files without a statement of their own." if stated else \
             "Debian's copyright file is in the extracted text."
         return identifier, comment

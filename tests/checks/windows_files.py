@@ -110,7 +110,7 @@ def version_problems(image, version):
     high, low = struct.unpack_from("<II", image.data, start + 8)
     if [high >> 16, high & 0xFFFF, low >> 16] != numbers:
         yield "has another version in its resource"
-    for text in (version, Path(image.path).name, "ZVGRLibGenTL"):
+    for text in (version, Path(image.path).name, "ZVGRLibGenTL", "All rights reserved."):
         if text.encode("utf-16-le") not in image.data:
             yield f"does not name {text} in its resource"
 

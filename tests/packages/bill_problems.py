@@ -9,6 +9,8 @@ import tempfile
 import zipfile
 from pathlib import Path
 
+LICENSE = Path(__file__).resolve().parents[2] / "LICENSE"
+
 
 def contents(package):
     with tempfile.TemporaryDirectory() as folder:
@@ -43,12 +45,16 @@ def problems_of(bill, folder):
         licence = package["licenseDeclared"]
         if licence.startswith("LicenseRef-") and licence not in texts:
             yield f"{package['name']}: the text of {licence} is missing"
-        if package["SPDXID"] != "SPDXRef-Package" and licence == "NOASSERTION":
+        if licence == "NOASSERTION":
             yield f"{package['name']}: no licence"
         if not package["versionInfo"]:
             yield f"{package['name']}: no version"
 
     own = next(package for package in bill["packages"] if package["SPDXID"] == "SPDXRef-Package")
+    texts_of_ours = [text["extractedText"] for text in bill.get("hasExtractedLicensingInfos", [])
+                     if text["licenseId"] == own["licenseDeclared"]]
+    if texts_of_ours != [LICENSE.read_text(encoding="utf-8")]:
+        yield "does not state the licence in LICENSE"
     listed = {file["fileName"]: sums["checksumValue"] for file in bill["files"] for sums in file["checksums"]
               if sums["algorithm"] == "SHA256"}
     if listed != contents(folder / own["packageFileName"]):

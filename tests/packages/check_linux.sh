@@ -106,6 +106,8 @@ check_use without-variables inside zvgentl
 check_use login inside bash -lc 'zvgentl "$@"' -
 mv "$root/tmp/other-maker.sh" "$root/etc/profile.d/"
 check "all files are as they were packed" inside dpkg --verify zvgentl
+check "the copyright file states the licence" same "$(sed 's/^/ /; s/^ $/ ./' "$here/../../LICENSE")" \
+    "$(sed '1,/^License:/d' "$root/usr/share/doc/zvgentl/copyright")"
 
 echo "Upgrade"
 echo "# an administrator was here" >>"$root/etc/profile.d/zvgentl.sh"
@@ -155,6 +157,7 @@ echo "Archive"
 mkdir "$root/opt/two words"
 tar -C "$root/opt/two words" -xzf "$archive"
 unpacked="/opt/two words/$(basename "$archive" .tar.gz)"
+check "the archive has the licence" cmp "$here/../../LICENSE" "$root$unpacked/share/doc/zvgentl/LICENSE"
 check_use archive inside bash -lc ". '$unpacked/environment.sh' && zvgentl \"\$@\"" -
 check "the archive's entry comes behind the other maker's" same "$other:$unpacked/lib/$multiarch/gentl" \
     "$(inside bash -lc ". '$unpacked/environment.sh'; . '$unpacked/environment.sh'; $variable")"

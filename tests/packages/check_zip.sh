@@ -48,6 +48,7 @@ unzip -q "$zip" -d "$drive/zwei Wörter"
 folder="zwei Wörter/$(basename "$zip" .zip)"
 bin="C:\\${folder//\//\\}\\bin"
 check "the archive is one folder" same "$(basename "$folder")" "$(ls "$drive/zwei Wörter")"
+check "it has the licence" cmp "$root/LICENSE" "$drive/$folder/doc/LICENSE.txt"
 check "the application lies elsewhere" same application.exe "$(ls "$drive/application")"
 
 echo "Loading"
