@@ -2,8 +2,8 @@
 #
 #     cmake -D INPUT=file -D OUTPUT=file.cpp -D NAME=variable [-D TEXT_SIZE=bytes] -P EmbedDescription.cmake
 #
-# With TEXT_SIZE the file is XML: its lines end in CR LF then, the line end after the last one is left out, and tabs
-# before the closing tag of the root make up the size. Without it, the bytes are taken as they are.
+# With TEXT_SIZE the file is XML: its lines will end in CR LF, the last line end is left out, and tabs before the
+# closing tag of the root pad it to that size. Without TEXT_SIZE the bytes are used as they are.
 
 if(TEXT_SIZE)
     file(READ ${INPUT} text)
@@ -14,7 +14,7 @@ if(TEXT_SIZE)
     string(LENGTH "${text}" length)
     math(EXPR missing "${TEXT_SIZE} - ${length}")
     if(missing LESS 0)
-        message(FATAL_ERROR "${INPUT} is too long: ${length} bytes, and ${TEXT_SIZE} are served")
+        message(FATAL_ERROR "${INPUT} is too long: ${length} bytes instead of ${TEXT_SIZE}")
     endif()
     string(REPEAT "\t" ${missing} tabs)
     string(FIND "${text}" "\r\n</RegisterDescription>" end REVERSE)

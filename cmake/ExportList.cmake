@@ -1,4 +1,4 @@
-# Exports from a library exactly the functions that a .def file names.
+# Exports exactly the functions that a .def file names.
 
 function(zv_export_only target def_file)
     if(WIN32)

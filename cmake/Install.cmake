@@ -1,8 +1,8 @@
-# What "cmake --install" puts where, relative to the prefix. Parts: Runtime is for everybody, Debian for the package of
-# that system alone, Archive for the tar archive alone; "cmake --install" leaves these two out.
+# Where "cmake --install" puts the files, relative to the prefix. Components: Runtime is for everybody, Debian only for
+# the Debian package, Archive only for the tar archive; "cmake --install" leaves out the last two.
 #
-# The producer lies in one folder with its libraries and zvgentl, as it does in the build folder: each finds the others
-# beside itself wherever the folder is.
+# The producer is in one folder with its libraries and zvgentl, as in the build folder: they find each other there,
+# wherever the folder is.
 if(WIN32)
     set(ZV_FILES bin)
     set(ZV_HEADERS include)
@@ -19,10 +19,10 @@ cmake_path(NORMAL_PATH ZV_FILES)
 install(TARGETS ZVGRLibGenTL ZVGRLib ZVLogger
     RUNTIME DESTINATION ${ZV_FILES} COMPONENT Runtime
     LIBRARY DESTINATION ${ZV_FILES} COMPONENT Runtime
-    ARCHIVE DESTINATION lib COMPONENT ImportLibraries) # in no package: consumers load the producer by its path
+    ARCHIVE DESTINATION lib COMPONENT ImportLibraries) # not packaged: consumers load the producer by its path
 if(ZV_RUNTIME_LIBRARIES)
     install(FILES ${ZV_RUNTIME_LIBRARIES} DESTINATION ${ZV_FILES} COMPONENT Runtime)
-    # The compiler's libraries come with 20 MB of debugging information.
+    # The compiler's libraries contain 20 MB of debugging information.
     foreach(library IN LISTS ZV_RUNTIME_LIBRARIES)
         cmake_path(GET library FILENAME name)
         if(NOT name MATCHES "[.]dll$")
@@ -38,7 +38,7 @@ endif()
 if(ZV_BUILD_TOOLS)
     install(TARGETS zvgentl RUNTIME DESTINATION ${ZV_FILES} COMPONENT Runtime)
     if(NOT WIN32)
-        # The program finds the producer beside its own file, so what stands in bin only leads there.
+        # The program finds the producer in the folder of its own file, so bin only has a link to it.
         file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/link)
         file(CREATE_LINK ../${ZV_FILES}/zvgentl ${PROJECT_BINARY_DIR}/link/zvgentl SYMBOLIC)
         install(FILES ${PROJECT_BINARY_DIR}/link/zvgentl DESTINATION bin COMPONENT Runtime)
@@ -50,9 +50,9 @@ install(FILES include/zvgr/ZVGRLib.h include/zvgr/FrameStamp.h DESTINATION ${ZV_
 install(FILES examples/grab_frames.cpp examples/load.h DESTINATION ${ZV_EXAMPLES} COMPONENT Runtime)
 install(DIRECTORY examples/grabbers DESTINATION ${ZV_EXAMPLES} COMPONENT Runtime)
 
-option(ZV_DOCUMENTATION "Make the pages of the documentation and the notices of other makers' licences" OFF)
+option(ZV_DOCUMENTATION "Make the HTML documentation and the notices of third-party licences" OFF)
 if(ZV_DOCUMENTATION)
-    # The system's own interpreter: the modules that Debian packages are not for others.
+    # The system's own interpreter: only it has the modules that Debian packages.
     find_program(ZV_SYSTEM_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
     set(built --system linux)
     if(WIN32)
@@ -65,12 +65,12 @@ if(ZV_DOCUMENTATION)
         COMMAND ${ZV_SYSTEM_PYTHON} ${PROJECT_SOURCE_DIR}/scripts/documentation.py ${PROJECT_SOURCE_DIR} ${pages}
             --version ${PROJECT_VERSION}
         DEPENDS scripts/documentation.py CHANGELOG.md ${texts}
-        COMMENT "Pages of the documentation" VERBATIM)
+        COMMENT "HTML documentation" VERBATIM)
     add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt
         COMMAND ${ZV_SYSTEM_PYTHON} ${PROJECT_SOURCE_DIR}/scripts/materials.py notices
             ${built} --output ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt
         DEPENDS scripts/materials.py
-        COMMENT "Notices of other makers' licences" VERBATIM)
+        COMMENT "Notices of third-party licences" VERBATIM)
     add_custom_target(documentation ALL DEPENDS ${pages}/index.html ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt)
     install(DIRECTORY ${pages}/ DESTINATION ${ZV_PAGES} COMPONENT Runtime)
     install(FILES ${PROJECT_BINARY_DIR}/THIRD-PARTY-NOTICES.txt DESTINATION ${ZV_PAGES} COMPONENT Runtime)
@@ -83,7 +83,7 @@ if(UNIX)
         configure_file(cmake/linux/${file}.in ${made}/${file} @ONLY)
     endforeach()
     install(FILES ${made}/environment.sh DESTINATION . COMPONENT Archive EXCLUDE_FROM_ALL)
-    # Absolute folders are what the package of a system may use.
+    # Only a system's package may install to absolute folders.
     install(FILES ${made}/zvgentl.sh DESTINATION /etc/profile.d COMPONENT Debian EXCLUDE_FROM_ALL)
     install(FILES ${made}/90zvgentl DESTINATION /etc/X11/Xsession.d COMPONENT Debian EXCLUDE_FROM_ALL)
     install(FILES ${made}/90-zvgentl.conf DESTINATION /usr/lib/environment.d COMPONENT Debian EXCLUDE_FROM_ALL)

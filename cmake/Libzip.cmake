@@ -1,4 +1,4 @@
-# ZV_LIBZIP: the target of libzip, whose package for CMake asks on Linux for programs that nobody needs.
+# ZV_LIBZIP: libzip's target. On Linux, libzip's own CMake package requires programs that nobody needs.
 if(WIN32)
     find_package(libzip REQUIRED)
     set(ZV_LIBZIP libzip::zip)

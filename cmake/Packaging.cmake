@@ -1,14 +1,14 @@
-# What CPack makes of the installed files: for Linux a Debian package and a tar archive, for Windows a zip archive and an
-# installer. scripts/package.sh runs it, with the commit's time in SOURCE_DATE_EPOCH.
+# CPack packs the installed files: a Debian package and a tar archive for Linux, a zip archive and an installer for
+# Windows. scripts/package.sh runs it, with the commit's time in SOURCE_DATE_EPOCH.
 set(CPACK_PACKAGE_NAME zvgentl)
 set(CPACK_PACKAGE_VENDOR "ZEVA Electronics Ltd.")
-# There is no address to write to, and dpkg does not insist on one, so the contact is the maker's name alone.
+# There is no address to write to, and dpkg does not insist on one, so the contact is the vendor's name alone.
 set(CPACK_PACKAGE_CONTACT ${CPACK_PACKAGE_VENDOR})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
 set(CPACK_PACKAGE_DESCRIPTION "Image-acquisition software loads ZVGRLibGenTL.cti through the GenTL
 interface to find frame grabbers, open their cameras and stream images. The
-package holds the producer, its libraries, the command line zvgentl, headers,
-an example and the documentation.")
+package contains the producer, its libraries, the command-line tool zvgentl,
+headers, an example and the documentation.")
 set(CPACK_RESOURCE_FILE_README ${PROJECT_SOURCE_DIR}/docs/installing.md)
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)

@@ -1,4 +1,4 @@
-# Language level, warnings, visibility, output folder and run-time search path: the same for every target.
+# Language level, warnings, visibility, output folder and run-time search path of all targets.
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -12,7 +12,7 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
-# Every library and program lands in one folder, where each finds its neighbours wherever the folder is moved to.
+# All libraries and programs are in one folder, where they find each other even if the folder is moved.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
@@ -41,8 +41,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 
-# What is packaged must not depend on where it was built; a debugger finds sources more easily without this.
-option(ZV_REPRODUCIBLE "Leave the paths of the source and build folders out of what is built" OFF)
+# Packages must not depend on where they were built. Without this option, debuggers find the sources more easily.
+option(ZV_REPRODUCIBLE "Keep the paths of the source and build folders out of the built files" OFF)
 if(ZV_REPRODUCIBLE)
     add_compile_options(
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
@@ -55,10 +55,10 @@ if(ZV_SANITIZE)
 elseif(UNIX)
     add_link_options(-Wl,--no-undefined)
 endif()
-# The copyright notice of Windows' version resources: the first line of the licence.
+# The copyright notice in Windows' version resources: the first line of the licence.
 file(STRINGS ${PROJECT_SOURCE_DIR}/LICENSE ZV_COPYRIGHT LIMIT_COUNT 1)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/LICENSE)
-# Before the path of a file that a test names: Wine shows the build machine's files as drive Z.
+# The prefix of the paths that tests use: Wine shows the build machine's files as drive Z.
 set(ZV_DRIVE "")
 if(WIN32 AND CMAKE_CROSSCOMPILING)
     set(ZV_DRIVE "Z:")

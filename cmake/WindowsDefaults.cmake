@@ -1,14 +1,14 @@
-# What every file for Windows has in common: hardening, one C++ run-time library, its version resource.
+# Common to all files for Windows: hardening, one C++ run-time library, a version resource.
 
 if(MINGW)
-    # Data execution prevention, and addresses that are random in all of 64 bits, as Microsoft's linker has them without
-    # being asked. The link time is left out of the files, so that the same sources give the same bytes.
+    # Data execution prevention and 64-bit address space layout randomisation, which are the default of Microsoft's
+    # linker. The link time is left out of the files, so that the same sources give the same bytes.
     add_link_options(-Wl,--nxcompat -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--no-insert-timestamp)
 
-    # Exceptions and error categories are told apart by address, so all files have to share one run-time library.
+    # Exceptions and error categories are identified by address, so all files have to share one run-time library.
     add_link_options($<$<LINK_LANGUAGE:CXX>:-shared-libgcc>)
 
-    # What has to lie beside every program: GCC's run-time libraries and Poco's Foundation.
+    # Required in the folder of every program: GCC's run-time libraries and Poco's Foundation.
     set(ZV_RUNTIME_LIBRARIES "")
     foreach(name libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll)
         execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
@@ -17,8 +17,8 @@ if(MINGW)
     endforeach()
     list(APPEND ZV_RUNTIME_LIBRARIES ${ZV_WINDOWS_PREFIX}/bin/libPocoFoundation.dll)
 
-    # Our own libraries and those above as one private assembly, which the loader looks for beside the file that asks for
-    # it: so the producer finds them whichever way it is loaded.
+    # Our own libraries and those above form a private assembly, which the loader looks for in the folder of the file
+    # that asks for it. So the producer finds them however it is loaded.
     set(ZV_ASSEMBLY ${PROJECT_NAME}.Libraries)
     set(names ZVGRLib.dll ZVLogger.dll)
     foreach(file IN LISTS ZV_RUNTIME_LIBRARIES)
@@ -33,7 +33,7 @@ if(MINGW)
     file(COPY ${ZV_RUNTIME_LIBRARIES} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 endif()
 
-# zv_windows_file(target description): names a library or program as it is shipped and gives it a version resource.
+# zv_windows_file(target description): gives a library or program its final name and a version resource.
 function(zv_windows_file target description)
     get_target_property(type ${target} TYPE)
     set(ZV_FILE_TYPE VFT_DLL)

@@ -1,6 +1,6 @@
-# Run by CPack after packing. Its tar and zip archives have the order in which the file system happens to list files, and
-# the builder's account: they are made again in the order of names, without an account. Packages of the other kinds
-# need nothing.
+# Run by CPack after packing. Its tar and zip archives contain the builder's account and have the order in which the
+# file system happens to list the files. They are packed again, in the order of names and without an account. Packages
+# of the other kinds need no change.
 if(NOT DEFINED ENV{SOURCE_DATE_EPOCH} OR NOT CPACK_GENERATOR MATCHES "^(TGZ|ZIP)$")
     return()
 endif()

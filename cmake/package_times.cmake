@@ -1,4 +1,4 @@
-# Run by CPack between installing and packing: every file and folder gets the time of the commit.
+# Run by CPack between installing and packing: gives every file and folder the time of the commit.
 if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
     return()
 endif()

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the coverage preset, runs the unit and api tests and prints how much of src/ they reach. Fails below
+# Builds the coverage preset, runs the unit and api tests and prints how much of src/ they cover. Fails below
 # 95 % of the lines or 85 % of the branches.
 #
 #     scripts/coverage.sh [--skip-build] [gcovr options, such as --html-details build/coverage/report.html]
@@ -17,12 +17,12 @@ fi
 find "$build" -name '*.gcda' -delete
 ctest --preset coverage -j "$(nproc)" --quiet --output-log "$build/ctest.log" || {
     tail -n 40 "$build/ctest.log"
-    echo "coverage: tests fail, so the figures would mean nothing" >&2
+    echo "coverage: tests failed, so the figures would be meaningless" >&2
     exit 1
 }
 
-# Left out are arcs that no test can take: the compiler gives every call that might throw a second way out (the
-# catch blocks behind them count as lines all the same), and puts arcs on lines without code of their own.
+# Branches that no test can take are left out: the compiler adds one to every call that might throw (the catch blocks
+# that they lead to still count as lines), and to lines without code of their own.
 exec gcovr --root . --filter 'src/' "$build" \
     --exclude-throw-branches --exclude-unreachable-branches \
     --print-summary --fail-under-line 95 --fail-under-branch 85 --sort-uncovered "$@"

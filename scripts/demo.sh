@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Shows the producer at work on a fresh Debian 12: installs what is missing, builds the release preset, lists the
 # software grabbers, grabs from one camera in queued mode and from another in cyclic mode, and saves the pictures
-# below build/demo/. Ends with a verdict: exit code 0 means that all frames arrived undamaged and were saved.
+# in build/demo/. Ends with a verdict: exit code 0 means that all frames arrived undamaged and were saved.
 #
 #     scripts/demo.sh
 #
-# Settings and log of the demo lie in build/demo/ too; the user's own files are not touched.
+# The demo's settings and log are in build/demo/ too; the user's own files are not touched.
 set -euo pipefail
 if [ "${1:-}" = -h ] || [ "${1:-}" = --help ]; then
     sed -n '2,8s/^# \{0,1\}//p' "$0"
@@ -37,7 +37,7 @@ show()
     "$@"
 }
 
-# grab DEVICE MODE FORMAT: grabs into the folder named like the mode and counts what is there.
+# grab DEVICE MODE FORMAT: grabs into the folder named after the mode and counts the saved files.
 grab()
 {
     local saved
@@ -53,7 +53,7 @@ grab()
 }
 
 step "Packages"
-# The preset configures tests and benchmarks along with the rest, so that both commands share one build folder.
+# The preset also configures tests and benchmarks, so that this script and test.sh share a build folder.
 # shellcheck disable=SC2086
 ensure_packages $packages_to_build libgtest-dev libgmock-dev libbenchmark-dev python3
 
@@ -70,10 +70,10 @@ logging.channels.file.path = $PWD/$demo/demo.log
 EOF
 export ZV_LOGGER_CONFIG="$PWD/$demo/logger.properties"
 export ZV_SETTINGS_FILE="$PWD/$demo/settings.properties"
-# What the software grabbers deliver must not depend on what the caller tried before.
+# The caller's environment must not change what the software grabbers deliver.
 unset "${!ZV_GRABBER_@}"
 
-step "List what the producer offers"
+step "List the grabbers and cameras"
 show "$bin/zvgentl" list --cti "$bin/ZVGRLibGenTL.cti"
 
 grab Device00 queued png

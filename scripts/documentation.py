@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Turns the documents for users into pages with an index, for packages.
+"""Converts the user documentation to HTML pages with an index, for the packages.
 
     scripts/documentation.py SOURCE-FOLDER PAGES-FOLDER --version VERSION
 """
@@ -12,7 +12,7 @@ from pathlib import Path
 
 import markdown
 
-# What somebody who changes the product reads, and somebody who uses it does not.
+# Pages for developers, which users do not need.
 FOR_DEVELOPERS = {"architecture.md", "testing.md", "performance.md", "windows.md"}
 FIRST = ["installing.md"]
 
@@ -39,12 +39,12 @@ th, td {{ border: 1px solid #bbb; padding: 0.3em 0.6em; text-align: left; vertic
 def title_of(text):
     found = re.search(r"^# +(.+)$", text, re.M)
     if not found:
-        raise SystemExit("a document without a title")
+        raise SystemExit("a document has no title")
     return found.group(1).replace("`", "")
 
 
 def with_working_links(body, names, pages):
-    """Links to other pages lead to them; what is not in the package keeps its text alone."""
+    """Points links to the HTML pages; a link to something that is not in the package becomes plain text."""
 
     def link(match):
         target, text = match.groups()
@@ -73,7 +73,7 @@ def main():
     names = {f.name for f in files}
     shutil.rmtree(options.pages, ignore_errors=True)
     options.pages.mkdir(parents=True)
-    # What pages show or lead to.
+    # Files that the pages show or link to.
     for file in sorted((options.source / "docs").glob("*.json")):
         shutil.copyfile(file, options.pages / file.name)
     shutil.copytree(options.source / "docs/pictures", options.pages / "pictures")

@@ -1,4 +1,4 @@
-# What the scripts share: the packages that they need and how they report. Sourced, not run.
+# Shared by the scripts: the packages that they need, and how they report. Sourced, not run.
 
 packages_to_build="g++ cmake ninja-build pkg-config libpoco-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpng-dev
     libtiff-dev libyaml-cpp-dev libzip-dev libxml2-dev libaravis-dev"
@@ -17,14 +17,14 @@ step()
     printf '\n==> [%d:%02d] %s\n' $((SECONDS / 60)) $((SECONDS % 60)) "$*"
 }
 
-# Whether the tools of the Windows build are installed, after an attempt to install them.
+# Tries to install the tools of the Windows build and tells whether they are installed.
 can_build_for_windows()
 {
     # shellcheck disable=SC2086
     ensure_packages $packages_to_build_windows $packages_to_package_for_windows >/dev/null 2>&1
 }
 
-# Installs those of the named Debian packages that are missing. Needs root, or sudo, only when there are any.
+# Installs the named Debian packages that are missing. Needs root or sudo only if there are any.
 ensure_packages()
 {
     local missing=() package as_root=()
@@ -36,7 +36,7 @@ ensure_packages()
         return
     fi
     if ! command -v apt-get >/dev/null; then
-        echo "Missing: ${missing[*]}. These are Debian's names; install them and start again." >&2
+        echo "Missing: ${missing[*]} (Debian package names). Install them and run the script again." >&2
         return 1
     fi
     if [ "$(id -u)" -ne 0 ]; then

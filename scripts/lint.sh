@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# Runs clang-tidy, with every finding an error, over the sources that are not tests. Needs the clang preset configured;
-# does it when it is not.
+# Runs clang-tidy on all sources except tests; every finding is an error. Configures the clang preset if necessary.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -9,7 +8,7 @@ build=build/clang
 
 mapfile -t sources < <(git ls-files 'src/*.cpp' 'logger/*.cpp' 'simulator/*.cpp' 'tools/*.cpp' 'examples/*.cpp' |
     grep -v /win32/)
-echo "clang-tidy over ${#sources[@]} files"
+echo "clang-tidy on ${#sources[@]} files"
 if ! printf '%s\0' "${sources[@]}" |
     xargs -0 -n 4 -P "$(nproc)" clang-tidy-14 -p $build --quiet 2> >(grep -v 'warnings generated' >&2); then
     echo "lint: clang-tidy has findings" >&2

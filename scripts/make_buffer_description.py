@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Packs the buffer port's register description: run it after a change of the XML, and commit both files.
+"""Packs the register description of the buffer port. Run this after changing the XML, and commit both files.
 
-The archive has exactly the size that the port's URL names; a comment at its end makes up what the compressed
-description leaves. Nothing in it depends on when or where it was made.
+The archive has exactly the size in the port's URL: a comment at its end pads the compressed description. Nothing in it
+depends on when or where it was created.
 """
 
 import io
@@ -30,7 +30,7 @@ def main():
     text = SOURCE.read_bytes().replace(b"\r\n", b"\n")
     room = SIZE - len(packed(text, b""))
     if room < 0:
-        sys.exit(f"{SOURCE.name} is too long: packed it has {SIZE - room} bytes of {SIZE}")
+        sys.exit(f"{SOURCE.name} is too long: the archive would have {SIZE - room} bytes, not {SIZE}")
     ARCHIVE.write_bytes(packed(text, b" " * room))
     print(f"{ARCHIVE.name}: {SIZE} bytes, {room} of them in the comment")
 

@@ -1,12 +1,12 @@
 #!/usr/bin/python3
-"""What other makers' libraries the packages hold or need: their notices, and a bill of materials in SPDX 2.3.
+"""Third-party libraries in the packages: their licence notices, and a bill of materials in SPDX 2.3.
 
     scripts/materials.py notices --system linux|windows [--versions FILE] --output FILE
     scripts/materials.py spdx PACKAGE --version VERSION --time SECONDS [--versions FILE] --output FILE.spdx.json
 
-PACKAGE is a finished .deb or .zip. Versions and licences are those of the Debian packages on this machine, which the
-build used, as their copyright files state them; --versions names the file in which scripts/windows_dependencies.sh
-noted the sources that it built instead, as Debian had them that day.
+PACKAGE is a finished .deb or .zip. Versions and licences are those of the Debian packages that are installed on this
+machine and were used by the build, as their copyright files state them. --versions names the file in which
+scripts/windows_dependencies.sh recorded the versions of the sources that it built.
 """
 
 import argparse
@@ -25,7 +25,7 @@ COMPILED_IN = {
     "windows": ["libcli11-dev", "libfmt-dev", "libpng-dev", "libtiff-dev", "libyaml-cpp-dev", "libz-mingw-w64-dev",
                 "libzip-dev", "mingw-w64-x86-64-dev", "nlohmann-json3-dev"],
 }
-# Whose library a file of the Windows package is. Poco is built from the source of this Debian package.
+# The Debian package that each library file in the Windows package comes from. Poco is built from that package's source.
 BUNDLED = {
     "libgcc_s_seh-1.dll": "gcc-mingw-w64-x86-64-posix-runtime",
     "libstdc++-6.dll": "gcc-mingw-w64-x86-64-posix-runtime",
@@ -34,11 +34,11 @@ BUNDLED = {
     "zlib1.dll": "libz-mingw-w64",
 }
 OURS = re.compile(r"(ZVGRLibGenTL\.cti|ZVGRLib\.dll|ZVLogger\.dll)$")
-# The names of Debian's copyright files for licences that have an identifier in SPDX's list.
+# The names that Debian's copyright files use for licences, and their SPDX identifiers.
 IDENTIFIERS = {"expat": "MIT", "bsd-2-clause": "BSD-2-Clause", "bsd-3-clause": "BSD-3-Clause", "bsl-1": "BSL-1.0",
                "bsl-1.0": "BSL-1.0", "zlib": "Zlib", "zpl-2.1": "ZPL-2.1", "lgpl-2.1+": "LGPL-2.1-or-later",
                "lgpl-2.1-or-later": "LGPL-2.1-or-later", "apache-2.0": "Apache-2.0", "x11": "X11"}
-# What the copyright files say that are not machine-readable.
+# The licences in copyright files that are not machine-readable.
 READ_BY_HAND = {"libzip-dev": "BSD-3-clause",
                 "gcc-mingw-w64-x86-64-posix-runtime": "GPL-3+ with the GCC Runtime Library Exception 3.1"}
 MAKER = "Organization: ZEVA Electronics Ltd."
@@ -46,7 +46,7 @@ LICENSE = Path(__file__).resolve().parent.parent / "LICENSE"
 
 
 def debian_fields(package, built):
-    """Source package and version; what was built from source has the version of that source."""
+    """Returns the source package and its version: for what was built from source, the version that was built."""
     shown = subprocess.run(["dpkg-query", "-W", "-f", "${source:Package}\n${source:Version}\n", package],
                            capture_output=True, text=True, check=False)
     if shown.returncode != 0:
@@ -62,12 +62,12 @@ def built_versions(file):
 def copyright_text(package):
     file = Path("/usr/share/doc") / package / "copyright"
     if not file.is_file():
-        raise SystemExit(f"there is no {file}")
+        raise SystemExit(f"{file} does not exist")
     return file.read_text(encoding="utf-8", errors="replace")
 
 
 def stated_licence(text):
-    """The name that a machine-readable copyright file gives for all files without a statement of their own."""
+    """Returns the licence that a machine-readable copyright file states for all files without one of their own."""
     for paragraph in re.split(r"\n\s*\n", text):
         if re.search(r"^Files:\s*\*", paragraph, re.M):
             found = re.search(r"^License:\s*(\S.*)$", paragraph, re.M)
@@ -92,7 +92,7 @@ def write_notices(system, built, output):
 
 
 class Document:
-    """A document about one package: its files, and the libraries in and behind it."""
+    """The SPDX document of one package: its files and the libraries that it contains or needs."""
 
     def __init__(self, name, version, seconds, built):
         self.version = version
@@ -153,7 +153,7 @@ class Document:
         return identifier, comment
 
     def add_debian_package(self, package):
-        """Adds what was not added before, and answers its identifier."""
+        """Adds the package unless it has been added already, and returns its identifier."""
         source, version = debian_fields(package, self.built)
         identifier = f"SPDXRef-Debian-{re.sub(r'[^A-Za-z0-9.-]', '-', package)}"
         if all(p["SPDXID"] != identifier for p in self.packages):
@@ -175,7 +175,7 @@ class Document:
 
 
 def unpack(package, folder):
-    """Answers the system that the package is for."""
+    """Unpacks the package and returns the system that it is for."""
     if package.suffix == ".deb":
         subprocess.run(["dpkg-deb", "-x", package, folder], check=True)
         return "linux"
@@ -204,7 +204,7 @@ def write_spdx(package, version, seconds, built, output):
         name = file["fileName"].rsplit("/", 1)[-1]
         if name.endswith(".dll") and not OURS.match(name):
             if name not in BUNDLED:
-                raise SystemExit(f"{name} is in the package, and scripts/materials.py does not know whose it is")
+                raise SystemExit(f"{name} is in the package, but scripts/materials.py does not know where it comes from")
             identifier = document.add_debian_package(BUNDLED[name])
             document.relate(file["SPDXID"], "GENERATED_FROM", identifier)
             document.relate("SPDXRef-Package", "DYNAMIC_LINK", identifier)
@@ -220,10 +220,10 @@ def main():
     spdx = commands.add_parser("spdx")
     spdx.add_argument("package", type=Path)
     spdx.add_argument("--version", required=True)
-    spdx.add_argument("--time", type=int, required=True, help="seconds since 1970, of the document")
+    spdx.add_argument("--time", type=int, required=True, help="time of the document, in seconds since 1970")
     spdx.add_argument("--output", required=True)
     for command in (notices, spdx):
-        command.add_argument("--versions", help="\"SOURCE VERSION\" lines of what was built from source")
+        command.add_argument("--versions", help="file of \"SOURCE VERSION\" lines for libraries built from source")
     options = parser.parse_args()
     built = built_versions(options.versions)
     if options.command == "notices":

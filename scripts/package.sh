@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# Makes the packages of this commit in build/packages: for Linux a .deb and a tar archive, for Windows a zip archive and
-# an installer, for each a bill of materials (SPDX), and SHA256SUMS over all of them.
+# Makes the packages of this commit in build/packages: a .deb and a tar archive for Linux, a zip archive and an installer
+# for Windows, a bill of materials (SPDX) for each system, and SHA256SUMS of all of them.
 #
-#     scripts/package.sh                   everything that this machine can make: five minutes on two cores
-#     scripts/package.sh --linux           the packages for Linux alone: half of that
-#     scripts/package.sh --try             then installs, upgrades and removes them: one minute more, the first time three
-#     scripts/package.sh --check           and builds them a second time, in another folder and with other copies of the
-#                                          libraries for Windows, to compare the bytes: eight minutes more
+#     scripts/package.sh                   makes everything that this machine can build
+#     scripts/package.sh --linux           makes only the packages for Linux
+#     scripts/package.sh --try             also installs, upgrades and removes them
+#     scripts/package.sh --check           also builds them a second time, in another folder and with another build of
+#                                          the libraries for Windows, and compares the bytes
 #
-# Needs Debian 12, and root or sudo for the packages that are missing and for trying.
+# Needs Debian 12, and root or sudo to install missing packages and for --try and --check.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=scripts/lib.sh
@@ -20,9 +20,9 @@ for argument in "$@"; do
     case "$argument" in
     --try) checks=(materials linux setup zip) ;;
     --check) checks=(materials linux setup zip same_bytes) ;;
-    --linux) windows="not asked for" ;;
+    --linux) windows="not requested" ;;
     *)
-        sed -n '2,13s/^# \{0,1\}//p' "$0"
+        sed -n '2,12s/^# \{0,1\}//p' "$0"
         [ "$argument" = -h ] || [ "$argument" = --help ] || exit 2
         exit 0
         ;;
@@ -39,22 +39,22 @@ finish()
         step "PACKAGES FAILED (exit code $code)" >&2
         return
     fi
-    step "PACKAGES MADE in build/packages: Linux; Windows $windows; passed: ${passed[*]:-no checks asked for}"
+    step "PACKAGES MADE in build/packages: Linux; Windows $windows; checks passed: ${passed[*]:-none requested}"
     cat "$out/SHA256SUMS"
 }
 trap finish EXIT
 
-# The time of every file in a package, and the reason that two builds of a commit are the same. CMake takes no other
-# note of the clock.
+# The time of every file in a package, so that two builds of a commit are the same. CMake does not use the clock for
+# anything else.
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
 umask 022
-# ccache may help, but must not rewrite paths: they would reach the debugging information, and with it the build ids.
+# ccache may be used, but must not rewrite paths: the debugging information, and with it the build ids, would change.
 export CCACHE_BASEDIR="" CCACHE_HASHDIR=1
 unset CCACHE_NOHASHDIR
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 
-# pack BUILD-FOLDER: lets CPack make its packages and moves them to the others.
+# pack BUILD-FOLDER: has CPack make the folder's packages and moves them to the others.
 pack()
 {
     rm -rf "$1/packages"
@@ -70,15 +70,15 @@ describe()
     scripts/materials.py spdx "$package" --version "$version" --time "$SOURCE_DATE_EPOCH" --output "$bill" "$@"
 }
 
-step "Packages of this machine"
+step "Packages that this script needs"
 # shellcheck disable=SC2086
 ensure_packages $packages_to_package
 if [ "$windows" = wanted ] && ! can_build_for_windows; then
-    windows="left out: its tools cannot be installed here"
+    windows="left out because its tools cannot be installed here"
 fi
 echo "Windows: $windows"
 
-# Nothing of an earlier build, of other sources or options, goes into a package.
+# Packages must not contain anything from an earlier build of other sources or with other options.
 rm -rf "$out" build/package build/package-windows
 mkdir -p "$out"
 
@@ -90,7 +90,7 @@ describe "$(echo "$out"/*.deb)" "$out/zvgentl-$version-linux-$(uname -m).spdx.js
 
 if [ "$windows" = wanted ]; then
     step "Windows"
-    ZV_WINDOWS_PREFIX=$(scripts/windows_dependencies.sh) # another tree may make another folder the current one
+    ZV_WINDOWS_PREFIX=$(scripts/windows_dependencies.sh) # another tree may change the current one
     export ZV_WINDOWS_PREFIX
     cmake --preset windows -B build/package-windows --log-level=WARNING -D CMAKE_BUILD_TYPE=RelWithDebInfo \
         -D ZV_REPRODUCIBLE=ON -D ZV_DOCUMENTATION=ON -D BUILD_TESTING=OFF -D ZV_BUILD_BENCHMARKS=OFF

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Installs what is missing, then builds and runs every test in every way that the project promises.
+# Installs what is missing, then builds and runs all tests in all supported ways.
 #
-#     scripts/test.sh            all of it: about 40 minutes on two cores
-#     scripts/test.sh --quick    the release build and its tests alone
+#     scripts/test.sh            all stages
+#     scripts/test.sh --quick    only the release build and its tests
 #     scripts/test.sh STAGE...   the named stages: release windows clang asan tsan coverage lint packages
 #
-# Without names, the stage windows is left out where its tools cannot be installed; the verdict says so.
+# Without names, the stage windows is left out if its tools cannot be installed; the verdict says so.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=scripts/lib.sh
@@ -30,20 +30,20 @@ esac
 # Builds a preset and runs the tests that its test preset selects.
 build_and_test()
 {
-    # Without ZV_WITH_ARAVIS the tests that need the parser would be left out without a word.
+    # Without ZV_WITH_ARAVIS, tests that need the parser would be left out silently.
     cmake --preset "$1" --log-level=WARNING -D ZV_WITH_ARAVIS=ON &&
         cmake --build --preset "$1" &&
         ctest --preset "$1" -j "$(nproc)"
 }
 
-# The same for Windows, where there is no such parser.
+# The same for Windows, where the parser is not available.
 build_and_test_for_windows()
 {
     # shellcheck disable=SC2086
     ensure_packages $packages_to_build_windows || return 1
     ZV_WINDOWS_PREFIX=$(scripts/windows_dependencies.sh) || return 1
     export ZV_WINDOWS_PREFIX
-    # An older build folder may remember other libraries.
+    # An older build folder may refer to other libraries.
     cmake --fresh --preset windows --log-level=WARNING &&
         cmake --build --preset windows &&
         ctest --preset windows -j "$(nproc)"

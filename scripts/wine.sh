@@ -1,11 +1,11 @@
 #!/bin/sh
 # Runs a program for Windows under Wine, as CTest does for the windows preset.
 #
-#     scripts/wine.sh begin           makes the prefix, if there is none, and starts the server that programs share
+#     scripts/wine.sh begin           creates the prefix if there is none, and starts the server that programs share
 #     scripts/wine.sh end             ends that server
 #     scripts/wine.sh PROGRAM ...     runs the program
 #
-# The prefix is ZV_WINEPREFIX, or build/windows/wine of this tree; the user's own is not touched.
+# The prefix is ZV_WINEPREFIX, or build/windows/wine in this tree; the user's own prefix is not touched.
 set -eu
 
 WINEPREFIX=${ZV_WINEPREFIX:-$(cd "$(dirname "$0")/.." && pwd)/build/windows/wine}
@@ -20,13 +20,13 @@ wine=/usr/lib/wine/wine64
 case ${1:-} in
 begin)
     mkdir -p "$WINEPREFIX"
-    # The server and the prefix's services outlive this script, so they must not hold the pipes of whoever waits for
-    # it.
+    # The server and the prefix's services outlive this script. They must not keep its pipes open: whoever waits for the
+    # script would wait for them.
     HOME=$WINEPREFIX "$wine" wineboot --init </dev/null >"$WINEPREFIX/boot.log" 2>&1
-    wineserver -p </dev/null >/dev/null 2>&1 || true # it runs already
+    wineserver -p </dev/null >/dev/null 2>&1 || true # it is already running
     ;;
 end)
-    wineserver -k || true # it has gone by itself
+    wineserver -k || true # it has already ended
     ;;
 *)
     exec "$wine" "$@"

@@ -1,16 +1,16 @@
-; Adds a folder to a machine-wide variable that holds a list of folders, and takes it out again. What others have put
-; there stays byte for byte.
+; Adds a folder to a machine-wide variable that is a list of folders, and removes it again. The entries of others stay the
+; same byte for byte.
 ;
-; NSIS cuts its own strings at 1024 characters, which would destroy a long PATH: the text of a variable is therefore
-; only ever held in memory of the system's, by address. Every other value of unexpected kind or size is left alone.
+; NSIS cuts off its own strings at 1024 characters, which would destroy a long PATH. So the text of a variable is only kept
+; in system memory and used by its address. A value of an unexpected type or size is left alone.
 
 !include LogicLib.nsh
 !include WinMessages.nsh
 
 !define ENVIRONMENT_KEY "SYSTEM\CurrentControlSet\Control\Session Manager\Environment"
-!define MACHINE_ROOT -2147483646    ; HKEY_LOCAL_MACHINE as the sign-extended handle that it is
+!define MACHINE_ROOT -2147483646    ; HKEY_LOCAL_MACHINE, a sign-extended handle
 !define READ_AND_WRITE 0x2001F
-!define LONGEST_VARIABLE 32766      ; characters, as the system limits them
+!define LONGEST_VARIABLE 32766      ; characters, the limit of the system
 !define CHARACTER 2                 ; bytes
 
 Var VariableName
@@ -21,12 +21,12 @@ Var VariableKey
 Var VariableType
 Var VariableBytes
 Var VariableText    ; address of the text, terminated by a zero
-Var VariableFound   ; address of the folder in the text, 0 when it is not there
+Var VariableFound   ; address of the folder in the text, 0 if it is not there
 Var VariableEnd     ; address of what follows the folder
 
 !macro DEFINE_VARIABLE_FUNCTIONS un
 
-; Opens the key and reads the text into memory that has room for the folder. Answers in VariableResult.
+; Opens the key and reads the text into memory that has room for the folder. Sets VariableResult.
 Function ${un}ReadVariable
     StrCpy $VariableKey 0
     StrCpy $VariableText 0
@@ -45,7 +45,7 @@ Function ${un}ReadVariable
     Pop $1
     Pop $2
     ${If} $0 = 2 ; there is no such value yet
-        StrCpy $1 2 ; REG_EXPAND_SZ, as the system makes them
+        StrCpy $1 2 ; REG_EXPAND_SZ, the type that the system uses
         StrCpy $2 0
     ${ElseIf} $0 <> 0
         StrCpy $VariableResult "it cannot be read (error $0)"
@@ -53,14 +53,14 @@ Function ${un}ReadVariable
     ${EndIf}
     ${If} $1 <> 1
     ${AndIf} $1 <> 2
-        StrCpy $VariableResult "it is not a text"
+        StrCpy $VariableResult "it is not text"
         Return
     ${EndIf}
     StrCpy $VariableType $1
     StrCpy $VariableBytes $2
 
     StrLen $0 $VariableFolder
-    IntOp $0 $0 + 4 ; two separators, and the zero that a text in the registry may lack
+    IntOp $0 $0 + 4 ; two separators, and a terminator, which text in the registry may lack
     IntOp $0 $0 * ${CHARACTER}
     IntOp $0 $0 + $VariableBytes
     System::Alloc $0
@@ -109,7 +109,7 @@ Function ${un}CloseVariable
     ${EndIf}
 FunctionEnd
 
-; Finds the folder as a whole entry of the list, in any case, with or without a backslash at its end.
+; Finds the folder as a whole entry of the list, in upper or lower case, with or without a backslash at the end.
 Function ${un}FindFolder
     StrCpy $VariableFound $VariableText
     ${Do}
@@ -128,7 +128,7 @@ Function ${un}FindFolder
             System::Call '*$VariableEnd(&i2 .s)'
             Pop $0
         ${EndIf}
-        StrCpy $1 59 ; a semicolon; the start of the text is as good
+        StrCpy $1 59 ; a semicolon; the start of the text counts as one
         ${If} $VariableFound P<> $VariableText
             IntPtrOp $2 $VariableFound - ${CHARACTER}
             System::Call '*$2(&i2 .s)'
@@ -144,7 +144,7 @@ Function ${un}FindFolder
     ${Loop}
 FunctionEnd
 
-; Takes the entry that FindFolder found out of the text, with one of the separators around it.
+; Removes the entry that FindFolder found from the text, with one of the separators around it.
 Function ${un}CutFolder
     System::Call '*$VariableEnd(&i2 .s)'
     Pop $0
@@ -205,7 +205,7 @@ FunctionEnd
 
 !macroend
 
-; Programs that are started from now on see the change; those that run keep what they have.
+; Programs that are started from now on see the change; running programs keep their environment.
 !macro ANNOUNCE_VARIABLES
     SendMessage ${HWND_BROADCAST} ${WM_SETTINGCHANGE} 0 "STR:Environment" /TIMEOUT=5000
 !macroend

@@ -1,7 +1,7 @@
-# 64-bit Windows by mingw-w64: the variant with POSIX threads, since the other has no std::mutex.
+# 64-bit Windows with mingw-w64, in the variant with POSIX threads, because the other one has no std::mutex.
 #
-# ZV_WINDOWS_PREFIX (a variable of CMake or of the environment) is the folder that scripts/windows_dependencies.sh
-# filled; without it the folder is taken that the script filled last.
+# ZV_WINDOWS_PREFIX (a CMake or environment variable) is a folder that scripts/windows_dependencies.sh printed. The
+# default is the result of the script's last run.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
@@ -30,9 +30,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# The build machine's own libraries are none of this system.
+# The build machine's own libraries are for another system.
 set(ENV{PKG_CONFIG_LIBDIR} ${ZV_WINDOWS_PREFIX}/lib/pkgconfig)
 # Tests run in Wine.
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../../scripts/wine.sh)
-# The static zlib: it is small, and then nothing but GCC's run-time libraries and Poco has to be shipped.
+# The static zlib: it is small, and only GCC's run-time libraries and Poco have to be shipped.
 set(ZLIB_LIBRARY /usr/${ZV_MINGW}/lib/libz.a CACHE FILEPATH "zlib")
