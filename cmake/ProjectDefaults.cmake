@@ -19,17 +19,8 @@ set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN")
 
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-
-# Where ccache is installed, no build compiles the same source with the same options twice. It has to be told that
-# precompiled headers are what they seem.
-find_program(ZV_CCACHE ccache DOC "Compiler cache; empty: compile always")
-if(ZV_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
-    set(launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${ZV_CCACHE})
-    set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
-    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
-    add_compile_options("$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
-endif()
+# What is installed is built by the target of its name; tests and benchmarks are not.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
 if(MSVC)
     add_compile_options(/W4 /WX /permissive- /utf-8)
@@ -48,10 +39,31 @@ if(ZV_REPRODUCIBLE)
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
 endif()
 
+# Where ccache is installed, no build compiles the same source with the same options twice. It has to be told that
+# precompiled headers are what they seem, and must not rewrite paths in what is packaged.
+find_program(ZV_CCACHE ccache DOC "Compiler cache; empty: always compile")
+if(ZV_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+    set(launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros)
+    if(ZV_REPRODUCIBLE)
+        list(APPEND launcher --unset=CCACHE_NOHASHDIR CCACHE_HASHDIR=1 CCACHE_BASEDIR=)
+    endif()
+    set(CMAKE_C_COMPILER_LAUNCHER ${launcher} ${ZV_CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher} ${ZV_CCACHE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)
+    elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
+    endif()
+endif()
+
 set(ZV_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, 'address,undefined' or 'thread'")
 if(ZV_SANITIZE)
     add_compile_options(-fsanitize=${ZV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ZV_SANITIZE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        # It compares types by address, which differ between the producer and a program that loads it.
+        add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-sanitize=function,vptr>)
+    endif()
 elseif(UNIX)
     add_link_options(-Wl,--no-undefined)
 endif()

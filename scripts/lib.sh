@@ -3,8 +3,9 @@
 packages_to_build="g++ cmake ninja-build pkg-config libpoco-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpng-dev
     libtiff-dev libyaml-cpp-dev libzip-dev libxml2-dev libaravis-dev"
 packages_to_test="$packages_to_build git python3 gcovr clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev
-    libgtest-dev libgmock-dev libbenchmark-dev python3-jsonschema python3-yaml"
-packages_to_package="$packages_to_build dpkg-dev file git python3 python3-markdown zip"
+    libgtest-dev libgmock-dev libbenchmark-dev python3-jsonschema python3-yaml ccache"
+packages_to_package="$packages_to_build dpkg-dev file git libbenchmark-dev libgmock-dev libgtest-dev python3
+    python3-markdown zip"
 packages_to_package_for_windows="nsis wine wine64"
 packages_to_test_packages="clang-14 debootstrap unzip"
 

@@ -49,9 +49,6 @@ trap finish EXIT
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
 umask 022
-# ccache may be used, but must not rewrite paths: the debugging information, and with it the build ids, would change.
-export CCACHE_BASEDIR="" CCACHE_HASHDIR=1
-unset CCACHE_NOHASHDIR
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 
 # pack BUILD-FOLDER: has CPack make the folder's packages and moves them to the others.
@@ -78,24 +75,28 @@ if [ "$windows" = wanted ] && ! can_build_for_windows; then
 fi
 echo "Windows: $windows"
 
-# Packages must not contain anything from an earlier build of other sources or with other options.
-rm -rf "$out" build/package build/package-windows
+# build PRESET: builds what is packaged in the preset's own folder, where the tests may have built it already. A fresh
+# configuration forgets options that somebody set by hand; what they changed is built again.
+build()
+{
+    cmake --fresh --preset "$1" --log-level=WARNING -D ZV_DOCUMENTATION=ON
+    cmake --build --preset "$1" --target ZVGRLibGenTL ZVGRLib ZVLogger zvgentl documentation
+}
+
+rm -rf "$out"
 mkdir -p "$out"
 
 step "Linux"
-cmake --preset package --log-level=WARNING
-cmake --build --preset package
-pack build/package
+build release
+pack build/release
 describe "$(echo "$out"/*.deb)" "$out/zvgentl-$version-linux-$(uname -m).spdx.json"
 
 if [ "$windows" = wanted ]; then
     step "Windows"
     ZV_WINDOWS_PREFIX=$(scripts/windows_dependencies.sh) # another tree may change the current one
     export ZV_WINDOWS_PREFIX
-    cmake --preset windows -B build/package-windows --log-level=WARNING -D CMAKE_BUILD_TYPE=RelWithDebInfo \
-        -D ZV_REPRODUCIBLE=ON -D ZV_DOCUMENTATION=ON -D BUILD_TESTING=OFF -D ZV_BUILD_BENCHMARKS=OFF
-    cmake --build build/package-windows
-    pack build/package-windows
+    build windows
+    pack build/windows
     describe "$(echo "$out"/*.zip)" "$out/zvgentl-$version-windows-x86_64.spdx.json" \
         --versions "$ZV_WINDOWS_PREFIX/versions"
     windows=made

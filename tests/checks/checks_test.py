@@ -1,5 +1,6 @@
 """Tests of what the checks read out of C++ text, the export list and the table of seeded defects."""
 
+import subprocess
 import tempfile
 import unittest
 from pathlib import Path
@@ -157,6 +158,29 @@ class SeededDefects(unittest.TestCase):
         self.assertEqual(seeded_defects.verdict_of(results)[1], 2)
         results.append(seeded_defects.Result("c", "wrong code", "src/a.cpp"))
         self.assertEqual(seeded_defects.verdict_of(results)[1], 1)
+
+
+class StagesForAChange(unittest.TestCase):
+    ROWS = [
+        (["docs/testing.md"], "release"),
+        (["src/api/ApiCall.cpp"], "release asan tsan coverage lint"),
+        (["include/zvgr/ZVGRLib.h"], "release asan tsan coverage"),
+        (["simulator/Stream.cpp"], "release asan tsan lint"),
+        (["tools/zvgentl/commands/get.cpp"], "release asan lint"),
+        (["tests/unit/tools/Port_test.cpp"], "release asan"),
+        (["tests/api/DS_queue_test.cpp"], "release asan tsan coverage"),
+        (["platform/win32/module_path.cpp"], "release windows asan tsan coverage lint"),
+        (["tests/CMakeLists.txt"], "release windows packages"),
+        (["tests/packages/check_zip.sh"], "release packages"),
+        (["docs/testing.md", "scripts/wine.sh", "logger/Notices.h"], "release windows asan tsan lint"),
+    ]
+
+    def test_are_those_that_can_notice_it(self):
+        script = Path(__file__).resolve().parents[2] / "scripts/test.sh"
+        for files, expected in self.ROWS:
+            with self.subTest(files=files):
+                planned = subprocess.run(["bash", script, "--plan", *files], capture_output=True, text=True, check=True)
+                self.assertEqual(planned.stdout.split(), expected.split())
 
 
 if __name__ == "__main__":
