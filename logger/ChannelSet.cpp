@@ -16,8 +16,8 @@
 #include <Poco/SplitterChannel.h>
 #include <Poco/StringTokenizer.h>
 
-#include "logger/platform/paths.h"
-#include "logger/platform/system_channel.h"
+#include "logger/SystemChannel.h"
+#include "platform/paths.h"
 
 namespace zvlog {
 
@@ -174,7 +174,7 @@ ChannelPtr ChannelSet::make_bare_channel(const std::string& key, const std::stri
     else if (class_name == "NullChannel")
         return ChannelPtr(new Poco::NullChannel); // takes any property
     else
-        made = platform::make_system_channel(class_name);
+        made = make_system_channel(class_name);
 
     if (made)
         set_properties(*made, key, channel_properties(key));

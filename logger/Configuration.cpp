@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "logger/PropertyReader.h"
-#include "logger/platform/paths.h"
+#include "platform/environment.h"
 
 namespace zvlog {
 

@@ -12,8 +12,10 @@
 
 #include "logger/GuardedChannel.h"
 #include "logger/RotatingFileChannel.h"
-#include "logger/platform/files.h"
-#include "logger/platform/paths.h"
+#include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/paths.h"
 
 namespace zvlog {
 
@@ -87,10 +89,10 @@ LoggerPlaces logger_places()
 {
     LoggerPlaces places;
     places.chosen = platform::environment(config_variable);
-    const std::string user = platform::user_config_folder();
+    const std::string user = platform::user_configuration_folder().generic_u8string();
     places.user = user.empty() ? "" : user + config_name;
-    places.system = platform::system_config_folder() + config_name;
-    places.log_folder = platform::user_state_folder();
+    places.system = platform::machine_configuration_folder().generic_u8string() + config_name;
+    places.log_folder = platform::user_state_folder().generic_u8string();
     return places;
 }
 

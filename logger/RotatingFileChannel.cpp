@@ -6,7 +6,8 @@
 #include <Poco/Exception.h>
 #include <Poco/Message.h>
 
-#include "logger/platform/paths.h"
+#include "platform/files.h"
+#include "platform/paths.h"
 
 namespace zvlog {
 

@@ -7,7 +7,7 @@
 
 #include <Poco/Channel.h>
 
-#include "logger/platform/append_file.h"
+#include "platform/AppendFile.h"
 
 namespace zvlog {
 

@@ -1,7 +1,9 @@
 #include "logger/SettingsStore.h"
 
-#include "logger/platform/file_lock.h"
-#include "logger/platform/paths.h"
+#include "platform/FileLock.h"
+#include "platform/environment.h"
+#include "platform/folders.h"
+#include "platform/paths.h"
 
 namespace zvlog {
 
@@ -23,9 +25,9 @@ SettingsPlaces settings_places()
 {
     SettingsPlaces places;
     places.chosen = platform::environment(settings_variable);
-    const std::string user = platform::user_config_folder();
+    const std::string user = platform::user_configuration_folder().generic_u8string();
     places.user = user.empty() ? "" : user + settings_name;
-    places.system = platform::system_config_folder() + settings_name;
+    places.system = platform::machine_configuration_folder().generic_u8string() + settings_name;
     return places;
 }
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "logger/SettingsText.h"
-#include "logger/platform/files.h"
+#include "platform/files.h"
 
 namespace zvlog {
 

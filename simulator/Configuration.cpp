@@ -6,8 +6,8 @@
 #include <tuple>
 #include <utility>
 
+#include "platform/environment.h"
 #include "simulator/Limits.h"
-#include "simulator/Surroundings.h"
 #include "simulator/config/CameraGeometry.h"
 #include "simulator/config/GrabberReader.h"
 #include "simulator/config/YamlReader.h"
@@ -149,11 +149,11 @@ void read_file(const ConfigurationFile& file, Configuration& configuration)
 Environment Environment::read()
 {
     return {ConfigurationFile::find(),
-            environment_variable("ZV_GRABBER_PICTURES"),
-            environment_variable("ZV_GRABBER_RATE"),
-            environment_variable("ZV_GRABBER_PIXEL_FORMAT"),
-            environment_variable("ZV_GRABBER_SIZE"),
-            environment_variable("ZV_GRABBER_FAULTS")};
+            platform::environment("ZV_GRABBER_PICTURES"),
+            platform::environment("ZV_GRABBER_RATE"),
+            platform::environment("ZV_GRABBER_PIXEL_FORMAT"),
+            platform::environment("ZV_GRABBER_SIZE"),
+            platform::environment("ZV_GRABBER_FAULTS")};
 }
 
 bool Environment::operator==(const Environment& other) const

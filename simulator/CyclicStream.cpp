@@ -10,8 +10,8 @@ namespace {
 
 size_t frame_space_for(uint64_t payload)
 {
-    return static_cast<size_t>((payload + RingMemory::page_size - 1) / RingMemory::page_size *
-                               RingMemory::page_size);
+    return static_cast<size_t>((payload + platform::RingMemory::page_size - 1) /
+                               platform::RingMemory::page_size * platform::RingMemory::page_size);
 }
 
 size_t ring_size(size_t frame_space, uint32_t frames)
@@ -26,7 +26,8 @@ size_t ring_size(size_t frame_space, uint32_t frames)
 CyclicStream::CyclicStream(Library& library, uint32_t handle, uint32_t camera, CameraDevice& device,
                            uint32_t frames)
     : Stream{library, handle, camera, device}, m_frame_space{frame_space_for(payload())},
-      m_frame_size{payload()}, m_ring{std::make_unique<RingMemory>(ring_size(m_frame_space, frames))},
+      m_frame_size{payload()}, m_ring{std::make_unique<platform::RingMemory>(
+                                   ring_size(m_frame_space, frames))},
       m_timestamps(frames)
 {
 }
@@ -38,7 +39,8 @@ void CyclicStream::prepare()
     if (needed <= m_frame_space)
         return;
     try {
-        m_ring = std::make_unique<RingMemory>(ring_size(needed, static_cast<uint32_t>(m_timestamps.size())));
+        m_ring = std::make_unique<platform::RingMemory>(
+            ring_size(needed, static_cast<uint32_t>(m_timestamps.size())));
         m_frame_space = needed;
     } catch (const std::bad_alloc&) {
         m_frame_size = m_frame_space;

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "simulator/RingMemory.h"
+#include "platform/RingMemory.h"
 #include "simulator/Stream.h"
 
 namespace zvsim {
@@ -33,7 +33,7 @@ private:
     size_t m_frame_space;
     /// Bytes that are drawn of a frame.
     uint64_t m_frame_size;
-    std::unique_ptr<RingMemory> m_ring;
+    std::unique_ptr<platform::RingMemory> m_ring;
     /// One per ring frame.
     std::vector<uint64_t> m_timestamps;
     uint32_t m_last{UINT32_MAX};

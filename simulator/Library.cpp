@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/process_end.h"
 #include "simulator/CyclicStream.h"
 #include "simulator/Log.h"
 #include "simulator/QueuedStream.h"
@@ -15,6 +16,18 @@ namespace zvsim {
 namespace {
 
 constexpr std::chrono::seconds longest_wait_at_exit{5};
+
+/// Ends what still runs when the library is unloaded or the process ends, as far as the system lets it.
+struct ShutDown {
+    ShutDown() = default;
+    ShutDown(const ShutDown&) = delete;
+    ShutDown& operator=(const ShutDown&) = delete;
+    ~ShutDown()
+    {
+        if (!platform::other_threads_were_stopped())
+            Library::instance().shut_down();
+    }
+};
 
 const ShutDown at_unload;
 

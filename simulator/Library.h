@@ -12,10 +12,10 @@
 
 #include "zvgr/ZVGRLib.h"
 
+#include "platform/LoadedModule.h"
 #include "simulator/Configuration.h"
 #include "simulator/Devices.h"
 #include "simulator/Stream.h"
-#include "simulator/Unloading.h"
 #include "simulator/faults/Call.h"
 #include "simulator/faults/FaultEngine.h"
 #include "simulator/faults/PlugTimer.h"
@@ -40,18 +40,18 @@ struct Camera {
     ZvCameraCallback callback{nullptr};
     void* context{nullptr};
     /// Where the callback is.
-    LoadedModule receiver{};
+    platform::LoadedModule receiver{};
 
     void set_callback(ZvCameraCallback function, void* its_context)
     {
         callback = function;
         context = its_context;
-        receiver = LoadedModule{reinterpret_cast<const void*>(function)};
+        receiver = platform::LoadedModule{reinterpret_cast<const void*>(function)};
     }
     void forget_callback()
     {
         callback = nullptr;
-        receiver = LoadedModule{};
+        receiver = platform::LoadedModule{};
     }
 };
 

@@ -33,7 +33,7 @@ void QueuedStream::set_callback(ZvStreamBufferCallback callback, void* context)
 {
     m_callback = callback;
     m_context = context;
-    m_receiver = LoadedModule{reinterpret_cast<const void*>(callback)};
+    m_receiver = platform::LoadedModule{reinterpret_cast<const void*>(callback)};
 }
 
 uint64_t QueuedStream::announce(void* memory, uint64_t size)

@@ -6,8 +6,8 @@
 
 #include "zvgr/ZVGRLib.h"
 
+#include "platform/LoadedModule.h"
 #include "simulator/Stream.h"
-#include "simulator/Unloading.h"
 
 namespace zvsim {
 
@@ -74,7 +74,7 @@ private:
     ZvStreamBufferCallback m_callback{nullptr};
     void* m_context{nullptr};
     /// Where the callback is.
-    LoadedModule m_receiver;
+    platform::LoadedModule m_receiver;
 };
 
 } // namespace zvsim

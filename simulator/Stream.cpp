@@ -35,7 +35,7 @@ void Stream::start(uint32_t frames)
     if (faults != nullptr && camera != nullptr)
         m_next->faults = faults->begin_acquisition(m_handle, camera->place);
     if (!m_thread.joinable()) {
-        m_library_module = LoadedModule::own();
+        m_library_module = platform::LoadedModule::own();
         m_thread = std::thread{&Stream::work, this};
     }
     ++m_started;

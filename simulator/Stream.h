@@ -7,9 +7,9 @@
 #include <optional>
 #include <thread>
 
+#include "platform/LoadedModule.h"
 #include "simulator/Pacer.h"
 #include "simulator/PictureSource.h"
-#include "simulator/Unloading.h"
 #include "simulator/faults/FrameFaults.h"
 
 namespace zvsim {
@@ -133,7 +133,7 @@ private:
     bool m_is_dead{false};
     bool m_has_left{false};
     /// Where the thread is.
-    LoadedModule m_library_module;
+    platform::LoadedModule m_library_module;
     std::thread m_thread;
 };
 

@@ -6,7 +6,8 @@
 #include <system_error>
 #include <tuple>
 
-#include "simulator/Surroundings.h"
+#include "platform/environment.h"
+#include "platform/folders.h"
 #include "simulator/config/YamlDocument.h"
 
 namespace zvsim {
@@ -49,7 +50,7 @@ ConfigurationFile read(const fs::path& path)
 
 ConfigurationFile ConfigurationFile::find()
 {
-    const std::string named = environment_variable("ZV_GRABBER_CONFIG");
+    const std::string named = platform::environment("ZV_GRABBER_CONFIG");
     if (!named.empty()) {
         const fs::path path = fs::u8path(named);
         // A relative path would depend on the working directory of whatever application loads the library.
@@ -57,7 +58,10 @@ ConfigurationFile ConfigurationFile::find()
             return {named, {}, "ZV_GRABBER_CONFIG must be an absolute path"};
         return read(path);
     }
-    for (const fs::path& folder : configuration_folders()) {
+    for (const fs::path& folder :
+         {platform::user_configuration_folder(), platform::machine_configuration_folder()}) {
+        if (folder.empty())
+            continue; // this user has none
         const fs::path place = folder / file_name;
         std::error_code error; // a folder that this user may not look into holds nothing for this user
         if (fs::exists(place, error) && !error)

@@ -6,8 +6,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/LoadedModule.h"
 #include "simulator/Pacer.h"
-#include "simulator/Unloading.h"
 
 namespace zvsim {
 
@@ -31,7 +31,7 @@ private:
     std::vector<Clock::time_point> m_times;
     std::function<void()> m_function;
     /// Where the thread is.
-    LoadedModule m_module{LoadedModule::own()};
+    platform::LoadedModule m_module{platform::LoadedModule::own()};
     std::thread m_thread;
 };
 

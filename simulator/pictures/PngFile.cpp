@@ -9,7 +9,7 @@
 
 #include <png.h>
 
-#include "simulator/pictures/system_files.h"
+#include "platform/files.h"
 
 namespace zvsim {
 
@@ -103,7 +103,7 @@ PictureHeader header_of(const PngReader& reader)
 
 std::optional<Picture> read_png(const std::filesystem::path& file, std::string& problem)
 {
-    const File stream{open_file(file)};
+    const File stream{platform::open_file(file)};
     if (stream == nullptr) {
         problem = "cannot be opened";
         return std::nullopt;

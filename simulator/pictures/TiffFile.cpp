@@ -7,10 +7,9 @@
 #include <memory>
 #include <system_error>
 #include <tuple>
+#include <type_traits>
 
 #include <tiffio.h>
-
-#include "simulator/pictures/system_files.h"
 
 namespace zvsim {
 
@@ -48,6 +47,17 @@ struct CloseTiff {
 };
 using Tiff = std::unique_ptr<TIFF, CloseTiff>;
 
+/// libtiff has a function for each kind of letter that file names can have, and only that of the system.
+template <class Letter>
+TIFF* open_tiff_file(const Letter* name, TIFFOpenOptions* options)
+{
+    // Not mapped into memory ("m"): a file that shrinks meanwhile would end the process.
+    if constexpr (std::is_same_v<Letter, char>)
+        return TIFFOpenExt(name, "rm", options);
+    else
+        return TIFFOpenWExt(name, "rm", options);
+}
+
 Tiff open_tiff(const std::filesystem::path& file, uint64_t file_size, Message& message)
 {
     const std::unique_ptr<TIFFOpenOptions, FreeOptions> options{TIFFOpenOptionsAlloc()};
@@ -58,8 +68,7 @@ Tiff open_tiff(const std::filesystem::path& file, uint64_t file_size, Message& m
     // Tables are kept wider than they stand in the file, but no file needs more than that.
     const uint64_t most = std::min(picture_memory_limit, 4 * file_size + (uint64_t{16} << 20U));
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(most));
-    // Not mapped into memory: a file that shrinks meanwhile would end the process.
-    return Tiff{open_tiff_file(file, "rm", options.get())};
+    return Tiff{open_tiff_file(file.c_str(), options.get())};
 }
 
 uint16_t number(TIFF* tiff, uint32_t tag)

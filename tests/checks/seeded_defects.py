@@ -100,7 +100,7 @@ def table_problems(defects, root):
             yield f"{defect.id}: unknown kind {defect.kind!r}"
         if defect.before.split() == defect.after.split():
             yield f"{defect.id}: changes nothing"
-        if not defect.file.startswith("src/") or not path.is_file():
+        if not defect.file.startswith(("src/", "platform/")) or not path.is_file():
             yield f"{defect.id}: there is no source file {defect.file}"
             continue
         found = len(defect.places(path.read_text()))

@@ -3,14 +3,14 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/Platform.h"
+#include "platform/DynamicLibrary.h"
 
 namespace zvgentl::tool {
 
 namespace {
 
 template <class Function>
-void bind(const DynamicLibrary& library, const char* name, Function& function)
+void bind(const platform::DynamicLibrary& library, const char* name, Function& function)
 {
     function = reinterpret_cast<Function>(library.find(name));
     if (function == nullptr)
@@ -19,7 +19,7 @@ void bind(const DynamicLibrary& library, const char* name, Function& function)
 
 } // namespace
 
-Functions find_functions(const DynamicLibrary& library)
+Functions find_functions(const platform::DynamicLibrary& library)
 {
     Functions functions;
     bind(library, "GCInitLib", functions.GCInitLib);

@@ -2,9 +2,11 @@
 
 #include "GenTL/GenTL.h"
 
-namespace zvgentl::tool {
-
+namespace platform {
 class DynamicLibrary;
+}
+
+namespace zvgentl::tool {
 
 /// The 57 functions of a producer, found by name in its library.
 struct Functions {
@@ -68,6 +70,6 @@ struct Functions {
 };
 
 /// Finds all of them. Throws std::runtime_error that names the first function that is missing.
-Functions find_functions(const DynamicLibrary& library);
+Functions find_functions(const platform::DynamicLibrary& library);
 
 } // namespace zvgentl::tool

@@ -7,6 +7,8 @@
 #include <system_error>
 
 #include "gentl/Error.h"
+#include "platform/environment.h"
+#include "platform/folders.h"
 
 namespace zvgentl::tool {
 
@@ -30,7 +32,7 @@ std::vector<fs::path> split_path_list(const std::string& list)
 {
     std::vector<fs::path> folders;
     for (std::size_t start = 0; start <= list.size();) {
-        const std::size_t end = std::min(list.find(path_list_separator, start), list.size());
+        const std::size_t end = std::min(list.find(platform::path_list_separator, start), list.size());
         if (end > start)
             folders.push_back(fs::u8path(list.substr(start, end - start)));
         start = end + 1;
@@ -64,7 +66,7 @@ std::vector<fs::path> producers_of_list(const std::string& list)
     return found;
 }
 
-void load(std::optional<DynamicLibrary>& library, const fs::path& file)
+void load(std::optional<platform::DynamicLibrary>& library, const fs::path& file)
 {
     try {
         library.emplace(file);
@@ -75,7 +77,7 @@ void load(std::optional<DynamicLibrary>& library, const fs::path& file)
     }
 }
 
-Functions find_functions_of(const DynamicLibrary& library, const fs::path& file)
+Functions find_functions_of(const platform::DynamicLibrary& library, const fs::path& file)
 {
     try {
         return find_functions(library);
@@ -130,10 +132,10 @@ std::vector<fs::path> find_producers(const fs::path& wanted)
 {
     if (!wanted.empty())
         return producers_at(wanted);
-    const std::string list = environment(producer_path_variable);
+    const std::string list = platform::environment(producer_path_variable);
     if (!list.empty())
         return producers_of_list(list);
-    auto beside = producers_in(program_folder());
+    auto beside = producers_in(platform::program_folder());
     if (beside.empty())
         throw std::runtime_error(std::string("no GenTL producer to load: set ") + producer_path_variable +
                                  " to the folder of a .cti file, or name one with --cti");

@@ -10,7 +10,7 @@
 #include "GenTL/GenTL.h"
 
 #include "gentl/Functions.h"
-#include "platform/Platform.h"
+#include "platform/DynamicLibrary.h"
 
 namespace zvgentl::tool {
 
@@ -49,7 +49,7 @@ private:
     std::string last_error_text() const;
 
     std::filesystem::path m_file;
-    std::optional<DynamicLibrary> m_library;
+    std::optional<platform::DynamicLibrary> m_library;
     Functions m_functions;
     mutable std::string m_known_error_text; // a producer leaves an old text in place: only a new one is shown
 };

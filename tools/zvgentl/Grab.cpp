@@ -89,7 +89,7 @@ PixelSource pixels_of(const Frame& frame)
 }
 
 /// Nothing when an interruption ended the wait.
-std::optional<BUFFER_HANDLE> next_buffer(const NewBufferEvent& event, const Interrupt& interrupt,
+std::optional<BUFFER_HANDLE> next_buffer(const NewBufferEvent& event, const platform::Interrupt& interrupt,
                                          GrabResult& result)
 {
     try {
@@ -124,7 +124,7 @@ void take_frame(const Stream& stream, BUFFER_HANDLE buffer, PictureSaver* saver,
 }
 
 void run_stream(const Stream& stream, const NewBufferEvent& event, PictureSaver* saver,
-                const Interrupt& interrupt, Span& span, GrabResult& result)
+                const platform::Interrupt& interrupt, Span& span, GrabResult& result)
 {
     const std::uint64_t wanted = result.options.frames;
     Progress progress(stderr, wanted);
@@ -152,7 +152,7 @@ void describe(const SelectedDevice& device, GrabResult& result)
 
 } // namespace
 
-GrabResult grab(const GrabOptions& options, Interrupt& interrupt)
+GrabResult grab(const GrabOptions& options, platform::Interrupt& interrupt)
 {
     GrabResult result(options);
     if (!options.settings.empty())
@@ -175,7 +175,7 @@ GrabResult grab(const GrabOptions& options, Interrupt& interrupt)
     Span span;
     stream.start();
     {
-        const Interrupt::Action wake(interrupt, [&event] { event.kill(); });
+        const platform::Interrupt::Action wake(interrupt, [&event] { event.kill(); });
         run_stream(stream, event, saver ? &*saver : nullptr, interrupt, span, result);
     }
     stream.stop();

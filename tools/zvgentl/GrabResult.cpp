@@ -141,7 +141,7 @@ int GrabResult::exit_code() const
 {
     if (count.damaged() > 0 || outcome == Outcome::timed_out)
         return exit_failure;
-    return outcome == Outcome::interrupted ? exit_interrupted : exit_success;
+    return outcome == Outcome::interrupted ? platform::exit_interrupted : exit_success;
 }
 
 Json to_json(const GrabResult& result)

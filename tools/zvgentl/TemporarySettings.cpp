@@ -6,7 +6,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/Platform.h"
+#include "platform/environment.h"
+#include "platform/folders.h"
 
 namespace zvgentl::tool {
 
@@ -64,24 +65,26 @@ std::string with_setting(const std::string& text, const std::string& key, const 
 
 fs::path current_settings_file()
 {
-    fs::path named = fs::u8path(environment(settings_variable));
+    fs::path named = fs::u8path(platform::environment(settings_variable));
     if (is_file(named))
         return named;
-    for (const auto& folder : {user_configuration_folder(), machine_configuration_folder()})
+    for (const auto& folder :
+         {platform::user_configuration_folder(), platform::machine_configuration_folder()})
         if (!folder.empty() && is_file(folder / settings_name))
             return folder / settings_name;
     return {};
 }
 
-TemporarySettings::TemporarySettings(StreamMode mode) : m_previous_variable(environment(settings_variable))
+TemporarySettings::TemporarySettings(StreamMode mode)
+    : m_previous_variable(platform::environment(settings_variable))
 {
     const fs::path current = current_settings_file();
     const std::string text = current.empty() ? std::string() : read_file(current);
-    m_folder = make_private_folder("zvgentl-");
+    m_folder = platform::make_private_folder("zvgentl-");
     try {
         const fs::path copy = m_folder / settings_name;
         write_file(copy, with_setting(text, mode_key, mode == StreamMode::queued ? "1" : "0"));
-        set_environment(settings_variable, copy.u8string());
+        platform::set_environment(settings_variable, copy.u8string());
     } catch (...) {
         remove();
         throw;
@@ -90,7 +93,7 @@ TemporarySettings::TemporarySettings(StreamMode mode) : m_previous_variable(envi
 
 TemporarySettings::~TemporarySettings()
 {
-    set_environment(settings_variable, m_previous_variable);
+    platform::set_environment(settings_variable, m_previous_variable);
     remove();
 }
 

@@ -10,7 +10,8 @@
 
 #include "gentl/Description.h"
 #include "gentl/PortUrl.h"
-#include "platform/Platform.h"
+#include "platform/DynamicLibrary.h"
+#include "platform/environment.h"
 #include "system/consumer/Surroundings.h"
 
 namespace zvclient {
@@ -112,9 +113,9 @@ try {
     zvsystem::Surroundings::set_frame_rate(""); // as the file says
     const auto file = surroundings.folder() / "grabbers.yaml";
     std::ofstream{file} << grabbers;
-    tool::set_environment("ZV_GRABBER_CONFIG", file.u8string());
+    platform::set_environment("ZV_GRABBER_CONFIG", file.u8string());
 
-    const tool::DynamicLibrary library{words[1]};
+    const platform::DynamicLibrary library{words[1]};
     const Functions gentl = tool::find_functions(library);
     need(gentl.GCInitLib(), "GCInitLib");
     client(gentl);

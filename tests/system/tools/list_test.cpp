@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Program.h"
-#include "platform/Platform.h"
+#include "platform/environment.h"
 
 namespace zvgentl::test {
 
@@ -68,7 +68,7 @@ TEST(List, OpensTheDevicesForTheirStreams)
 
 TEST(List, FindsProducersThroughTheVariable)
 {
-    const std::string folders = std::string("/does/not/exist") + tool::path_list_separator +
+    const std::string folders = std::string("/does/not/exist") + platform::path_list_separator +
                                 std::filesystem::path(producer_file()).parent_path().u8string();
     const Ended ended = Program({"list", "--json"}).with("GENICAM_GENTL64_PATH", folders).run();
     ASSERT_EQ(0, ended.code) << ended.errors;

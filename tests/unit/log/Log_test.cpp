@@ -62,7 +62,7 @@ TEST_F(Log, WritesALineOfThreadLoggerFunctionNumberAndMessage)
     zvgentl::log_information(logger, "GCInitLib", At{589}, "Enter %s %d", "it", 5);
     char expected[100];
     std::snprintf(expected, sizeof expected, "thr%08X:LogTest::{GCInitLib}[589]: Enter it 5",
-                  zvgentl::platform::thread_id());
+                  platform::thread_id());
     EXPECT_EQ(expected, only_line().text);
 }
 

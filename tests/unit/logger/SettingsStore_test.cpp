@@ -307,9 +307,9 @@ TEST_F(Settings, AnotherChosenFileCountsFromTheNextRead)
 // store's look at the file and its replacement must survive.
 class EditedFile : public ::testing::Test {
 protected:
-    zvlog::platform::Replacement replace(const zvlog::platform::FileContent& seen)
+    platform::Replacement replace(const platform::FileContent& seen)
     {
-        return zvlog::platform::replace_file(m_file, seen, "a = 1\nb = 2\n", m_reason);
+        return platform::replace_file(m_file, seen, "a = 1\nb = 2\n", m_reason);
     }
 
     Folder m_folder;
@@ -320,43 +320,43 @@ protected:
 TEST_F(EditedFile, IsReplacedWhenNobodyTouchedIt)
 {
     write_file(m_file, "a = 1\n");
-    EXPECT_EQ(zvlog::platform::Replacement::done, replace(zvlog::platform::read_file(m_file)));
+    EXPECT_EQ(platform::Replacement::done, replace(platform::read_file(m_file)));
     EXPECT_EQ("a = 1\nb = 2\n", content_of(m_file));
 }
 
 TEST_F(EditedFile, SurvivesWhenItWasReplacedMeanwhile)
 {
     write_file(m_file, "a = 1\n");
-    const auto seen = zvlog::platform::read_file(m_file);
+    const auto seen = platform::read_file(m_file);
     write_file(m_folder / "edited", "a = 3\n");
     fs::rename(m_folder / "edited", m_file);
-    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
     EXPECT_EQ("a = 3\n", content_of(m_file));
 }
 
 TEST_F(EditedFile, SurvivesWhenItWasWrittenMeanwhile)
 {
     write_file(m_file, "a = 1\n");
-    const auto seen = zvlog::platform::read_file(m_file);
+    const auto seen = platform::read_file(m_file);
     write_file(m_file, "a = 3\n");
-    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
     EXPECT_EQ("a = 3\n", content_of(m_file));
 }
 
 TEST_F(EditedFile, SurvivesWhenItWasMadeMeanwhile)
 {
-    const auto seen = zvlog::platform::read_file(m_file);
+    const auto seen = platform::read_file(m_file);
     write_file(m_file, "a = 3\n");
-    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
     EXPECT_EQ("a = 3\n", content_of(m_file));
 }
 
 TEST_F(EditedFile, IsNotMadeAnewOverADeletion)
 {
     write_file(m_file, "a = 1\n");
-    const auto seen = zvlog::platform::read_file(m_file);
+    const auto seen = platform::read_file(m_file);
     fs::remove(m_file);
-    EXPECT_EQ(zvlog::platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
     EXPECT_THAT(names_in(m_folder.path()), IsEmpty());
 }
 

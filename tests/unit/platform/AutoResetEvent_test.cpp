@@ -9,10 +9,10 @@
 #include "platform/monotonic_clock.h"
 #include "support/FailingAllocations.h"
 
-using zvgentl::platform::AutoResetEvent;
-using zvgentl::platform::monotonic_milliseconds;
-using zvgentl::platform::wait_forever;
-using zvgentl::platform::WaitResult;
+using platform::AutoResetEvent;
+using platform::monotonic_milliseconds;
+using platform::wait_forever;
+using platform::WaitResult;
 
 TEST(AutoResetEvent, IsNotSignalledAtFirst)
 {

@@ -4,7 +4,7 @@
 
 #include "platform/monotonic_clock.h"
 
-using zvgentl::platform::monotonic_milliseconds;
+using platform::monotonic_milliseconds;
 
 TEST(MonotonicClock, NeverGoesBack)
 {

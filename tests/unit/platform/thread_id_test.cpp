@@ -4,7 +4,7 @@
 
 #include "platform/thread_id.h"
 
-using zvgentl::platform::thread_id;
+using platform::thread_id;
 
 TEST(ThreadId, IsTheSameWithinAThread) { EXPECT_EQ(thread_id(), thread_id()); }
 

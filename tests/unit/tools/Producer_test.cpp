@@ -6,6 +6,7 @@
 #include "TemporaryFolder.h"
 #include "gentl/Error.h"
 #include "gentl/Producer.h"
+#include "platform/environment.h"
 #include "zvgentl/Selection.h"
 
 namespace zvgentl::test {
@@ -58,7 +59,7 @@ TEST(FindProducers, SearchesTheFoldersOfTheVariableInOrder)
     std::string list;
     for (const std::string& entry : {first.path().string(), std::string(), std::string("/does/not/exist"),
                                      second.path().string(), first.path().string()})
-        list += entry + path_list_separator;
+        list += entry + platform::path_list_separator;
     const ScopedVariable variable(producer_path_variable, list);
     EXPECT_EQ((Files{first / "z.cti", second / "a.cti"}), find_producers({}));
 }

@@ -5,14 +5,15 @@
 #include <iterator>
 #include <string>
 
-#include "platform/Platform.h"
+#include "platform/environment.h"
+#include "platform/folders.h"
 
 namespace zvgentl::test {
 
 /// An empty folder for one test.
 class TemporaryFolder {
 public:
-    TemporaryFolder() : m_path(tool::make_private_folder("zvgentl-test-")) {}
+    TemporaryFolder() : m_path(platform::make_private_folder("zvgentl-test-")) {}
     ~TemporaryFolder()
     {
         std::error_code ignored;
@@ -44,11 +45,11 @@ inline std::string read_text(const std::filesystem::path& file)
 class ScopedVariable {
 public:
     ScopedVariable(const char* name, const std::string& value)
-        : m_name(name), m_previous(tool::environment(name))
+        : m_name(name), m_previous(platform::environment(name))
     {
-        tool::set_environment(name, value);
+        platform::set_environment(name, value);
     }
-    ~ScopedVariable() { tool::set_environment(m_name, m_previous); }
+    ~ScopedVariable() { platform::set_environment(m_name, m_previous); }
     ScopedVariable(const ScopedVariable&) = delete;
     ScopedVariable& operator=(const ScopedVariable&) = delete;
 

@@ -2,6 +2,7 @@
 
 #include "TemporaryFolder.h"
 #include "UserFolders.h"
+#include "platform/environment.h"
 #include "zvgentl/TemporarySettings.h"
 
 namespace zvgentl::test {
@@ -66,12 +67,12 @@ TEST_F(Settings, AreCopiedWithTheModeAndTakenAwayAgain)
     fs::path copy;
     {
         const TemporarySettings settings(StreamMode::cyclic);
-        copy = environment(variable);
+        copy = platform::environment(variable);
         EXPECT_NE(user_file(), copy);
         EXPECT_EQ(std::string("x = 1\n") + mode_key + " = 0\n", read_text(copy));
         write_text(copy.parent_path() / "lock", "what the settings store may put beside it");
     }
-    EXPECT_EQ("", environment(variable));
+    EXPECT_EQ("", platform::environment(variable));
     EXPECT_FALSE(fs::exists(copy.parent_path()));
     EXPECT_EQ(std::string("x = 1\n") + mode_key + " = 1\n", read_text(user_file()));
 }
@@ -79,13 +80,13 @@ TEST_F(Settings, AreCopiedWithTheModeAndTakenAwayAgain)
 TEST_F(Settings, HoldOnlyTheModeWhenThereAreNone)
 {
     const TemporarySettings settings(StreamMode::queued);
-    EXPECT_EQ(std::string(mode_key) + " = 1\n", read_text(environment(variable)));
+    EXPECT_EQ(std::string(mode_key) + " = 1\n", read_text(platform::environment(variable)));
 }
 
 TEST_F(Settings, AreForTheUserAlone)
 {
     const TemporarySettings settings(StreamMode::queued);
-    EXPECT_TRUE(is_for_its_owner_alone(fs::path(environment(variable)).parent_path()));
+    EXPECT_TRUE(is_for_its_owner_alone(fs::path(platform::environment(variable)).parent_path()));
 }
 
 TEST_F(Settings, PutTheVariableBack)
@@ -94,7 +95,7 @@ TEST_F(Settings, PutTheVariableBack)
     {
         const TemporarySettings settings(StreamMode::queued);
     }
-    EXPECT_EQ("/some/file", environment(variable));
+    EXPECT_EQ("/some/file", platform::environment(variable));
 }
 
 } // namespace zvgentl::test

@@ -33,7 +33,7 @@ private:
     GrabResult grab_with_mode() const
     {
         const TemporarySettings settings(m_options.mode); // before the producer is loaded, which reads them
-        Interrupt interrupt([&settings] { settings.remove(); });
+        platform::Interrupt interrupt([&settings] { settings.remove(); });
         return grab(m_options, interrupt);
     }
 

@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "platform/Platform.h"
+#include "platform/terminal.h"
 #include "zvgentl/Command.h"
 #include "zvgentl/OpenPort.h"
 
@@ -51,7 +51,7 @@ private:
     void save(const std::string& data) const
     {
         if (m_output.empty()) {
-            keep_bytes(stdout);
+            platform::keep_bytes(stdout);
             if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size() || std::fflush(stdout) != 0)
                 throw std::runtime_error("the description cannot be written");
             return;

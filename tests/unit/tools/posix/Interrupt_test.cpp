@@ -8,7 +8,7 @@
 
 namespace zvgentl::test {
 
-using tool::Interrupt;
+using platform::Interrupt;
 
 namespace {
 

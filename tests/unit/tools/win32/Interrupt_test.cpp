@@ -12,7 +12,7 @@
 
 namespace zvgentl::test {
 
-using tool::Interrupt;
+using platform::Interrupt;
 
 namespace {
 
@@ -54,7 +54,7 @@ class InterruptDeathTest : public testing::TestWithParam<Event> {};
         requested.get_future().get();
     }
     std::fputs("in order", stderr);
-    std::exit(Interrupt(nothing).requested() ? 1 : tool::exit_interrupted);
+    std::exit(Interrupt(nothing).requested() ? 1 : platform::exit_interrupted);
 }
 
 [[noreturn]] void press_twice()
@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(Keys, InterruptByKey,
 
 TEST_P(InterruptDeathTest, LeavesTimeForAnOrderlyEnd)
 {
-    EXPECT_EXIT(end_in_order_after(GetParam().number), testing::ExitedWithCode(tool::exit_interrupted),
+    EXPECT_EXIT(end_in_order_after(GetParam().number), testing::ExitedWithCode(platform::exit_interrupted),
                 "in order");
 }
 
@@ -130,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(Ends, InterruptDeathTest,
 
 TEST(InterruptTwiceDeathTest, GivesUp)
 {
-    EXPECT_EXIT(press_twice(), testing::ExitedWithCode(tool::exit_interrupted), "given up");
+    EXPECT_EXIT(press_twice(), testing::ExitedWithCode(platform::exit_interrupted), "given up");
 }
 
 TEST(InterruptEndedDeathTest, LeavesTheSystemToItsWays)

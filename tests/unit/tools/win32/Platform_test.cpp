@@ -6,7 +6,8 @@
 
 #include <windows.h>
 
-#include "platform/Platform.h"
+#include "platform/environment.h"
+#include "platform/terminal.h"
 
 #include "unit/tools/TemporaryFolder.h"
 #include "zvgentl/Progress.h"
@@ -64,14 +65,14 @@ TEST(Terminal, IsNeitherAFileNorTheNullDevice)
 {
     const TemporaryFolder folder;
     const File file(std::fopen((folder / "file").string().c_str(), "w"));
-    EXPECT_FALSE(tool::is_terminal(file.get()));
+    EXPECT_FALSE(platform::is_terminal(file.get()));
     const File nothing(std::fopen("NUL", "w"));
-    EXPECT_FALSE(tool::is_terminal(nothing.get()));
+    EXPECT_FALSE(platform::is_terminal(nothing.get()));
 }
 
 TEST(Terminal, ShowsTheProgress)
 {
-    if (tool::environment(own_console).empty()) {
+    if (platform::environment(own_console).empty()) {
         EXPECT_EQ(0U, run_with_a_console("Terminal.ShowsTheProgress"));
         return;
     }
@@ -87,7 +88,7 @@ TEST(KeepBytes, LeavesTheEndsOfLinesAlone)
     const TemporaryFolder folder;
     const auto name = folder / "file";
     File file(std::fopen(name.string().c_str(), "w"));
-    tool::keep_bytes(file.get());
+    platform::keep_bytes(file.get());
     std::fputs("a\nb\r\n", file.get());
     file.reset();
     EXPECT_EQ("a\nb\r\n", read_text(name));

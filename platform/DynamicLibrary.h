@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+
+namespace platform {
+
+/// A dynamic library, loaded for as long as the object lives.
+class DynamicLibrary {
+public:
+    /// Throws std::runtime_error with the system's own reason when the file cannot be loaded.
+    explicit DynamicLibrary(const std::filesystem::path& file);
+    ~DynamicLibrary();
+    DynamicLibrary(const DynamicLibrary&) = delete;
+    DynamicLibrary& operator=(const DynamicLibrary&) = delete;
+
+    /// The address of an exported symbol, or null.
+    void* find(const char* symbol) const noexcept;
+
+private:
+    void* m_library{nullptr};
+};
+
+} // namespace platform

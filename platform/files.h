@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+// Whole files: reading one, and replacing one so that nobody ever sees half of it. Paths that are texts are
+// UTF-8.
+
+namespace platform {
+
+enum class FileState { present, missing, unreadable };
+
+/// A file as it was when it was read.
+struct FileContent {
+    FileState state{FileState::missing};
+    std::string text;
+    /// Why it is unreadable.
+    std::string reason;
+    /// Together with `node`: which file it was, whatever its name is now.
+    std::uint64_t device{0};
+    std::uint64_t node{0};
+};
+
+/// Reads a regular file. Anything else under that name, or a file beyond all reason in size, is unreadable.
+FileContent read_file(const std::string& path);
+
+enum class Replacement {
+    done,
+    /// Somebody changed the file after `seen` was read; nothing of theirs was lost.
+    outdated,
+    failed
+};
+
+/// Puts `text` in place of the file that was read as `seen` (or makes it, when that is missing), all or
+/// nothing. Permissions and owner stay. Not fit for a symbolic link: see `resolve_links`.
+Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
+                         std::string& reason);
+
+/// The file that a chain of symbolic links ends at, whether it exists or not.
+std::string resolve_links(const std::string& path);
+
+/// Renames a file over another; nothing happens when there is no such file.
+void rename_file(const std::string& from, const std::string& to);
+
+/// True when something bears the name.
+bool exists(const std::string& path);
+
+/// Opens a file of any name for reading as it is, for libraries in C; null when it cannot be opened. The
+/// caller closes it.
+std::FILE* open_file(const std::filesystem::path& file);
+
+} // namespace platform

@@ -1,0 +1,51 @@
+#include "platform/module_path.h"
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+#include <dlfcn.h>
+
+namespace platform {
+
+namespace {
+
+constexpr size_t max_path = 260;
+
+/// The path as it was while the library was being loaded: the loader reports the name that it was given,
+/// which may be relative to a folder that the process leaves later. Needs no memory, so that loading cannot
+/// fail for it.
+class PathAtLoad {
+public:
+    PathAtLoad() noexcept
+    {
+        Dl_info info{};
+        if (dladdr(reinterpret_cast<const void*>(&module_path), &info) == 0 || info.dli_fname == nullptr)
+            return;
+        m_is_known = true;
+        if (realpath(info.dli_fname, m_text) == nullptr) {
+            std::strncpy(m_text, info.dli_fname, sizeof m_text - 1);
+            m_text[sizeof m_text - 1] = '\0';
+        }
+    }
+
+    bool is_known() const noexcept { return m_is_known; }
+    const char* text() const noexcept { return m_text; }
+
+private:
+    bool m_is_known{false};
+    char m_text[PATH_MAX]{};
+};
+
+const PathAtLoad path_at_load;
+
+} // namespace
+
+std::optional<std::string> module_path()
+{
+    if (!path_at_load.is_known())
+        return std::nullopt;
+    return std::string(path_at_load.text(), strnlen(path_at_load.text(), max_path));
+}
+
+} // namespace platform

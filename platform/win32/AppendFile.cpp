@@ -1,0 +1,105 @@
+#include "platform/AppendFile.h"
+
+#include <tuple>
+#include <utility>
+
+#include "platform/win32/OpenFile.h"
+
+namespace platform {
+
+namespace {
+
+HANDLE as_handle(std::intptr_t number) { return reinterpret_cast<HANDLE>(number); }
+
+/// While one lives, no other process that asks for its turn has it.
+class Turn {
+public:
+    explicit Turn(HANDLE file)
+        : m_file(file), m_is_taken(LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &m_place) != 0)
+    {
+    }
+    ~Turn()
+    {
+        if (m_is_taken)
+            std::ignore = UnlockFileEx(m_file, 0, 1, 0, &m_place); // closing the file unlocks it as well
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+    bool is_taken() const { return m_is_taken; }
+
+private:
+    HANDLE m_file;
+    OVERLAPPED m_place{byte_to_lock()};
+    bool m_is_taken;
+};
+
+} // namespace
+
+AppendFile::AppendFile(std::string path) : m_path(std::move(path)) {}
+
+AppendFile::~AppendFile() { close(); }
+
+bool AppendFile::open()
+{
+    if (m_handle != -1 && bears_the_name())
+        return true;
+    close();
+    // Appending without the right to write anywhere else puts each line behind all others. Reading is for the
+    // lock of replace().
+    OpenFile file(m_path, FILE_APPEND_DATA | FILE_GENERIC_READ, OPEN_ALWAYS);
+    if (!file.is_open() || GetFileType(file.handle()) != FILE_TYPE_DISK)
+        return false;
+    m_handle = reinterpret_cast<std::intptr_t>(file.release());
+    return true;
+}
+
+std::uint64_t AppendFile::size() const { return m_handle == -1 ? 0 : identity_of(as_handle(m_handle)).size; }
+
+bool AppendFile::replace(const MoveAway& move_away)
+{
+    // The lock is on the file that is to go: whoever gets it second finds that the file has lost its name.
+    bool is_moved = false;
+    {
+        const Turn turn(as_handle(m_handle));
+        if (!turn.is_taken())
+            return true;
+        if (bears_the_name())
+            move_away();
+        is_moved = !bears_the_name();
+    }
+    return is_moved ? open() : true; // it could not be moved: go on with it
+}
+
+bool AppendFile::append(std::string_view text)
+{
+    // Not every file system of Windows appends in one step.
+    const Turn turn(as_handle(m_handle));
+    while (!text.empty()) {
+        DWORD count = 0;
+        if (WriteFile(as_handle(m_handle), text.data(), static_cast<DWORD>(text.size()), &count, nullptr) ==
+            0)
+            return false;
+        text.remove_prefix(count);
+    }
+    return true;
+}
+
+bool AppendFile::bears_the_name() const
+{
+    const OpenFile named(m_path, FILE_READ_ATTRIBUTES, OPEN_EXISTING);
+    if (!named.is_open())
+        return false;
+    const FileIdentity there = identity_of(named.handle());
+    const FileIdentity here = identity_of(as_handle(m_handle));
+    return there.is_known && here.is_known && there.device == here.device && there.node == here.node;
+}
+
+void AppendFile::close()
+{
+    if (m_handle != -1)
+        std::ignore = CloseHandle(as_handle(m_handle)); // nobody else closes it: nothing to fail
+    m_handle = -1;
+}
+
+} // namespace platform

@@ -1,0 +1,181 @@
+#include "platform/files.h"
+
+#include <array>
+#include <atomic>
+#include <tuple>
+#include <vector>
+
+#include "platform/win32/OpenFile.h"
+#include "platform/win32/wide.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::uint64_t largest_file = std::uint64_t{64} * 1024 * 1024;
+
+// A file that somebody reads or scans at that moment cannot be replaced: worth another try, for half a
+// second.
+constexpr int most_tries = 100;
+constexpr DWORD milliseconds_between_tries = 5;
+
+bool is_passing(DWORD error) { return error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED; }
+
+bool read_all(HANDLE file, std::string& text)
+{
+    std::array<char, 16384> block;
+    for (;;) {
+        DWORD count = 0;
+        if (ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &count, nullptr) == 0)
+            return false;
+        if (count == 0)
+            return true;
+        text.append(block.data(), count);
+    }
+}
+
+bool write_all(HANDLE file, const std::string& text)
+{
+    std::size_t written = 0;
+    while (written < text.size()) {
+        DWORD count = 0;
+        const auto rest = static_cast<DWORD>(text.size() - written); // no such file is larger
+        if (WriteFile(file, text.data() + written, rest, &count, nullptr) == 0)
+            return false;
+        written += count;
+    }
+    return true;
+}
+
+std::string temporary_name(const std::string& path)
+{
+    static std::atomic<unsigned> serial{0};
+    return path + "." + std::to_string(GetCurrentProcessId()) + "." + std::to_string(serial++) + ".new";
+}
+
+// A file that was locked up by hand stays so; without rights of its own it has those of its folder anyway.
+void keep_permissions(const std::string& name, const std::string& path)
+{
+    DWORD size = 0;
+    std::ignore = GetFileSecurityW(wide(path).c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<unsigned char> rights(size);
+    if (size != 0 &&
+        GetFileSecurityW(wide(path).c_str(), DACL_SECURITY_INFORMATION, rights.data(), size, &size) != 0)
+        std::ignore = SetFileSecurityW(wide(name).c_str(), DACL_SECURITY_INFORMATION, rights.data());
+}
+
+bool write_new_file(const std::string& name, const std::string& text)
+{
+    // Over a leftover of a killed process that had the same number.
+    const OpenFile file(name, GENERIC_WRITE, CREATE_ALWAYS);
+    return file.is_open() && write_all(file.handle(), text) && FlushFileBuffers(file.handle()) != 0;
+}
+
+bool is_as_seen(const FileContent& file, const FileContent& seen)
+{
+    return file.state == seen.state && file.device == seen.device && file.node == seen.node &&
+           file.text == seen.text;
+}
+
+// The system can only replace: between the look and the replacement an edit of somebody without the lock can
+// get lost.
+Replacement swap_in(const std::string& name, const std::string& path, const FileContent& seen)
+{
+    const bool is_new = seen.state == FileState::missing;
+    const DWORD how = MOVEFILE_WRITE_THROUGH | (is_new ? 0 : MOVEFILE_REPLACE_EXISTING);
+    for (int attempt = 0;; ++attempt) {
+        if (!is_as_seen(read_file(path), seen))
+            return Replacement::outdated;
+        if (MoveFileExW(wide(name).c_str(), wide(path).c_str(), how) != 0)
+            return Replacement::done;
+        const DWORD error = GetLastError();
+        if (is_new && (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS))
+            return Replacement::outdated;
+        if (!is_passing(error) || attempt == most_tries) {
+            SetLastError(error);
+            return Replacement::failed;
+        }
+        Sleep(milliseconds_between_tries);
+    }
+}
+
+} // namespace
+
+FileContent read_file(const std::string& path)
+{
+    FileContent content;
+    // With the flag, folders open as well, so that they can be told from what may not be read.
+    const OpenFile file(path, GENERIC_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    const DWORD error = file.is_open() ? 0 : GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+        return content;
+    content.state = FileState::unreadable;
+    if (!file.is_open()) {
+        content.reason = describe_error(error);
+        return content;
+    }
+    const FileIdentity identity = identity_of(file.handle());
+    if (!identity.is_known || GetFileType(file.handle()) != FILE_TYPE_DISK ||
+        (identity.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        content.reason = "not a regular file";
+        return content;
+    }
+    if (identity.size > largest_file) {
+        content.reason = "file too large";
+        return content;
+    }
+    if (!read_all(file.handle(), content.text)) {
+        content.reason = describe_error(GetLastError());
+        return content;
+    }
+    content.state = FileState::present;
+    content.device = identity.device;
+    content.node = identity.node;
+    return content;
+}
+
+Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
+                         std::string& reason)
+{
+    const std::string name = temporary_name(path);
+    const bool written = write_new_file(name, text);
+    if (written && seen.state == FileState::present)
+        keep_permissions(name, path);
+    const Replacement outcome = written ? swap_in(name, path, seen) : Replacement::failed;
+    if (outcome == Replacement::failed)
+        reason = describe_error(GetLastError());
+    if (outcome != Replacement::done)
+        std::ignore = DeleteFileW(wide(name).c_str()); // a leftover harms nobody
+    return outcome;
+}
+
+std::string resolve_links(const std::string& path)
+{
+    const DWORD attributes = GetFileAttributesW(wide(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return path;
+    const OpenFile file(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING);
+    std::wstring target(32768, L'\0');
+    const DWORD length = file.is_open() ? GetFinalPathNameByHandleW(file.handle(), target.data(),
+                                                                    static_cast<DWORD>(target.size()), 0)
+                                        : 0;
+    if (length == 0 || length >= target.size())
+        return path;
+    target.resize(length);
+    return narrow(target);
+}
+
+void rename_file(const std::string& from, const std::string& to)
+{
+    // What cannot be moved stays, and grows.
+    std::ignore = MoveFileExW(wide(from).c_str(), wide(to).c_str(), MOVEFILE_REPLACE_EXISTING);
+}
+
+bool exists(const std::string& path)
+{
+    return GetFileAttributesW(wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::FILE* open_file(const std::filesystem::path& file) { return _wfopen(file.c_str(), L"rb"); }
+
+} // namespace platform
