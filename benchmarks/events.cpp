@@ -3,10 +3,9 @@
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/Bench.h"
-#include "system/consumer/check.h"
 
-// Entries of the new-buffer event, without a camera: cyclic buffers move between queues in the producer
-// alone.
+// Entries of the new-buffer event, without a camera: in cyclic mode, buffers move between queues within the
+// producer.
 
 using namespace GenTL;
 using namespace zvbench;

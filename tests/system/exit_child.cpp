@@ -9,22 +9,22 @@
 #include "system/consumer/Library.h"
 #include "system/process_state.h"
 
-// A consumer that ends its process while it acquires, in the way that its argument names. Ends with 0 unless
-// something goes wrong on the way; the test looks at how it ends. Settings and variables are the test's.
+// A consumer that ends its process while it acquires, in the way that its argument names: with exit code 0
+// unless something goes wrong before. Settings and variables are those of the test that starts it.
 
 using namespace GenTL;
 using namespace zvsystem;
 
 namespace {
 
-/// What a careless application leaves behind when it ends: nothing is closed, and nothing destroyed.
+/// What a careless application leaves behind when it ends: nothing is closed or destroyed.
 struct Application {
     Producer producer{ZV_PRODUCER_FILE};
     System system{producer.functions()};
     Camera camera{producer.functions(), system.open_interface("FG0"), "Device00"};
 };
 
-/// Lives until the process has no thread left; its consumers may still be at work then.
+/// Never destroyed, because threads may still use it while the process ends.
 Application& application()
 {
     static auto* const application = new Application;
@@ -66,11 +66,11 @@ int end(const std::string& way)
         return EXIT_SUCCESS;
     if (way == "exit")
         std::exit(EXIT_SUCCESS); // NOLINT(concurrency-mt-unsafe): that is what is tested
-    if (way == "exit-on-another-thread") {
+    if (way == "exit_on_another_thread") {
         std::thread([] { std::exit(EXIT_SUCCESS); }).join(); // NOLINT(concurrency-mt-unsafe): as above
         return EXIT_FAILURE;
     }
-    if (way == "quick-exit")
+    if (way == "quick_exit")
 #ifdef _WIN32
         std::_Exit(EXIT_SUCCESS); // the same, without any handlers registered
 #else

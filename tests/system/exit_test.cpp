@@ -7,7 +7,7 @@
 
 #include "system/fixture.h"
 
-// A process that ends while it acquires ends cleanly: nobody is called back into what is gone.
+// A process that ends while it acquires ends cleanly: no callback arrives in a library that is gone.
 
 using namespace zvsystem;
 
@@ -17,21 +17,18 @@ class ExitWhileAcquiring : public testing::TestWithParam<std::tuple<Mode, const 
 
 std::string name_of(const testing::TestParamInfo<std::tuple<Mode, const char*>>& info)
 {
-    std::string name = testing::PrintToString(std::get<0>(info.param)) + "_" + std::get<1>(info.param);
-    for (char& letter : name)
-        letter = letter == '-' ? '_' : letter;
-    return name;
+    return testing::PrintToString(std::get<0>(info.param)) + "_" + std::get<1>(info.param);
 }
 
 INSTANTIATE_TEST_SUITE_P(, ExitWhileAcquiring,
                          testing::Combine(both_modes,
-                                          testing::Values("return", "exit", "exit-on-another-thread",
-                                                          "quick-exit", "waiter")),
+                                          testing::Values("return", "exit", "exit_on_another_thread",
+                                                          "quick_exit", "waiter")),
                          name_of);
 
 TEST_P(ExitWhileAcquiring, IsClean)
 {
-    surroundings().set_mode(std::get<0>(GetParam()));
+    surroundings_in(std::get<0>(GetParam()));
     std::string program = ZV_EXIT_CHILD;
     std::string way = std::get<1>(GetParam());
     char* arguments[] = {program.data(), way.data(), nullptr};

@@ -1,6 +1,8 @@
 #include "system/fixture.h"
 
 #include <chrono>
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 namespace zvsystem {
@@ -9,8 +11,17 @@ using namespace GenTL;
 
 Surroundings& surroundings()
 {
-    static Surroundings surroundings;
+    struct WithSmallFrames : Surroundings {
+        WithSmallFrames() { set_frame_size(usual_frame_size); }
+    };
+    static WithSmallFrames surroundings;
     return surroundings;
+}
+
+Surroundings& surroundings_in(Mode mode)
+{
+    surroundings().set_mode(mode);
+    return surroundings();
 }
 
 bool eventually(const std::function<bool()>& condition)
@@ -24,10 +35,31 @@ bool eventually(const std::function<bool()>& condition)
     return true;
 }
 
+std::string contents(const std::filesystem::path& file)
+{
+    std::stringstream text;
+    text << std::ifstream{file}.rdbuf();
+    return text.str();
+}
+
 std::optional<zvgr::FrameStamp> stamp_of(const Camera& camera, BUFFER_HANDLE buffer)
 {
     const auto size = static_cast<size_t>(camera.buffer_number(buffer, BUFFER_INFO_SIZE));
     return zvgr::read_stamp(camera.memory(buffer), size);
+}
+
+GrabberFile::GrabberFile(const std::string& yaml)
+{
+    const auto file = surroundings().folder() / "grabbers.yaml";
+    std::ofstream{file} << yaml;
+    Surroundings::set_grabber_file(file.string());
+    Surroundings::set_frame_size("");
+}
+
+GrabberFile::~GrabberFile()
+{
+    Surroundings::set_grabber_file("");
+    Surroundings::set_frame_size(usual_frame_size);
 }
 
 void FrameCheck::expect_good(const Filled& filled)
@@ -47,23 +79,17 @@ void FrameCheck::expect_next(const Filled& filled)
     const auto before = m_last;
     expect_good(filled);
     if (before && m_last) {
-        EXPECT_EQ(*before + 1, *m_last) << "before frame " << m_frames << " some are missing";
+        EXPECT_EQ(*before + 1, *m_last) << "frames are missing before frame " << m_frames;
     }
 }
 
-void stream(const Camera& camera, FrameCheck& check, uint64_t frames)
+void FrameCheck::stream(uint64_t frames)
 {
     for (uint64_t i = 0; i < frames; ++i) {
-        const Filled filled = camera.next();
-        check.expect_good(filled);
-        camera.queue(filled.buffer);
+        const Filled filled = m_camera.next();
+        expect_good(filled);
+        m_camera.queue(filled.buffer);
     }
-}
-
-Surroundings& InBothModes::in_mode(Mode mode)
-{
-    surroundings().set_mode(mode);
-    return surroundings();
 }
 
 } // namespace zvsystem

@@ -20,12 +20,21 @@ namespace zvsystem {
 /// The built producer.
 constexpr const char* producer_file = ZV_PRODUCER_FILE;
 
+/// What all cameras send unless a test wants something else: small frames, so that little time goes into
+/// drawing and checking them.
+constexpr const char* usual_frame_size = "160x120";
+
 /// The process's one private folder, settings and variables.
 Surroundings& surroundings();
+/// The same, for streams of this mode.
+Surroundings& surroundings_in(Mode mode);
 
-/// Waits until the condition holds. For what another thread or the system brings about without telling; false
-/// when it took longer than any machine needs.
+/// Waits until the condition holds, for what another thread or the system does without a notice; false if it
+/// took longer than any machine needs.
 bool eventually(const std::function<bool()>& condition);
+
+/// What the file contains; empty if it cannot be read.
+std::string contents(const std::filesystem::path& file);
 
 inline std::ostream& operator<<(std::ostream& out, Mode mode)
 {
@@ -37,10 +46,22 @@ inline std::ostream& operator<<(std::ostream& out, Memory memory)
     return out << (memory == Memory::of_consumer ? "OwnMemory" : "ProducerMemory");
 }
 
-/// The stamp in the pixels of a filled buffer, checked; nothing when there is none.
+inline const auto both_modes = testing::Values(Mode::queued, Mode::cyclic);
+
+/// The stamp in the pixels of a filled buffer; nothing if there is none.
 std::optional<zvgr::FrameStamp> stamp_of(const Camera& camera, GenTL::BUFFER_HANDLE buffer);
 
-/// Frames per second of every camera while the object lives; for the grabbers that are opened meanwhile. The
+/// Grabbers from a file of the test's own while the object lives, with the frame sizes that it gives. The
+/// system must have been closed, or be closed next.
+class GrabberFile {
+public:
+    explicit GrabberFile(const std::string& yaml);
+    ~GrabberFile();
+    GrabberFile(const GrabberFile&) = delete;
+    GrabberFile& operator=(const GrabberFile&) = delete;
+};
+
+/// Frames per second of every camera while the object lives, for the grabbers that are opened meanwhile. The
 /// system must have been closed, or be closed next.
 class FrameRate {
 public:
@@ -50,47 +71,50 @@ public:
     FrameRate& operator=(const FrameRate&) = delete;
 };
 
-/// Verifies the frames of one acquisition: each whole, each newer than the one before.
+/// Verifies the frames of one acquisition: each intact, each newer than the one before.
 class FrameCheck {
 public:
     explicit FrameCheck(const Camera& camera) : m_camera(camera) {}
 
     /// Fails the running test for a frame that is not what the camera sent.
     void expect_good(const Filled& filled);
-    /// Fails it also when the frame is not the very next one.
+    /// Fails it also if the frame is not the very next one.
     void expect_next(const Filled& filled);
-
-    uint64_t frames() const noexcept { return m_frames; }
+    /// Receives, verifies and queues again.
+    void stream(uint64_t frames);
 
 private:
     const Camera& m_camera;
-    std::optional<uint64_t> m_last;
     uint64_t m_frames{0};
+    std::optional<uint64_t> m_last;
 };
-
-/// Receives, verifies and queues again.
-void stream(const Camera& camera, FrameCheck& check, uint64_t frames);
 
 /// A producer that was loaded for this test, with an open system.
 class LoadedProducer : public testing::Test {
 protected:
-    Surroundings& m_surroundings{surroundings()}; // before the producer looks for its settings
+    explicit LoadedProducer(Mode mode = Mode::queued) : m_surroundings(surroundings_in(mode)) {}
+
+    Surroundings& m_surroundings; // before the producer looks for its settings
     Producer producer{producer_file};
     const Functions& gentl{producer.functions()};
     std::optional<System> system{std::in_place, gentl};
 };
 
 /// The same for both modes.
-class InBothModes : public testing::TestWithParam<Mode> {
+class InBothModes : public LoadedProducer, public testing::WithParamInterface<Mode> {
 protected:
-    static Surroundings& in_mode(Mode mode);
-
-    Surroundings& m_surroundings{in_mode(GetParam())};
-    Producer producer{producer_file};
-    const Functions& gentl{producer.functions()};
-    std::optional<System> system{std::in_place, gentl};
+    InBothModes() : LoadedProducer(GetParam()) {}
 };
 
-inline const auto both_modes = testing::Values(Mode::queued, Mode::cyclic);
+/// With an open camera and a few buffers that are not queued.
+class OneCamera : public InBothModes {
+protected:
+    static constexpr size_t buffers = 8;
+
+    OneCamera() { camera.announce(buffers); }
+
+    const GenTL::IF_HANDLE iface{system->open_interface("FG0")};
+    Camera camera{gentl, iface, "Device00"};
+};
 
 } // namespace zvsystem

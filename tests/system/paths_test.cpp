@@ -79,7 +79,7 @@ TEST_F(Path, IsThatOfTheFileBehindALink)
     EXPECT_EQ(m_file, path_of(library));
 }
 
-// Blanks, and letters that are none in ASCII.
+// Blanks, and letters outside ASCII.
 TEST_F(Path, IsHandedOutByteForByte)
 {
     const fs::path folder = surroundings().folder() / "ein Ordner für Bilder";

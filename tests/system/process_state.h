@@ -24,7 +24,7 @@ bool is_asleep(pid_t thread);
 size_t heap_in_use();
 
 /// Loads for good the libraries of others that the producer needs and that leave something behind at each
-/// unload, so that they do not hide what the producer leaves. Nothing where there are none.
+/// unload, so that this is not taken for something of the producer's. Does nothing where there are none.
 void hold_libraries_of_others(const std::filesystem::path& producer);
 
 /// Bytes of memory that are resident, and of address space that is taken.
@@ -34,8 +34,8 @@ struct MemorySize {
 };
 MemorySize memory_size();
 
-/// Whether a sanitizer keeps freed memory for a while and notes of every library that was ever loaded, so
-/// that sizes do not come back; its leak checker tells what was lost.
+/// Whether a sanitizer keeps freed memory for a while, and a record of every library that was ever loaded, so
+/// that sizes do not come back; its leak checker reports what was lost.
 constexpr bool is_sanitized =
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     true;

@@ -11,20 +11,7 @@ namespace zvsystem {
 
 namespace {
 
-/// The threads of this process, and of all its heaps the blocks: as a snapshot of the system.
-size_t count_threads()
-{
-    HANDLE const snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof entry;
-    size_t count = 0;
-    for (BOOL more = Thread32First(snapshot, &entry); more != 0; more = Thread32Next(snapshot, &entry))
-        count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
-    CloseHandle(snapshot);
-    return count;
-}
-
-/// Whether the instruction is one of the few that make this call of the system.
+/// Whether the instruction belongs to the few that make this system call.
 bool is_inside(const char* call, DWORD64 instruction)
 {
     constexpr DWORD64 longest_call = 32;
@@ -37,7 +24,7 @@ bool is_inside(const char* call, DWORD64 instruction)
 
 bool is_mapped(const std::string& file_name) { return GetModuleHandleA(file_name.c_str()) != nullptr; }
 
-// Handles have no names that could be listed, so their number has to do.
+// The handles of a process cannot be listed by name, so their number has to do.
 std::set<std::string> open_descriptors()
 {
     DWORD count = 0;
@@ -45,11 +32,21 @@ std::set<std::string> open_descriptors()
     return {std::to_string(count)};
 }
 
-size_t thread_count() { return count_threads(); }
+size_t thread_count()
+{
+    HANDLE const snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    size_t count = 0;
+    for (BOOL more = Thread32First(snapshot, &entry); more != 0; more = Thread32Next(snapshot, &entry))
+        count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+    CloseHandle(snapshot);
+    return count;
+}
 
 pid_t this_thread() { return static_cast<pid_t>(GetCurrentThreadId()); }
 
-// A thread that waits is in the call of the system that does it; Wine waits for one thing as for several.
+// A thread that waits is inside the system call for it; under Wine both calls wait in the same way.
 bool is_asleep(pid_t thread)
 {
     HANDLE const handle =
@@ -64,7 +61,7 @@ bool is_asleep(pid_t thread)
            is_inside("NtWaitForMultipleObjects", context.Rip);
 }
 
-// Poco's library, and of the system those that it needs, keep memory of every load.
+// Poco's library, and the system libraries that it needs, keep memory of every load.
 void hold_libraries_of_others(const std::filesystem::path& producer)
 {
     const auto poco =

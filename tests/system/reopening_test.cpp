@@ -8,16 +8,14 @@ using namespace zvsystem;
 namespace {
 
 constexpr int rounds = 3;
-constexpr size_t buffers = 6;
 
 class Reopening : public InBothModes {
 protected:
     static void expect_frames(Camera& camera)
     {
-        camera.announce(buffers, Memory::of_consumer);
+        camera.announce(6, Memory::of_consumer);
         camera.start_and_queue();
-        FrameCheck check(camera);
-        stream(camera, check, 20);
+        FrameCheck{camera}.stream(20);
     }
 };
 INSTANTIATE_TEST_SUITE_P(, Reopening, both_modes, testing::PrintToStringParamName());
@@ -56,7 +54,7 @@ TEST_P(Reopening, AnInterfaceWorksBeforeItsDevicesAreKnown)
     expect_frames(camera);
 }
 
-// A list of devices is compared by their number alone, so a reopened interface keeps devices whose cameras
+// Only the lengths of two lists of devices are compared, so a reopened interface keeps devices whose cameras
 // ended with the grabber. A consumer reopens the system.
 TEST_P(Reopening, AnInterfaceKeepsItsDeadDevicesUntilTheSystemIsReopened)
 {
@@ -96,8 +94,8 @@ TEST_P(Reopening, TheLibraryWorks)
         expect_frames(camera);
         camera.abandon();
         system->abandon();
-        ASSERT_EQ(GC_ERR_SUCCESS,
-                  gentl.GCCloseLib()); // with everything open; the camera's memory is still there
+        // With everything open; the camera's memory is still there.
+        ASSERT_EQ(GC_ERR_SUCCESS, gentl.GCCloseLib());
         EXPECT_EQ(GC_ERR_NOT_INITIALIZED, gentl.GCCloseLib());
         ASSERT_EQ(GC_ERR_SUCCESS, gentl.GCInitLib());
         system.emplace(gentl);

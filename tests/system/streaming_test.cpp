@@ -10,8 +10,6 @@ using namespace zvsystem;
 
 namespace {
 
-constexpr uint64_t many_frames = 1000;
-constexpr size_t buffers = 8;
 constexpr uint64_t ring_frames = 4; // of the cyclic mode
 
 /// The first frame of an acquisition whose buffers were queued before it started: one that comes before the
@@ -19,29 +17,21 @@ constexpr uint64_t ring_frames = 4; // of the cyclic mode
 Filled first_frame(const Camera& camera)
 {
     Filled filled{};
-    const bool has_come = eventually([&] {
+    EXPECT_TRUE(eventually([&] {
         if (camera.get(filled, 1000) == GC_ERR_SUCCESS)
             return true;
         if (camera.stream_number(STREAM_INFO_NUM_DELIVERED) == 0)
             camera.queue_all();
         return false;
-    });
-    EXPECT_TRUE(has_come);
+    }));
     return filled;
 }
 
-class Buffers : public testing::TestWithParam<std::tuple<Mode, Memory>> {
-protected:
-    static Mode set(Mode mode)
-    {
-        surroundings().set_mode(mode);
-        return mode;
-    }
+bool is_grabbing(const Camera& camera) { return camera.stream_number(STREAM_INFO_IS_GRABBING) != 0; }
 
-    const Mode m_mode{set(std::get<Mode>(GetParam()))};
-    const Memory m_memory{std::get<Memory>(GetParam())};
-    Producer producer{producer_file};
-    System system{producer.functions()};
+class Buffers : public LoadedProducer, public testing::WithParamInterface<std::tuple<Mode, Memory>> {
+protected:
+    Buffers() : LoadedProducer(std::get<Mode>(GetParam())) {}
 };
 
 std::string name_of_buffers(const testing::TestParamInfo<std::tuple<Mode, Memory>>& info)
@@ -55,18 +45,17 @@ INSTANTIATE_TEST_SUITE_P(, Buffers,
                                           testing::Values(Memory::of_consumer, Memory::of_producer)),
                          name_of_buffers);
 
-TEST_P(Buffers, ReceiveAThousandFramesWhole)
+TEST_P(Buffers, ReceiveAThousandIntactFrames)
 {
-    Camera camera(producer.functions(), system.open_interface("FG0"), "Device00");
-    camera.announce(buffers, m_memory);
-    ASSERT_EQ(uint64_t{640 * 480}, camera.stream_number(STREAM_INFO_PAYLOAD_SIZE));
+    constexpr uint64_t frames = 1000;
+    Camera camera(gentl, system->open_interface("FG0"), "Device00");
+    camera.announce(8, std::get<Memory>(GetParam()));
     camera.start_and_queue();
-
     FrameCheck check(camera);
     uint64_t last_timestamp = 0;
-    for (uint64_t i = 0; i < many_frames; ++i) {
+    for (uint64_t i = 0; i < frames; ++i) {
         const Filled filled = camera.next();
-        if (m_mode == Mode::queued)
+        if (std::get<Mode>(GetParam()) == Mode::queued)
             check.expect_next(filled); // a free-running camera waits for buffers
         else
             check.expect_good(filled);
@@ -75,44 +64,27 @@ TEST_P(Buffers, ReceiveAThousandFramesWhole)
         last_timestamp = timestamp;
         camera.queue(filled.buffer);
     }
-    EXPECT_GE(camera.stream_number(STREAM_INFO_NUM_DELIVERED), many_frames);
+    EXPECT_GE(camera.stream_number(STREAM_INFO_NUM_DELIVERED), frames);
     camera.stop();
 }
 
 TEST_P(Buffers, MayBeLargerThanAFrame)
 {
     constexpr size_t extra = size_t{1} << 20U;
-    Camera camera(producer.functions(), system.open_interface("FG0"), "Device01");
-    camera.announce(buffers, m_memory, extra);
+    const GrabberFile built_in{""}; // cameras with frames of their usual size
+    Camera camera(gentl, system->open_interface("FG0"), "Device00");
+    ASSERT_EQ(uint64_t{640 * 480}, camera.stream_number(STREAM_INFO_PAYLOAD_SIZE));
+    camera.announce(8, std::get<Memory>(GetParam()), extra);
     camera.start_and_queue();
-    FrameCheck check(camera);
-    stream(camera, check, 20);
+    FrameCheck{camera}.stream(20);
 }
 
-TEST_P(Buffers, ComeBackWithTheirOwnPrivatePointer)
-{
-    Camera camera(producer.functions(), system.open_interface("FG0"), "Device00");
-    camera.announce(buffers, m_memory);
-    camera.start_and_queue();
-    for (size_t i = 0; i < 2 * buffers; ++i) {
-        const Filled filled = camera.next();
-        size_t position = 0;
-        while (position < buffers && camera.buffers()[position] != filled.buffer)
-            ++position;
-        ASSERT_LT(position, buffers) << "a buffer that was never announced";
-        EXPECT_EQ(Camera::user_pointer(position), filled.user);
-        camera.queue(filled.buffer);
-    }
-}
-
-class Streaming : public InBothModes {};
+class Streaming : public OneCamera {};
 INSTANTIATE_TEST_SUITE_P(, Streaming, both_modes, testing::PrintToStringParamName());
 
 // In queued mode frame ids count frames, in cyclic mode they name a place in the ring.
-TEST_P(Streaming, TellsTheFrameIdsOfItsMode)
+TEST_P(Streaming, GivesTheFrameIdsOfItsMode)
 {
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(buffers);
     camera.start_and_queue();
     for (uint64_t i = 0; i < 3 * ring_frames; ++i) {
         const Filled filled = camera.next();
@@ -124,82 +96,36 @@ TEST_P(Streaming, TellsTheFrameIdsOfItsMode)
     }
 }
 
-TEST_P(Streaming, StampsTrueTicksOf25Megahertz)
-{
-    constexpr uint64_t frames_per_second = 1000;
-    constexpr uint64_t ticks_per_frame = 25'000'000 / frames_per_second;
-    const FrameRate rate(std::to_string(frames_per_second));
-    system.emplace(gentl);
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(buffers);
-    camera.start_and_queue();
-
-    uint64_t first_counter = 0;
-    uint64_t first_timestamp = 0;
-    for (int i = 0; i < 50; ++i) {
-        const Filled filled = camera.next();
-        const auto stamp = stamp_of(camera, filled.buffer);
-        ASSERT_TRUE(stamp);
-        const uint64_t timestamp = camera.buffer_number(filled.buffer, BUFFER_INFO_TIMESTAMP);
-        if (i == 0) {
-            first_counter = stamp->counter;
-            first_timestamp = timestamp;
-        }
-        // Each time is cut to whole ticks.
-        const uint64_t due = first_timestamp + (stamp->counter - first_counter) * ticks_per_frame;
-        EXPECT_LE(timestamp, due + 1);
-        EXPECT_GE(timestamp + 1, due);
-        camera.queue(filled.buffer);
-    }
-}
-
 TEST_P(Streaming, StartsAndStopsThreeTimes)
 {
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(buffers);
     for (int cycle = 0; cycle < 3; ++cycle) {
-        FrameCheck check(camera); // the counter begins anew
+        FrameCheck check(camera); // the counter starts again
         camera.queue_all();
         camera.start();
         const Filled first = first_frame(camera);
         check.expect_good(first);
         camera.queue(first.buffer);
-        stream(camera, check, 100);
-        EXPECT_EQ(1u, camera.stream_number(STREAM_INFO_IS_GRABBING));
+        check.stream(100);
+        EXPECT_TRUE(is_grabbing(camera));
         camera.stop();
-        EXPECT_EQ(0u, camera.stream_number(STREAM_INFO_IS_GRABBING));
+        EXPECT_FALSE(is_grabbing(camera));
         EXPECT_EQ(0u, camera.stream_number(STREAM_INFO_NUM_DELIVERED));
         camera.flush(ACQ_QUEUE_ALL_DISCARD);
         EXPECT_EQ(0u, camera.event_number(EVENT_NUM_IN_QUEUE));
     }
 }
 
-TEST_P(Streaming, DiscardsWhatTheConsumerDoesNotWant)
-{
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(buffers);
-    camera.start_and_queue();
-    ASSERT_TRUE(eventually([&] { return camera.event_number(EVENT_NUM_IN_QUEUE) == buffers; }));
-    camera.flush(ACQ_QUEUE_OUTPUT_DISCARD);
-    EXPECT_EQ(0u, camera.event_number(EVENT_NUM_IN_QUEUE));
-    camera.flush(ACQ_QUEUE_UNQUEUED_TO_INPUT);
-    FrameCheck check(camera);
-    stream(camera, check, 3 * buffers);
-}
-
 // ---- A requested number of frames ----
 
 TEST_P(Streaming, EndsByItselfAfterTheRequestedFrames)
 {
-    constexpr uint64_t requested = 25;
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(requested);
+    constexpr uint64_t requested = buffers;
     uint64_t received = 0;
     uint64_t fired_before = 0;
-    // In cyclic mode a frame that finds no buffer counts all the same, so there may be fewer.
+    // In cyclic mode a frame that finds no buffer counts as well, so there may be fewer.
     while (received == 0) {
         camera.start_and_queue(requested);
-        ASSERT_TRUE(eventually([&] { return camera.stream_number(STREAM_INFO_IS_GRABBING) == 0; }));
+        ASSERT_TRUE(eventually([&] { return !is_grabbing(camera); }));
         camera.stop(); // the last notice of the end may still be on its way
         received = camera.event_number(EVENT_NUM_FIRED) - fired_before;
         fired_before += received;
@@ -219,68 +145,53 @@ TEST_P(Streaming, EndsByItselfAfterTheRequestedFrames)
 
 TEST_P(Streaming, StartsAgainAfterAnEndByItself)
 {
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(buffers);
     for (int cycle = 0; cycle < 3; ++cycle) {
         camera.start_and_queue(3);
-        ASSERT_TRUE(eventually([&] { return camera.stream_number(STREAM_INFO_IS_GRABBING) == 0; }));
+        ASSERT_TRUE(eventually([&] { return !is_grabbing(camera); }));
         camera.stop(); // the last notice of the end may still be on its way
     }
     camera.flush(ACQ_QUEUE_ALL_DISCARD);
     camera.start_and_queue();
-    FrameCheck check(camera);
-    stream(camera, check, 20);
+    FrameCheck{camera}.stream(20);
 }
 
-// ---- Late frames and late consumers ----
+// ---- A thousand frames per second ----
 
-class LateFrames : public InBothModes {};
-INSTANTIATE_TEST_SUITE_P(, LateFrames, both_modes, testing::PrintToStringParamName());
+class StreamingAtAKilohertz : public InBothModes {
+protected:
+    StreamingAtAKilohertz() { camera.announce(buffers); }
 
-TEST_P(LateFrames, CanBeFetchedAfterTheStop)
+    static constexpr size_t buffers = 8;
+    const FrameRate rate{"1000"};
+    Camera camera{gentl, system->open_interface("FG0"), "Device00"};
+};
+INSTANTIATE_TEST_SUITE_P(, StreamingAtAKilohertz, both_modes, testing::PrintToStringParamName());
+
+TEST_P(StreamingAtAKilohertz, StampsTrueTicksOf25Megahertz)
 {
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(buffers);
+    constexpr uint64_t ticks_per_frame = 25'000'000 / 1000;
     camera.start_and_queue();
-    ASSERT_TRUE(eventually([&] { return camera.event_number(EVENT_NUM_IN_QUEUE) == buffers; }));
-    camera.stop();
-
-    FrameCheck check(camera);
-    for (size_t i = 0; i < buffers; ++i)
-        check.expect_good(camera.next());
-    Filled filled{};
-    EXPECT_EQ(GC_ERR_TIMEOUT, camera.get(filled, 0));
+    uint64_t first_counter = 0;
+    uint64_t first_timestamp = 0;
+    for (int i = 0; i < 50; ++i) {
+        const Filled filled = camera.next();
+        const auto stamp = stamp_of(camera, filled.buffer);
+        ASSERT_TRUE(stamp);
+        const uint64_t timestamp = camera.buffer_number(filled.buffer, BUFFER_INFO_TIMESTAMP);
+        if (i == 0) {
+            first_counter = stamp->counter;
+            first_timestamp = timestamp;
+        }
+        // Each time is rounded down to whole ticks.
+        const uint64_t due = first_timestamp + (stamp->counter - first_counter) * ticks_per_frame;
+        EXPECT_LE(timestamp, due + 1);
+        EXPECT_GE(timestamp + 1, due);
+        camera.queue(filled.buffer);
+    }
 }
 
-TEST_P(LateFrames, DoNotComeAfterTheStop)
+TEST_P(StreamingAtAKilohertz, GivesASlowConsumerIntactFrames)
 {
-    const IF_HANDLE iface = system->open_interface("FG0");
-    Camera camera(gentl, iface, "Device00");
-    Camera clock(gentl, iface, "Device01");
-    camera.announce(buffers);
-    clock.announce(buffers);
-    camera.start_and_queue();
-    FrameCheck check(camera);
-    stream(camera, check, 20);
-    camera.stop();
-
-    const uint64_t fired = camera.event_number(EVENT_NUM_FIRED);
-    const uint64_t underruns = camera.stream_number(STREAM_INFO_NUM_UNDERRUN);
-    camera.queue_all();
-    clock.start_and_queue(); // its frames are the time in which none of ours may come
-    FrameCheck clock_check(clock);
-    stream(clock, clock_check, 100);
-    EXPECT_EQ(fired, camera.event_number(EVENT_NUM_FIRED));
-    EXPECT_EQ(0u, camera.stream_number(STREAM_INFO_NUM_DELIVERED));
-    EXPECT_EQ(underruns, camera.stream_number(STREAM_INFO_NUM_UNDERRUN));
-}
-
-TEST_P(LateFrames, OfASlowConsumerAreStillWhole)
-{
-    const FrameRate rate("1000");
-    system.emplace(gentl);
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    camera.announce(buffers);
     camera.start_and_queue();
     FrameCheck check(camera);
     for (int round = 0; round < 5; ++round) {
@@ -292,21 +203,44 @@ TEST_P(LateFrames, OfASlowConsumerAreStillWhole)
     }
 }
 
+// ---- Late frames ----
+
+class LateFrames : public OneCamera {};
+INSTANTIATE_TEST_SUITE_P(, LateFrames, both_modes, testing::PrintToStringParamName());
+
+TEST_P(LateFrames, DoNotComeAfterTheStop)
+{
+    Camera clock(gentl, iface, "Device01");
+    clock.announce(buffers);
+    camera.start_and_queue();
+    FrameCheck{camera}.stream(20);
+    camera.stop();
+
+    const uint64_t fired = camera.event_number(EVENT_NUM_FIRED);
+    const uint64_t underruns = camera.stream_number(STREAM_INFO_NUM_UNDERRUN);
+    camera.queue_all();
+    clock.start_and_queue(); // while its frames arrive, none of ours may
+    FrameCheck{clock}.stream(100);
+    EXPECT_EQ(fired, camera.event_number(EVENT_NUM_FIRED));
+    EXPECT_EQ(0u, camera.stream_number(STREAM_INFO_NUM_DELIVERED));
+    EXPECT_EQ(underruns, camera.stream_number(STREAM_INFO_NUM_UNDERRUN));
+}
+
 TEST_P(LateFrames, OfRevokedBuffersHarmNobody)
 {
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    FrameCheck check(camera);
+    camera.revoke_all();
     camera.announce(buffers, Memory::of_consumer);
     camera.start_and_queue();
+    FrameCheck check(camera);
     for (int round = 0; round < 20; ++round) {
-        stream(camera, check, 10);
+        check.stream(10);
         camera.revoke_all(); // while the camera writes into them
         EXPECT_EQ(0u, camera.stream_number(STREAM_INFO_NUM_ANNOUNCED));
         ASSERT_EQ(GC_ERR_SUCCESS, gentl.EventFlush(camera.event()));
         camera.announce(buffers, Memory::of_consumer);
         camera.queue_all();
     }
-    stream(camera, check, 10);
+    check.stream(10);
 }
 
 } // namespace

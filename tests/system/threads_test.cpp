@@ -11,20 +11,11 @@ using namespace zvsystem;
 
 namespace {
 
-constexpr size_t buffers = 8;
 constexpr uint64_t frames = 300;
 
-class Threads : public InBothModes {
+class Threads : public OneCamera {
 protected:
-    void SetUp() override
-    {
-        Surroundings::set_frame_size("320x240"); // read when the interfaces are looked for
-        camera.emplace(gentl, system->open_interface("FG0"), "Device00");
-        camera->announce(buffers);
-    }
-    void TearDown() override { Surroundings::set_frame_size(""); }
-
-    /// Runs until stopped; one turn at least.
+    /// Repeats it until end_repeats(), once at least.
     std::future<void> repeat(std::function<void()> turn)
     {
         m_is_over = false;
@@ -37,8 +28,6 @@ protected:
 
     void end_repeats() { m_is_over = true; }
 
-    std::optional<Camera> camera;
-
 private:
     std::atomic<bool> m_is_over{false};
 };
@@ -47,46 +36,45 @@ INSTANTIATE_TEST_SUITE_P(, Threads, both_modes, testing::PrintToStringParamName(
 
 TEST_P(Threads, AskWhileFramesArrive)
 {
-    camera->start_and_queue();
+    camera.start_and_queue();
     auto asking = repeat([this] {
         for (const auto command :
              {STREAM_INFO_NUM_DELIVERED, STREAM_INFO_NUM_UNDERRUN, STREAM_INFO_NUM_QUEUED,
               STREAM_INFO_NUM_AWAIT_DELIVERY, STREAM_INFO_NUM_STARTED, STREAM_INFO_IS_GRABBING})
-            camera->stream_number(command);
-        for (const BUFFER_HANDLE buffer : camera->buffers()) {
+            camera.stream_number(command);
+        for (const BUFFER_HANDLE buffer : camera.buffers()) {
             for (const auto command : {BUFFER_INFO_TIMESTAMP, BUFFER_INFO_FRAMEID, BUFFER_INFO_NEW_DATA,
                                        BUFFER_INFO_IS_QUEUED, BUFFER_INFO_IS_ACQUIRING})
-                camera->buffer_number(buffer, command);
+                camera.buffer_number(buffer, command);
         }
-        camera->event_number(EVENT_NUM_IN_QUEUE);
-        camera->event_number(EVENT_NUM_FIRED);
+        camera.event_number(EVENT_NUM_IN_QUEUE);
+        camera.event_number(EVENT_NUM_FIRED);
     });
-    FrameCheck check(*camera);
-    stream(*camera, check, frames);
+    FrameCheck{camera}.stream(frames);
     end_repeats();
     asking.get();
 }
 
-// Flushes take frames away from the consumer, kills end its waits; what it gets is whole and new all the
-// same.
+// Flushes take frames away from the consumer, kills end its waits; what it gets is intact and new
+// nevertheless.
 TEST_P(Threads, KillAndFlushWhileFramesArrive)
 {
-    camera->start_and_queue();
-    auto killing = repeat([this] { EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventKill(camera->event())); });
+    camera.start_and_queue();
+    auto killing = repeat([this] { EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventKill(camera.event())); });
     auto flushing = repeat([this] {
-        EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventFlush(camera->event()));
-        camera->flush(ACQ_QUEUE_UNQUEUED_TO_INPUT);
+        EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventFlush(camera.event()));
+        camera.flush(ACQ_QUEUE_UNQUEUED_TO_INPUT);
     });
     // What a flush dropped stays in the output queue until somebody fetches it from there.
     auto recycling = repeat([this] {
-        camera->flush(ACQ_QUEUE_OUTPUT_DISCARD);
-        camera->flush(ACQ_QUEUE_UNQUEUED_TO_INPUT);
+        camera.flush(ACQ_QUEUE_OUTPUT_DISCARD);
+        camera.flush(ACQ_QUEUE_UNQUEUED_TO_INPUT);
     });
 
     uint64_t aborted = 0;
     while (aborted < frames) {
         Filled filled{};
-        const GC_ERROR code = camera->get(filled, 1000);
+        const GC_ERROR code = camera.get(filled, 1000);
         if (code == GC_ERR_ABORT)
             ++aborted;
         else
@@ -100,18 +88,18 @@ TEST_P(Threads, KillAndFlushWhileFramesArrive)
 
 TEST_P(Threads, ConsumeTogether)
 {
-    camera->start_and_queue();
+    camera.start_and_queue();
     std::atomic<uint64_t> received{0};
     std::vector<std::future<void>> consumers;
     for (int i = 0; i < 3; ++i) {
         consumers.push_back(std::async(std::launch::async, [this, &received] {
-            FrameCheck check(*camera); // each sees its share in order
+            FrameCheck check(camera); // each sees its share in order
             while (received < frames) {
                 Filled filled{};
-                if (camera->get(filled, 10) != GC_ERR_SUCCESS)
+                if (camera.get(filled, 10) != GC_ERR_SUCCESS)
                     continue; // somebody else was faster
                 check.expect_good(filled);
-                camera->queue(filled.buffer);
+                camera.queue(filled.buffer);
                 ++received;
             }
         }));
@@ -127,47 +115,47 @@ TEST_P(Threads, StartAndStopWhileConsuming)
     std::atomic<uint64_t> received{0};
     for (int cycle = 0; cycle < 5; ++cycle) {
         const uint64_t before = received;
-        camera->start_and_queue();
+        camera.start_and_queue();
         auto consuming = repeat([this, &received] {
             Filled filled{};
-            if (camera->get(filled, 10) != GC_ERR_SUCCESS)
+            if (camera.get(filled, 10) != GC_ERR_SUCCESS)
                 return;
-            const auto stamp = stamp_of(*camera, filled.buffer);
+            const auto stamp = stamp_of(camera, filled.buffer);
             ASSERT_TRUE(stamp);
             EXPECT_TRUE(stamp->checksum_ok);
             ++received;
-            camera->queue(filled.buffer);
+            camera.queue(filled.buffer);
         });
         EXPECT_TRUE(eventually([&] { return received >= before + 10; }));
-        camera->stop();
+        camera.stop();
         end_repeats();
         consuming.get();
-        camera->flush(ACQ_QUEUE_ALL_DISCARD);
+        camera.flush(ACQ_QUEUE_ALL_DISCARD);
     }
 }
 
 TEST_P(Threads, ReplaceBuffersWhileFramesArrive)
 {
-    camera->start_and_queue();
+    camera.start_and_queue();
     auto replacing = repeat([this] {
         BUFFER_HANDLE buffer = nullptr;
         std::vector<unsigned char> memory(
-            static_cast<size_t>(camera->stream_number(STREAM_INFO_PAYLOAD_SIZE)));
+            static_cast<size_t>(camera.stream_number(STREAM_INFO_PAYLOAD_SIZE)));
         ASSERT_EQ(GC_ERR_SUCCESS,
-                  gentl.DSAnnounceBuffer(camera->stream(), memory.data(), memory.size(), nullptr, &buffer));
-        camera->queue(buffer);
-        EXPECT_EQ(GC_ERR_SUCCESS, gentl.DSRevokeBuffer(camera->stream(), buffer, nullptr, nullptr));
+                  gentl.DSAnnounceBuffer(camera.stream(), memory.data(), memory.size(), nullptr, &buffer));
+        camera.queue(buffer);
+        EXPECT_EQ(GC_ERR_SUCCESS, gentl.DSRevokeBuffer(camera.stream(), buffer, nullptr, nullptr));
     });
     uint64_t received = 0;
     while (received < frames) {
-        const Filled filled = camera->next();
+        const Filled filled = camera.next();
         // A buffer that was revoked since is handed out without its private pointer, and must not be touched.
         if (filled.user == nullptr)
             continue;
-        const auto stamp = stamp_of(*camera, filled.buffer);
+        const auto stamp = stamp_of(camera, filled.buffer);
         ASSERT_TRUE(stamp);
         EXPECT_TRUE(stamp->checksum_ok);
-        camera->queue(filled.buffer);
+        camera.queue(filled.buffer);
         ++received;
     }
     end_repeats();
@@ -180,23 +168,21 @@ TEST_P(Threads, StreamFromTwoCameras)
     other.announce(buffers);
     auto streaming = std::async(std::launch::async, [&other] {
         other.start_and_queue();
-        FrameCheck check(other);
-        stream(other, check, frames);
+        FrameCheck{other}.stream(frames);
         other.close_device();
     });
-    camera->start_and_queue();
-    FrameCheck check(*camera);
-    stream(*camera, check, frames);
+    camera.start_and_queue();
+    FrameCheck{camera}.stream(frames);
     streaming.get();
 }
 
 TEST_P(Threads, CloseWhileOthersWait)
 {
-    camera->start();
+    camera.start();
     std::vector<std::future<GC_ERROR>> waiters;
     std::atomic<int> waiting{0};
     for (int i = 0; i < 3; ++i) {
-        waiters.push_back(std::async(std::launch::async, [event = camera->event(), this, &waiting] {
+        waiters.push_back(std::async(std::launch::async, [event = camera.event(), this, &waiting] {
             EVENT_NEW_BUFFER_DATA data{};
             size_t size = sizeof data;
             ++waiting;
@@ -204,7 +190,7 @@ TEST_P(Threads, CloseWhileOthersWait)
         }));
     }
     ASSERT_TRUE(eventually([&] { return waiting == 3; }));
-    camera->close_stream();
+    camera.close_stream();
     for (auto& waiter : waiters) {
         const GC_ERROR code = waiter.get();
         // One that had not got so far finds no such event.

@@ -5,8 +5,6 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "system/consumer/check.h"
-
 namespace zvsystem {
 
 using namespace GenTL;

@@ -4,8 +4,6 @@
 
 #include <dlfcn.h>
 
-#include "system/consumer/check.h"
-
 namespace zvsystem {
 
 namespace {

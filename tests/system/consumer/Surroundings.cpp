@@ -34,6 +34,7 @@ Surroundings::Surroundings() : m_folder(make_private_folder())
         set_variable(name, (m_folder / "config").string());
     for (const char* const name : {"XDG_STATE_HOME", "LOCALAPPDATA"})
         set_variable(name, (m_folder / "state").string());
+    set_grabber_file("");
     set_variable("ZV_GRABBER_PICTURES", "");
     set_variable("ZV_GRABBER_PIXEL_FORMAT", "");
     set_frame_size("");
@@ -53,11 +54,15 @@ void Surroundings::set_mode(Mode mode) const
 
 void Surroundings::expose_demo_grabber() const { write_setting("GenTL.Interface.ExposeDemoGrabber", "1"); }
 
+void Surroundings::hide_demo_grabber() const { write_setting("GenTL.Interface.ExposeDemoGrabber", "0"); }
+
 void Surroundings::set_frame_size(const std::string& size) { set_variable("ZV_GRABBER_SIZE", size); }
 
 void Surroundings::set_frame_rate(const std::string& rate) { set_variable("ZV_GRABBER_RATE", rate); }
 
-/// What the producer added to the file stays, or it would write its defaults again at every turn.
+void Surroundings::set_grabber_file(const std::string& file) { set_variable("ZV_GRABBER_CONFIG", file); }
+
+/// What the producer added to the file stays, or it would write its defaults again each time.
 void Surroundings::write_setting(const std::string& key, const std::string& value) const
 {
     const fs::path path = m_folder / "settings.properties";

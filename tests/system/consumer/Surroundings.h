@@ -8,7 +8,7 @@ namespace zvsystem {
 enum class Mode { queued, cyclic };
 
 /// What the producer and its libraries find around them: settings, logs and the software grabbers' variables,
-/// all in a new private folder that goes with the object. Made before the producer is loaded; one per
+/// all in a new private folder that is removed with the object. Made before the producer is loaded; one per
 /// process.
 class Surroundings {
 public:
@@ -23,11 +23,15 @@ public:
     void set_mode(Mode mode) const;
     /// Whether the demo grabber is listed too; for the next system that is opened.
     void expose_demo_grabber() const;
-    /// The size of the frames of every camera ("640x480"; empty: each its own); counts at the next scan while
-    /// no grabber is open.
+    void hide_demo_grabber() const;
+    /// The size of the frames of every camera ("640x480"; empty: each its own); takes effect at the next
+    /// scan while no grabber is open.
     static void set_frame_size(const std::string& size);
     /// Frames per second ("0": as fast as buffers come); as above.
     static void set_frame_rate(const std::string& rate);
+    /// The file that describes the grabbers (empty: the one in the private folder, if there is one); as
+    /// above.
+    static void set_grabber_file(const std::string& file);
 
 private:
     void write_setting(const std::string& key, const std::string& value) const;

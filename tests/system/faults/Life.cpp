@@ -17,7 +17,7 @@ using namespace GenTL;
 namespace {
 
 constexpr uint64_t scan_timeout_ms = 1000;
-constexpr uint64_t short_wait_ms = 10; // nothing comes, however long it is waited for
+constexpr uint64_t short_wait_ms = 10; // where nothing comes, however long the wait
 constexpr uint64_t long_wait_ms = 60000;
 constexpr uint64_t frames_wanted = 4;
 constexpr size_t buffers_of_producer = 4;
@@ -27,7 +27,7 @@ constexpr unsigned char guard = 0xA5;
 constexpr uint64_t user_id_address = 0x1100;
 constexpr size_t largest_description = size_t{1} << 22U;
 
-/// Bytes that are no text as numbers.
+/// Bytes other than printable ASCII as numbers.
 std::string printable(const std::string& text)
 {
     std::string shown;
@@ -40,7 +40,7 @@ std::string printable(const std::string& text)
     return shown;
 }
 
-/// A long row of the same character shortened.
+/// The beginning and the length of a long text.
 std::string shortened(const std::string& text)
 {
     return text.size() <= 40 ? text : text.substr(0, 10) + "... of " + std::to_string(text.size());
@@ -240,7 +240,7 @@ void Life::announce()
     note("DSGetBufferInfo format", GC_ERR_SUCCESS, std::to_string(number(last, BUFFER_INFO_PIXELFORMAT)));
 }
 
-// In queued mode frames are started before there is a buffer: a frame that arrives before the start has
+// In queued mode the camera is started before there is a buffer: a frame that arrives before the start has
 // returned may be lost.
 void Life::acquire()
 {
@@ -278,7 +278,7 @@ std::string Life::frames_in_queued_mode()
     }
 }
 
-/// One frame: its number depends on when it was taken.
+/// Only one frame, without its number, which depends on when it was taken.
 std::string Life::frames_in_cyclic_mode()
 {
     EVENT_NEW_BUFFER_DATA data{};
@@ -288,7 +288,7 @@ std::string Life::frames_in_cyclic_mode()
     return code == GC_ERR_SUCCESS ? "frame" + mark_of(data.BufferHandle) : std::to_string(code);
 }
 
-/// "!" a damaged frame, "z" a time stamp of zero, "<" one that is not after the one before.
+/// "!" for a damaged frame, "z" for a time stamp of zero, "<" for one that is not after the one before.
 std::string Life::mark_of(BUFFER_HANDLE buffer)
 {
     const uint64_t timestamp = number(buffer, BUFFER_INFO_TIMESTAMP);

@@ -12,29 +12,29 @@
 
 namespace zvsystem {
 
-/// The whole life of a consumer, from the scan to the end, that goes on as far as it gets. What the producer
-/// answers at each step becomes a line such as
+/// The whole life of a consumer, from the scan to the end, or as far as it gets. What the producer answers at
+/// each step becomes a line such as
 ///     IFOpenDevice: -1005 "IFOpenDevice - ..."
 ///     IFGetNumDevices: 0, 2
-/// with the code, the last-error text when the step failed, and what it gave. The lines are the same in every
-/// run: nothing in them depends on time.
+/// with the code, the last-error text if the step failed, and the value. The lines are the same in every run:
+/// nothing in them depends on time.
 class Life {
 public:
     enum class Frames { come, never_come };
 
-    /// `frames` says whether an end of the acquisition can be waited for.
+    /// `frames` says whether the acquisition will end, so that the consumer can wait for that.
     Life(const Functions& gentl, Mode mode, Frames frames) : m_gentl{gentl}, m_mode{mode}, m_frames{frames} {}
     Life(const Life&) = delete;
     Life& operator=(const Life&) = delete;
 
-    /// Fails the running test when memory beyond a buffer is touched.
+    /// Fails the running test if memory beyond a buffer is touched.
     std::vector<std::string> live();
 
 private:
     bool note(const std::string& step, GenTL::GC_ERROR code, const std::string& value = {});
     std::string last_error() const;
 
-    /// The text of a typed query, or what stands for its failure.
+    /// A typed query: it is called with the three output arguments.
     using Query = std::function<GenTL::GC_ERROR(GenTL::INFO_DATATYPE*, void*, size_t*)>;
     void note_text(const std::string& step, const Query& query);
     uint64_t note_number(const std::string& step, const Query& query);
@@ -64,7 +64,7 @@ private:
     GenTL::DS_HANDLE m_stream{nullptr};
     GenTL::EVENT_HANDLE m_event{nullptr};
     std::vector<GenTL::BUFFER_HANDLE> m_buffers;
-    /// One buffer of the consumer's own, and what lies behind it.
+    /// A buffer of the consumer's own, and the memory behind it.
     std::vector<unsigned char> m_memory;
     uint64_t m_last_timestamp{0};
     std::string m_last_error;

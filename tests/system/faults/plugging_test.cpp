@@ -1,6 +1,3 @@
-#include <cstdlib>
-#include <fstream>
-#include <optional>
 #include <string>
 
 #include "system/fixture.h"
@@ -13,7 +10,7 @@ using namespace zvsystem;
 
 namespace {
 
-const char* const grabbers = R"(demo_grabber: false
+constexpr const char* grabbers = R"(demo_grabber: false
 grabbers:
 - name: First
   cameras: [{count: 2, sensor_width: 64, sensor_height: 48, rate: free-running, start_up: 0 ms}]
@@ -22,33 +19,32 @@ grabbers:
 - name: Hidden
 )";
 
-class Plugging : public testing::Test {
-protected:
-    Plugging() { surroundings().set_mode(Mode::queued); }
-    ~Plugging() override
-    {
-        m_system.reset();
-        unsetenv("ZV_GRABBER_CONFIG");
-    }
+/// What is unplugged at the second scan and back at the third: "grabber: 0, camera: 1" for instance.
+std::string gone_for_one_scan(const std::string& place)
+{
+    return "events: [{scan: 2, do: unplug, " + place + "}, {scan: 3, do: plug, " + place + "}]";
+}
 
+class Plugging : public LoadedProducer {
+protected:
+    /// Opens a system with these grabbers and scans for the first time.
     void open_system(const std::string& events)
     {
-        const auto file = surroundings().folder() / "grabbers.yaml";
-        std::ofstream{file} << grabbers << events;
-        setenv("ZV_GRABBER_CONFIG", file.string().c_str(), 1);
-        m_system.emplace(gentl);
+        m_file.emplace(grabbers + events);
+        system.emplace(gentl);
+        scan();
     }
-    /// Scans, and answers whether that has changed the list of interfaces.
+    /// Scans; whether that has changed the list of interfaces.
     bool scan() const
     {
         bool8_t has_changed = 0;
-        EXPECT_EQ(GC_ERR_SUCCESS, gentl.TLUpdateInterfaceList(m_system->handle(), &has_changed, 1000));
+        EXPECT_EQ(GC_ERR_SUCCESS, gentl.TLUpdateInterfaceList(system->handle(), &has_changed, 1000));
         return has_changed != 0;
     }
     IF_HANDLE open_interface() const
     {
         IF_HANDLE iface = nullptr;
-        EXPECT_EQ(GC_ERR_SUCCESS, gentl.TLOpenInterface(m_system->handle(), "FG0", &iface));
+        EXPECT_EQ(GC_ERR_SUCCESS, gentl.TLOpenInterface(system->handle(), "FG0", &iface));
         return iface;
     }
     uint32_t update_devices(IF_HANDLE iface) const
@@ -61,20 +57,17 @@ protected:
     uint32_t interfaces() const
     {
         uint32_t count = 0;
-        EXPECT_EQ(GC_ERR_SUCCESS, gentl.TLGetNumInterfaces(m_system->handle(), &count));
+        EXPECT_EQ(GC_ERR_SUCCESS, gentl.TLGetNumInterfaces(system->handle(), &count));
         return count;
     }
 
-    Surroundings& m_surroundings{surroundings()}; // before the producer looks for its settings
-    Producer producer{producer_file};
-    const Functions& gentl{producer.functions()};
-    std::optional<System> m_system;
+private:
+    std::optional<GrabberFile> m_file;
 };
 
 TEST_F(Plugging, AnUnpluggedGrabberLeavesTheListAndComesBack)
 {
-    open_system("events: [{scan: 2, do: unplug, grabber: 1}, {scan: 3, do: plug, grabber: 1}]");
-    scan();
+    open_system(gone_for_one_scan("grabber: 1"));
     EXPECT_EQ(2u, interfaces());
     EXPECT_TRUE(scan());
     EXPECT_EQ(1u, interfaces());
@@ -82,10 +75,9 @@ TEST_F(Plugging, AnUnpluggedGrabberLeavesTheListAndComesBack)
     EXPECT_EQ(2u, interfaces());
 }
 
-TEST_F(Plugging, AnInterfaceThatWasOpenIsGoneAndCanBeOpenedAnew)
+TEST_F(Plugging, AnInterfaceThatWasOpenIsGoneAndCanBeOpenedAgain)
 {
-    open_system("events: [{scan: 2, do: unplug, grabber: 0}, {scan: 3, do: plug, grabber: 0}]");
-    scan();
+    open_system(gone_for_one_scan("grabber: 0"));
     const IF_HANDLE iface = open_interface();
     EXPECT_TRUE(scan());
     uint32_t count = 0;
@@ -96,9 +88,7 @@ TEST_F(Plugging, AnInterfaceThatWasOpenIsGoneAndCanBeOpenedAnew)
 
 TEST_F(Plugging, AnUnpluggedCameraLeavesTheListAndComesBack)
 {
-    open_system(
-        "events: [{scan: 2, do: unplug, grabber: 0, camera: 1}, {scan: 3, do: plug, grabber: 0, camera: 1}]");
-    scan();
+    open_system(gone_for_one_scan("grabber: 0, camera: 1"));
     const IF_HANDLE iface = open_interface();
     EXPECT_EQ(2u, update_devices(iface));
     EXPECT_FALSE(scan());
@@ -109,9 +99,7 @@ TEST_F(Plugging, AnUnpluggedCameraLeavesTheListAndComesBack)
 
 TEST_F(Plugging, ADeviceThatWasPulledDoesNotStartUntilItIsOpenedAgain)
 {
-    open_system(
-        "events: [{scan: 2, do: unplug, grabber: 0, camera: 0}, {scan: 3, do: plug, grabber: 0, camera: 0}]");
-    scan();
+    open_system(gone_for_one_scan("grabber: 0, camera: 0"));
     const IF_HANDLE iface = open_interface();
     ASSERT_EQ(2u, update_devices(iface));
     Camera camera{gentl, iface, "Device00"};
@@ -124,9 +112,7 @@ TEST_F(Plugging, ADeviceThatWasPulledDoesNotStartUntilItIsOpenedAgain)
 
 TEST_F(Plugging, ACameraThatWasPulledWhileItStreamedStreamsAgain)
 {
-    open_system(
-        "events: [{scan: 2, do: unplug, grabber: 0, camera: 0}, {scan: 3, do: plug, grabber: 0, camera: 0}]");
-    scan();
+    open_system(gone_for_one_scan("grabber: 0, camera: 0"));
     const IF_HANDLE iface = open_interface();
     ASSERT_EQ(2u, update_devices(iface));
     {
@@ -142,8 +128,7 @@ TEST_F(Plugging, ACameraThatWasPulledWhileItStreamedStreamsAgain)
     Camera camera{gentl, iface, "Device00"};
     camera.announce(2);
     camera.start_and_queue();
-    FrameCheck check{camera};
-    stream(camera, check, 5);
+    FrameCheck{camera}.stream(5);
     camera.stop();
 }
 
