@@ -12,33 +12,22 @@
 
 enum { buffer_count = 4, frame_count = 10, scan_timeout_ms = 1000, frame_timeout_ms = 60000 };
 
-static PGCInitLib init_lib;
-static PGCCloseLib close_lib;
-static PTLOpen tl_open;
-static PTLClose tl_close;
-static PTLGetNumInterfaces tl_get_num_interfaces;
-static PTLGetInterfaceID tl_get_interface_id;
-static PTLUpdateInterfaceList tl_update_interface_list;
-static PTLOpenInterface tl_open_interface;
-static PIFClose if_close;
-static PIFUpdateDeviceList if_update_device_list;
-static PIFGetNumDevices if_get_num_devices;
-static PIFGetDeviceID if_get_device_id;
-static PIFOpenDevice if_open_device;
-static PDevGetDataStreamID dev_get_data_stream_id;
-static PDevOpenDataStream dev_open_data_stream;
-static PDevClose dev_close;
-static PDSGetInfo ds_get_info;
-static PDSAllocAndAnnounceBuffer ds_alloc_and_announce_buffer;
-static PDSQueueBuffer ds_queue_buffer;
-static PDSStartAcquisition ds_start_acquisition;
-static PDSStopAcquisition ds_stop_acquisition;
-static PDSRevokeBuffer ds_revoke_buffer;
-static PDSGetBufferInfo ds_get_buffer_info;
-static PDSClose ds_close;
-static PGCRegisterEvent register_event;
-static PGCUnregisterEvent unregister_event;
-static PEventGetData event_get_data;
+/* The functions that are called, each found by its name. */
+/* clang-format off */
+#define FOR_EACH_FUNCTION(use) \
+    use(GCInitLib) use(GCCloseLib) use(TLOpen) use(TLClose) use(TLGetNumInterfaces) \
+    use(TLGetInterfaceID) use(TLUpdateInterfaceList) use(TLOpenInterface) use(IFClose) \
+    use(IFUpdateDeviceList) use(IFGetNumDevices) use(IFGetDeviceID) use(IFOpenDevice) \
+    use(DevGetDataStreamID) use(DevOpenDataStream) use(DevClose) use(DSGetInfo) \
+    use(DSAllocAndAnnounceBuffer) use(DSQueueBuffer) use(DSStartAcquisition) use(DSStopAcquisition) \
+    use(DSRevokeBuffer) use(DSGetBufferInfo) use(DSClose) use(GCRegisterEvent) \
+    use(GCUnregisterEvent) use(EventGetData)
+/* clang-format on */
+
+#define DECLARE(name) P##name name;
+static struct {
+    FOR_EACH_FUNCTION(DECLARE)
+} gentl;
 
 static void check(GC_ERROR code, const char* function)
 {
@@ -48,7 +37,7 @@ static void check(GC_ERROR code, const char* function)
     }
 }
 
-/* The address is copied because C knows no conversion from an object pointer to a function pointer. */
+/* The address is copied because C has no conversion from an object pointer to a function pointer. */
 static void find(void* library, const char* name, void* function)
 {
     void* const address = dlsym(library, name);
@@ -59,37 +48,6 @@ static void find(void* library, const char* name, void* function)
     memcpy(function, &address, sizeof address);
 }
 
-static void find_functions(void* library)
-{
-    find(library, "GCInitLib", &init_lib);
-    find(library, "GCCloseLib", &close_lib);
-    find(library, "TLOpen", &tl_open);
-    find(library, "TLClose", &tl_close);
-    find(library, "TLGetNumInterfaces", &tl_get_num_interfaces);
-    find(library, "TLGetInterfaceID", &tl_get_interface_id);
-    find(library, "TLUpdateInterfaceList", &tl_update_interface_list);
-    find(library, "TLOpenInterface", &tl_open_interface);
-    find(library, "IFClose", &if_close);
-    find(library, "IFUpdateDeviceList", &if_update_device_list);
-    find(library, "IFGetNumDevices", &if_get_num_devices);
-    find(library, "IFGetDeviceID", &if_get_device_id);
-    find(library, "IFOpenDevice", &if_open_device);
-    find(library, "DevGetDataStreamID", &dev_get_data_stream_id);
-    find(library, "DevOpenDataStream", &dev_open_data_stream);
-    find(library, "DevClose", &dev_close);
-    find(library, "DSGetInfo", &ds_get_info);
-    find(library, "DSAllocAndAnnounceBuffer", &ds_alloc_and_announce_buffer);
-    find(library, "DSQueueBuffer", &ds_queue_buffer);
-    find(library, "DSStartAcquisition", &ds_start_acquisition);
-    find(library, "DSStopAcquisition", &ds_stop_acquisition);
-    find(library, "DSRevokeBuffer", &ds_revoke_buffer);
-    find(library, "DSGetBufferInfo", &ds_get_buffer_info);
-    find(library, "DSClose", &ds_close);
-    find(library, "GCRegisterEvent", &register_event);
-    find(library, "GCUnregisterEvent", &unregister_event);
-    find(library, "EventGetData", &event_get_data);
-}
-
 static void print_frame(DS_HANDLE stream, BUFFER_HANDLE buffer)
 {
     size_t width = 0;
@@ -98,12 +56,13 @@ static void print_frame(DS_HANDLE stream, BUFFER_HANDLE buffer)
     void* base = NULL;
     INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
     size_t size = sizeof width;
-    check(ds_get_buffer_info(stream, buffer, BUFFER_INFO_WIDTH, &type, &width, &size), "DSGetBufferInfo");
-    check(ds_get_buffer_info(stream, buffer, BUFFER_INFO_HEIGHT, &type, &height, &size), "DSGetBufferInfo");
+    check(gentl.DSGetBufferInfo(stream, buffer, BUFFER_INFO_WIDTH, &type, &width, &size), "DSGetBufferInfo");
+    check(gentl.DSGetBufferInfo(stream, buffer, BUFFER_INFO_HEIGHT, &type, &height, &size),
+          "DSGetBufferInfo");
     size = sizeof id;
-    check(ds_get_buffer_info(stream, buffer, BUFFER_INFO_FRAMEID, &type, &id, &size), "DSGetBufferInfo");
+    check(gentl.DSGetBufferInfo(stream, buffer, BUFFER_INFO_FRAMEID, &type, &id, &size), "DSGetBufferInfo");
     size = sizeof base;
-    check(ds_get_buffer_info(stream, buffer, BUFFER_INFO_BASE, &type, &base, &size), "DSGetBufferInfo");
+    check(gentl.DSGetBufferInfo(stream, buffer, BUFFER_INFO_BASE, &type, &base, &size), "DSGetBufferInfo");
     if (memcmp(base, "ZVFS", 4) != 0) {
         fputs("a frame without a stamp\n", stderr);
         exit(EXIT_FAILURE);
@@ -118,24 +77,24 @@ static void receive(DS_HANDLE stream)
     size_t payload = 0;
     size_t size = sizeof payload;
     INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
-    check(ds_get_info(stream, STREAM_INFO_PAYLOAD_SIZE, &type, &payload, &size), "DSGetInfo");
-    check(register_event(stream, EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
+    check(gentl.DSGetInfo(stream, STREAM_INFO_PAYLOAD_SIZE, &type, &payload, &size), "DSGetInfo");
+    check(gentl.GCRegisterEvent(stream, EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
     for (int i = 0; i < buffer_count; ++i)
-        check(ds_alloc_and_announce_buffer(stream, payload, NULL, &buffers[i]), "DSAllocAndAnnounceBuffer");
-    check(ds_start_acquisition(stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE), "DSStartAcquisition");
+        check(gentl.DSAllocAndAnnounceBuffer(stream, payload, NULL, &buffers[i]), "DSAllocAndAnnounceBuffer");
+    check(gentl.DSStartAcquisition(stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE), "DSStartAcquisition");
     for (int i = 0; i < buffer_count; ++i)
-        check(ds_queue_buffer(stream, buffers[i]), "DSQueueBuffer");
+        check(gentl.DSQueueBuffer(stream, buffers[i]), "DSQueueBuffer");
     for (int i = 0; i < frame_count; ++i) {
         EVENT_NEW_BUFFER_DATA data = {NULL, NULL};
         size = sizeof data;
-        check(event_get_data(event, &data, &size, frame_timeout_ms), "EventGetData");
+        check(gentl.EventGetData(event, &data, &size, frame_timeout_ms), "EventGetData");
         print_frame(stream, data.BufferHandle);
-        check(ds_queue_buffer(stream, data.BufferHandle), "DSQueueBuffer");
+        check(gentl.DSQueueBuffer(stream, data.BufferHandle), "DSQueueBuffer");
     }
-    check(ds_stop_acquisition(stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
+    check(gentl.DSStopAcquisition(stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
     for (int i = 0; i < buffer_count; ++i)
-        check(ds_revoke_buffer(stream, buffers[i], NULL, NULL), "DSRevokeBuffer");
-    check(unregister_event(stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
+        check(gentl.DSRevokeBuffer(stream, buffers[i], NULL, NULL), "DSRevokeBuffer");
+    check(gentl.GCUnregisterEvent(stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
 }
 
 static void receive_from(IF_HANDLE iface, const char* device_id)
@@ -144,12 +103,12 @@ static void receive_from(IF_HANDLE iface, const char* device_id)
     DS_HANDLE stream = NULL;
     char stream_id[64];
     size_t size = sizeof stream_id;
-    check(if_open_device(iface, device_id, DEVICE_ACCESS_CONTROL, &device), "IFOpenDevice");
-    check(dev_get_data_stream_id(device, 0, stream_id, &size), "DevGetDataStreamID");
-    check(dev_open_data_stream(device, stream_id, &stream), "DevOpenDataStream");
+    check(gentl.IFOpenDevice(iface, device_id, DEVICE_ACCESS_CONTROL, &device), "IFOpenDevice");
+    check(gentl.DevGetDataStreamID(device, 0, stream_id, &size), "DevGetDataStreamID");
+    check(gentl.DevOpenDataStream(device, stream_id, &stream), "DevOpenDataStream");
     receive(stream);
-    check(ds_close(stream), "DSClose");
-    check(dev_close(device), "DevClose");
+    check(gentl.DSClose(stream), "DSClose");
+    check(gentl.DevClose(device), "DevClose");
 }
 
 static void visit_interface(TL_HANDLE system, uint32_t index)
@@ -158,19 +117,19 @@ static void visit_interface(TL_HANDLE system, uint32_t index)
     uint32_t devices = 0;
     char id[64];
     size_t size = sizeof id;
-    check(tl_get_interface_id(system, index, id, &size), "TLGetInterfaceID");
-    check(tl_open_interface(system, id, &iface), "TLOpenInterface");
-    check(if_update_device_list(iface, NULL, scan_timeout_ms), "IFUpdateDeviceList");
-    check(if_get_num_devices(iface, &devices), "IFGetNumDevices");
+    check(gentl.TLGetInterfaceID(system, index, id, &size), "TLGetInterfaceID");
+    check(gentl.TLOpenInterface(system, id, &iface), "TLOpenInterface");
+    check(gentl.IFUpdateDeviceList(iface, NULL, scan_timeout_ms), "IFUpdateDeviceList");
+    check(gentl.IFGetNumDevices(iface, &devices), "IFGetNumDevices");
     printf("%s\n", id);
     for (uint32_t i = 0; i < devices; ++i) {
         char device_id[64];
         size = sizeof device_id;
-        check(if_get_device_id(iface, i, device_id, &size), "IFGetDeviceID");
+        check(gentl.IFGetDeviceID(iface, i, device_id, &size), "IFGetDeviceID");
         printf("  %s\n", device_id);
         receive_from(iface, device_id);
     }
-    check(if_close(iface), "IFClose");
+    check(gentl.IFClose(iface), "IFClose");
 }
 
 int main(int count, char** arguments)
@@ -184,17 +143,18 @@ int main(int count, char** arguments)
         fprintf(stderr, "%s\n", dlerror());
         return EXIT_FAILURE;
     }
-    find_functions(library);
+#define FIND(name) find(library, #name, &gentl.name);
+    FOR_EACH_FUNCTION(FIND)
     TL_HANDLE system = NULL;
     uint32_t interfaces = 0;
-    check(init_lib(), "GCInitLib");
-    check(tl_open(&system), "TLOpen");
-    check(tl_update_interface_list(system, NULL, scan_timeout_ms), "TLUpdateInterfaceList");
-    check(tl_get_num_interfaces(system, &interfaces), "TLGetNumInterfaces");
+    check(gentl.GCInitLib(), "GCInitLib");
+    check(gentl.TLOpen(&system), "TLOpen");
+    check(gentl.TLUpdateInterfaceList(system, NULL, scan_timeout_ms), "TLUpdateInterfaceList");
+    check(gentl.TLGetNumInterfaces(system, &interfaces), "TLGetNumInterfaces");
     for (uint32_t i = 0; i < interfaces; ++i)
         visit_interface(system, i);
-    check(tl_close(system), "TLClose");
-    check(close_lib(), "GCCloseLib");
+    check(gentl.TLClose(system), "TLClose");
+    check(gentl.GCCloseLib(), "GCCloseLib");
     if (interfaces == 0 || dlclose(library) != 0) {
         fputs(interfaces == 0 ? "no interface\n" : "the library cannot be unloaded\n", stderr);
         return EXIT_FAILURE;
