@@ -4,12 +4,11 @@
 #include <thread>
 #include <vector>
 
-#include "system/consumers/client.h"
-#include "system/consumers/features.h"
+#include "system/consumers/Client.h"
 
-// A consumer that asks for every size first, with a null buffer and whatever stood in its size variable; that
-// looks at everything once, closes it all and opens it again; and that starts the acquisition before anyone
-// listens: another thread registers the event and queues the buffers meanwhile.
+// A consumer that asks for every size first, with a null buffer and whatever its size variable contained;
+// that looks at everything once, closes it all and opens it again; and that starts the acquisition before
+// anyone listens: another thread registers the event and queues the buffers meanwhile.
 
 namespace {
 
@@ -27,7 +26,7 @@ std::string sized_id(const Query& query, const char* call)
     need(query(nullptr, &size), call);
     std::string text(size, '?');
     need(query(text.data(), &size), call);
-    need_true(size == text.size() && text.back() == '\0', std::string(call) + " changed its mind");
+    need_true(size == text.size() && text.back() == '\0', std::string(call) + " gave another size");
     text.pop_back();
     return text;
 }
@@ -38,19 +37,19 @@ std::string sized_text(const Query& query, const char* call)
     auto type = static_cast<INFO_DATATYPE>(0xCDCD);
     const auto text =
         sized_id([&](char* buffer, std::size_t* size) { return query(&type, buffer, size); }, call);
-    need_true(type == INFO_DATATYPE_STRING, std::string(call) + " gave no string");
+    need_true(type == INFO_DATATYPE_STRING, std::string(call) + " did not give a string");
     return text;
 }
 
-class ClientA {
+class ClientA : Client {
 public:
-    explicit ClientA(const Functions& functions) : gentl{functions} {}
+    using Client::Client;
 
     void run()
     {
         discover();
         open();
-        read_features();
+        read_features([this](const ExactPort& port) { return description_of(port, url_of(port.handle())); });
         configure();
         stream();
         close();
@@ -134,7 +133,7 @@ private:
         need(gentl.DevGetInfo(m_device, DEVICE_INFO_TIMESTAMP_FREQUENCY, &type, &frequency, &size),
              "DevGetInfo");
         need_true(type == INFO_DATATYPE_UINT64 && size == 8 && frequency == 25000000,
-                  "the time stamp's frequency");
+                  "the frequency of the time stamps is wrong");
         const std::string stream = sized_id(
             [&](char* text, std::size_t* room) { return gentl.DevGetDataStreamID(m_device, 0, text, room); },
             "DevGetDataStreamID");
@@ -150,17 +149,6 @@ private:
             "GCGetPortURLInfo");
     }
 
-    void read_features()
-    {
-        for (const PORT_HANDLE handle : {m_system, m_interface, m_device, m_stream}) {
-            const ExactPort port{gentl, handle};
-            Features{description_of(port, url_of(handle)), port}.read_every();
-        }
-        m_port = std::make_unique<ExactPort>(gentl, m_remote);
-        m_features = std::make_unique<Features>(description_of(*m_port, url_of(m_remote)), *m_port);
-        m_features->read_every();
-    }
-
     void configure()
     {
         m_features->set("PixelFormat", "Mono12");
@@ -169,27 +157,22 @@ private:
         m_features->set("ExposureTime", "5000");
         m_features->set("AcquisitionMode", "Continuous");
         m_payload = static_cast<std::size_t>(m_features->integer("PayloadSize"));
-        need_true(m_payload == std::size_t{240} * 240 * 2, "the payload of the new size");
+        need_true(m_payload == std::size_t{240} * 240 * 2, "the payload does not fit the new size");
     }
 
-    void announce()
+    void announce_all()
     {
         m_memory.assign(buffer_count, std::vector<unsigned char>(m_payload));
-        for (auto& memory : m_memory) {
-            BUFFER_HANDLE buffer = nullptr;
-            need(gentl.DSAnnounceBuffer(m_stream, memory.data(), memory.size(), &memory, &buffer),
-                 "DSAnnounceBuffer");
-            m_buffers.push_back(buffer);
-        }
+        for (auto& memory : m_memory)
+            m_buffers.push_back(announce(memory, &memory));
     }
 
-    /// Registers, queues and receives until it is told to stop waiting.
-    void receive(std::promise<EVENT_HANDLE> registered, std::promise<void> enough)
+    /// Registers, queues and receives until its wait is killed.
+    void receive_until_killed(std::promise<EVENT_HANDLE> registered, std::promise<void> enough)
     {
-        EVENT_HANDLE event = nullptr;
-        need(gentl.GCRegisterEvent(m_stream, EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
+        const EVENT_HANDLE event = register_event();
         for (const BUFFER_HANDLE buffer : m_buffers)
-            need(gentl.DSQueueBuffer(m_stream, buffer), "DSQueueBuffer");
+            queue(buffer);
         registered.set_value(event);
         FrameCheck check;
         for (;;) {
@@ -198,70 +181,49 @@ private:
             const GC_ERROR code = gentl.EventGetData(event, &data, &size, GENTL_INFINITE);
             if (code == GC_ERR_ABORT)
                 return;
-            if (code == GC_ERR_TIMEOUT) // woken for a frame that was taken already
+            if (code == GC_ERR_TIMEOUT) // its wait was ended for a frame that had been taken already
                 continue;
             need(code, "EventGetData");
             const auto& memory = *static_cast<const std::vector<unsigned char>*>(data.pUserPointer);
             check.expect_newer(memory.data(), memory.size());
             if (check.frames() == wanted_frames)
                 enough.set_value();
-            need(gentl.DSQueueBuffer(m_stream, data.BufferHandle), "DSQueueBuffer");
+            queue(data.BufferHandle);
         }
     }
 
     void stream()
     {
-        announce();
+        announce_all();
         std::promise<EVENT_HANDLE> registered;
         std::promise<void> enough;
         std::future<EVENT_HANDLE> event = registered.get_future();
         std::future<void> has_enough = enough.get_future();
-        std::future<void> receiver =
-            std::async(std::launch::async, &ClientA::receive, this, std::move(registered), std::move(enough));
+        std::future<void> receiver = std::async(std::launch::async, &ClientA::receive_until_killed, this,
+                                                std::move(registered), std::move(enough));
 
         m_features->set("TLParamsLocked", "1");
-        need(gentl.DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
-             "DSStartAcquisition");
+        start();
         m_features->execute("AcquisitionStart", std::chrono::seconds{1});
-        has_enough.wait(); // or the receiver has failed, which it tells below
+        has_enough.wait(); // or the receiver has failed, which is rethrown below
         if (receiver.wait_for(std::chrono::seconds{0}) == std::future_status::ready)
             receiver.get();
         m_features->execute("AcquisitionStop", std::chrono::seconds{1});
-        need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
+        stop();
         m_features->set("TLParamsLocked", "0");
         need(gentl.EventKill(event.get()), "EventKill");
         receiver.get();
-        need(gentl.GCUnregisterEvent(m_stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
-        need(gentl.DSFlushQueue(m_stream, ACQ_QUEUE_ALL_DISCARD), "DSFlushQueue");
+        unregister_event();
+        flush(ACQ_QUEUE_ALL_DISCARD);
         for (const BUFFER_HANDLE buffer : m_buffers)
             need(gentl.DSRevokeBuffer(m_stream, buffer, nullptr, nullptr), "DSRevokeBuffer");
     }
 
-    void close()
-    {
-        need(gentl.DSClose(m_stream), "DSClose");
-        need(gentl.DevClose(m_device), "DevClose");
-        need(gentl.IFClose(m_interface), "IFClose");
-        need(gentl.TLClose(m_system), "TLClose");
-    }
-
-    const Functions& gentl;
     std::uint32_t m_devices{0};
-    TL_HANDLE m_system{nullptr};
-    IF_HANDLE m_interface{nullptr};
-    DEV_HANDLE m_device{nullptr};
-    PORT_HANDLE m_remote{nullptr};
-    DS_HANDLE m_stream{nullptr};
-    std::unique_ptr<ExactPort> m_port;
-    std::unique_ptr<Features> m_features;
-    std::size_t m_payload{0};
     std::vector<std::vector<unsigned char>> m_memory;
     std::vector<BUFFER_HANDLE> m_buffers;
 };
 
 } // namespace
 
-int main(int count, char** arguments)
-{
-    return run_client(count, arguments, [](const Functions& gentl) { ClientA{gentl}.run(); });
-}
+void zvclient::run_client_a(const Functions& gentl) { ClientA{gentl}.run(); }

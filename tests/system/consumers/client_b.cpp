@@ -3,12 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "system/consumers/client.h"
-#include "system/consumers/features.h"
+#include "system/consumers/Client.h"
 
-// A consumer that opens every interface and keeps it; that wants a port's name to be that of the
-// description's port, and each write to move every byte; that lets the producer allocate, waits three seconds
-// for a frame and asks for everything that a buffer tells; and that closes the device before its stream.
+// A consumer that opens every interface and keeps it open; that expects a port to have the name of the port
+// in its description, and each write to move every byte; that lets the producer allocate, waits three seconds
+// for a frame and asks for everything about a buffer; and that closes the device, not the stream.
 
 namespace {
 
@@ -25,17 +24,18 @@ struct OpenInterface {
     std::vector<std::string> devices;
 };
 
-class ClientB {
+class ClientB : Client {
 public:
-    explicit ClientB(const Functions& functions) : gentl{functions} {}
+    using Client::Client;
 
     void run()
     {
         open_everything();
-        read_features();
+        m_interface = m_interfaces.back().handle;
+        read_features([this](const ExactPort& port) { return description_of_port(port); });
         configure();
         stream();
-        close();
+        close_from_the_device_on();
     }
 
 private:
@@ -61,14 +61,14 @@ private:
                     return gentl.TLGetInterfaceID(m_system, index, id, size);
                 },
                 "TLGetInterfaceID"));
-        need_true(m_interfaces.size() == 2, "two interfaces are there");
+        need_true(m_interfaces.size() == 2, "there are not two interfaces");
         const OpenInterface& last = m_interfaces.back();
         need(gentl.IFOpenDevice(last.handle, last.devices.front().c_str(), DEVICE_ACCESS_CONTROL, &m_device),
              "IFOpenDevice");
         need(gentl.DevGetPort(m_device, &m_remote), "DevGetPort");
         std::uint32_t streams = 0;
         need(gentl.DevGetNumDataStreams(m_device, &streams), "DevGetNumDataStreams");
-        need_true(streams == 1, "one stream is there");
+        need_true(streams == 1, "there is not one stream");
         const std::string stream = text_in_a_large_buffer(
             [&](char* id, std::size_t* size) { return gentl.DevGetDataStreamID(m_device, 0, id, size); },
             "DevGetDataStreamID");
@@ -108,7 +108,7 @@ private:
     {
         std::uint32_t urls = 0;
         need(gentl.GCGetNumPortURLs(port.handle(), &urls), "GCGetNumPortURLs");
-        need_true(urls == 1, "one URL is there");
+        need_true(urls == 1, "there is not one URL");
         INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
         const std::string url = text_in_a_large_buffer(
             [&](char* text, std::size_t* size) {
@@ -124,17 +124,6 @@ private:
         need_true(description.find("<Port Name=\"" + name + '"') != std::string::npos,
                   "the description of " + url + " has no port " + name);
         return description;
-    }
-
-    void read_features()
-    {
-        for (const PORT_HANDLE handle : {m_system, m_interfaces.back().handle, m_device, m_stream}) {
-            const ExactPort port{gentl, handle};
-            Features{description_of_port(port), port}.read_every();
-        }
-        m_port = std::make_unique<ExactPort>(gentl, m_remote);
-        m_features = std::make_unique<Features>(description_of_port(*m_port), *m_port);
-        m_features->read_every();
     }
 
     void configure()
@@ -196,35 +185,22 @@ private:
             BUFFER_HANDLE buffer = nullptr;
             need(gentl.DSAllocAndAnnounceBuffer(m_stream, m_payload, nullptr, &buffer),
                  "DSAllocAndAnnounceBuffer");
-            need(gentl.DSQueueBuffer(m_stream, buffer), "DSQueueBuffer");
+            queue(buffer);
         }
-        EVENT_HANDLE event = nullptr;
-        need(gentl.GCRegisterEvent(m_stream, EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
-        need(gentl.DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
-             "DSStartAcquisition");
+        const EVENT_HANDLE event = register_event();
+        start();
         m_features->execute("AcquisitionStart", std::chrono::seconds{1});
-        while (m_check.frames() < wanted_frames) {
-            EVENT_NEW_BUFFER_DATA data{};
-            std::size_t size = sizeof data;
-            const GC_ERROR code = gentl.EventGetData(event, &data, &size, patience_ms);
-            if (code == GC_ERR_TIMEOUT) // woken for a frame that was taken already, or a slow machine
-                continue;
-            need(code, "EventGetData");
-            look_at(data.BufferHandle);
-            need(gentl.DSQueueBuffer(m_stream, data.BufferHandle), "DSQueueBuffer");
-        }
+        receive(wanted_frames, event, patience_ms,
+                [this](const EVENT_NEW_BUFFER_DATA& data) { look_at(data.BufferHandle); });
         m_features->execute("AcquisitionStop", std::chrono::seconds{1});
-        need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
-        need(gentl.GCUnregisterEvent(m_stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
-        need(gentl.DSFlushQueue(m_stream, ACQ_QUEUE_ALL_DISCARD), "DSFlushQueue");
-        int revoked = 0;
-        for (BUFFER_HANDLE buffer = nullptr; gentl.DSGetBufferID(m_stream, 0, &buffer) == GC_ERR_SUCCESS;
-             ++revoked)
-            need(gentl.DSRevokeBuffer(m_stream, buffer, nullptr, nullptr), "DSRevokeBuffer");
+        stop();
+        unregister_event();
+        flush(ACQ_QUEUE_ALL_DISCARD);
+        const int revoked = revoke_the_first_until_none_is_left();
         need_true(revoked == buffer_count, "revoked " + std::to_string(revoked) + " buffers");
     }
 
-    void close()
+    void close_from_the_device_on()
     {
         need(gentl.DevClose(m_device), "DevClose");
         // The stream went with its device.
@@ -234,22 +210,11 @@ private:
         need(gentl.TLClose(m_system), "TLClose");
     }
 
-    const Functions& gentl;
-    TL_HANDLE m_system{nullptr};
     std::vector<OpenInterface> m_interfaces;
-    DEV_HANDLE m_device{nullptr};
-    PORT_HANDLE m_remote{nullptr};
-    DS_HANDLE m_stream{nullptr};
-    std::unique_ptr<ExactPort> m_port;
-    std::unique_ptr<Features> m_features;
-    std::size_t m_payload{0};
     std::uint64_t m_last_time{0};
     FrameCheck m_check;
 };
 
 } // namespace
 
-int main(int count, char** arguments)
-{
-    return run_client(count, arguments, [](const Functions& gentl) { ClientB{gentl}.run(); });
-}
+void zvclient::run_client_b(const Functions& gentl) { ClientB{gentl}.run(); }

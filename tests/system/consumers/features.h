@@ -5,15 +5,13 @@
 #include <memory>
 #include <string>
 
-#include "system/consumers/client.h"
-
-// The features of a port as clients use them. Where a parser of register descriptions is there, they are
-// those of the description, every one of them; elsewhere those of the software grabbers and cameras, by
-// addresses that are known beforehand.
-
 namespace zvclient {
 
-/// All functions throw std::exception when the port refuses, or when what it answers cannot be right.
+class ExactPort;
+
+/// The features of a port as its description names them: read by a parser of such descriptions where there is
+/// one, elsewhere register by register. All functions throw std::exception when the port refuses, or when its
+/// answer cannot be right.
 class Features {
 public:
     /// Of the port with this description; the port must live as long as the object.
@@ -25,11 +23,12 @@ public:
     /// Whether the port has none.
     bool is_empty() const;
 
-    /// Reads all; the number of them. Each must be readable unless it is a command or write-only.
+    /// Reads all of them and returns their number. Each must be readable unless it is a command or
+    /// write-only.
     int read_every() const;
 
-    /// Writes each that is writable, compares what is read then, and writes what it was before; the number of
-    /// them. Commands are executed.
+    /// Writes each that is writable, compares it with what is read then, and writes its old value again.
+    /// Executes commands. Returns the number of both.
     int write_every() const;
 
     std::int64_t integer(const std::string& name) const;

@@ -1,11 +1,10 @@
-#include "system/consumers/features.h"
-
 #include <chrono>
 #include <variant>
 #include <vector>
 
 #include "genapi/Feature.h"
 #include "genapi/NodeMap.h"
+#include "system/consumers/Client.h"
 
 namespace zvclient {
 
@@ -97,7 +96,7 @@ int Features::write_every() const
     const NodeMap& nodes = m_impl->nodes;
     int count = 0;
     for (const Feature& feature : all_features(nodes)) {
-        // Its limits may have moved with those that were written before.
+        // Its limits may have changed with the features that were written before.
         const Feature present = nodes.describe(feature.name);
         if (!present.access.is_writable)
             continue;
@@ -118,7 +117,7 @@ std::int64_t Features::integer(const std::string& name) const
 {
     const Value value = m_impl->nodes.get(name);
     const auto* const number = std::get_if<std::int64_t>(&value);
-    need_true(number != nullptr, name + " is no whole number");
+    need_true(number != nullptr, name + " is not an integer");
     return *number;
 }
 
