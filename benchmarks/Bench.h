@@ -41,8 +41,8 @@ public:
     zvsystem::Camera camera{gentl, m_system.open_interface("FG0"), "Device00"};
 };
 
-/// The producer with all that the software grabbers have, open: three grabbers with four cameras, an event
-/// and many buffers each.
+/// The producer with everything open that the software grabbers have: three grabbers with four cameras, each
+/// with an event and many buffers.
 class FullTree {
 public:
     FullTree()
@@ -75,7 +75,7 @@ private:
 
 public:
     const zvsystem::Functions& gentl{m_producer.functions()};
-    std::list<zvsystem::Camera> cameras; // in the order in which a handle is looked for
+    std::list<zvsystem::Camera> cameras; // in the order in which handles are searched
 };
 
 } // namespace zvbench

@@ -12,7 +12,7 @@ using namespace zvsystem;
 
 namespace {
 
-/// With the default level: an enter line that is not written, the guard, and a refusal.
+/// At the default log level: an enter line that is not written, the guard, and a refusal.
 void disabled_log_line(benchmark::State& state)
 {
     surroundings();
@@ -48,7 +48,7 @@ void expect_number(benchmark::State& state, const Query& query)
     }
 }
 
-/// The handle that is found last: an event of the last stream.
+/// The handle that takes longest to find: an event of the last stream.
 void handle_check_event(benchmark::State& state)
 {
     const FullTree tree;
@@ -59,7 +59,7 @@ void handle_check_event(benchmark::State& state)
 }
 BENCHMARK(handle_check_event);
 
-/// A buffer handle that is looked for in all streams; the last one of 256.
+/// A buffer handle that is searched for in all streams: the last one of 256.
 void handle_check_buffer(benchmark::State& state)
 {
     const FullTree tree;
@@ -71,7 +71,7 @@ void handle_check_buffer(benchmark::State& state)
 }
 BENCHMARK(handle_check_buffer);
 
-/// As consumers ask for each frame: one value of the first or the last buffer of the last stream.
+/// What consumers query for each frame: one value of the first or the last buffer of the last stream.
 void buffer_info(benchmark::State& state)
 {
     const FullTree tree;

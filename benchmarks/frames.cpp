@@ -4,7 +4,8 @@
 
 #include "benchmarks/Bench.h"
 
-// The way of a frame: the software camera draws, the producer delivers, the consumer takes and queues again.
+// The path of a frame: the software camera draws it, the producer delivers it, the consumer takes it and
+// queues its buffer again.
 
 using namespace GenTL;
 using namespace zvbench;

@@ -1,4 +1,4 @@
-# Runs the example and looks at what it prints: ten frames, none of them empty.
+# Runs the example and checks what it prints: ten frames, none of them empty.
 # cmake -DEXAMPLE=... -DPRODUCER=... -P check_example.cmake
 execute_process(COMMAND ${EXAMPLE} ${PRODUCER} OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE result)
 message("${output}${errors}")

@@ -27,9 +27,9 @@ GC_ERROR call(const char* name, Arguments... arguments)
 {
     const auto function = reinterpret_cast<Function>(find(producer, name));
     if (function == nullptr)
-        throw std::runtime_error(std::string("this is no GenTL producer, it has no ") + name);
+        throw std::runtime_error(std::string("not a GenTL producer: it does not export ") + name);
     const GC_ERROR code = function(arguments...);
-    if (code != GC_ERR_SUCCESS && code != GC_ERR_TIMEOUT) // a time-out is no failure, see below
+    if (code != GC_ERR_SUCCESS && code != GC_ERR_TIMEOUT) // a time-out is not a failure, see below
         throw std::runtime_error(std::string(name) + " failed with code " + std::to_string(code));
     return code;
 }
@@ -39,7 +39,7 @@ BUFFER_HANDLE wait_for_frame(EVENT_HANDLE new_buffer)
 {
     EVENT_NEW_BUFFER_DATA filled{};
     std::size_t size = sizeof filled;
-    // A time-out may come early, for an event that was already dealt with: it only means "look again".
+    // A time-out may come early, for an event that was handled before: it only means "look again".
     for (int attempt = 0; attempt < 10; ++attempt)
         if (call<PEventGetData>("EventGetData", new_buffer, &filled, &size, 1000U) == GC_ERR_SUCCESS)
             return filled.BufferHandle;
@@ -82,7 +82,8 @@ void grab_ten_frames()
     call<PDevGetDataStreamID>("DevGetDataStreamID", camera, 0U, id, &(size = sizeof id));
     call<PDevOpenDataStream>("DevOpenDataStream", camera, id, &stream);
 
-    // The stream knows how large a frame is. Eight buffers let the camera go on while one frame is looked at.
+    // The stream knows how large a frame is. With eight buffers the camera can go on while we look at a
+    // frame.
     INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
     std::size_t payload = 0; // the type of this and other values is fixed by the standard
     call<PDSGetInfo>("DSGetInfo", stream, STREAM_INFO_PAYLOAD_SIZE, &type, &payload,

@@ -8,8 +8,8 @@
 
 #include <windows.h>
 
-// Its own folder has to be searched for the libraries that it needs in turn: only then does it load from
-// everywhere.
+// The loader must search the library's own folder for the libraries that it needs, so that it can be loaded
+// from anywhere.
 inline void* load(const char* file) { return LoadLibraryExA(file, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH); }
 inline void* find(void* library, const char* name)
 {
@@ -30,7 +30,7 @@ inline std::string reason(const char* file)
 inline void* load(const char* file) { return dlopen(file, RTLD_NOW); }
 inline void* find(void* library, const char* name) { return dlsym(library, name); }
 inline void unload(void* library) { dlclose(library); }
-// NOLINTNEXTLINE(concurrency-mt-unsafe): the text is kept per thread
+// NOLINTNEXTLINE(concurrency-mt-unsafe): each thread has its own text
 inline std::string reason(const char* /*file*/) { return dlerror(); }
 
 #endif

@@ -1,6 +1,6 @@
-/* An application for Windows that lies in a folder of its own and loads the producer in one of the ways that
-   applications do. It copies the producer's files into a new folder first, whose name has blanks and a letter
-   that is none in ASCII.
+/* An application for Windows in a folder of its own, which loads the producer in one of the ways that
+   applications use. It first copies the producer's files into a new folder, whose name has blanks and a
+   letter outside ASCII.
 
        loading_win32 altered|folder|path|plain FOLDER-OF-THE-PRODUCER
 
@@ -30,7 +30,7 @@ static void fail(const char* what)
 static void copy_files(const wchar_t* from, const wchar_t* to)
 {
     if (CreateDirectoryW(to, NULL) == 0 && GetLastError() != ERROR_ALREADY_EXISTS)
-        fail("the folder cannot be made");
+        fail("the folder cannot be created");
     for (int i = 0; i < file_count; ++i) {
         wchar_t source[longest_path];
         wchar_t target[longest_path];
@@ -68,7 +68,7 @@ static HMODULE load(const char* way, const wchar_t* folder, const wchar_t* wide_
     }
 }
 
-/* Uses the library: its answer to where it lies has to be the file that was loaded. */
+/* Uses the library: the path that it gives must be that of the file that was loaded. */
 static void use(HMODULE library, const char* file)
 {
     const PGCInitLib init = (PGCInitLib)(intptr_t)GetProcAddress(library, "GCInitLib");
@@ -82,7 +82,7 @@ static void use(HMODULE library, const char* file)
     if (init() != GC_ERR_SUCCESS || info(TL_INFO_PATHNAME, &type, path, &size) != GC_ERR_SUCCESS)
         fail("the library cannot be used");
     if (lstrcmpiA(path, file) != 0) {
-        fprintf(stderr, "it says that it is %s instead of %s\n", path, file);
+        fprintf(stderr, "it gives the path %s instead of %s\n", path, file);
         exit(EXIT_FAILURE);
     }
     if (close() != GC_ERR_SUCCESS)
@@ -106,7 +106,7 @@ int main(int count, char** arguments)
     swprintf(wide_file, longest_path, L"%ls\\%ls", folder, files[0]);
     WideCharToMultiByte(CP_ACP, 0, wide_file, -1, file, longest_path, NULL, NULL);
     if (SetCurrentDirectoryA("C:\\") == 0)
-        fail("there is no drive C");
+        fail("drive C does not exist");
 
     const HMODULE library = load(arguments[1], folder, wide_file, file);
     if (library == NULL)

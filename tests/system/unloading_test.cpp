@@ -131,7 +131,7 @@ TEST_P(Unloading, LeavesNothingBehind)
 INSTANTIATE_TEST_SUITE_P(After, Unloading, testing::ValuesIn(uses),
                          [](const testing::TestParamInfo<Use>& row) { return row.param.name; });
 
-// Two loads are one library: it goes with the second unload.
+// Two loads share one library: only the second unload removes it.
 TEST(UnloadingALibraryThatWasLoadedTwice, WaitsForTheLastUser)
 {
     surroundings();

@@ -61,8 +61,8 @@ public:
     void close_device();
     void open_stream();
     void close_stream();
-    /// Nothing will be closed: somebody above does it, before this object goes and with it the buffers'
-    /// memory.
+    /// Nothing will be closed: a module above is closed instead, before this object is destroyed and the
+    /// memory of its buffers with it.
     void abandon() noexcept;
 
     /// Announces buffers of the payload size and `extra` bytes. The private pointer of the one at position i
