@@ -101,24 +101,17 @@ void Camera::announce(size_t count, Memory memory, size_t extra)
 {
     const auto size = static_cast<size_t>(stream_number(STREAM_INFO_PAYLOAD_SIZE)) + extra;
     for (size_t i = 0; i < count; ++i) {
-        void* const user = user_pointer(m_buffers.size());
         BUFFER_HANDLE buffer = nullptr;
         if (memory == Memory::of_producer) {
-            check(m_gentl.DSAllocAndAnnounceBuffer(m_stream, size, user, &buffer),
+            check(m_gentl.DSAllocAndAnnounceBuffer(m_stream, size, this, &buffer),
                   "DSAllocAndAnnounceBuffer");
         } else {
             m_memory.push_back(std::make_unique<unsigned char[]>(size));
-            check(m_gentl.DSAnnounceBuffer(m_stream, m_memory.back().get(), size, user, &buffer),
+            check(m_gentl.DSAnnounceBuffer(m_stream, m_memory.back().get(), size, this, &buffer),
                   "DSAnnounceBuffer");
         }
         m_buffers.push_back(buffer);
     }
-}
-
-void* Camera::user_pointer(size_t position)
-{
-    static std::array<char, 1024> targets; // addresses of our own, that mean something to nobody else
-    return &targets.at(position);
 }
 
 void Camera::revoke_all()

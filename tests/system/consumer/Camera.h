@@ -65,10 +65,8 @@ public:
     /// memory of its buffers with it.
     void abandon() noexcept;
 
-    /// Announces buffers of the payload size and `extra` bytes. The private pointer of the one at position i
-    /// is user_pointer(i).
+    /// Announces buffers of the payload size and `extra` bytes, with a private pointer that is not null.
     void announce(size_t count, Memory memory = Memory::of_producer, size_t extra = 0);
-    static void* user_pointer(size_t position);
     void revoke_all();
 
     void queue(GenTL::BUFFER_HANDLE buffer) const;
