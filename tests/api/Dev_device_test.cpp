@@ -1,4 +1,4 @@
-#include "api/module_calls.h"
+#include "api/lines.h"
 
 namespace zvtest {
 

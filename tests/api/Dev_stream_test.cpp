@@ -1,6 +1,6 @@
 #include <optional>
 
-#include "api/module_calls.h"
+#include "api/lines.h"
 
 // DevGetNumDataStreams, DevGetDataStreamID and DevOpenDataStream.
 

@@ -1,6 +1,6 @@
 #include <filesystem>
 
-#include "api/module_calls.h"
+#include "api/lines.h"
 
 // GCGetInfo and TLGetInfo, which share most of their answers.
 

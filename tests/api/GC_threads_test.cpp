@@ -1,7 +1,7 @@
 #include <atomic>
 #include <set>
 
-#include "api/module_calls.h"
+#include "api/lines.h"
 #include "support/on_threads.h"
 
 // Calls from several threads at once: one of them wins, and nothing tears.

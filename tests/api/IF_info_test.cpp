@@ -1,5 +1,5 @@
 #include "api/device_rows.h"
-#include "api/module_calls.h"
+#include "api/lines.h"
 
 namespace zvtest {
 

@@ -1,6 +1,6 @@
 #include <set>
 
-#include "api/module_calls.h"
+#include "api/lines.h"
 #include "support/FailingAllocations.h"
 
 namespace zvtest {
@@ -133,15 +133,6 @@ TEST_F(TLCloseWhileAcquiring, DropsDevicesWithoutClosingThem)
     const uint32_t handle = grabber();
     EXPECT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
     EXPECT_EQ((Calls{call("ZVGR_Close", handle)}), fake.calls());
-}
-
-TEST_F(TLCloseWhileAcquiring, MakesEveryHandleUnknown)
-{
-    const ModuleHandles old{iface, dev, port, ds, buffers[0]->handle, event};
-    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::TLClose(tl));
-    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::TLOpen(&tl));
-    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(open_interface("FG0"), nullptr, 0));
-    expect_unknown(old);
 }
 
 } // namespace
