@@ -2,7 +2,7 @@
 
 #include "api/lines.h"
 
-// DevGetNumDataStreams, DevGetDataStreamID and DevOpenDataStream.
+// DevGetNumDataStreams and DevOpenDataStream.
 
 namespace zvtest {
 
@@ -17,98 +17,6 @@ TEST_F(DevGetNumDataStreams, AnswersOne)
     EXPECT_EQ(1U, count);
     EXPECT_LOG_LINES(info_line("Enter DevGetNumDataStreams, handle=0x" + hex16(dev)),
                      info_line("Exit DevGetNumDataStreams, stream amount=1"));
-}
-
-class DevGetDataStreamID : public OpenDevice {
-protected:
-    std::array<char, 16> id{};
-    size_t size{16};
-
-    void SetUp() override
-    {
-        OpenDevice::SetUp();
-        id.fill('\xA5');
-    }
-    ExpectedLine enter(uint32_t index, int room)
-    {
-        return info_line("Enter DevGetDataStreamID, handle=0x" + hex16(dev) + ", index=" +
-                         std::to_string(static_cast<int>(index)) + ", size=" + std::to_string(room));
-    }
-};
-
-TEST_F(DevGetDataStreamID, CopiesTheID)
-{
-    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, 0, id.data(), &size));
-    EXPECT_STREQ("Stream000", id.data());
-    EXPECT_EQ(10U, size);
-    EXPECT_EQ('\xA5', id[10]);
-    EXPECT_TRUE(fake.calls().empty());
-    EXPECT_LOG_LINES(enter(0, 16), info_line("New streams id was filled=Stream000"),
-                     info_line("Exit DevGetDataStreamID, size=10, Device ID=Stream000"));
-}
-
-TEST_F(DevGetDataStreamID, FitsExactly)
-{
-    size = 10;
-    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, 0, id.data(), &size));
-    EXPECT_STREQ("Stream000", id.data());
-}
-
-TEST_F(DevGetDataStreamID, AnswersTheSizeAlone)
-{
-    for (char* nowhere : {static_cast<char*>(nullptr), all_ones<char*>()}) {
-        forget();
-        size = 0;
-        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, 0, nowhere, &size));
-        EXPECT_EQ(10U, size);
-        EXPECT_LOG_LINES(enter(0, 0), info_line("Exit DevGetDataStreamID, size=10, Device ID=Stream000"));
-    }
-}
-
-TEST_F(DevGetDataStreamID, CopiesNothingWhenTheRoomIsTooSmall)
-{
-    const std::string text = "GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold stream Id data";
-    for (int room : {9, 1, 0}) {
-        forget();
-        size = static_cast<size_t>(room);
-        EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, GenTL::DevGetDataStreamID(dev, 0, id.data(), &size));
-        EXPECT_EQ(10U, size);
-        EXPECT_EQ('\xA5', id[0]);
-        EXPECT_LOG_LINES(enter(0, room), error_line(text), FAILED_WITH(GC_ERR_BUFFER_TOO_SMALL));
-    }
-    EXPECT_EQ(text, last_error());
-}
-
-TEST_F(DevGetDataStreamID, RefusesIndexesBehindTheList)
-{
-    for (uint32_t index : {1U, 2U, 0x7FFFFFFFU}) {
-        forget();
-        const std::string text = "Invalid stream index " + std::to_string(index);
-        EXPECT_EQ(GC_ERR_INVALID_INDEX, GenTL::DevGetDataStreamID(dev, index, id.data(), &size));
-        EXPECT_LOG_LINES(enter(index, 16), error_line(text), FAILED_WITH(GC_ERR_INVALID_INDEX));
-        EXPECT_EQ(text, last_error());
-    }
-    EXPECT_EQ(16U, size);
-    EXPECT_EQ('\xA5', id[0]);
-}
-
-TEST_F(DevGetDataStreamID, ReadsIndexesAsSigned)
-{
-    for (uint32_t index : {0x80000000U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(dev, index, id.data(), &size));
-        EXPECT_STREQ("Stream000", id.data());
-    }
-}
-
-TEST_F(DevGetDataStreamID, NamesStreamsAfterTheirCamera)
-{
-    fake.grabber(0).has_cameras(12);
-    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
-    for (const auto& [device, stream] : {std::pair{"Device01", "Stream010"}, {"Device011", "Stream0110"}}) {
-        size = id.size();
-        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetDataStreamID(open_device(iface, device), 0, id.data(), &size));
-        EXPECT_STREQ(stream, id.data());
-    }
 }
 
 class DevOpenDataStream : public OpenDevice {
@@ -207,13 +115,6 @@ TEST_F(DevOpenDataStream, ChoosesTheModeBySettingAndCapability)
     EXPECT_FALSE(settings.stored("GenTL.Stream.QueuedBufferMode"));
 }
 
-TEST_F(DevOpenDataStream, CreatesNoSetting)
-{
-    const size_t before = settings.stored_count();
-    open();
-    EXPECT_EQ(before, settings.stored_count());
-}
-
 TEST_F(DevOpenDataStream, GivesTheOpenOne)
 {
     ASSERT_EQ(GC_ERR_SUCCESS, open());
@@ -279,19 +180,6 @@ TEST_F(DevOpenDataStream, TakesALibrarySuccessWithoutAHandleForASuccess)
     size_t size = sizeof announced;
     EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSGetInfo(ds, STREAM_INFO_NUM_ANNOUNCED, &type, &announced, &size));
     EXPECT_LOGGED(Priority::information, "DSGetInfo - GC_ERR_INVALID_HANDLE, stream is closed");
-}
-
-TEST_F(DevOpenDataStream, DecidesTheModeAfreshWhenItIsOpenedAgain)
-{
-    offers_queued_mode(1);
-    open();
-    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    const DS_HANDLE first = ds;
-    offers_queued_mode(0);
-    forget();
-    EXPECT_EQ(GC_ERR_SUCCESS, open());
-    EXPECT_EQ(first, ds);
-    EXPECT_EQ(1U, fake.count("ZVGR_StreamCreateAndAlloc"));
 }
 
 } // namespace

@@ -39,19 +39,6 @@ TEST_F(IFUpdateDeviceList, ListsTheCamerasOfTheGrabber)
     EXPECT_EQ("Device01", device_id(iface, 1));
 }
 
-TEST_F(IFUpdateDeviceList, ReadsTheSettingsOfEachStream)
-{
-    fake.grabber(0).has_cameras(2);
-    update();
-    const std::vector<SettingsRead> of_one{
-        plain_read("GenTL.Stream.StreamPayloadSizeType", 2,
-                   "1-Old stream size at creation time,2-dynamic stream size"),
-        plain_read("GenTL.Stream.BufferAllocMin", 4), plain_read("GenTL.Stream.SignaledEventMode", 1)};
-    std::vector<SettingsRead> of_both = of_one;
-    of_both.insert(of_both.end(), of_one.begin(), of_one.end());
-    EXPECT_EQ(of_both, settings.reads());
-}
-
 TEST_F(IFUpdateDeviceList, ReportsNoChangeTheSecondTime)
 {
     update();
@@ -113,17 +100,6 @@ TEST_F(IFUpdateDeviceList, EmptiesTheListWhenTheCamerasAreGone)
     EXPECT_EQ(GC_ERR_SUCCESS, update());
     EXPECT_EQ(1, changed);
     EXPECT_EQ(0U, num_devices(iface));
-}
-
-TEST_F(IFUpdateDeviceList, ListsSixteenCamerasAtMost)
-{
-    fake.grabber(0).has_cameras(20);
-    EXPECT_EQ(GC_ERR_SUCCESS, update());
-    EXPECT_EQ(16U, num_devices(iface));
-    EXPECT_EQ(16U, fake.count("ZVGR_CameraInfo2"));
-    EXPECT_EQ("Device015", device_id(iface, 15));
-    EXPECT_EQ(GC_ERR_SUCCESS, update());
-    EXPECT_EQ(0, changed);
 }
 
 TEST_F(IFUpdateDeviceList, FailedScanLeavesTheListAlone)
@@ -253,95 +229,6 @@ TEST_F(IFGetNumDevices, CountsTheListedDevices)
     forget();
     EXPECT_EQ(3U, num_devices(iface));
     EXPECT_LOG_LINES(info_line("Enter IFGetNumDevices"), info_line("Exit IFGetNumDevices, camera amount=3"));
-}
-
-class IFGetDeviceID : public OpenInterface {
-protected:
-    std::array<char, 16> id{};
-    size_t size{16};
-
-    void SetUp() override
-    {
-        OpenInterface::SetUp();
-        GenTL::IFUpdateDeviceList(iface, nullptr, 0);
-        id.fill('\xA5');
-        forget();
-    }
-    ExpectedLine enter(uint32_t index, int room)
-    {
-        return info_line("Enter IFGetDeviceID, handle=0x" + hex16(iface) + ", index=" +
-                         std::to_string(static_cast<int>(index)) + ", size=" + std::to_string(room));
-    }
-};
-
-TEST_F(IFGetDeviceID, CopiesTheID)
-{
-    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::IFGetDeviceID(iface, 0, id.data(), &size));
-    EXPECT_STREQ("Device00", id.data());
-    EXPECT_EQ(9U, size);
-    EXPECT_EQ('\xA5', id[9]);
-    EXPECT_TRUE(fake.calls().empty());
-    EXPECT_LOG_LINES(enter(0, 16), info_line("New camera id was filled=Device00"),
-                     info_line("Exit IFGetDeviceID, size=9, Device ID=Device00"));
-}
-
-TEST_F(IFGetDeviceID, FitsExactly)
-{
-    size = 9;
-    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::IFGetDeviceID(iface, 0, id.data(), &size));
-    EXPECT_STREQ("Device00", id.data());
-}
-
-TEST_F(IFGetDeviceID, AnswersTheSizeAlone)
-{
-    for (char* nowhere : {static_cast<char*>(nullptr), all_ones<char*>()}) {
-        forget();
-        size = 0;
-        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::IFGetDeviceID(iface, 0, nowhere, &size));
-        EXPECT_EQ(9U, size);
-        EXPECT_LOG_LINES(enter(0, 0), info_line("Exit IFGetDeviceID, size=9, Device ID=Device00"));
-    }
-}
-
-TEST_F(IFGetDeviceID, CopiesNothingWhenTheRoomIsTooSmall)
-{
-    const std::string text = "GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold Camera Id data";
-    for (int room : {8, 1, 0}) {
-        forget();
-        size = static_cast<size_t>(room);
-        EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, GenTL::IFGetDeviceID(iface, 0, id.data(), &size));
-        EXPECT_EQ(9U, size);
-        EXPECT_EQ('\xA5', id[0]);
-        EXPECT_LOG_LINES(enter(0, room), error_line(text), FAILED_WITH(GC_ERR_BUFFER_TOO_SMALL));
-    }
-    EXPECT_EQ(text, last_error());
-}
-
-TEST_F(IFGetDeviceID, RefusesIndexesBehindTheList)
-{
-    for (uint32_t index : {1U, 2U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
-        forget();
-        const std::string text = "GC_ERR_INVALID_INDEX: invalid device index " + std::to_string(index);
-        EXPECT_EQ(GC_ERR_INVALID_INDEX, GenTL::IFGetDeviceID(iface, index, id.data(), &size));
-        EXPECT_LOG_LINES(enter(index, 16), error_line(text), FAILED_WITH(GC_ERR_INVALID_INDEX));
-        EXPECT_EQ(text, last_error());
-    }
-    EXPECT_EQ(16U, size);
-    EXPECT_EQ('\xA5', id[0]);
-}
-
-TEST_F(IFGetDeviceID, NamesDevicesAfterTheirGrabber)
-{
-    fake.has_grabbers(13);
-    ASSERT_EQ(GC_ERR_SUCCESS, TLUpdateInterfaceList(tl, nullptr, 0));
-    for (const auto& [grabber, first, last] :
-         {std::tuple{1U, "Device10", "Device11"}, {11U, "Device110", "Device111"}}) {
-        fake.grabber(grabber).has_cameras(2);
-        const IF_HANDLE other = open_interface("FG" + std::to_string(grabber));
-        ASSERT_EQ(GC_ERR_SUCCESS, GenTL::IFUpdateDeviceList(other, nullptr, 0));
-        EXPECT_EQ(first, device_id(other, 0));
-        EXPECT_EQ(last, device_id(other, 1));
-    }
 }
 
 } // namespace
