@@ -113,14 +113,6 @@ TEST_P(ClosedStream, HasAbortedItsEventWhenTheLibraryDeletesIt)
     EXPECT_EQ(GC_ERR_INVALID_HANDLE, code);
 }
 
-TEST_P(ClosedStream, IsNoLongerOpenForItsDevice)
-{
-    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    forget();
-    reopen(is_queued());
-    EXPECT_EQ(1U, fake.count(is_queued() ? "ZVGR_StreamCreate" : "ZVGR_StreamCreateAndAlloc"));
-}
-
 INSTANTIATE_IN_BOTH_MODES(ClosedStream);
 
 class DSGetParentDev : public QueuedStream {};
@@ -133,15 +125,6 @@ TEST_F(DSGetParentDev, GivesTheCamera)
     EXPECT_EQ(Calls{}, fake.calls());
     EXPECT_LOG_LINES({Priority::information, "Enter DSGetParentDev", "DSGetParentDev"},
                      {Priority::information, "Exit DSGetParentDev", "DSGetParentDev"});
-}
-
-TEST_F(DSGetParentDev, GivesNoDeviceHandle)
-{
-    DEV_HANDLE parent = nullptr;
-    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::DSGetParentDev(ds, &parent));
-    EXPECT_NE(dev, parent);
-    PORT_HANDLE remote = nullptr;
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DevGetPort(parent, &remote));
 }
 
 } // namespace

@@ -124,14 +124,6 @@ TEST_F(CyclicAllocation, IsRefusedForSizesBeyondEveryMemory)
         expect_refused(size);
 }
 
-TEST_F(CyclicAllocation, TakesMemoryOfTheConsumerWithoutAnyOfItsOwn)
-{
-    uint8_t memory[1];
-    BUFFER_HANDLE handle = nullptr;
-    EXPECT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory, SIZE_MAX, nullptr, &handle));
-    EXPECT_EQ(SIZE_MAX, buffer_info<size_t>(handle, BUFFER_INFO_SIZE).value);
-}
-
 class FoundAgain : public EitherStream {};
 
 TEST_P(FoundAgain, NeedsNoMemory)

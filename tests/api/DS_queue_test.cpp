@@ -65,26 +65,6 @@ TEST_P(QueueBuffer, TakesADeliveredBufferOutOfTheOutputQueueButNotFromTheEvent)
     EXPECT_EQ(buffer.handle, take().data.BufferHandle);
 }
 
-TEST_P(QueueBuffer, RefusesAHandleThatIsNoBuffer)
-{
-    register_event();
-    const Announced& revoked = announce();
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, revoked.handle, nullptr, nullptr));
-    int stranger = 0;
-    for (const BUFFER_HANDLE handle :
-         {BUFFER_HANDLE{nullptr}, all_ones<BUFFER_HANDLE>(), BUFFER_HANDLE{&stranger}, BUFFER_HANDLE{ds},
-          BUFFER_HANDLE{dev}, BUFFER_HANDLE{event}, revoked.handle}) {
-        SCOPED_TRACE(hex16(handle));
-        forget();
-        EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(ds, handle));
-        EXPECT_EQ(Calls{}, fake.calls());
-        EXPECT_LOG_LINES({Priority::trace, "Enter DSQueueBuffer, stream handle=0x" + low_hex(ds) +
-                                               ", buffer handle=0x" + low_hex(handle)},
-                         {Priority::error, "DSQueueBuffer - GC_ERR_INVALID_HANDLE: invalid buffer handle",
-                          "DSQueueBuffer"});
-    }
-}
-
 INSTANTIATE_IN_BOTH_MODES(QueueBuffer);
 
 /// What becomes of a delivered buffer on the consumer's side.
@@ -177,26 +157,6 @@ TEST_P(GetBufferID, FollowsTheOrderOfAnnouncement)
     EXPECT_EQ(first, at(0));
     EXPECT_EQ(second, at(1));
     EXPECT_EQ(third, at(2));
-}
-
-TEST_P(GetBufferID, DoesNotDependOnQueues)
-{
-    const Announced& first = announce();
-    const Announced& second = announce();
-    queue(second);
-    EXPECT_EQ(first.handle, at(0));
-    EXPECT_EQ(second.handle, at(1));
-}
-
-TEST_P(GetBufferID, MovesLaterBuffersUpWhenOneIsRevoked)
-{
-    const BUFFER_HANDLE first = announce().handle;
-    const BUFFER_HANDLE second = announce().handle;
-    const BUFFER_HANDLE third = announce().handle;
-    ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, second, nullptr, nullptr));
-    EXPECT_EQ(first, at(0));
-    EXPECT_EQ(third, at(1));
-    expect_none_at(2);
 }
 
 TEST_P(GetBufferID, WritesZeroForAnIndexBeyondThePool)

@@ -17,10 +17,10 @@ protected:
         forget();
     }
 
-    /// Revokes the first buffer and expects every trace of it to be gone but for the other buffer.
-    void expect_revoked()
+    /// Revokes the buffer and expects every trace of it to be gone, but not the other buffers.
+    void expect_revoked(const Announced& buffer)
     {
-        const Announced& buffer = *buffers[0];
+        const size_t before = num_announced();
         forget();
         EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffer.handle, nullptr, nullptr));
         EXPECT_EQ((Calls{call("ZVGR_BufferRevoke", stream(), buffer.library)}), fake.calls());
@@ -29,43 +29,44 @@ protected:
                               low_hex(buffer.handle) + ", user buffer=0x0",
                           "DSRevokeBuffer"},
                          {Priority::information, "Exit DSRevokeBuffer", "DSRevokeBuffer"});
-        EXPECT_EQ(1U, num_announced());
+        EXPECT_EQ(before - 1, num_announced());
         EXPECT_EQ(GC_ERR_INVALID_HANDLE, buffer_info<size_t>(buffer.handle, BUFFER_INFO_SIZE).code);
         EXPECT_EQ(GC_ERR_SUCCESS, buffer_info<size_t>(buffers[1]->handle, BUFFER_INFO_SIZE).code);
     }
 };
 
-TEST_P(RevokedBuffer, MayBeInNoQueue) { expect_revoked(); }
-
-TEST_P(RevokedBuffer, MayBeQueued)
+/// From no queue, while it waits to be filled or to be fetched, and when the consumer has it.
+TEST_P(RevokedBuffer, IsRevokedFromEveryQueue)
 {
-    queue(*buffers[0]);
-    expect_revoked();
-}
-
-TEST_P(RevokedBuffer, MayBeQueuedDuringAcquisition)
-{
-    queue(*buffers[0]);
-    start();
-    expect_revoked();
-    EXPECT_TRUE(fake.is_acquiring(stream()));
-}
-
-TEST_P(RevokedBuffer, MayWaitForTheConsumer)
-{
-    queue(*buffers[0]);
-    start();
-    deliver(*buffers[0]);
-    expect_revoked();
-}
-
-TEST_P(RevokedBuffer, MayBeInTheConsumersHands)
-{
-    queue(*buffers[0]);
-    start();
-    deliver(*buffers[0]);
-    ASSERT_EQ(buffers[0]->handle, take().data.BufferHandle);
-    expect_revoked();
+    struct Row {
+        const char* name;
+        bool is_queued;
+        bool is_delivered;
+        bool is_fetched;
+    };
+    for (const Row& row : {Row{"in no queue", false, false, false}, Row{"queued", true, false, false},
+                           Row{"delivered", true, true, false}, Row{"fetched", true, true, true}}) {
+        for (const bool is_running : {false, true}) {
+            if (row.is_delivered && !is_running)
+                continue;
+            SCOPED_TRACE(std::string(row.name) + (is_running ? ", running" : ""));
+            Announced& buffer = announce();
+            if (row.is_queued)
+                queue(buffer);
+            if (is_running)
+                start();
+            if (row.is_delivered)
+                deliver(buffer);
+            if (row.is_fetched) {
+                EXPECT_EQ(buffer.handle, take().data.BufferHandle);
+            }
+            expect_revoked(buffer);
+            EXPECT_EQ(is_running, fake.is_acquiring(stream()));
+            if (is_running)
+                stop();
+            EXPECT_EQ(GC_ERR_SUCCESS, EventFlush(event));
+        }
+    }
 }
 
 TEST_P(RevokedBuffer, IsGivenBackWithItsPointers)
@@ -104,7 +105,7 @@ TEST_P(RevokedBuffer, NeedsNoOutputs)
 TEST_P(RevokedBuffer, IsGoneWhateverTheLibrarySays)
 {
     fake.next("ZVGR_BufferRevoke").answers(any_failure);
-    expect_revoked();
+    expect_revoked(*buffers[0]);
 }
 
 TEST_P(RevokedBuffer, StillExistsWhileTheLibraryForgetsIt)
@@ -114,31 +115,6 @@ TEST_P(RevokedBuffer, StillExistsWhileTheLibraryForgetsIt)
             [&](const Call&) { code = buffer_info<size_t>(buffers[0]->handle, BUFFER_INFO_SIZE).code; });
     EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[0]->handle, nullptr, nullptr));
     EXPECT_EQ(GC_ERR_SUCCESS, code) << "its memory went while the library could still write to it";
-}
-
-TEST_P(RevokedBuffer, IsRefusedWhenItIsNoBufferOfTheStream)
-{
-    const Announced& revoked = announce();
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, revoked.handle, nullptr, nullptr));
-    int stranger = 0;
-    for (const BUFFER_HANDLE handle :
-         {BUFFER_HANDLE{nullptr}, all_ones<BUFFER_HANDLE>(), BUFFER_HANDLE{&stranger}, BUFFER_HANDLE{ds},
-          BUFFER_HANDLE{event}, revoked.handle}) {
-        SCOPED_TRACE(hex16(handle));
-        forget();
-        auto memory = untouched<void*>();
-        auto user = untouched<void*>();
-        EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSRevokeBuffer(ds, handle, &memory, &user));
-        EXPECT_TRUE(is_untouched(memory));
-        EXPECT_TRUE(is_untouched(user));
-        EXPECT_EQ(Calls{}, fake.calls());
-        EXPECT_LOG_LINES(
-            {Priority::information, "Enter DSRevokeBuffer, stream handle=0x" + low_hex(ds) +
-                                        ", buffer handle=0x" + low_hex(handle) + ", user buffer=0x" +
-                                        low_hex(memory)},
-            {Priority::error, "Exit, Returning error GC_ERR_INVALID_HANDLE (0xFFFFFC12)", "DSRevokeBuffer"});
-    }
-    EXPECT_EQ(2U, num_announced());
 }
 
 TEST_P(RevokedBuffer, IsRefusedToTheSlowerOfTwoCallers)

@@ -3,21 +3,13 @@
 
 #include "Event_fixtures.h"
 
+// EventGetData as it waits for a signal, EventKill and EventFlush.
+
 namespace zvtest {
 
 namespace {
 
 class EventGetData : public EventStream {};
-
-TEST_F(EventGetData, GivesHandleAndPrivatePointer)
-{
-    deliver(*buffers[1]);
-    const Taken taken = take();
-    EXPECT_EQ(GC_ERR_SUCCESS, taken.code);
-    EXPECT_EQ(buffers[1]->handle, taken.data.BufferHandle);
-    EXPECT_EQ(buffers[1]->user, taken.data.pUserPointer);
-    EXPECT_EQ(sizeof(EVENT_NEW_BUFFER_DATA), taken.size);
-}
 
 TEST_F(EventGetData, LogsTheRecordWithATrailingBlank)
 {
@@ -25,24 +17,7 @@ TEST_F(EventGetData, LogsTheRecordWithATrailingBlank)
     forget();
     take(7);
     EXPECT_LOG_LINES(enter_line(7), exit_line(*buffers[0]));
-}
-
-TEST_F(EventGetData, MakesNoCallOfTheLibrary)
-{
-    deliver(*buffers[0]);
-    forget();
-    take();
     EXPECT_TRUE(fake.calls().empty());
-}
-
-TEST_F(EventGetData, GivesTheOldestEntryFirst)
-{
-    deliver(*buffers[2]);
-    deliver(*buffers[0]);
-    deliver(*buffers[1]);
-    EXPECT_EQ(buffers[2]->handle, take().data.BufferHandle);
-    EXPECT_EQ(buffers[0]->handle, take().data.BufferHandle);
-    EXPECT_EQ(buffers[1]->handle, take().data.BufferHandle);
 }
 
 TEST_F(EventGetData, WritesNoMoreThanARecord)
@@ -69,31 +44,6 @@ TEST_F(EventGetData, GivesThePrivatePointerThatTheBufferHasNow)
     EXPECT_EQ(&later, take().data.pUserPointer);
 }
 
-TEST_F(EventGetData, GivesARevokedBufferWithoutAPrivatePointer)
-{
-    deliver(*buffers[0]);
-    ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[0]->handle, nullptr, nullptr));
-    const Taken taken = take();
-    EXPECT_EQ(GC_ERR_SUCCESS, taken.code);
-    EXPECT_EQ(buffers[0]->handle, taken.data.BufferHandle);
-    EXPECT_EQ(nullptr, taken.data.pUserPointer);
-}
-
-TEST_F(EventGetData, LeavesTheBufferInTheOutputQueue)
-{
-    deliver(*buffers[0]);
-    take();
-    EXPECT_EQ(1U, awaiting());
-}
-
-TEST_F(EventGetData, GivesABufferThatWasQueuedAgainSinceItsFrame)
-{
-    deliver(*buffers[0]);
-    queue(*buffers[0]);
-    EXPECT_EQ(buffers[0]->handle, take().data.BufferHandle);
-    EXPECT_EQ(0U, awaiting());
-}
-
 TEST_F(EventGetData, KeepsEveryEntryOfCollapsedSignals)
 {
     deliver_buffers(3);
@@ -101,41 +51,6 @@ TEST_F(EventGetData, KeepsEveryEntryOfCollapsedSignals)
         EXPECT_EQ(buffer->handle, take(GENTL_INFINITE).data.BufferHandle);
     // The three frames left one signal and the first call took it.
     EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, take(30).code); }), 30);
-}
-
-TEST_F(EventGetData, LeavesNoSignalBehind)
-{
-    deliver(*buffers[0]);
-    EXPECT_EQ(GC_ERR_SUCCESS, take().code);
-    EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, take(30).code); }), 30);
-}
-
-TEST_F(EventGetData, TakesEntriesThatWereNotSignalled)
-{
-    ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_INPUT_TO_OUTPUT));
-    for (const auto& buffer : buffers)
-        EXPECT_EQ(buffer->handle, take(GENTL_INFINITE).data.BufferHandle);
-    EXPECT_EQ(3U, awaiting());
-}
-
-// A signal left pending would end the wait at once.
-TEST_F(EventGetData, IsNotSignalledByBuffersThatAreMovedToTheOutputQueue)
-{
-    ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_INPUT_TO_OUTPUT));
-    flush();
-    EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, take(30).code); }), 30);
-}
-
-TEST_F(EventGetData, FindsNothingAfterOutputBuffersWereDiscarded)
-{
-    for (const int32_t operation :
-         {static_cast<int32_t>(ACQ_QUEUE_OUTPUT_DISCARD), static_cast<int32_t>(ACQ_QUEUE_ALL_TO_INPUT),
-          static_cast<int32_t>(ACQ_QUEUE_ALL_DISCARD), 1000}) {
-        SCOPED_TRACE(operation);
-        deliver_buffers(2);
-        ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, operation));
-        EXPECT_EQ(GC_ERR_TIMEOUT, take().code);
-    }
 }
 
 TEST_F(EventGetData, TimesOutAndTouchesNothing)
@@ -195,43 +110,18 @@ TEST_F(EventGetData, RefusesEveryRoomSmallerThanARecord)
     EXPECT_EQ(1U, in_queue());
 }
 
-TEST_F(EventGetData, LogsTheRoomThatItWants)
+TEST_F(EventGetData, LooksAtTheRoomBeforeTheMissingBuffer)
 {
-    EVENT_NEW_BUFFER_DATA data;
+    deliver(*buffers[0]);
+    forget();
     size_t size = 8;
-    get_data(&data, &size, 5);
+    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, get_data(nullptr, &size, 5));
     EXPECT_LOG_LINES(
         {Priority::debug, "Enter EventGetData, handle=0x" + low_hex(event) + ", buffer size=8, timeout=5 ms"},
         {Priority::debug, "EventGetData - GC_ERR_BUFFER_TOO_SMALL, wanted size=16", "EventGetData",
          "ZVGRLibGenTL"});
-}
-
-TEST_F(EventGetData, LooksAtTheRoomBeforeTheMissingBuffer)
-{
-    deliver(*buffers[0]);
-    size_t size = 8;
-    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, get_data(nullptr, &size));
     EXPECT_EQ(16U, size);
     EXPECT_EQ(1U, in_queue());
-}
-
-TEST_F(EventGetData, RefusesAMissingSize)
-{
-    deliver(*buffers[0]);
-    EVENT_NEW_BUFFER_DATA data;
-    for (size_t* const missing : {static_cast<size_t*>(nullptr), all_ones<size_t*>()}) {
-        forget();
-        EXPECT_EQ(GC_ERR_INVALID_PARAMETER, get_data(&data, missing));
-        EXPECT_LOG_LINES({Priority::debug,
-                          "Enter EventGetData, handle=0x" + low_hex(event) + ", buffer size=0, timeout=0 ms"},
-                         error_exit("EventGetData", "GC_ERR_INVALID_PARAMETER", -1009));
-    }
-    EXPECT_EQ(1U, in_queue());
-}
-
-TEST_F(EventGetData, ChecksTheHandleBeforeTheSize)
-{
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, GenTL::EventGetData(ds, nullptr, nullptr, 0));
 }
 
 class DiscardingEventGetData : public EventStream {};
@@ -247,27 +137,11 @@ TEST_F(DiscardingEventGetData, DropsTheOldestEntry)
     EXPECT_EQ(0U, in_queue());
 }
 
-TEST_F(DiscardingEventGetData, TakesTheBufferOutOfEveryQueue)
-{
-    deliver_buffers(2);
-    EXPECT_EQ(GC_ERR_SUCCESS, discard());
-    EXPECT_EQ(1U, awaiting());
-    EXPECT_EQ(1U, stream_info<size_t>(STREAM_INFO_NUM_QUEUED).value);
-    EXPECT_EQ(0, buffer_info<uint8_t>(buffers[0]->handle, BUFFER_INFO_IS_QUEUED).value);
-    EXPECT_EQ(buffers[1]->handle, take().data.BufferHandle);
-}
-
 TEST_F(DiscardingEventGetData, SucceedsOnAnEmptyQueue)
 {
     EXPECT_EQ(GC_ERR_SUCCESS, discard());
     EXPECT_LOG_LINES(enter_line(0), {Priority::debug, "EventGetData, pBuffer is NULL, discard next event",
                                      "EventGetData", "ZVGRLibGenTL"});
-}
-
-TEST_F(DiscardingEventGetData, DoesNotWait)
-{
-    size_t size = 16;
-    EXPECT_EQ(GC_ERR_SUCCESS, get_data(nullptr, &size, GENTL_INFINITE));
 }
 
 TEST_F(DiscardingEventGetData, LeavesTheSignal)
@@ -282,14 +156,6 @@ TEST_F(DiscardingEventGetData, LeavesAKillForALaterCall)
     kill();
     EXPECT_EQ(GC_ERR_SUCCESS, discard());
     EXPECT_EQ(GC_ERR_ABORT, take().code);
-}
-
-TEST_F(DiscardingEventGetData, DropsARevokedBuffer)
-{
-    deliver(*buffers[0]);
-    ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[0]->handle, nullptr, nullptr));
-    EXPECT_EQ(GC_ERR_SUCCESS, discard());
-    EXPECT_EQ(0U, in_queue());
 }
 
 /// `event` is of the type that nothing ever fires.
@@ -318,12 +184,6 @@ TEST_F(RemoteDeviceEvent, NeverHasData)
     EXPECT_EQ(0xA5, m_byte);
 }
 
-TEST_F(RemoteDeviceEvent, WaitsOutItsTimeout)
-{
-    size_t size = 1;
-    EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, get_data(&m_byte, &size, 30)); }), 30);
-}
-
 TEST_F(RemoteDeviceEvent, DiscardsWithoutNeedingRoom)
 {
     size_t size = 0;
@@ -333,19 +193,51 @@ TEST_F(RemoteDeviceEvent, DiscardsWithoutNeedingRoom)
         {Priority::debug, "EventGetData, pBuffer is NULL, discard next event"});
 }
 
-TEST_F(RemoteDeviceEvent, CanBeKilled)
+class EventKill : public EventStream {};
+
+TEST_F(EventKill, DropsOneEntryOfTheAbortedCall)
 {
+    deliver_buffers(2);
     EXPECT_EQ(GC_ERR_SUCCESS, kill());
-    size_t size = 1;
-    EXPECT_EQ(GC_ERR_ABORT, get_data(&m_byte, &size));
+    const Taken aborted = take();
+    EXPECT_EQ(GC_ERR_ABORT, aborted.code);
+    EXPECT_TRUE(is_untouched(aborted.data));
+    EXPECT_EQ(16U, aborted.size);
+    EXPECT_EQ(1U, in_queue());
+    EXPECT_EQ(2U, fired());
+    EXPECT_EQ(2U, awaiting());
+    EXPECT_EQ(buffers[1]->handle, take().data.BufferHandle);
 }
 
-TEST_F(RemoteDeviceEvent, LivesUntilTheStreamIsClosed)
+TEST_F(EventKill, IsSeenAfterAFlush)
 {
-    EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GenTL::GCUnregisterEvent(ds, EVENT_REMOTE_DEVICE));
+    deliver(*buffers[0]);
+    kill();
+    flush();
+    EXPECT_EQ(GC_ERR_ABORT, take().code);
+}
+
+TEST_F(EventKill, LogsItsHandle)
+{
+    kill();
+    EXPECT_LOG_LINES({Priority::information, "Enter EventKill, event handle=0x" + hex16(event), "EventKill",
+                      "ZVGRLibGenTL"},
+                     {Priority::information, "Exit EventKill", "EventKill", "ZVGRLibGenTL"});
+    EXPECT_TRUE(fake.calls().empty());
+}
+
+class EventFlush : public EventStream {};
+
+TEST_F(EventFlush, DropsEveryEntry)
+{
+    deliver_buffers(3);
+    forget();
     EXPECT_EQ(GC_ERR_SUCCESS, flush());
-    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, flush());
+    EXPECT_LOG_LINES({Priority::information, "Enter EventFlush", "EventFlush", "ZVGRLibGenTL"},
+                     {Priority::information, "Exit EventFlush", "EventFlush", "ZVGRLibGenTL"});
+    EXPECT_TRUE(fake.calls().empty());
+    EXPECT_EQ(0U, in_queue());
+    EXPECT_EQ(3U, fired());
 }
 
 } // namespace

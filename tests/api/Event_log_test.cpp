@@ -32,59 +32,6 @@ TEST_F(EventGetDataLines, AreDebugOnceThenTraceInAnAcquisition)
     }
 }
 
-TEST_F(EventGetDataLines, AreDebugWhileNothingIsAcquired)
-{
-    deliver_buffers(3);
-    stop();
-    for (size_t i = 0; i < 3; ++i) {
-        forget();
-        EXPECT_EQ(GC_ERR_SUCCESS, take().code);
-        EXPECT_LOG_LINES(enter_line(0), exit_line(*buffers[i]));
-    }
-}
-
-TEST_F(EventGetDataLines, AreDebugAgainAfterAStop)
-{
-    take_one();
-    deliver(*buffers[0]);
-    stop();
-    forget();
-    take();
-    EXPECT_TRUE(are(Priority::debug, Priority::debug));
-}
-
-TEST_F(EventGetDataLines, AreDebugAgainInTheNextAcquisition)
-{
-    take_one();
-    stop();
-    take();
-    start();
-    take_one();
-    EXPECT_TRUE(are(Priority::debug, Priority::debug));
-    take_one();
-    EXPECT_TRUE(are(Priority::trace, Priority::trace));
-}
-
-// The mark is cleared by a call while nothing is acquired, not by the stop itself.
-TEST_F(EventGetDataLines, StayTraceWhenNothingWasAskedBetweenTwoAcquisitions)
-{
-    take_one();
-    stop();
-    start();
-    take_one();
-    EXPECT_TRUE(are(Priority::trace, Priority::trace));
-}
-
-TEST_F(EventGetDataLines, AreDebugAgainWhenTheLibraryEndsTheAcquisition)
-{
-    take_one();
-    deliver(*buffers[0]);
-    fake.deliver_queued_to(stream(), 0);
-    forget();
-    take();
-    EXPECT_TRUE(are(Priority::debug, Priority::debug));
-}
-
 TEST_F(EventGetDataLines, StayDebugUntilAnExitLine)
 {
     take();

@@ -74,20 +74,6 @@ TEST_F(IFCloseOfAStream, ClosesTheGrabberFirstAndThenTheStream)
         << "neither the camera nor the acquisition are ended by calls of their own";
 }
 
-TEST_F(IFCloseOfAStream, DestroysBuffersAndEventsAndClosesTheRest)
-{
-    const BUFFER_HANDLE buffer = buffers[0]->handle;
-    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::IFClose(iface));
-    forget();
-    PORT_HANDLE any_port = nullptr;
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DevGetPort(dev, &any_port));
-    EXPECT_LOGGED(Priority::information, "DevGetPort [GC_ERR_INVALID_HANDLE]: device is closed");
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(ds, buffer));
-    EXPECT_LOGGED(Priority::information, "DSQueueBuffer - GC_ERR_INVALID_HANDLE, stream is closed");
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, take().code);
-    EXPECT_LOGGED(Priority::error, "EventGetData - GC_ERR_INVALID_HANDLE");
-}
-
 TEST_F(IFCloseOfAStream, KeepsTheDevicesForTheNextTime)
 {
     ASSERT_EQ(GC_ERR_SUCCESS, GenTL::IFClose(iface));

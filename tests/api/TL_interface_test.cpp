@@ -116,15 +116,6 @@ TEST_F(TLOpenInterfaceWithoutAList, ListsTheInterfacesFirst)
               logged_messages());
 }
 
-TEST_F(TLOpenInterfaceWithoutAList, FindsNoIDWithoutGrabbers)
-{
-    fake.has_grabbers(0);
-    IF_HANDLE iface = untouched<IF_HANDLE>();
-    EXPECT_EQ(GC_ERR_INVALID_ID, GenTL::TLOpenInterface(tl, "FG0", &iface));
-    EXPECT_TRUE(is_untouched(iface));
-    EXPECT_LOGGED(Priority::error, "Invalid grabber Id FG0");
-}
-
 class TLGetInterfaceInfo : public OpenSystem {
 protected:
     void SetUp() override
@@ -150,52 +141,6 @@ protected:
     }
 };
 
-TEST_F(TLGetInterfaceInfo, AnswersTheID)
-{
-    const auto id = ask(INTERFACE_INFO_ID);
-    EXPECT_EQ(GC_ERR_SUCCESS, id.code);
-    EXPECT_EQ(INFO_DATATYPE_STRING, id.type);
-    EXPECT_EQ("FG1", id.value);
-    EXPECT_EQ(4U, id.size);
-    EXPECT_TRUE(fake.calls().empty());
-    EXPECT_LOG_LINES(enter(0), info_line("Exit TLGetInterfaceInfo"));
-}
-
-TEST_F(TLGetInterfaceInfo, AnswersTheDisplayName)
-{
-    const auto name = ask(INTERFACE_INFO_DISPLAYNAME);
-    EXPECT_EQ(INFO_DATATYPE_STRING, name.type);
-    EXPECT_EQ("Left grabber", name.value);
-    EXPECT_EQ((Calls{call("ZV_DeviceDisplayName", 1)}), fake.calls());
-}
-
-TEST_F(TLGetInterfaceInfo, AnswersAnEmptyNameWhenThereIsNone)
-{
-    fake.next("ZV_DeviceDisplayName").answers_pointer(nullptr);
-    const auto name = ask(INTERFACE_INFO_DISPLAYNAME);
-    EXPECT_EQ(GC_ERR_SUCCESS, name.code);
-    EXPECT_EQ("", name.value);
-    EXPECT_EQ(1U, name.size);
-}
-
-TEST_F(TLGetInterfaceInfo, AnswersTheTransportType)
-{
-    for (const auto& [protocol, text] :
-         {std::pair{0U, "CXP"}, {1U, "CLHS"}, {2U, "GEV"}, {3U, "CXP"}, {0xFFFFFFFFU, "CXP"}}) {
-        fake.grabber(1).has_protocol(protocol);
-        const auto type = ask(INTERFACE_INFO_TLTYPE);
-        EXPECT_EQ(INFO_DATATYPE_STRING, type.type);
-        EXPECT_EQ(text, type.value);
-        EXPECT_EQ((Calls{call("ZV_DeviceInfo", 1, 3)}), fake.calls());
-    }
-}
-
-TEST_F(TLGetInterfaceInfo, TakesAGrabberWithoutInformationForCoaXPress)
-{
-    fake.next("ZV_DeviceInfo").answers(any_failure);
-    EXPECT_EQ("CXP", ask(INTERFACE_INFO_TLTYPE).value);
-}
-
 TEST_F(TLGetInterfaceInfo, WorksForOpenInterfacesAsWell)
 {
     open_interface("FG1");
@@ -216,18 +161,6 @@ TEST_F(TLGetInterfaceInfo, RefusesUnknownIDsBeforeUnknownCommands)
     }
 }
 
-TEST_F(TLGetInterfaceInfo, RefusesUnknownCommands)
-{
-    for (const INTERFACE_INFO_CMD command : {3, 4, 1000, -1}) {
-        const auto answer = ask<uint32_t>(command);
-        EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, answer.code);
-        EXPECT_TRUE(is_untouched(answer.type));
-        EXPECT_EQ(0U, answer.size);
-        EXPECT_LOG_LINES(enter(command), error_line("info= " + std::to_string(command)),
-                         FAILED_WITH(GC_ERR_NOT_IMPLEMENTED));
-    }
-}
-
 TEST_F(TLGetInterfaceInfo, LeavesABufferOfNoSizeToTheRuleForTexts)
 {
     const auto id = ask(INTERFACE_INFO_ID, 0);
@@ -239,28 +172,6 @@ TEST_F(TLGetInterfaceInfo, LeavesABufferOfNoSizeToTheRuleForTexts)
         "NULL termination (0/4)";
     EXPECT_LOG_LINES(enter(0), error_line(text), text_failed_with(GC_ERR_INVALID_PARAMETER));
     EXPECT_EQ(text, last_error());
-}
-
-TEST_F(TLGetInterfaceInfo, CopiesTheBeginningOfAText)
-{
-    const auto id = ask(INTERFACE_INFO_ID, 2);
-    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, id.code);
-    EXPECT_EQ(2U, id.size);
-    EXPECT_EQ(0, std::memcmp("FG\xA5", id.bytes.data(), 2));
-    EXPECT_EQ("TLGetInterfaceInfo - GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data (2/4)",
-              last_error());
-}
-
-TEST_F(TLGetInterfaceInfo, AnswersTheSizeAlone)
-{
-    for (void* nowhere : {static_cast<void*>(nullptr), all_ones<void*>()}) {
-        INFO_DATATYPE type = 0;
-        size_t size = 0;
-        EXPECT_EQ(GC_ERR_SUCCESS,
-                  GenTL::TLGetInterfaceInfo(tl, "FG0", INTERFACE_INFO_ID, &type, nowhere, &size));
-        EXPECT_EQ(INFO_DATATYPE_STRING, type);
-        EXPECT_EQ(4U, size);
-    }
 }
 
 class TLGetInterfaceInfoWithoutAList : public OpenSystem {};

@@ -332,7 +332,8 @@ std::vector<HandleAfter> handles_after(const Ending& ending, const Function& fun
     case Kind::system:
         return {{handles.tl, ending.tl}};
     case Kind::interface:
-        // Contract: a second close has an answer of its own. Pinned by IFClose.
+        // Contract: a second close has an answer of its own. Pinned by
+        // IFClose.CallsTheLibraryBeforeItLooksAtTheFlag.
         return {{handles.iface,
                  ending.iface == closed && std::string(function.name) == "IFClose" ? open : ending.iface}};
     case Kind::device:
