@@ -1,6 +1,5 @@
 #include <string>
 
-#include "api/DS_info_rows.h"
 #include "api/DS_modes.h"
 
 // DSGetNumBufferParts, DSGetBufferPartInfo and DSGetBufferChunkData.
@@ -16,22 +15,6 @@ protected:
         EitherStream::SetUp();
         buffer = &announce(5000);
         forget();
-    }
-
-    auto asking(BUFFER_PART_INFO_CMD command)
-    {
-        return [this, command](auto... out) {
-            return DSGetBufferPartInfo(ds, buffer->handle, 0, command, out...);
-        };
-    }
-
-    std::vector<NumberRow> rows() const
-    {
-        const auto base = reinterpret_cast<uintptr_t>(buffer->memory.data());
-        return {
-            {"BASE", BUFFER_PART_INFO_BASE, INFO_DATATYPE_PTR, 8, base},
-            {"DATA_SIZE", BUFFER_PART_INFO_DATA_SIZE, INFO_DATATYPE_SIZET, 8, 5000},
-        };
     }
 
     /// A query that must stop before it answers.
@@ -56,67 +39,6 @@ protected:
     Announced* buffer{nullptr};
 };
 
-TEST_P(BufferPart, HandsOverEveryNumber)
-{
-    for (const NumberRow& row : rows())
-        expect_number(row, asking(row.command));
-}
-
-TEST_P(BufferPart, LogsEntryAndExitOnly)
-{
-    for (const NumberRow& row : rows()) {
-        forget();
-        EXPECT_EQ(GC_ERR_SUCCESS, query<uint64_t>(8, asking(row.command)).code);
-        EXPECT_LOG_LINES({Priority::debug, "Enter DSGetBufferPartInfo", "DSGetBufferPartInfo"},
-                         {Priority::debug, "Exit DSGetBufferPartInfo", "DSGetBufferPartInfo"});
-        EXPECT_EQ(Calls{}, fake.calls());
-    }
-}
-
-TEST_P(BufferPart, IsSilentAboutABufferThatIsTooSmall)
-{
-    for (const NumberRow& row : rows()) {
-        forget();
-        expect_too_small(row, asking(row.command));
-        EXPECT_LOG_LINES({Priority::debug, "Enter DSGetBufferPartInfo"});
-    }
-}
-
-TEST_P(BufferPart, TakesNoRoomAtAllForABufferThatIsTooSmall)
-{
-    const auto info = query<uint64_t>(0, asking(BUFFER_PART_INFO_DATA_SIZE));
-    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, info.code);
-    EXPECT_EQ(8U, info.size);
-    EXPECT_TRUE(is_untouched(info.value));
-}
-
-TEST_P(BufferPart, IsAskedForItsSizeByAnAllOnesBuffer)
-{
-    INFO_DATATYPE type = 0;
-    size_t size = 0;
-    EXPECT_EQ(GC_ERR_SUCCESS, DSGetBufferPartInfo(ds, buffer->handle, 0, BUFFER_PART_INFO_BASE, &type,
-                                                  all_ones<void*>(), &size));
-    EXPECT_EQ(INFO_DATATYPE_PTR, type);
-    EXPECT_EQ(8U, size);
-}
-
-TEST_P(BufferPart, RefusesAnUnknownCommand)
-{
-    for (const BUFFER_PART_INFO_CMD command : {2, 3, 11, 1000, -1}) {
-        SCOPED_TRACE(command);
-        forget();
-        const auto info = query<uint64_t>(8, asking(command));
-        EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, info.code);
-        EXPECT_EQ(0U, info.size);
-        EXPECT_TRUE(is_untouched(info.type));
-        EXPECT_TRUE(is_untouched(info.value));
-        EXPECT_LOG_LINES({Priority::debug, "Enter DSGetBufferPartInfo"},
-                         {Priority::error, "info= " + std::to_string(command), "DSGetBufferPartInfo"},
-                         {Priority::error, "Exit, Returning error GC_ERR_NOT_IMPLEMENTED (0xFFFFFC15)",
-                          "DSGetBufferPartInfo"});
-    }
-}
-
 TEST_P(BufferPart, IsTheFirstOrNone)
 {
     expect_refused(GC_ERR_INVALID_PARAMETER, buffer->handle, 1, BUFFER_PART_INFO_BASE, invalid_parameter);
@@ -125,7 +47,7 @@ TEST_P(BufferPart, IsTheFirstOrNone)
     expect_refused(GC_ERR_INVALID_PARAMETER, buffer->handle, 1, 99, invalid_parameter);
 }
 
-TEST_P(BufferPart, RefusesAHandleThatIsNoBufferBeforeThePartIsLookedAt)
+TEST_P(BufferPart, LooksAtTheBufferBeforeThePart)
 {
     register_event();
     const Announced& revoked = announce();
@@ -138,33 +60,6 @@ TEST_P(BufferPart, RefusesAHandleThatIsNoBufferBeforeThePartIsLookedAt)
         expect_refused(GC_ERR_INVALID_HANDLE, handle, 1, 99,
                        {Priority::information, "DSGetBufferPartInfo - GC_ERR_INVALID_HANDLE"});
     }
-}
-
-TEST_P(BufferPart, NeedsTypeAndSize)
-{
-    uint64_t value = 0;
-    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
-    size_t size = 8;
-    const BUFFER_HANDLE handle = buffer->handle;
-    for (INFO_DATATYPE* const missing : {static_cast<INFO_DATATYPE*>(nullptr), all_ones<INFO_DATATYPE*>()}) {
-        EXPECT_EQ(GC_ERR_INVALID_PARAMETER,
-                  DSGetBufferPartInfo(ds, handle, 0, BUFFER_PART_INFO_BASE, missing, &value, &size));
-        EXPECT_EQ(8U, size);
-    }
-    for (size_t* const missing : {static_cast<size_t*>(nullptr), all_ones<size_t*>()})
-        EXPECT_EQ(GC_ERR_INVALID_PARAMETER,
-                  DSGetBufferPartInfo(ds, handle, 0, BUFFER_PART_INFO_BASE, &type, &value, missing));
-    EXPECT_TRUE(is_untouched(type));
-    EXPECT_EQ(0U, value);
-    EXPECT_EQ(4U, times_logged(invalid_parameter.message));
-}
-
-TEST_P(BufferPart, NeedsTypeAndSizeAfterEverythingElse)
-{
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSGetBufferPartInfo(nullptr, buffer->handle, 0, BUFFER_PART_INFO_BASE,
-                                                         nullptr, nullptr, nullptr));
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE,
-              DSGetBufferPartInfo(ds, nullptr, 0, BUFFER_PART_INFO_BASE, nullptr, nullptr, nullptr));
 }
 
 INSTANTIATE_IN_BOTH_MODES(BufferPart);
