@@ -79,7 +79,7 @@ TEST_F(PortInformation, GivesAnIdInNoOtherForm)
     }
 }
 
-TEST_F(PortInformation, TellsTheSizeOfAnIdInItsForm)
+TEST_F(PortInformation, GivesTheSizeOfAnIdInItsForm)
 {
     INFO_DATATYPE type = INFO_DATATYPE_STRING;
     size_t size = 0;
@@ -101,6 +101,18 @@ TEST_F(PortInformation, CopiesAnIdInPartWhenThereIsTooLittleRoom)
     EXPECT_EQ("Dev", std::string(answer.bytes.begin(), answer.bytes.begin() + 3));
     EXPECT_EQ("GCGetPortInfo - GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data (3/9)",
               last_error());
+}
+
+// Lines print 32 bits of a size, here none that are set; the room is all of it.
+TEST_F(PortInformation, IsGivenIntoRoomsBeyond32Bits)
+{
+    char text[100];
+    size_t size = 0x100000000;
+    INFO_DATATYPE type = 0;
+    EXPECT_EQ(GC_ERR_SUCCESS, GCGetPortInfo(tl, PORT_INFO_MODULE, &type, text, &size));
+    EXPECT_EQ(9U, size);
+    EXPECT_STREQ("TLSystem", text);
+    EXPECT_LOGGED(entered(PORT_INFO_MODULE, 0));
 }
 
 class CyclicPortInformation : public CyclicStream {};

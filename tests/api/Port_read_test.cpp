@@ -3,7 +3,7 @@
 
 #include "Port_fixtures.h"
 
-// GCReadPort: which registers it reads, and what it makes of the library's answers.
+// GCReadPort: which registers it reads, and how it passes on what the library answers.
 
 namespace zvtest {
 
@@ -55,15 +55,6 @@ protected:
             {Priority::error, "Exit, Returning error GC_ERR_INVALID_ADDRESS (0xFFFFFC09)",
              unit + "::ReadPort", unit}};
     }
-    /// Everything that the port serves.
-    std::vector<uint8_t> whole(PORT_HANDLE handle)
-    {
-        std::vector<uint8_t> bytes(10000);
-        size_t got = bytes.size();
-        EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(handle, description, bytes.data(), &got));
-        bytes.resize(got);
-        return bytes;
-    }
 
     uint8_t data[8]{};
     size_t size{4};
@@ -87,34 +78,9 @@ TEST_F(ReadingPorts, AsksTheLibraryForTheRegistersOfGrabberOrCamera)
     }
 }
 
-TEST_F(ReadingPorts, UsesTheHandlesOfTheAskedPortAmongSeveral)
-{
-    ASSERT_EQ(GC_ERR_SUCCESS, TLClose(tl));
-    fake.has_grabbers(3);
-    fake.grabber(1).has_cameras(3);
-    ASSERT_EQ(GC_ERR_SUCCESS, TLOpen(&tl));
-    ASSERT_EQ(GC_ERR_SUCCESS, TLUpdateInterfaceList(tl, nullptr, 0));
-    const IF_HANDLE first = open_interface("FG0");
-    iface = open_interface("FG1");
-    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(first, nullptr, 0));
-    ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
-    dev = open_device(iface, "Device12");
-    ASSERT_EQ(GC_ERR_SUCCESS, DevGetPort(dev, &port));
-    ds = open_stream(dev, "Stream120");
-    forget();
-
-    for (const PORT_HANDLE handle : {iface, dev, ds, port})
-        EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(handle, 0, data, &size));
-    EXPECT_EQ((Calls{call("ZVGR_GrabberReadReg", fake.grabber_handle(1), 0, data, 4),
-                     call("ZVGR_GrabberReadReg", fake.grabber_handle(1), 0, data, 4),
-                     call("ZVGR_CameraReadReg", fake.camera_handle(1, 2), 0, data, 4),
-                     call("ZVGR_CameraReadReg", fake.camera_handle(1, 2), 0, data, 4)}),
-              fake.calls());
-}
-
 TEST_F(ReadingPorts, PassesAddressesOnWhole)
 {
-    for (const uint64_t address : {uint64_t{0x100000000}, UINT64_MAX - 3}) {
+    for (const uint64_t address : {uint64_t{0x100000000}, uint64_t{0x123456789ABCDEF0}, UINT64_MAX - 3}) {
         forget();
         EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(port, address, data, &size));
         EXPECT_EQ((Calls{call("ZVGR_CameraReadReg", camera(), address, data, 4)}), fake.calls());
@@ -167,7 +133,7 @@ TEST_F(ReadingPorts, LogsTheFirstFourBytesAsABigEndianWord)
     }
 }
 
-TEST_F(ReadingPorts, TrustsNoSizeBeyondTheOneAskedForWithItsLogLine)
+TEST_F(ReadingPorts, LogsNoByteBeyondTheSizeAskedFor)
 {
     std::vector<uint8_t> exact = {0x11, 0x22};
     size = exact.size();
@@ -177,7 +143,7 @@ TEST_F(ReadingPorts, TrustsNoSizeBeyondTheOneAskedForWithItsLogLine)
     EXPECT_LOG_LINES(entered(iface, 0x1000), left(0x1000, 100, 0x11220000));
 }
 
-// A consumer's buffer is not read for a line that nobody wants.
+// A consumer's buffer is not read for a line that is not written.
 TEST_F(ReadingPorts, DoesNotReadItsDataBelowTrace)
 {
     log.set_level(Priority::debug);
@@ -212,105 +178,71 @@ TEST_F(ReadingPorts, RecordsNoError)
     EXPECT_EQ(before, last_error());
 }
 
-TEST_F(ReadingPorts, ServesTheDescriptionsWithoutTheLibrary)
-{
-    const std::vector<uint8_t> xml = whole(tl);
-    ASSERT_EQ(3391U, xml.size());
-    EXPECT_EQ("<?xml", std::string(xml.begin(), xml.begin() + 5));
-    EXPECT_EQ('>', xml.back());
-    const std::vector<uint8_t> zip = whole(buffers[0]->handle);
-    ASSERT_EQ(640U, zip.size());
-    EXPECT_EQ("PK\3\4", std::string(zip.begin(), zip.begin() + 4));
-    EXPECT_TRUE(fake.calls().empty());
-}
+/// A port that serves its description itself.
+struct Description {
+    PORT_HANDLE handle;
+    size_t length;
+    const char* start;
+    int word; // the first four bytes, big-endian
+};
 
-TEST_F(ReadingPorts, LogsReadsOfADescriptionLikeAnyOther)
-{
-    EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(tl, description, data, &size));
-    EXPECT_LOG_LINES(entered(tl, description), left(description, 4, 0x3C3F786D)); // "<?xm"
-    forget();
-    EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(buffers[0]->handle, description, data, &size));
-    EXPECT_LOG_LINES(entered(buffers[0]->handle, description), left(description, 4, 0x504B0304));
-}
-
-TEST_F(ReadingPorts, GivesADescriptionInPiecesAsInOne)
-{
-    for (const PORT_HANDLE handle : own_ports()) {
-        const std::vector<uint8_t> expected = whole(handle);
-        std::vector<uint8_t> pieces;
-        size_t got = 0;
-        do {
-            uint8_t piece[100];
-            got = sizeof piece;
-            ASSERT_EQ(GC_ERR_SUCCESS, GCReadPort(handle, description + pieces.size(), piece, &got));
-            pieces.insert(pieces.end(), piece, piece + got);
-        } while (got == 100 && pieces.size() < expected.size());
-        EXPECT_EQ(expected, pieces);
+class ReadingDescriptions : public ReadingPorts {
+protected:
+    std::vector<Description> descriptions() const
+    {
+        return {{tl, 3391, "<?xm", 0x3C3F786D}, {buffers[0]->handle, 640, "PK\3\4", 0x504B0304}};
     }
-}
+};
 
-TEST_F(ReadingPorts, ShortensReadsThatRunPastADescription)
+TEST_F(ReadingDescriptions, NeedsNoLibrary)
 {
-    struct Row {
-        PORT_HANDLE handle;
-        uint64_t address;
-        size_t left;
-    };
-    for (const Row& row : {
-             Row{tl, description + 3390, 1},
-             Row{tl, description + 3300, 91},
-             Row{buffers[0]->handle, description + 600, 40},
-             Row{buffers[0]->handle, description + 639, 1},
-         }) {
-        std::vector<uint8_t> bytes(100, 0xA5);
-        size_t got = bytes.size();
-        EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(row.handle, row.address, bytes.data(), &got));
-        EXPECT_EQ(row.left, got);
-        EXPECT_NE(0xA5, bytes[row.left - 1]);
-        EXPECT_EQ(0xA5, bytes[row.left]) << "no zero is added";
-    }
-}
-
-TEST_F(ReadingPorts, ReadsNothingOfADescriptionForSizeZero)
-{
-    for (const PORT_HANDLE handle : own_ports()) {
-        forget();
-        size = 0;
-        EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(handle, description, data, &size));
-        EXPECT_EQ(0U, size);
-        EXPECT_EQ(0, data[0]);
-        EXPECT_LOG_LINES(entered(handle, description), left(description, 0, 0));
-    }
-}
-
-TEST_F(ReadingPorts, RefusesAddressesOutsideADescription)
-{
-    for (const PORT_HANDLE handle : own_ports()) {
-        const uint64_t length = handle == tl ? 3391 : 640;
-        for (const uint64_t address :
-             {description - 1, description + length, uint64_t{0}, UINT64_MAX, description + 0x100000000}) {
+    for (const Description& asked : descriptions()) {
+        std::vector<uint8_t> bytes(asked.length + 1, 0xA5);
+        for (const size_t room : {bytes.size(), SIZE_MAX}) {
             forget();
-            size = 0x100000004;
-            EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCReadPort(handle, address, data, &size));
-            EXPECT_EQ(0x100000004U, size);
-            EXPECT_EQ(0, data[0]);
-            EXPECT_TRUE(logged_exactly(unsupported(handle, address, 0x100000004)));
+            size = room;
+            EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(asked.handle, description, bytes.data(), &size));
+            EXPECT_EQ(asked.length, size);
+            EXPECT_EQ(asked.start, std::string(bytes.begin(), bytes.begin() + 4));
+            EXPECT_NE(0xA5, bytes[asked.length - 1]);
+            EXPECT_EQ(0xA5, bytes[asked.length]) << "no zero is added";
+            EXPECT_LOG_LINES(entered(asked.handle, description), left(description, asked.length, asked.word));
             EXPECT_TRUE(fake.calls().empty());
         }
     }
 }
 
-TEST_F(ReadingPorts, AcceptsAHugeSize)
+TEST_F(ReadingDescriptions, AcceptsSizeZero)
 {
-    std::vector<uint8_t> bytes(3391);
-    size = SIZE_MAX;
-    EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(tl, description, bytes.data(), &size));
-    EXPECT_EQ(3391U, size);
+    for (const Description& asked : descriptions()) {
+        forget();
+        size = 0;
+        EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(asked.handle, description, data, &size));
+        EXPECT_EQ(0U, size);
+        EXPECT_EQ(0, data[0]);
+        EXPECT_LOG_LINES(entered(asked.handle, description), left(description, 0, 0));
+    }
+}
+
+TEST_F(ReadingDescriptions, RefusesAddressesOutside)
+{
+    for (const Description& asked : descriptions()) {
+        for (const uint64_t address : {description - 1, description + asked.length, uint64_t{0}, UINT64_MAX,
+                                       description + 0x100000000}) {
+            forget();
+            size = 0x100000004;
+            EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCReadPort(asked.handle, address, data, &size));
+            EXPECT_EQ(0x100000004U, size);
+            EXPECT_EQ(0, data[0]);
+            EXPECT_TRUE(logged_exactly(unsupported(asked.handle, address, 0x100000004)));
+            EXPECT_TRUE(fake.calls().empty());
+        }
+    }
 }
 
 class ReadingASystemAlone : public OpenSystem {};
 
-TEST_F(ReadingASystemAlone, NeedsNoGrabber)
+TEST_F(ReadingASystemAlone, NeedsNoScan)
 {
     std::vector<uint8_t> bytes(3391);
     size_t size = bytes.size();

@@ -5,13 +5,14 @@
 
 #include "Port_fixtures.h"
 
-// GCGetPortURL, GCGetNumPortURLs and GCGetPortURLInfo: what they answer, and what the library may do to them.
+// What is special to URLs: GCGetNumPortURLs, GCGetPortURL, and what the library may do to both ways of
+// asking.
 
 namespace zvtest {
 
 namespace {
 
-const std::string system_url = "Local:ZV_SystemGenTL.xml;88888888;d3f";
+const std::string system_url = "Local:ZV_SystemGenTL.xml;88888888;d3f"; // 37 characters
 const std::string buffer_url = "Local:ZV_BufferGenTL.zip;88888888;280";
 const std::string library_url = "Local:Camera.xml;1000;2a";
 
@@ -23,54 +24,60 @@ protected:
         fake.set_xml_url(library_url);
     }
 
-    Info<std::string> url_info(PORT_HANDLE handle, size_t room = default_room)
+    /// GCGetPortURLInfo with `room` bytes.
+    static Info<std::string> url_info(PORT_HANDLE handle, size_t room = default_room)
     {
-        return query<std::string>(room, [&](auto... out) { return ask(handle, URL_INFO_URL, out...); });
-    }
-    static GC_ERROR ask(PORT_HANDLE handle, URL_INFO_CMD command, INFO_DATATYPE* type, void* buffer,
-                        size_t* size)
-    {
-        return GCGetPortURLInfo(handle, 0, command, type, buffer, size);
+        return query<std::string>(
+            room, [&](auto... out) { return GCGetPortURLInfo(handle, 0, URL_INFO_URL, out...); });
     }
     /// GCGetPortURL with `room` bytes; the type is not written.
-    Info<std::string> plain_url(PORT_HANDLE handle, size_t room = default_room)
+    static Info<std::string> plain_url(PORT_HANDLE handle, size_t room = default_room)
     {
         return query<std::string>(room, [&](INFO_DATATYPE*, void* buffer, size_t* size) {
             return GCGetPortURL(handle, static_cast<char*>(buffer), size);
         });
     }
-    std::string url_of(const Port& asked) const
+    /// Expects the URL from both functions.
+    static void expect_url(PORT_HANDLE handle, const std::string& url)
     {
-        const std::string kind = asked.kind;
+        const auto information = url_info(handle);
+        EXPECT_EQ(GC_ERR_SUCCESS, information.code);
+        EXPECT_EQ(url, information.value);
+        EXPECT_EQ(url.size() + 1, information.size);
+        const auto plain = plain_url(handle);
+        EXPECT_EQ(GC_ERR_SUCCESS, plain.code);
+        EXPECT_EQ(url + '\0', plain.value);
+        EXPECT_EQ(url.size() + 2, plain.size);
+    }
+    static std::string url_of(const std::string& kind)
+    {
         return kind == "TLSystem" ? system_url : kind == "TLBuffer" ? buffer_url : library_url;
     }
-    /// What the next call of the library writes instead of a URL.
-    void next_url_is(const std::string& bytes, uint64_t size)
+    /// What the library writes instead of a URL, and the size that it reports.
+    void always_url_is(const std::string& bytes, uint64_t size)
     {
-        fake.next("ZVGR_GetXmlUrl").gives(size);
+        fake.always("ZVGR_GetXmlUrl").gives(size);
         fake.after("ZVGR_GetXmlUrl", [bytes](const Call& made) {
             std::memcpy(made.arguments[1].pointer(), bytes.data(), bytes.size());
         });
     }
-    Calls asked_of_library(uint32_t handle) const { return {call("ZVGR_GetXmlUrl", handle, any(), 260)}; }
 
-    static ExpectedLine line(Priority priority, const std::string& message, const char* function)
+    static ExpectedLine info(const std::string& message, const char* function = "GCGetPortURL")
     {
-        return {priority, message, function, "ZVGRLibGenTL"};
+        return {Priority::information, message, function, "ZVGRLibGenTL"};
     }
-    static ExpectedLine info(const std::string& message) // of GCGetPortURLInfo
+    static ExpectedLine error(const std::string& message)
     {
-        return line(Priority::information, message, "GCGetPortURLInfo");
+        return {Priority::error, message, "GCGetPortURL", "ZVGRLibGenTL"};
     }
-    static ExpectedLine info_entered(PORT_HANDLE handle, int command, size_t size)
+    static ExpectedLine entered(PORT_HANDLE handle)
     {
-        return info("Enter GCGetPortURLInfo, handle=0x" + hex16(handle) +
-                    ", URL index=0, info=" + std::to_string(command) + ", size=" + std::to_string(size));
+        return info("Enter GCGetPortURL, port handle=0x" + hex16(handle));
     }
-    static ExpectedLine plain_entered(PORT_HANDLE handle)
+    static std::vector<ExpectedLine> success_lines(const Port& asked)
     {
-        return line(Priority::information, "Enter GCGetPortURL, port handle=0x" + hex16(handle),
-                    "GCGetPortURL");
+        return {entered(asked.handle), info("Found url " + url_of(asked.kind) + " for " + asked.kind),
+                info("Exit GCGetPortURL")};
     }
 };
 
@@ -81,30 +88,11 @@ TEST_F(PortUrls, AreOneForEachPort)
         forget();
         EXPECT_EQ(GC_ERR_SUCCESS, GCGetNumPortURLs(asked.handle, &count));
         EXPECT_EQ(1U, count);
-        EXPECT_LOG_LINES(line(Priority::information,
-                              "Enter GCGetNumPortURLs, handle=0x" + hex16(asked.handle), "GCGetNumPortURLs"),
-                         line(Priority::information,
-                              std::string("Get URL count for device type ") + asked.kind, "GCGetNumPortURLs"),
-                         line(Priority::information, "Exit URL count=1", "GCGetNumPortURLs"));
+        EXPECT_LOG_LINES(info("Enter GCGetNumPortURLs, handle=0x" + hex16(asked.handle), "GCGetNumPortURLs"),
+                         info(std::string("Get URL count for device type ") + asked.kind, "GCGetNumPortURLs"),
+                         info("Exit URL count=1", "GCGetNumPortURLs"));
     }
     EXPECT_TRUE(fake.calls().empty());
-}
-
-TEST_F(PortUrls, AreGivenAsInformation)
-{
-    for (const Port& asked : ports()) {
-        SCOPED_TRACE(asked.kind);
-        forget();
-        const auto info_of_port = url_info(asked.handle, 300);
-        EXPECT_EQ(GC_ERR_SUCCESS, info_of_port.code);
-        EXPECT_EQ(INFO_DATATYPE_STRING, info_of_port.type);
-        EXPECT_EQ(url_of(asked), info_of_port.value);
-        EXPECT_EQ(url_of(asked).size() + 1, info_of_port.size);
-        EXPECT_EQ(0xA5, info_of_port.bytes[info_of_port.size]);
-        EXPECT_LOG_LINES(info_entered(asked.handle, 0, 300),
-                         info(std::string("Get URL info for device type ") + asked.kind),
-                         info("GCGetPortURLInfo URL=" + url_of(asked)), info("Exit GCGetPortURLInfo"));
-    }
 }
 
 TEST_F(PortUrls, AreGivenOnTheirOwn)
@@ -115,177 +103,105 @@ TEST_F(PortUrls, AreGivenOnTheirOwn)
         const auto plain = plain_url(asked.handle);
         EXPECT_EQ(GC_ERR_SUCCESS, plain.code);
         EXPECT_TRUE(is_untouched(plain.type));
-        EXPECT_EQ(url_of(asked) + '\0', plain.value);
-        EXPECT_EQ(url_of(asked).size() + 2, plain.size);
+        EXPECT_EQ(url_of(asked.kind) + '\0', plain.value);
+        EXPECT_EQ(url_of(asked.kind).size() + 2, plain.size);
         EXPECT_EQ(0, plain.bytes[plain.size - 1]);
         EXPECT_EQ(0xA5, plain.bytes[plain.size]);
-        EXPECT_LOG_LINES(
-            plain_entered(asked.handle),
-            line(Priority::information, "Found url " + url_of(asked) + " for " + asked.kind, "GCGetPortURL"),
-            line(Priority::information, "Exit GCGetPortURL", "GCGetPortURL"));
+        EXPECT_TRUE(logged_exactly(success_lines(asked)));
     }
 }
 
 TEST_F(PortUrls, ComeFromTheLibraryWithTheHandleOfGrabberOrCamera)
 {
+    for (const PORT_HANDLE handle : own_ports())
+        plain_url(handle);
+    EXPECT_TRUE(fake.calls().empty());
     for (const LibraryPort& asked : library_ports()) {
         forget();
-        EXPECT_EQ(GC_ERR_SUCCESS, url_info(asked.handle).code);
-        EXPECT_EQ(asked_of_library(asked.library), fake.calls()) << asked.kind;
-        forget();
-        EXPECT_EQ(GC_ERR_SUCCESS, plain_url(asked.handle).code);
-        EXPECT_EQ(asked_of_library(asked.library), fake.calls()) << asked.kind;
+        plain_url(asked.handle);
+        EXPECT_EQ((Calls{call("ZVGR_GetXmlUrl", asked.library, any(), 260)}), fake.calls()) << asked.kind;
     }
-}
-
-TEST_F(PortUrls, OfOwnPortsDoNotInvolveTheLibrary)
-{
-    for (const PORT_HANDLE handle : own_ports()) {
-        EXPECT_EQ(GC_ERR_SUCCESS, url_info(handle).code);
-        EXPECT_EQ(GC_ERR_SUCCESS, plain_url(handle).code);
-    }
-    EXPECT_TRUE(fake.calls().empty());
 }
 
 TEST_F(PortUrls, NeedOneByteMoreOnTheirOwn)
 {
     for (const Port& asked : ports()) {
-        const size_t length = url_of(asked).size();
-        forget();
-        const auto information = size_query([&](auto... out) { return ask(asked.handle, 0, out...); });
-        EXPECT_EQ(GC_ERR_SUCCESS, information.code);
-        EXPECT_EQ(INFO_DATATYPE_STRING, information.type);
-        EXPECT_EQ(length + 1, information.size);
-        EXPECT_LOGGED(info("Exit GCGetPortURLInfo"));
-
         for (char* const missing : {static_cast<char*>(nullptr), all_ones<char*>()}) {
             size_t size = untouched<size_t>();
             forget();
             EXPECT_EQ(GC_ERR_SUCCESS, GCGetPortURL(asked.handle, missing, &size));
-            EXPECT_EQ(length + 2, size);
-            EXPECT_LOGGED(line(Priority::information, "Found url " + url_of(asked) + " for " + asked.kind,
-                               "GCGetPortURL"));
-            EXPECT_LOGGED(line(Priority::information, "Exit GCGetPortURL", "GCGetPortURL"));
+            EXPECT_EQ(url_of(asked.kind).size() + 2, size);
+            EXPECT_TRUE(logged_exactly(success_lines(asked)));
         }
     }
-}
-
-TEST_F(PortUrls, HaveTheKnownLengthsForTheSystem)
-{
-    EXPECT_EQ(37U, system_url.size());
-    EXPECT_EQ(38U, size_query([&](auto... out) { return ask(tl, 0, out...); }).size);
-    size_t size = 0;
-    EXPECT_EQ(GC_ERR_SUCCESS, GCGetPortURL(tl, nullptr, &size));
-    EXPECT_EQ(39U, size);
-}
-
-/// A buffer too small for the system's URL of 37 characters.
-struct SmallRoom {
-    size_t room;
-    GC_ERROR code;
-    std::string problem; // as recorded
-};
-
-std::string lacks_zero(const std::string& function, size_t room, size_t needed)
-{
-    return function + " - GC_ERR_INVALID_PARAMETER: buffer size too small to contain NULL termination (" +
-           std::to_string(room) + "/" + std::to_string(needed) + ")";
-}
-
-std::string too_small(const std::string& function, size_t room, size_t needed)
-{
-    return function + " - GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data (" +
-           std::to_string(room) + "/" + std::to_string(needed) + ")";
-}
-
-TEST_F(PortUrls, AreCopiedInPartWhenThereIsTooLittleRoomForTheInformation)
-{
-    for (const SmallRoom& row :
-         {SmallRoom{37, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURLInfo", 37, 38)},
-          SmallRoom{36, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURLInfo", 36, 38)},
-          SmallRoom{1, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURLInfo", 1, 38)}}) {
-        forget();
-        const auto answer = url_info(tl, row.room);
-        EXPECT_EQ(row.code, answer.code);
-        EXPECT_EQ(INFO_DATATYPE_STRING, answer.type);
-        EXPECT_EQ(row.room, answer.size);
-        EXPECT_EQ(system_url.substr(0, row.room),
-                  std::string(answer.bytes.begin(), answer.bytes.begin() + static_cast<long>(row.room)));
-        EXPECT_LOG_LINES(
-            info_entered(tl, 0, row.room), info("Get URL info for device type TLSystem"),
-            info("GCGetPortURLInfo URL=" + system_url),
-            line(Priority::error, row.problem, "GCGetPortURLInfo"),
-            line(Priority::error,
-                 "Exit, Returning error ret (0x" + low_hex(static_cast<uint64_t>(row.code)) + ")",
-                 "GCGetPortURLInfo"));
-        EXPECT_EQ(row.problem, last_error());
-    }
+    EXPECT_EQ(GC_ERR_SUCCESS, plain_url(tl, 39).code);
 }
 
 TEST_F(PortUrls, AreCopiedInPartWhenThereIsTooLittleRoomOnTheirOwn)
 {
-    for (const SmallRoom& row : {SmallRoom{38, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURL", 38, 39)},
-                                 SmallRoom{37, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURL", 37, 39)},
-                                 SmallRoom{1, GC_ERR_BUFFER_TOO_SMALL, too_small("GCGetPortURL", 1, 39)},
-                                 SmallRoom{0, GC_ERR_INVALID_PARAMETER, lacks_zero("GCGetPortURL", 0, 39)}}) {
+    struct Row {
+        size_t room;
+        GC_ERROR code;
+        const char* problem;
+    };
+    const char* const lacks_zero =
+        "GC_ERR_INVALID_PARAMETER: buffer size too small to contain NULL termination";
+    const char* const too_small = "GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data";
+    for (const Row& row : {Row{38, GC_ERR_INVALID_PARAMETER, lacks_zero},
+                           {37, GC_ERR_BUFFER_TOO_SMALL, too_small},
+                           {1, GC_ERR_BUFFER_TOO_SMALL, too_small},
+                           {0, GC_ERR_INVALID_PARAMETER, lacks_zero}}) {
         forget();
         const auto answer = plain_url(tl, row.room);
         EXPECT_EQ(row.code, answer.code);
         EXPECT_EQ(row.room, answer.size);
         EXPECT_EQ((system_url + '\0').substr(0, row.room),
                   std::string(answer.bytes.begin(), answer.bytes.begin() + static_cast<long>(row.room)));
+        const std::string text =
+            std::string("GCGetPortURL - ") + row.problem + " (" + std::to_string(row.room) + "/39)";
         EXPECT_LOG_LINES(
-            plain_entered(tl), line(Priority::error, row.problem, "GCGetPortURL"),
-            line(Priority::error,
-                 "Exit, Returning error ret (0x" + low_hex(static_cast<uint64_t>(row.code)) + ")",
-                 "GCGetPortURL"));
-        EXPECT_EQ(row.problem, last_error());
+            entered(tl), error(text),
+            error("Exit, Returning error ret (0x" + low_hex(static_cast<uint64_t>(row.code)) + ")"));
+        EXPECT_EQ(text, last_error());
     }
 }
 
-TEST_F(PortUrls, FitIntoExactlyTheRoomNeeded)
+// Lines print 32 bits of a size, here none that are set; the room is all of it.
+TEST_F(PortUrls, AreGivenIntoRoomsBeyond32Bits)
 {
-    EXPECT_EQ(system_url, url_info(tl, 38).value);
-    EXPECT_EQ(GC_ERR_SUCCESS, plain_url(tl, 39).code);
-}
+    char url[300];
+    size_t size = 0x100000000;
+    EXPECT_EQ(GC_ERR_SUCCESS, GCGetPortURL(tl, url, &size));
+    EXPECT_EQ(39U, size);
+    EXPECT_STREQ(system_url.c_str(), url);
 
-TEST_F(PortUrls, HaveNoOtherInformation)
-{
-    for (const Port& asked : ports()) {
-        for (const URL_INFO_CMD command : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 1000, -1, INT32_MIN}) {
-            char text[100] = "left alone";
-            size_t size = sizeof text;
-            INFO_DATATYPE type = untouched<INFO_DATATYPE>();
-            forget();
-            EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, ask(asked.handle, command, &type, text, &size));
-            EXPECT_EQ(0U, size);
-            EXPECT_TRUE(is_untouched(type));
-            EXPECT_STREQ("left alone", text);
-            EXPECT_LOG_LINES(info_entered(asked.handle, command, 100),
-                             info(std::string("Get URL info for device type ") + asked.kind),
-                             line(Priority::error, "info= " + std::to_string(command), "GCGetPortURLInfo"),
-                             port_error_exit("GCGetPortURLInfo", "GC_ERR_NOT_IMPLEMENTED", -1003));
-        }
-    }
-    EXPECT_TRUE(fake.calls().empty());
+    size = 0x100000000;
+    INFO_DATATYPE type = 0;
+    EXPECT_EQ(GC_ERR_SUCCESS, GCGetPortURLInfo(tl, 0, URL_INFO_URL, &type, url, &size));
+    EXPECT_EQ(38U, size);
+    EXPECT_LOGGED(Priority::information,
+                  "Enter GCGetPortURLInfo, handle=0x" + hex16(tl) + ", URL index=0, info=0, size=0");
 }
 
 TEST_F(PortUrls, AreNotAvailableAsInformationWhenTheLibraryRefuses)
 {
+    const auto line = [](Priority priority, const std::string& message) {
+        return ExpectedLine{priority, message, "GCGetPortURLInfo", "ZVGRLibGenTL"};
+    };
     const std::string tag = "GCGetPortURLInfo [GC_ERR_NOT_AVAILABLE]: getting xml string ";
-    const std::vector<ExpectedLine> of_grabber = {
-        line(Priority::error, "info= 0, getting xml string failed", "GCGetPortURLInfo"),
-        port_error_exit("GCGetPortURLInfo", "GC_ERR_NOT_AVAILABLE", -1014)};
     for (const LibraryPort& asked : library_ports()) {
         SCOPED_TRACE(asked.kind);
         std::vector<ExpectedLine> expected = {
-            info_entered(asked.handle, 0, 100),
-            info(std::string("Get URL info for device type ") + asked.kind)};
-        if (asked.side == "Grabber")
-            expected.insert(expected.end(), of_grabber.begin(), of_grabber.end());
-        else
-            expected.push_back(info(tag + (asked.handle == ds ? "failed" : "address failed")));
-
+            line(Priority::information, "Enter GCGetPortURLInfo, handle=0x" + hex16(asked.handle) +
+                                            ", URL index=0, info=0, size=100"),
+            line(Priority::information, std::string("Get URL info for device type ") + asked.kind)};
+        if (asked.side == "Grabber") {
+            expected.push_back(line(Priority::error, "info= 0, getting xml string failed"));
+            expected.push_back(port_error_exit("GCGetPortURLInfo", "GC_ERR_NOT_AVAILABLE", -1014));
+        } else {
+            expected.push_back(
+                line(Priority::information, tag + (asked.handle == ds ? "failed" : "address failed")));
+        }
         fake.next("ZVGR_GetXmlUrl").answers(any_failure);
         forget();
         const auto answer = url_info(asked.handle, 100);
@@ -306,10 +222,9 @@ TEST_F(PortUrls, AreNotAvailableOnTheirOwnWhenTheLibraryRefuses)
         EXPECT_EQ(GC_ERR_NOT_AVAILABLE, answer.code);
         EXPECT_EQ(100U, answer.size);
         EXPECT_EQ(0xA5, answer.bytes[0]);
-        EXPECT_LOG_LINES(
-            plain_entered(asked.handle),
-            line(Priority::error, std::string("Getting xml url failed for ") + asked.kind, "GCGetPortURL"),
-            port_error_exit("GCGetPortURL", "GC_ERR_NOT_AVAILABLE", -1014));
+        EXPECT_LOG_LINES(entered(asked.handle),
+                         error(std::string("Getting xml url failed for ") + asked.kind),
+                         port_error_exit("GCGetPortURL", "GC_ERR_NOT_AVAILABLE", -1014));
     }
 }
 
@@ -328,8 +243,7 @@ TEST_F(PortUrls, AreWrittenByTheLibraryIntoMemoryOfZeros)
         const auto* const text = static_cast<const char*>(made.arguments[1].pointer());
         EXPECT_TRUE(std::all_of(text, text + 260, [](char c) { return c == '\0'; }));
     });
-    url_info(port);
-    plain_url(port);
+    expect_url(port, library_url);
     EXPECT_EQ(2U, fake.count("ZVGR_GetXmlUrl"));
 }
 
@@ -337,51 +251,67 @@ TEST_F(PortUrls, MayFillTheLibrarysRoom)
 {
     const std::string longest(259, 'u');
     fake.set_xml_url(longest);
-    EXPECT_EQ(longest, url_info(port).value);
-    EXPECT_EQ(longest + '\0', plain_url(port).value);
+    expect_url(port, longest);
 }
 
 TEST_F(PortUrls, EndWithTheLibrarysRoom)
 {
     const std::string unterminated(260, 'u');
-    next_url_is(unterminated, 260);
-    const auto information = url_info(port);
-    EXPECT_EQ(GC_ERR_SUCCESS, information.code);
-    EXPECT_EQ(unterminated, information.value);
-    EXPECT_EQ(261U, information.size);
-    fake.next("ZVGR_GetXmlUrl").gives(260);
-    const auto plain = plain_url(port);
-    EXPECT_EQ(GC_ERR_SUCCESS, plain.code);
-    EXPECT_EQ(unterminated + '\0', plain.value);
-    EXPECT_EQ(262U, plain.size);
+    always_url_is(unterminated, 260);
+    expect_url(port, unterminated);
 }
 
-// What the library says of the length does not matter, only the zero does.
+// The length that the library reports does not matter, only the zero does.
 TEST_F(PortUrls, EndWithTheirZero)
 {
-    next_url_is("Local:a.xml;0;1", 0);
-    EXPECT_EQ("Local:a.xml;0;1", url_info(port).value);
-    fake.next("ZVGR_GetXmlUrl").gives(UINT64_MAX);
-    EXPECT_EQ("Local:a.xml;0;1", url_info(port).value);
+    always_url_is("Local:a.xml;0;1", 0);
+    expect_url(port, "Local:a.xml;0;1");
+    fake.always("ZVGR_GetXmlUrl").gives(UINT64_MAX);
+    expect_url(port, "Local:a.xml;0;1");
 }
 
 TEST_F(PortUrls, MayBeEmpty)
 {
     fake.always("ZVGR_GetXmlUrl").gives(1);
-    const auto information = url_info(port);
-    EXPECT_EQ(GC_ERR_SUCCESS, information.code);
-    EXPECT_EQ(1U, information.size);
-    const auto plain = plain_url(port);
-    EXPECT_EQ(GC_ERR_SUCCESS, plain.code);
-    EXPECT_EQ(2U, plain.size);
+    expect_url(port, "");
 }
 
 // "%" in a URL is text.
 TEST_F(PortUrls, AreLoggedAsTheyAre)
 {
     fake.set_xml_url("Local:%s%n.xml;0;1");
-    EXPECT_EQ("Local:%s%n.xml;0;1", url_info(port).value);
-    EXPECT_LOGGED(info("GCGetPortURLInfo URL=Local:%s%n.xml;0;1"));
+    expect_url(port, "Local:%s%n.xml;0;1");
+    EXPECT_LOGGED(Priority::information, "GCGetPortURLInfo URL=Local:%s%n.xml;0;1");
+    EXPECT_LOGGED(info("Found url Local:%s%n.xml;0;1 for Device"));
+}
+
+class GCGetPortURLInfo : public OpenPorts {};
+
+TEST_F(GCGetPortURLInfo, RefusesOtherUrls)
+{
+    for (const uint32_t index : {1U, 0xFFFFFFFFU}) {
+        for (const PORT_HANDLE handle : {tl, static_cast<PORT_HANDLE>(nullptr)}) {
+            forget();
+            const auto answer = query<std::string>(100, [&](auto... out) {
+                return GenTL::GCGetPortURLInfo(handle, index, URL_INFO_URL, out...);
+            });
+            EXPECT_EQ(GC_ERR_INVALID_INDEX, answer.code);
+            EXPECT_TRUE(is_untouched(answer.type));
+            const std::string printed = index == 1 ? "1" : "-1";
+            EXPECT_LOG_LINES({Priority::information, "Enter GCGetPortURLInfo, handle=0x" + hex16(handle) +
+                                                         ", URL index=" + printed + ", info=0, size=100"},
+                             {Priority::error,
+                              "GCGetPortURLInfo [GC_ERR_INVALID_PARAMETER]: Invalid URL index=" + printed,
+                              "GCGetPortURLInfo", "ZVGRLibGenTL"});
+        }
+    }
+}
+
+TEST_F(GCGetPortURLInfo, LooksAtItsOutputsBeforeTheIndex)
+{
+    INFO_DATATYPE type = 0;
+    EXPECT_EQ(GC_ERR_INVALID_PARAMETER,
+              GenTL::GCGetPortURLInfo(nullptr, 1, URL_INFO_URL, &type, nullptr, nullptr));
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 
 #include "Port_fixtures.h"
 
-// GCWritePort: which registers it writes, and what it makes of the library's answers.
+// GCWritePort: which registers it writes, and how it passes on what the library answers.
 
 namespace zvtest {
 
@@ -42,20 +42,58 @@ TEST_F(WritingPorts, HandsTheDataToTheRegistersOfGrabberOrCamera)
     }
 }
 
-TEST_F(WritingPorts, ReachesTheLastAddress)
+TEST_F(WritingPorts, ReachesTheLastAddressOf32Bits)
 {
     EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0xFFFFFFFF, data.data(), &size));
     EXPECT_EQ((Calls{call("ZVGR_CameraWriteReg", camera(), 0xFFFFFFFF, data.data(), 4)}), fake.calls());
+    EXPECT_LOGGED(entered(port, "FFFFFFFF", 4, 0x12345678));
 }
 
-TEST_F(WritingPorts, RefusesLongerAddresses)
+TEST_F(WritingPorts, RefusesLongerAddressesSilentlyBeforeItLooksAtTheHandle)
 {
-    for (const LibraryPort& asked : library_ports()) {
-        EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCWritePort(asked.handle, 0x100000000, data.data(), &size));
-        EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCWritePort(asked.handle, UINT64_MAX, data.data(), &size));
+    std::vector<PORT_HANDLE> handles = {tl, nullptr};
+    for (const LibraryPort& asked : library_ports())
+        handles.push_back(asked.handle);
+    for (const PORT_HANDLE handle : handles) {
+        forget();
+        EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCWritePort(handle, 0x100000000, data.data(), &size));
+        EXPECT_LOG_LINES(entered(handle, "0", 4, 0x12345678));
+        EXPECT_EQ(GC_ERR_INVALID_ADDRESS, GCWritePort(handle, UINT64_MAX, data.data(), &size));
     }
     EXPECT_EQ(4U, size);
     EXPECT_TRUE(fake.calls().empty());
+}
+
+TEST_F(WritingPorts, LogsTheFirstFourBytesAsABigEndianWord)
+{
+    struct Row {
+        std::vector<uint8_t> bytes; // exactly these, so that a read beyond them is found
+        int word;
+    };
+    for (const Row& row : {Row{{0x12}, 0x12000000},
+                           {{0x12, 0x34, 0x56}, 0x12345600},
+                           {{0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC}, 0x12345678},
+                           {{0xFF, 0xFF, 0xFF, 0xFE}, -2}}) {
+        size = row.bytes.size();
+        forget();
+        GCWritePort(port, 0x1000, row.bytes.data(), &size);
+        EXPECT_LOGGED(entered(port, "1000", static_cast<int>(row.bytes.size()), row.word));
+    }
+}
+
+// A consumer's data is not read for a line that is not written.
+TEST_F(WritingPorts, DoesNotReadItsDataBelowTrace)
+{
+    log.set_level(Priority::debug);
+    const void* const unreadable = reinterpret_cast<const void*>(uintptr_t{16});
+    EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GCWritePort(tl, 0x1000, unreadable, &size));
+}
+
+TEST_F(WritingPorts, IsSilentBelowTrace)
+{
+    log.set_level(Priority::debug);
+    EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0x1000, data.data(), &size));
+    EXPECT_LOG_LINES();
 }
 
 TEST_F(WritingPorts, WritesNothingForSizeZero)
@@ -117,13 +155,6 @@ TEST_F(WritingPorts, LeavesDescriptionsAlone)
                          port_error_exit("GCWritePort", "GC_ERR_NOT_IMPLEMENTED", -1003));
     }
     EXPECT_TRUE(fake.calls().empty());
-}
-
-TEST_F(WritingPorts, IsSilentBelowTrace)
-{
-    log.set_level(Priority::debug);
-    EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0x1000, data.data(), &size));
-    EXPECT_LOG_LINES();
 }
 
 TEST_F(WritingPorts, IsVisibleToReading)

@@ -273,6 +273,17 @@ TEST_P(InfoQueries, LookAtTheirOutputsBeforeTheCommand)
     EXPECT_EQ(8U, size);
 }
 
+TEST_P(InfoQueries, LookAtTheirHandlesBeforeTheCommand)
+{
+    if (std::string(info().function) == "GCGetInfo")
+        return; // has no handle
+    asked.tl = asked.iface = asked.dev = asked.ds = asked.buffer = asked.event = asked.port = nullptr;
+    const auto answer = ask(info().unknown_commands.front(), 8);
+    EXPECT_EQ(info().accepted == nullptr ? GC_ERR_INVALID_HANDLE : GC_ERR_NOT_IMPLEMENTED, answer.code);
+    EXPECT_EQ(8U, answer.size);
+    EXPECT_NOT_LOGGED(info().unknown_line + std::to_string(info().unknown_commands.front()));
+}
+
 INSTANTIATE_TEST_SUITE_P(, InfoQueries, testing::ValuesIn(every(Cases::queries)),
                          testing::PrintToStringParamName());
 
