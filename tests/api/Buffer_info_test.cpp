@@ -87,29 +87,6 @@ TEST_P(BufferInfo, LogsEveryCallOfAnAcquisition)
     EXPECT_EQ(3U, times_logged("Exit DSGetBufferInfo"));
 }
 
-TEST_P(BufferInfo, RefusesHandlesOfAnythingButABufferOfTheStream)
-{
-    register_event();
-    const Announced& revoked = announce();
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, revoked.handle, nullptr, nullptr));
-    int stranger = 0;
-    for (const BUFFER_HANDLE handle :
-         {BUFFER_HANDLE{nullptr}, all_ones<BUFFER_HANDLE>(), BUFFER_HANDLE{&stranger}, BUFFER_HANDLE{ds},
-          BUFFER_HANDLE{event}, revoked.handle}) {
-        SCOPED_TRACE(hex16(handle));
-        forget();
-        const auto info = buffer_info<uint64_t>(handle, 99); // before the command is looked at
-        EXPECT_EQ(GC_ERR_INVALID_HANDLE, info.code);
-        EXPECT_EQ(8U, info.size);
-        EXPECT_TRUE(is_untouched(info.type));
-        EXPECT_TRUE(is_untouched(info.value));
-        EXPECT_LOG_LINES(
-            {Priority::trace, enter_line(99, handle)},
-            {Priority::error, "invalid buffer handle " + hex16(handle), "DSGetBufferInfo"},
-            {Priority::error, "Exit, Returning error GC_ERR_INVALID_HANDLE (0xFFFFFC12)", "DSGetBufferInfo"});
-    }
-}
-
 INSTANTIATE_IN_BOTH_MODES(BufferInfo);
 
 class BufferInfoOfTwoStreams : public TwoStreams {};

@@ -179,7 +179,7 @@ TEST_P(StreamThreads, FramesRaceWithConsumers)
     EXPECT_EQ(0U, num_queued() + num_await_delivery());
 }
 
-/// Nothing is delivered while the stream is idle, and every start counts anew.
+/// Nothing is delivered while the stream is idle, and every start counts from zero.
 TEST_P(StreamThreads, FramesRaceWithStartAndStop)
 {
     constexpr int rounds = 300;

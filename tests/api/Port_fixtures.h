@@ -55,29 +55,6 @@ protected:
     }
     /// The ports that the producer serves itself.
     std::vector<PORT_HANDLE> own_ports() const { return {tl, buffers[0]->handle}; }
-
-    /// Handles that are no port: null, unknown, all ones, an event.
-    std::vector<PORT_HANDLE> strangers() { return {nullptr, this, all_ones<PORT_HANDLE>(), event}; }
-};
-
-/// Modules that were open once: a port of a closed module is no port.
-class ClosedPorts : public OpenPorts {
-protected:
-    void SetUp() override
-    {
-        OpenPorts::SetUp();
-        if (HasFatalFailure())
-            return;
-        buffer = buffers[0]->handle;
-        ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-        ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
-        ASSERT_EQ(GC_ERR_SUCCESS, IFClose(iface));
-        forget();
-    }
-
-    std::vector<PORT_HANDLE> closed_ports() const { return {iface, dev, port, ds, buffer}; }
-
-    BUFFER_HANDLE buffer{nullptr};
 };
 
 /// "Exit, Returning error <name> (0x<code>)" of a port function.
