@@ -80,7 +80,7 @@ TEST_P(StackedAccess, MovesTheData)
     }
 }
 
-TEST_P(StackedAccess, TellsNoEntryDuringTheFirst)
+TEST_P(StackedAccess, CountsNoEntryWhileTheFirstIsMoved)
 {
     size_t seen = 7;
     const LibraryPort asked = library_ports()[0];
@@ -89,27 +89,20 @@ TEST_P(StackedAccess, TellsNoEntryDuringTheFirst)
     EXPECT_EQ(0U, seen);
 }
 
-TEST_P(StackedAccess, LeavesTheEntriesAlone)
+TEST_P(StackedAccess, PassesAddressesOnWholeAndLeavesTheEntryAlone)
 {
     for (const LibraryPort& asked : library_ports()) {
         forget();
+        entries[0].Address = 0x123456789;
         entries[0].Size = 0x100000004;
         fake.next(library_function(asked)).gives(2);
         EXPECT_EQ(GC_ERR_SUCCESS, access(asked.handle));
-        EXPECT_EQ((Calls{call(library_function(asked).c_str(), asked.library, 0x1000, bytes[0], 4)}),
+        EXPECT_EQ((Calls{call(library_function(asked).c_str(), asked.library, 0x123456789, bytes[0], 4)}),
                   fake.calls());
         EXPECT_EQ(0x100000004U, size_t{entries[0].Size}); // packed: copied before it is compared
-        EXPECT_EQ(0x1000U, uint64_t{entries[0].Address});
+        EXPECT_EQ(0x123456789U, uint64_t{entries[0].Address});
         EXPECT_EQ(bytes[0], static_cast<void*>(entries[0].pBuffer));
     }
-}
-
-TEST_P(StackedAccess, PassesAddressesOnWhole)
-{
-    entries[0].Address = 0x123456789;
-    EXPECT_EQ(GC_ERR_SUCCESS, access(port));
-    ASSERT_EQ(1U, fake.calls().size());
-    EXPECT_EQ(0x123456789U, fake.calls()[0].arguments[1].number());
 }
 
 TEST_P(StackedAccess, LooksAtNoPointerWithinAnEntry)
