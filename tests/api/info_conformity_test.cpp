@@ -12,22 +12,20 @@ enum class Cases { rows, texts, numbers, queries };
 
 bool is_among(const InfoRow& row, Cases cases)
 {
-    return cases == Cases::rows || (cases == Cases::texts) == row.is_text();
+    return cases == Cases::rows || cases == (row.is_text() ? Cases::texts : Cases::numbers);
 }
 
 std::vector<InfoCase> every(Cases cases)
 {
     std::vector<InfoCase> all;
-    for (const Mode mode : {Mode::queued, Mode::cyclic}) {
-        for (const InfoQuery& query : info_queries()) {
-            if (mode == Mode::cyclic && !query.is_asked_in_both_modes)
-                continue;
+    for (const InfoQuery& query : info_queries()) {
+        for (const Mode mode : query.habits.modes) {
             if (cases == Cases::queries)
                 all.push_back({mode, &query});
-            else
-                for (const InfoRow& row : query.rows)
-                    if (is_among(row, cases))
-                        all.push_back({mode, &query, &row});
+            for (const InfoRow& row : query.rows) {
+                if (is_among(row, cases))
+                    all.push_back({mode, &query, &row});
+            }
         }
     }
     return all;
@@ -44,7 +42,8 @@ protected:
 
     ExpectedLine traffic(const std::string& text, int32_t command, size_t size = 0) const
     {
-        return {info().traffic, with_handles(text, asked, command, size), info().function, "ZVGRLibGenTL"};
+        return {info().habits.traffic, with_handles(text, asked, command, size), info().function,
+                "ZVGRLibGenTL"};
     }
     ExpectedLine error(const std::string& message) const
     {
@@ -202,7 +201,7 @@ class InfoNumbers : public InfoRows {};
 TEST_P(InfoNumbers, AreNotWrittenWhenTheyDoNotFit)
 {
     const std::string before = last_error();
-    for (size_t room = info().no_room == NoRoom::malformed ? 1 : 0; room < expected.size(); ++room) {
+    for (size_t room = info().habits.no_room == NoRoom::malformed ? 1 : 0; room < expected.size(); ++room) {
         const auto answer = ask(room);
         EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, answer.code);
         EXPECT_EQ(row().type, answer.type);
@@ -259,7 +258,7 @@ TEST_P(InfoQueries, LookAtTheirOutputsBeforeTheCommand)
                                     {all_ones<INFO_DATATYPE*>(), &size, 8},
                                     {&type, nullptr, 0},
                                     {&type, all_ones<size_t*>(), 0}};
-    if (info().no_room == NoRoom::malformed)
+    if (info().habits.no_room == NoRoom::malformed)
         outputs.push_back({&type, &none, 0});
     for (const Outputs& out : outputs) {
         forget();

@@ -162,152 +162,110 @@ const std::vector<InfoRow> url_rows = {
     {"URL", 0, INFO_DATATYPE_STRING, url_of, url_calls, "GCGetPortURLInfo URL={url}"},
 };
 
-std::vector<InfoQuery> make_queries()
+InfoQuery query_of(const char* function, const char* enter, const std::vector<InfoRow>& rows,
+                   std::vector<int32_t> unknown_commands, decltype(InfoQuery::ask) ask,
+                   const Habits& habits = {})
+{
+    unknown_commands.insert(unknown_commands.end(), {1000, -1, INT32_MIN, INT32_MAX});
+    return {function, enter, "Exit " + std::string(function), rows, unknown_commands, ask, habits};
+}
+
+std::vector<InfoQuery> module_queries()
+{
+    const std::vector<Mode> both_modes{Mode::queued, Mode::cyclic};
+    std::vector<InfoQuery> queries = {
+        query_of("GCGetInfo", "Enter GCGetInfo, info= {command}", library_rows(), {11, 12},
+                 [](const Asked&, int32_t command, auto... out) { return GCGetInfo(command, out...); },
+                 {Priority::information, NumberLines::too_small}),
+        query_of(
+            "TLGetInfo", "Enter TLGetInfo, handle=0x{tl}, info={command}", producer_rows, {9, 10, 11},
+            [](const Asked& of, int32_t command, auto... out) { return TLGetInfo(of.tl, command, out...); },
+            {Priority::information, NumberLines::written}),
+        query_of("TLGetInterfaceInfo", "Enter TLGetInterfaceInfo, hTL=0x{tl}, info={command}", interface_rows,
+                 {3, 4},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return TLGetInterfaceInfo(of.tl, "FG1", command, out...);
+                 },
+                 {Priority::information, NumberLines::none, NoRoom::too_small}),
+        query_of("IFGetInfo", "Enter IFGetInfo info= {command} ", interface_rows, {3, 4},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return IFGetInfo(of.iface, command, out...);
+                 }),
+        query_of("IFGetDeviceInfo", "Enter IFGetDeviceInfo handle=0x{iface}, info={command} ", device_rows,
+                 {10, 11},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return IFGetDeviceInfo(of.iface, "Device11", command, out...);
+                 },
+                 {Priority::information, NumberLines::too_small}),
+        query_of(
+            "DevGetInfo", "Enter DevGetInfo, handle=0x{dev} info= {command} ", device_rows, {10, 11},
+            [](const Asked& of, int32_t command, auto... out) { return DevGetInfo(of.dev, command, out...); },
+            {Priority::information, NumberLines::too_small}),
+        query_of(
+            "DSGetInfo", "Enter DSGetInfo, stream handle=0x{ds}, iInfoCmd={command}", stream_rows, {14, 15},
+            [](const Asked& of, int32_t command, auto... out) { return DSGetInfo(of.ds, command, out...); },
+            {Priority::debug, NumberLines::both, NoRoom::malformed, both_modes}),
+        query_of(
+            "DSGetBufferInfo",
+            "Enter DSGetBufferInfo, info={command}, stream handle=0x{low ds}, buffer handle=0x{low buffer}",
+            buffer_rows, {23, 24, 25, 28, 31, 32},
+            [](const Asked& of, int32_t command, auto... out) {
+                return DSGetBufferInfo(of.ds, of.buffer, command, out...);
+            },
+            {Priority::trace, NumberLines::too_small, NoRoom::malformed, both_modes}),
+        query_of("DSGetBufferPartInfo", "Enter DSGetBufferPartInfo", buffer_part_rows, {2, 3, 11},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return DSGetBufferPartInfo(of.ds, of.buffer, 0, command, out...);
+                 },
+                 {Priority::debug, NumberLines::none, NoRoom::too_small, both_modes}),
+        query_of("EventGetInfo", "Enter EventGetInfo, handle=0x{low event}, info={command}", event_rows, {5},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return EventGetInfo(of.event, command, out...);
+                 },
+                 {Priority::debug}),
+        query_of("EventGetDataInfo", "Enter EventGetDataInfo, handle=0x{low event}, info={command}",
+                 event_data_rows, {3},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return EventGetDataInfo(of.event, nullptr, 0, command, out...);
+                 },
+                 {Priority::debug}),
+    };
+    queries[0].exit = "Exit GCGetInfo, info= {command}";
+    queries[0].unknown_line = "info="; // no blank, unlike every other query
+    queries[3].exit = "Exit IFGetInfo fgHandle={grabber}, info= {command} ";
+    queries[4].exit = "Exit IFGetDeviceInfo, device id=1, info= {command} ";
+    queries.back().clears_size_for_unknown_commands = false;
+    return queries;
+}
+
+std::vector<InfoQuery> port_queries(const char* kind)
 {
     std::vector<InfoQuery> queries = {
-        {"GCGetInfo",
-         "",
-         Priority::information,
-         "Enter GCGetInfo, info= {command}",
-         "Exit GCGetInfo, info= {command}",
-         [](const Asked&, int32_t command, auto... out) { return GCGetInfo(command, out...); },
-         library_rows(),
-         {11, 12, 1000, -1, INT32_MIN, INT32_MAX},
-         NumberLines::too_small},
-        {"TLGetInfo",
-         "",
-         Priority::information,
-         "Enter TLGetInfo, handle=0x{tl}, info={command}",
-         "Exit TLGetInfo",
-         [](const Asked& of, int32_t command, auto... out) { return TLGetInfo(of.tl, command, out...); },
-         producer_rows,
-         {9, 10, 11, 1000, -1},
-         NumberLines::written},
-        {"TLGetInterfaceInfo",
-         "",
-         Priority::information,
-         "Enter TLGetInterfaceInfo, hTL=0x{tl}, info={command}",
-         "Exit TLGetInterfaceInfo",
-         [](const Asked& of, int32_t command, auto... out) {
-             return TLGetInterfaceInfo(of.tl, "FG1", command, out...);
-         },
-         interface_rows,
-         {3, 4, 1000, -1},
-         NumberLines::none,
-         NoRoom::too_small},
-        {"IFGetInfo",
-         "",
-         Priority::information,
-         "Enter IFGetInfo info= {command} ",
-         "Exit IFGetInfo fgHandle={grabber}, info= {command} ",
-         [](const Asked& of, int32_t command, auto... out) { return IFGetInfo(of.iface, command, out...); },
-         interface_rows,
-         {3, 4, 1000, -1}},
-        {"IFGetDeviceInfo",
-         "",
-         Priority::information,
-         "Enter IFGetDeviceInfo handle=0x{iface}, info={command} ",
-         "Exit IFGetDeviceInfo, device id=1, info= {command} ",
-         [](const Asked& of, int32_t command, auto... out) {
-             return IFGetDeviceInfo(of.iface, "Device11", command, out...);
-         },
-         device_rows,
-         {10, 11, 1000, -1, INT32_MIN, INT32_MAX},
-         NumberLines::too_small},
-        {"DevGetInfo",
-         "",
-         Priority::information,
-         "Enter DevGetInfo, handle=0x{dev} info= {command} ",
-         "Exit DevGetInfo",
-         [](const Asked& of, int32_t command, auto... out) { return DevGetInfo(of.dev, command, out...); },
-         device_rows,
-         {10, 11, 1000, -1, INT32_MIN, INT32_MAX},
-         NumberLines::too_small},
-        {"DSGetInfo",
-         "",
-         Priority::debug,
-         "Enter DSGetInfo, stream handle=0x{ds}, iInfoCmd={command}",
-         "Exit DSGetInfo",
-         [](const Asked& of, int32_t command, auto... out) { return DSGetInfo(of.ds, command, out...); },
-         stream_rows,
-         {14, 15, 1000, -1, INT32_MIN, INT32_MAX},
-         NumberLines::both,
-         NoRoom::malformed,
-         true},
-        {"DSGetBufferInfo",
-         "",
-         Priority::trace,
-         "Enter DSGetBufferInfo, info={command}, stream handle=0x{low ds}, buffer handle=0x{low buffer}",
-         "Exit DSGetBufferInfo",
-         [](const Asked& of, int32_t command, auto... out) {
-             return DSGetBufferInfo(of.ds, of.buffer, command, out...);
-         },
-         buffer_rows,
-         {23, 24, 25, 28, 31, 32, 1000, -1, INT32_MIN, INT32_MAX},
-         NumberLines::too_small,
-         NoRoom::malformed,
-         true},
-        {"DSGetBufferPartInfo",
-         "",
-         Priority::debug,
-         "Enter DSGetBufferPartInfo",
-         "Exit DSGetBufferPartInfo",
-         [](const Asked& of, int32_t command, auto... out) {
-             return DSGetBufferPartInfo(of.ds, of.buffer, 0, command, out...);
-         },
-         buffer_part_rows,
-         {2, 3, 11, 1000, -1},
-         NumberLines::none,
-         NoRoom::too_small,
-         true},
-        {"EventGetInfo",
-         "",
-         Priority::debug,
-         "Enter EventGetInfo, handle=0x{low event}, info={command}",
-         "Exit EventGetInfo",
-         [](const Asked& of, int32_t command, auto... out) {
-             return EventGetInfo(of.event, command, out...);
-         },
-         event_rows,
-         {5, 1000, -1}},
-        {"EventGetDataInfo",
-         "",
-         Priority::debug,
-         "Enter EventGetDataInfo, handle=0x{low event}, info={command}",
-         "Exit EventGetDataInfo",
-         [](const Asked& of, int32_t command, auto... out) {
-             return EventGetDataInfo(of.event, nullptr, 0, command, out...);
-         },
-         event_data_rows,
-         {3, 1000, -1}},
+        query_of("GCGetPortInfo", "Enter GCGetPortInfo, info={command}, buffer size={size}", port_rows, {13},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return GCGetPortInfo(of.port, command, out...);
+                 }),
+        query_of("GCGetPortURLInfo",
+                 "Enter GCGetPortURLInfo, handle=0x{port}, URL index=0, info={command}, size={size}",
+                 url_rows, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11},
+                 [](const Asked& of, int32_t command, auto... out) {
+                     return GCGetPortURLInfo(of.port, 0, command, out...);
+                 }),
     };
-    queries.front().unknown_line = "info="; // no blank, unlike every other query
-    queries.back().clears_size_for_unknown_commands = false;
+    queries.front().exit = "Exit GCGetPortInfo, handle={kind}, info= {command}";
+    queries.back().accepted = "Get URL info for device type {kind}";
+    for (InfoQuery& query : queries)
+        query.port_kind = kind;
+    return queries;
+}
 
+std::vector<InfoQuery> every_query()
+{
+    std::vector<InfoQuery> queries = module_queries();
     for (const char* const kind :
          {"TLSystem", "TLInterface", "TLDevice", "Device", "TLDataStream", "TLBuffer"}) {
-        queries.push_back({"GCGetPortInfo",
-                           kind,
-                           Priority::information,
-                           "Enter GCGetPortInfo, info={command}, buffer size={size}",
-                           "Exit GCGetPortInfo, handle={kind}, info= {command}",
-                           [](const Asked& of, int32_t command, auto... out) {
-                               return GCGetPortInfo(of.port, command, out...);
-                           },
-                           port_rows,
-                           {13, 1000, -1, INT32_MIN, INT32_MAX}});
-        queries.push_back(
-            {"GCGetPortURLInfo",
-             kind,
-             Priority::information,
-             "Enter GCGetPortURLInfo, handle=0x{port}, URL index=0, info={command}, size={size}",
-             "Exit GCGetPortURLInfo",
-             [](const Asked& of, int32_t command, auto... out) {
-                 return GCGetPortURLInfo(of.port, 0, command, out...);
-             },
-             url_rows,
-             {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 1000, -1, INT32_MIN}});
-        queries.back().accepted = "Get URL info for device type {kind}";
+        for (const InfoQuery& query : port_queries(kind))
+            queries.push_back(query);
     }
     return queries;
 }
@@ -316,7 +274,7 @@ std::vector<InfoQuery> make_queries()
 
 const std::vector<InfoQuery>& info_queries()
 {
-    static const std::vector<InfoQuery> queries = make_queries();
+    static const std::vector<InfoQuery> queries = every_query();
     return queries;
 }
 
@@ -367,7 +325,7 @@ std::string with_handles(std::string text, const Asked& asked, int32_t command, 
 
 std::ostream& operator<<(std::ostream& out, const InfoCase& asked)
 {
-    if (asked.query->is_asked_in_both_modes)
+    if (asked.query->habits.modes.size() > 1)
         out << asked.mode << '_';
     out << asked.query->function << asked.query->port_kind;
     return asked.row == nullptr ? out : out << '_' << asked.row->name;

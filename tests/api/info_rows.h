@@ -79,29 +79,35 @@ enum class NumberLines { none, too_small, written, both };
 /// What a buffer without room is.
 enum class NoRoom { malformed, too_small };
 
-struct InfoQuery {
-    const char* function;
-    const char* port_kind; // the port that it is asked of; empty where that is not a port
-    Priority traffic;      // of the lines that are not errors
-    const char* enter;     // see with_handles()
-    const char* exit;
-    GC_ERROR (*ask)(const Asked& asked, int32_t command, INFO_DATATYPE* type, void* buffer, size_t* size);
-    std::vector<InfoRow> rows;
-    std::vector<int32_t> unknown_commands;
+/// What queries do differently from one another.
+struct Habits {
+    Priority traffic{Priority::information}; // of the lines that are not errors
     NumberLines number_lines{NumberLines::none};
     NoRoom no_room{NoRoom::malformed};
-    bool is_asked_in_both_modes{false};
+    std::vector<Mode> modes{Mode::queued}; // the modes in which the query is asked
+};
+
+struct InfoQuery {
+    const char* function;
+    const char* enter; // see with_handles()
+    std::string exit;
+    std::vector<InfoRow> rows;
+    std::vector<int32_t> unknown_commands;
+    GC_ERROR (*ask)(const Asked& asked, int32_t command, INFO_DATATYPE* type, void* buffer, size_t* size);
+    Habits habits;
+
+    std::string port_kind{};       // the port that it is asked of
     const char* accepted{nullptr}; // a line behind the checks of outputs and handles
     std::string unknown_line{"info= "};
     bool clears_size_for_unknown_commands{true};
 
     bool logs_too_small() const
     {
-        return number_lines == NumberLines::too_small || number_lines == NumberLines::both;
+        return habits.number_lines == NumberLines::too_small || habits.number_lines == NumberLines::both;
     }
     bool logs_written() const
     {
-        return number_lines == NumberLines::written || number_lines == NumberLines::both;
+        return habits.number_lines == NumberLines::written || habits.number_lines == NumberLines::both;
     }
 };
 
