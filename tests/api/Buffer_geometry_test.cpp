@@ -5,7 +5,7 @@
 
 #include "api/DS_modes.h"
 
-// What a buffer is told about its image when it is announced: geometry, pixel format and the settings that
+// What is recorded of an image when its buffer is announced: geometry, pixel format and the settings that
 // change them, as DSGetBufferInfo reports them.
 
 using namespace zvtest;

@@ -3,7 +3,7 @@
 
 #include "api/Delivery_fixtures.h"
 
-// Frames in cyclic mode: the library fills a ring of its own, each frame is copied into a queued buffer.
+// Frames in cyclic mode: the library fills its own ring, and each frame is copied into a queued buffer.
 
 using namespace zvtest;
 

@@ -13,7 +13,7 @@
 
 namespace zvtest {
 
-/// System, interface, device, remote device, stream and buffer are open; an event, which is no port, as well.
+/// System, interface, device, remote device, stream and buffer are open; so is an event, which is not a port.
 class OpenPorts : public QueuedStream {
 protected:
     void SetUp() override

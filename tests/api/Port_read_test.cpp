@@ -182,7 +182,7 @@ protected:
     }
 };
 
-TEST_F(ReadingDescriptions, NeedsNoLibrary)
+TEST_F(ReadingDescriptions, DoesNotInvolveTheLibrary)
 {
     for (const Description& asked : descriptions()) {
         std::vector<uint8_t> bytes(asked.length + 1, 0xA5);
@@ -232,7 +232,7 @@ TEST_F(ReadingDescriptions, RefusesAddressesOutside)
 
 class ReadingASystemAlone : public OpenSystem {};
 
-TEST_F(ReadingASystemAlone, NeedsNoScan)
+TEST_F(ReadingASystemAlone, WorksWithoutAScan)
 {
     std::vector<uint8_t> bytes(3391);
     size_t size = bytes.size();

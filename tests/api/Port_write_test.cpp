@@ -162,6 +162,16 @@ TEST_F(WritingPorts, IsVisibleToReading)
     }
 }
 
+class WritingBeforeInitialisation : public Library {};
+
+TEST_F(WritingBeforeInitialisation, IsRefusedBeforeTheAddressIsLookedAt)
+{
+    const uint8_t data[4]{};
+    size_t size = sizeof data;
+    EXPECT_EQ(GC_ERR_NOT_INITIALIZED, GCWritePort(this, 0x100000000, data, &size));
+    EXPECT_LOGGED(Priority::error, "No preceding call to GCInitLib", "GCWritePort");
+}
+
 } // namespace
 
 } // namespace zvtest

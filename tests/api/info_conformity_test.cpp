@@ -33,11 +33,10 @@ std::vector<InfoCase> every(Cases cases)
 
 class InfoQueries : public EverythingDescribed {
 protected:
-    template <class T = uint64_t>
-    Info<T> ask(int32_t command, size_t room)
+    Info<uint64_t> ask(int32_t command, size_t room)
     {
         forget();
-        return query<T>(room, [&](auto... out) { return info().ask(asked, command, out...); });
+        return query<uint64_t>(room, [&](auto... out) { return info().ask(asked, command, out...); });
     }
 
     ExpectedLine traffic(const std::string& text, int32_t command, size_t size = 0) const
@@ -67,8 +66,7 @@ protected:
     }
 
     /// Whether all bytes from the `first` one on are as they were before the call.
-    template <class T>
-    static bool is_untouched_from(size_t first, const Info<T>& answer)
+    static bool is_untouched_from(size_t first, const Info<uint64_t>& answer)
     {
         return std::all_of(answer.bytes.begin() + static_cast<std::ptrdiff_t>(first), answer.bytes.end(),
                            [](uint8_t byte) { return byte == 0xA5; });
@@ -138,7 +136,7 @@ TEST_P(InfoRows, AskTheLibraryOnlyForWhatItAloneKnows)
     EXPECT_EQ(row().calls == nullptr ? Calls{} : row().calls(asked), fake.calls());
 }
 
-TEST_P(InfoRows, TellTypeAndSizeWithoutABuffer)
+TEST_P(InfoRows, GiveTypeAndSizeWithoutABuffer)
 {
     for (void* const missing : {static_cast<void*>(nullptr), all_ones<void*>()}) {
         forget();
