@@ -131,7 +131,7 @@ GC_API GCWritePort(PORT_HANDLE hPort, uint64_t iAddress, const void* pBuffer, si
 try {
     const ApiCall call{"GCWritePort", Priority::trace};
     // Contract: before the enter line and the initialisation guard. Pinned by
-    // MissingArgument.IsRefusedInItsOrder.
+    // GuardedArgument.IsNotReadBeforeGCInitLib.
     if (is_missing(piSize) || is_missing(pBuffer))
         return call.fail(At{730}, GC_ERR_INVALID_PARAMETER);
     if (is_logged(api_logger, Priority::trace))

@@ -106,15 +106,6 @@ TEST_F(EventGetDataInfo, ValueLeavesAKill)
     EXPECT_EQ(GC_ERR_ABORT, take().code);
 }
 
-TEST_F(EventGetDataInfo, ValueOfARevokedBufferHasNoPrivatePointer)
-{
-    deliver(*buffers[0]);
-    ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[0]->handle, nullptr, nullptr));
-    const auto info = data_info<EVENT_NEW_BUFFER_DATA>(EVENT_DATA_VALUE);
-    EXPECT_EQ(buffers[0]->handle, info.value.BufferHandle);
-    EXPECT_EQ(nullptr, info.value.pUserPointer);
-}
-
 TEST_F(EventGetDataInfo, GivesTypeAndSizeOfAValueWithoutTakingIt)
 {
     for (const size_t entries : {size_t{0}, size_t{1}}) {

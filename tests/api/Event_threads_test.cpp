@@ -269,51 +269,6 @@ TEST_F(EventThreads, FlushesAndQueriesMeetFrames)
     EXPECT_EQ(frames, fired());
 }
 
-class UnserialisedEventThreads : public EventThreads {
-protected:
-    void SetUp() override
-    {
-        EventThreads::SetUp();
-        if (HasFatalFailure())
-            return;
-        settings.set("GenTL.Event.SerializeStreamEvent", 0);
-        ASSERT_EQ(GC_ERR_SUCCESS, unregister());
-        register_event();
-        forget();
-    }
-};
-
-TEST_F(UnserialisedEventThreads, LoseNoEntry)
-{
-    constexpr uint64_t frames = 3000;
-    log.set_level(Priority::warning);
-    std::thread library([this] {
-        for (uint64_t i = 0; i < frames; ++i)
-            deliver(*buffers[i % 3]);
-    });
-    std::atomic<uint64_t> taken{0};
-    const auto consume = [&] {
-        while (taken < frames) {
-            if (take().code == GC_ERR_SUCCESS)
-                ++taken;
-        }
-    };
-    std::thread other(consume);
-    consume();
-    other.join();
-    library.join();
-    EXPECT_EQ(frames, fired());
-    EXPECT_EQ(0U, in_queue());
-}
-
-TEST_F(UnserialisedEventThreads, AreWokenByUnregistering)
-{
-    std::vector<Thread> waiters = take_on_threads(4);
-    EXPECT_EQ(GC_ERR_SUCCESS, unregister());
-    for (Thread& waiter : waiters)
-        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
-}
-
 class PollingEventThreads : public EventThreads {
 protected:
     void SetUp() override

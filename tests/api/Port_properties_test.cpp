@@ -93,16 +93,6 @@ TEST_F(PortInformation, GivesTheSizeOfAnIdInItsForm)
     EXPECT_EQ(0U, size);
 }
 
-TEST_F(PortInformation, CopiesAnIdInPartWhenThereIsTooLittleRoom)
-{
-    const auto answer = id<std::string>(dev, INFO_DATATYPE_STRING, 3);
-    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, answer.code);
-    EXPECT_EQ(3U, answer.size);
-    EXPECT_EQ("Dev", std::string(answer.bytes.begin(), answer.bytes.begin() + 3));
-    EXPECT_EQ("GCGetPortInfo - GC_ERR_BUFFER_TOO_SMALL: buffer length is too small to hold data (3/9)",
-              last_error());
-}
-
 // Lines print 32 bits of a size, here none that are set; the room is all of it.
 TEST_F(PortInformation, IsGivenIntoRoomsBeyond32Bits)
 {

@@ -66,20 +66,6 @@ TEST_P(StackedAccess, MovesOnlyTheFirstEntry)
     }
 }
 
-TEST_P(StackedAccess, MovesTheData)
-{
-    for (Registers* registers : {&fake.grabber(0).registers, &fake.grabber(0).camera(0).registers})
-        (*registers)[0x1000] = 0x77;
-    bytes[0][0] = 0x77;
-    for (const LibraryPort& asked : library_ports()) {
-        count = 1;
-        EXPECT_EQ(GC_ERR_SUCCESS, access(asked.handle));
-        EXPECT_EQ(1U, count);
-        EXPECT_EQ(0x77, bytes[0][0]);
-        EXPECT_EQ(0, bytes[1][0]);
-    }
-}
-
 TEST_P(StackedAccess, CountsNoEntryWhileTheFirstIsMoved)
 {
     size_t seen = 7;

@@ -152,16 +152,6 @@ TEST_F(WritingPorts, LeavesDescriptionsAlone)
     EXPECT_TRUE(fake.calls().empty());
 }
 
-TEST_F(WritingPorts, IsVisibleToReading)
-{
-    for (const LibraryPort& asked : library_ports()) {
-        std::vector<uint8_t> read(4);
-        EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(asked.handle, 0x20, data.data(), &size));
-        EXPECT_EQ(GC_ERR_SUCCESS, GCReadPort(asked.handle, 0x20, read.data(), &size));
-        EXPECT_EQ(data, read) << asked.kind;
-    }
-}
-
 class WritingBeforeInitialisation : public Library {};
 
 TEST_F(WritingBeforeInitialisation, IsRefusedBeforeTheAddressIsLookedAt)
