@@ -1,7 +1,7 @@
 /// \file FrameStamp.h
 /// A frame counter and a checksum inside the pixels of a frame, so that a receiver can prove that what
 /// arrived is what was sent, and see what did not arrive. The software grabber library stamps its test
-/// patterns; tools and tests read the stamp from the delivered bytes, whatever the pixel format.
+/// patterns; tools and tests read the stamp from the delivered bytes, in any pixel format.
 ///
 /// The stamp is the first 32 bytes of the frame, numbers little-endian:
 ///
@@ -13,7 +13,7 @@
 /// | 16     | 8    | bytes of the whole frame, the stamp included                   |
 /// | 24     | 8    | checksum of the counter and of all bytes that follow the stamp |
 ///
-/// The frame's own size stands in the stamp, so a receiver may pass a buffer that is larger than the frame. A
+/// The stamp contains the frame's own size, so a receiver may pass a buffer that is larger than the frame. A
 /// frame that was cut to fit a smaller buffer reads as damaged.
 #pragma once
 

@@ -5,7 +5,7 @@
 
 #include "api/ProcessState.h"
 #include "api/error_names.h"
-#include "log/unit_loggers.h"
+#include "log/Log.h"
 
 namespace zvgentl {
 

@@ -10,7 +10,7 @@
 
 namespace zvgentl {
 
-/// How much a query logs about a number that it hands over. Texts are logged alike everywhere.
+/// How much a query logs about a number that it hands over. Texts are logged the same way everywhere.
 enum class NumberLog {
     silent,
     too_small, // a buffer that cannot hold it
@@ -19,7 +19,7 @@ enum class NumberLog {
 };
 
 /// The three output arguments of an info query. Nothing else sets the type, compares sizes or copies bytes,
-/// but for the one answer that takes an entry out of an event, and the type of a URL that cannot be given.
+/// except the answer that takes an entry out of an event, and the type of a URL that is not available.
 class InfoOutput {
 public:
     InfoOutput(GenTL::INFO_DATATYPE* type, void* buffer, size_t* size) noexcept;

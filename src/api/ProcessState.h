@@ -8,10 +8,10 @@ namespace zvgentl {
 class SystemModule;
 
 /// What the process shares: whether the library is initialised, the one system module and the last error's
-/// text. None of it is per thread. Any thread may call; which of two threads wins is left open, that nothing
-/// tears is not.
+/// text. None of it is per thread. Any thread may call. Which of two threads wins is not defined, but
+/// nothing is ever torn.
 bool is_initialised() noexcept;
-/// Switches the state; false when it was as asked already.
+/// Switches the state; false when it was already as asked.
 bool set_initialised() noexcept;
 void set_uninitialised() noexcept;
 

@@ -5,7 +5,7 @@
 #include "api/InfoTable.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "log/text.h"
+#include "log/Log.h"
 #include "modules/BufferModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
@@ -103,7 +103,7 @@ try {
     const auto stream = check_stream_handle(hDataStream, call, Open::required);
     if (!stream)
         return stream.error();
-    const PinnedBuffer buffer = stream->buffers().find(hBuffer);
+    const PinnedBuffer buffer = stream->get_Buffers().find(hBuffer);
     if (!buffer) {
         call.log_error(At{3322}, "invalid buffer handle %016llX", address(hBuffer));
         return call.fail(At{3323}, GC_ERR_INVALID_HANDLE);

@@ -5,13 +5,13 @@
 #include "api/InfoTable.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "log/text.h"
+#include "log/Log.h"
 #include "modules/BufferModule.h"
 #include "modules/CameraModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
 
-// Data stream functions: DS*, but for those that describe a buffer (ZVGRLibGenTL_Buffer.cpp).
+// Data stream functions: DS*, except those that describe a buffer (ZVGRLibGenTL_Buffer.cpp).
 
 namespace GenTL {
 
@@ -24,21 +24,21 @@ bool is_filling(const BufferModule& buffer) { return buffer.get_FillState() == F
 /// The input pool holds what waits to be filled and what is being filled.
 size_t count_waiting(const StreamModule& stream)
 {
-    return stream.buffers().count_if([](const BufferModule& buffer) {
+    return stream.get_Buffers().count_if([](const BufferModule& buffer) {
         return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT && !is_filling(buffer);
     });
 }
 
 size_t count_started(const StreamModule& stream)
 {
-    return stream.buffers().count_if([](const BufferModule& buffer) {
+    return stream.get_Buffers().count_if([](const BufferModule& buffer) {
         return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT && is_filling(buffer);
     });
 }
 
 size_t count_output(const StreamModule& stream)
 {
-    return stream.buffers().count_if(
+    return stream.get_Buffers().count_if(
         [](const BufferModule& buffer) { return buffer.get_Queue() == BUFFER_QUEUE_TYPE::OUTPUT; });
 }
 
@@ -53,7 +53,7 @@ constexpr InfoRow<StreamModule> stream_info[] = {
          return InfoValue::uint64(static_cast<uint64_t>(stream.get_Underruns()));
      }},
     {STREAM_INFO_NUM_ANNOUNCED,
-     [](const StreamModule& stream) { return InfoValue::sizet(stream.buffers().size()); }},
+     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_Buffers().size()); }},
     {STREAM_INFO_NUM_QUEUED,
      [](const StreamModule& stream) { return InfoValue::sizet(count_waiting(stream)); }},
     {STREAM_INFO_NUM_AWAIT_DELIVERY,
@@ -143,7 +143,7 @@ try {
 
     uint64_t grabber_handle = 0;
     {
-        const PinnedBuffer buffer = stream->buffers().find(hBuffer);
+        const PinnedBuffer buffer = stream->get_Buffers().find(hBuffer);
         if (!buffer)
             return call.fail(At{2981}, GC_ERR_INVALID_HANDLE);
         // Contract: also when the buffer allocated that memory itself and now frees it.
@@ -179,7 +179,7 @@ try {
     if (!stream)
         return stream.error();
 
-    const PinnedBuffer buffer = stream->buffers().find(hBuffer);
+    const PinnedBuffer buffer = stream->get_Buffers().find(hBuffer);
     if (!buffer) {
         call.log_error(At{3020}, "DSQueueBuffer - GC_ERR_INVALID_HANDLE: invalid buffer handle");
         return GC_ERR_INVALID_HANDLE;
@@ -222,7 +222,7 @@ try {
     if (!stream)
         return stream.error();
 
-    *phBuffer = stream->buffers().at(iIndex).get();
+    *phBuffer = stream->get_Buffers().at(iIndex).get();
     if (*phBuffer == nullptr) // without a log line
         return GC_ERR_INVALID_INDEX;
     return call.succeed(At{3073}, "Exit DSGetBufferID");
@@ -277,7 +277,7 @@ try {
     const auto stream = check_stream_handle(hDataStream, call, Open::required);
     if (!stream)
         return stream.error();
-    if (stream->buffers().size() == 0) {
+    if (stream->get_Buffers().size() == 0) {
         call.log_error(At{3150}, "No buffers in stream=0x%016llX", address(hDataStream));
         return call.fail(At{3151}, GC_ERR_INVALID_BUFFER);
     }

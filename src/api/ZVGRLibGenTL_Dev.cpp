@@ -6,14 +6,13 @@
 #include "api/InfoOutput.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "api/id_output.h"
 #include "api/module_info.h"
-#include "log/text.h"
+#include "log/Log.h"
 #include "modules/CameraModule.h"
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
 
 namespace GenTL {
 
@@ -68,7 +67,7 @@ try {
         call.log_info(At{2551}, "DevClose - GC_ERR_ERROR, ZVGR_CameraClose failed");
         return GC_ERR_ERROR;
     }
-    camera.set_Open(false);
+    camera.mark_closed_and_wipe();
     return call.succeed(At{2555}, "Exit DevClose");
 } catch (...) {
     return after_exception("DevClose");

@@ -8,8 +8,7 @@
 #include "api/InfoTable.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "log/text.h"
-#include "log/unit_loggers.h"
+#include "log/Log.h"
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
 #include "platform/monotonic_clock.h"
@@ -25,7 +24,7 @@ namespace {
 /// No memory for the event object.
 GC_ERROR report_not_available(const ApiCall& call, EVENT_TYPE type, const char* handle_name)
 {
-    if (type == EVENT_REMOTE_DEVICE) { // Contract: less loud for this type, and without an exit line
+    if (type == EVENT_REMOTE_DEVICE) { // Contract: only information for this type, and without an exit line
         call.log_info(At{1110},
                       "GCRegisterEvent GC_ERR_NOT_AVAILABLE - wasn't able to set event for handle=%s",
                       handle_name);
@@ -65,11 +64,11 @@ void discard_next(EventModule& event)
     EVENT_NEW_BUFFER_DATA datum{};
     if (!event.try_take(&datum))
         return;
-    if (const PinnedBuffer buffer = event.get_Source().buffers().find(datum.BufferHandle))
+    if (const PinnedBuffer buffer = event.get_Source().get_Buffers().find(datum.BufferHandle))
         buffer->set_Queue(BUFFER_QUEUE_TYPE::GENERAL);
 }
 
-/// Logs at the first occasion in the process alone.
+/// Logs only the first time in the process.
 void log_once(std::atomic<bool>& is_logged_already, At at, const char* text)
 {
     if (!is_logged_already.exchange(true))
@@ -166,10 +165,10 @@ try {
         call.log_error(At{1228}, "handle=%s", kind_name);
         return call.fail(At{1229}, GC_ERR_NOT_IMPLEMENTED);
     }
-    const EventList::Registration registration = stream->events().add(*stream, iEventID);
+    const EventList::Registration registration = stream->get_Events().add(*stream, iEventID);
     if (registration == EventList::Registration::failed)
         return report_not_available(call, iEventID, kind_name);
-    *phEvent = stream->events().find(iEventID).get();
+    *phEvent = stream->get_Events().find(iEventID).get();
     if (registration == EventList::Registration::existed)
         return report_existing(call, iEventID, kind_name);
     return call.succeed(At{1237}, "Exit GCRegisterEvent, handle=0x%X", low32(*phEvent));
@@ -194,7 +193,7 @@ try {
     StreamModule* const stream = kind == ModuleKind::stream ? find_stream(hEventSrc) : nullptr;
     if (stream == nullptr) // without a log line, as the next
         return GC_ERR_NOT_IMPLEMENTED;
-    if (!stream->events().remove(iEventID))
+    if (!stream->get_Events().remove(iEventID))
         return GC_ERR_NOT_INITIALIZED; // Contract: this code. Pinned by GCUnregisterEvent.OfNothing.
     return call.succeed(At{1266}, "Exit GCUnregisterEvent");
 } catch (...) {
@@ -209,7 +208,7 @@ try {
     const auto event = check_event_handle(hEvent, call, Open::required);
     if (!event)
         return event.error();
-    // The stream tells how loud the enter line is: hence after the handle.
+    // The stream decides the priority of the enter line, so the line comes after the handle check.
     StreamModule& stream = event->get_Source();
     throttled_call(stream, LogThrottle::Mark::no)
         .log(At{1287}, "Enter EventGetData, handle=0x%X, buffer size=%d, timeout=%d ms", low32(hEvent),

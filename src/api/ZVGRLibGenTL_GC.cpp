@@ -32,7 +32,7 @@ try {
     call.log(At{605}, "Enter GCCloseLib");
     if (!call.library_is_open(At{607}))
         return GC_ERR_NOT_INITIALIZED;
-    TLClose(current_system()); // fails when no system is open, which is no error here
+    TLClose(current_system()); // fails when no system is open, which is not an error here
     set_uninitialised();
     return call.succeed(At{611}, "Exit GCCloseLib");
 } catch (...) {

@@ -6,17 +6,15 @@
 #include "api/InfoOutput.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "api/id_output.h"
 #include "api/module_info.h"
+#include "log/Log.h"
 #include "log/ScopeTimer.h"
-#include "log/text.h"
-#include "log/unit_loggers.h"
 #include "modules/CameraModule.h"
 #include "modules/CameraScan.h"
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/SystemModule.h"
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
 
 namespace GenTL {
 
@@ -134,7 +132,7 @@ try {
         call.log_error(At{2313}, "Interface 0x%016llX already closed", address(hIface));
         return call.fail(At{2314}, GC_ERR_INVALID_HANDLE);
     }
-    iface->set_Open(false);
+    iface->mark_closed_with_cameras();
     return call.succeed(At{2317}, "Exit IFClose");
 } catch (...) {
     return after_exception("IFClose");
@@ -164,7 +162,7 @@ try {
     const ScopeTimer timer{api_logger, "IFOpenDevice", At{2386}, Priority::information};
     const ApiCall call{"IFOpenDevice"};
     call.log(At{2388}, "Enter IFOpenDevice handle = 0x%016llX, flags=0x%X", address(hIface),
-             static_cast<unsigned>(iOpenFlag)); // the flags are only logged: every open is carried out alike
+             static_cast<unsigned>(iOpenFlag)); // the flags are only logged: every open is the same
     if (!call.library_is_open(At{2390}))
         return GC_ERR_NOT_INITIALIZED;
     if (is_missing(phDevice) || is_missing(sDeviceID))
@@ -194,7 +192,7 @@ try {
                                         ", device id=" + std::to_string(index));
         return call.fail(At{2415}, GC_ERR_ACCESS_DENIED);
     }
-    camera.set_Open(true);
+    camera.mark_open();
     *phDevice = device;
     return call.succeed(At{2419}, "Exit IFOpenDevice, camera id=%d, deviceHandle=0x%016llX", index,
                         address(device));

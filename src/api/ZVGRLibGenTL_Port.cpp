@@ -7,8 +7,7 @@
 #include "api/ProcessState.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "log/text.h"
-#include "log/unit_loggers.h"
+#include "log/Log.h"
 #include "port/Port.h"
 #include "port/routing.h"
 
@@ -44,7 +43,7 @@ bool transfer(const Port& port, Access access, const PORT_REGISTER_STACK_ENTRY& 
 GC_ERROR transfer_stacked(const ApiCall& call, const Port& port, Access access,
                           const PORT_REGISTER_STACK_ENTRY* entries, size_t* count)
 {
-    const Route& route = *route_of(port.kind());
+    const Route& route = route_of(port.kind());
     if (route.registers == Registers::of_module) {
         call.log_error(At{690}, "%s - GC_ERR_NOT_IMPLEMENTED", call.function());
         return GC_ERR_NOT_IMPLEMENTED;
@@ -82,7 +81,7 @@ GC_ERROR read_from_library(const Port& port, uint64_t iAddress, void* pBuffer, s
 {
     if (!is_open(port)) {
         log_debug(api_logger, "GCReadPort", At{697}, "GC_ERR_INVALID_HANDLE, %s is closed",
-                  route_of(port.kind())->owner);
+                  route_of(port.kind()).owner);
         return GC_ERR_INVALID_HANDLE;
     }
     auto transferred = static_cast<uint32_t>(*size);
@@ -114,7 +113,7 @@ try {
     }
 
     const size_t asked = *piSize;
-    const bool is_own = route_of(port.kind())->registers == Registers::of_module;
+    const bool is_own = route_of(port.kind()).registers == Registers::of_module;
     const GC_ERROR error = is_own ? read_description(port, iAddress, pBuffer, piSize)
                                   : read_from_library(port, iAddress, pBuffer, piSize);
     if (error != GC_ERR_SUCCESS)
@@ -146,7 +145,7 @@ try {
         call.log_error(At{739}, "GCWritePort - GC_ERR_INVALID_HANDLE");
         return call.fail(At{740}, GC_ERR_INVALID_HANDLE);
     }
-    if (route_of(port.kind())->registers == Registers::of_module) {
+    if (route_of(port.kind()).registers == Registers::of_module) {
         *piSize = 0;
         return call.fail(At{742}, GC_ERR_NOT_IMPLEMENTED);
     }

@@ -9,7 +9,7 @@
 #include "api/arguments.h"
 #include "api/handle_checks.h"
 #include "api/port_info.h"
-#include "log/text.h"
+#include "log/Log.h"
 #include "port/Port.h"
 #include "port/routing.h"
 

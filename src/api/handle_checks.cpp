@@ -73,7 +73,7 @@ PinnedBuffer find_buffer(const void* handle)
 {
     PinnedBuffer found;
     visit_streams([&](StreamModule& stream) {
-        found = stream.buffers().find(handle);
+        found = stream.get_Buffers().find(handle);
         return static_cast<bool>(found);
     });
     return found;
@@ -83,7 +83,7 @@ EventRef find_event(const void* handle)
 {
     EventRef found;
     visit_streams([&](StreamModule& stream) {
-        found = stream.events().find(handle);
+        found = stream.get_Events().find(handle);
         return static_cast<bool>(found);
     });
     return found;

@@ -7,7 +7,6 @@
 #include "api/ApiCall.h"
 #include "modules/BufferPool.h"
 #include "modules/EventModule.h"
-#include "modules/module_kind.h"
 #include "port/Port.h"
 
 namespace zvgentl {
@@ -54,7 +53,7 @@ Checked<PinnedBuffer> check_buffer_handle(GenTL::BUFFER_HANDLE handle, const Api
 /// Also GC_ERR_NOT_AVAILABLE: for an event of a closed stream, camera or interface.
 Checked<EventRef> check_event_handle(GenTL::EVENT_HANDLE handle, const ApiCall& call, Open open);
 
-/// The module that a handle names as a port, whatever its kind; no port for one that is closed. Never logs.
+/// The module that a handle names as a port, of any kind; no port for a closed one. Never logs.
 Port find_port(const void* handle);
 
 /// What any handle names, for functions that accept several kinds.

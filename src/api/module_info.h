@@ -30,8 +30,8 @@ InfoValue identity_text(const char (&field)[size])
     return InfoValue::string(std::string(field, std::find(std::begin(field), std::end(field), '\0')));
 }
 
-/// What is known of a device, whether it was asked of its interface or of the device itself. The model name
-/// stands for the names that cameras do not have.
+/// What is known of a device, whether it was asked of its interface or of the device itself. Cameras have
+/// neither a display name nor a user-defined one, so the model name takes their place.
 inline constexpr InfoRow<DeviceModule> device_info[] = {
     {GenTL::DEVICE_INFO_ID, [](const DeviceModule& device) { return InfoValue::string(device.getId()); }},
     {GenTL::DEVICE_INFO_VENDOR,

@@ -8,16 +8,13 @@
 
 namespace zvgentl {
 
-/// What a port says of itself, the same for every kind of module: also that it can be written and that it has
-/// both byte orders, whether or not it can and has.
+/// What a port says about itself, the same for every kind of module: also that it can be written and has both
+/// byte orders, whether that is true or not.
 inline constexpr InfoRow<Port> port_info[] = {
     {GenTL::PORT_INFO_ID, [](const Port& port) { return InfoValue::string(port.getId()); }},
-    {GenTL::PORT_INFO_VENDOR,
-     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_VENDOR)->value(); }},
-    {GenTL::PORT_INFO_MODEL,
-     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_MODEL)->value(); }},
-    {GenTL::PORT_INFO_TLTYPE,
-     [](const Port&) { return find_row(producer_info, GenTL::TL_INFO_TLTYPE)->value(); }},
+    {GenTL::PORT_INFO_VENDOR, [](const Port&) { return producer_value<GenTL::TL_INFO_VENDOR>(); }},
+    {GenTL::PORT_INFO_MODEL, [](const Port&) { return producer_value<GenTL::TL_INFO_MODEL>(); }},
+    {GenTL::PORT_INFO_TLTYPE, [](const Port&) { return producer_value<GenTL::TL_INFO_TLTYPE>(); }},
     {GenTL::PORT_INFO_MODULE, [](const Port& port) { return InfoValue::string(port.kind_name()); }},
     {GenTL::PORT_INFO_LITTLE_ENDIAN, [](const Port&) { return InfoValue::bool8(true); }},
     {GenTL::PORT_INFO_BIG_ENDIAN, [](const Port&) { return InfoValue::bool8(true); }},

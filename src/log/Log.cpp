@@ -14,6 +14,13 @@ namespace zvgentl {
 
 namespace {
 
+constexpr uint32_t configured_level = 0xFFFFFFFF;
+
+ZVPocoLogger* logger_of(const char* source_file)
+{
+    return InitLogger(nullptr, source_file, configured_level);
+}
+
 /// A text that grows to 4095 characters and is then cut.
 class Line {
 public:
@@ -73,6 +80,13 @@ void hand_over(const Line& line, ZVPocoLogger& logger, Priority priority) noexce
 
 } // namespace
 
+ZVPocoLogger* const api_logger = logger_of("ZVGRLibGenTL.cpp");
+ZVPocoLogger* const system_module_logger = logger_of("SystemModule.cpp");
+ZVPocoLogger* const buffer_module_logger = logger_of("BufferModule.cpp");
+ZVPocoLogger* const camera_module_logger = logger_of("CameraModule.cpp");
+ZVPocoLogger* const event_module_logger = logger_of("EventModule.cpp");
+ZVPocoLogger* const stream_module_logger = logger_of("StreamModule.cpp");
+
 bool is_logged(const ZVPocoLogger* logger, Priority priority) noexcept
 {
     return logger != nullptr && logger->getLevel() >= static_cast<int>(priority);
@@ -104,8 +118,8 @@ void write_bare_line(ZVPocoLogger* logger, Priority priority, const char* functi
     hand_over(line, *logger, priority);
 }
 
-// The list of arguments has to be opened in the function that declares it, hence six bodies alike.
-// NOLINTBEGIN(cert-dcl50-cpp)
+// The list of arguments has to be opened in the function that declares it, hence six bodies that look the
+// same. NOLINTBEGIN(cert-dcl50-cpp)
 void log_fatal(ZVPocoLogger* logger, const char* function, At at, const char* format, ...)
 {
     va_list arguments;

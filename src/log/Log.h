@@ -1,8 +1,7 @@
 #pragma once
 
 #include <cstdarg>
-
-#include "log/At.h"
+#include <cstdint>
 
 class ZVPocoLogger;
 
@@ -16,6 +15,13 @@ class ZVPocoLogger;
 #endif
 
 namespace zvgentl {
+
+/// Where a log line is written from: the number in brackets that opens its message. Chosen by hand and unique
+/// within a logger's unit, so that a number in a customer's log finds one line in every version; never the
+/// source line.
+struct At {
+    int number;
+};
 
 /// The priorities in use, with Poco's numbers.
 enum class Priority {
@@ -53,5 +59,30 @@ void write_line(ZVPocoLogger* logger, Priority priority, const char* function, A
 ZV_PRINTF(4, 5)
 void write_bare_line(ZVPocoLogger* logger, Priority priority, const char* function, const char* format,
                      ...) noexcept;
+
+/// One logger per source unit, made while the library is loaded and never released by us. Each may be null,
+/// when the logger library could not make it; every log entry point then does nothing.
+extern ZVPocoLogger* const api_logger; // the exported functions, with the interface and device modules
+extern ZVPocoLogger* const system_module_logger;
+extern ZVPocoLogger* const buffer_module_logger;
+extern ZVPocoLogger* const camera_module_logger;
+extern ZVPocoLogger* const event_module_logger;
+extern ZVPocoLogger* const stream_module_logger;
+
+/// A pointer as the number that "0x%016llX" prints: 16 digits on every system, where "%p" differs between
+/// them.
+inline unsigned long long address(const void* pointer) noexcept
+{
+    return reinterpret_cast<uintptr_t>(pointer);
+}
+
+/// The low 32 bits of a handle or pointer, for lines that print them with "%X".
+inline unsigned low32(const void* pointer) noexcept
+{
+    return static_cast<unsigned>(reinterpret_cast<uintptr_t>(pointer));
+}
+
+/// The low 32 bits of a size or count, for lines that print them with "%d".
+inline int low32_signed(uint64_t value) noexcept { return static_cast<int>(static_cast<uint32_t>(value)); }
 
 } // namespace zvgentl

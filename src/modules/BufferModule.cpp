@@ -10,10 +10,9 @@
 #include "zvgr/ZVGRLib.h"
 
 #include "log/Log.h"
-#include "log/unit_loggers.h"
 #include "modules/PortMemory.h"
 #include "modules/StreamModule.h"
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
 #include "modules/pixel_formats.h"
 #include "modules/settings.h"
 #include "resources/descriptions.h"
@@ -73,7 +72,7 @@ const char* name_of(BUFFER_QUEUE_TYPE queue) noexcept
 
 AlignedMemory::AlignedMemory(uint64_t size)
 {
-    // Allocators add the alignment, some a header as well, and wrap round. No object may be larger anyhow.
+    // Allocators add the alignment and perhaps a header, and that sum may overflow. No object may be larger.
     if (size > static_cast<uint64_t>(std::numeric_limits<ptrdiff_t>::max()))
         throw std::bad_alloc();
     m_memory.reset(::operator new(size != 0 ? static_cast<size_t>(size) : 1, memory_alignment));

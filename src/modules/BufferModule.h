@@ -32,7 +32,7 @@ enum class FillState : uint32_t {
     incomplete = 3, // never set: a frame arrives whole or not at all
 };
 
-/// What a consumer is told about the image, fixed when the buffer is announced.
+/// What a consumer can ask about the image, fixed when the buffer is announced.
 enum class Geometry : uint32_t {
     width = 0,
     height = 1,
@@ -49,7 +49,7 @@ enum class Geometry : uint32_t {
 class AlignedMemory {
 public:
     AlignedMemory() = default;
-    /// At least one byte; throws std::bad_alloc when there is no room.
+    /// At least one byte; throws std::bad_alloc when there is no memory.
     explicit AlignedMemory(uint64_t size);
 
     void* get() const noexcept { return m_memory.get(); }
@@ -61,10 +61,10 @@ private:
     std::unique_ptr<void, Free> m_memory;
 };
 
-/// One announced buffer: its memory, what it shows, the queue it is in and what the last frame left. Its
-/// address is the buffer handle. Owned by its stream's pool; consumer threads and the library's callback
-/// thread enter it, so whatever changes after construction is atomic, and the queue tag also goes through the
-/// buffer's lock.
+/// One announced buffer: its memory, the geometry of its image, the queue that it is in and what the last
+/// frame left. Its address is the buffer handle. Owned by its stream's pool; consumer threads and the
+/// library's callback thread enter it, so everything that changes after construction is atomic, and the queue
+/// tag also goes through the buffer's lock.
 class BufferModule final : public QuarantinedModule<retired_buffers> {
 public:
     /// Captures geometry and pixel format from grabber and camera. Without `memory` the buffer allocates

@@ -4,10 +4,9 @@
 #include <utility>
 
 #include "log/Log.h"
-#include "log/unit_loggers.h"
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
 #include "modules/settings.h"
 
 namespace zvgentl {
@@ -49,13 +48,10 @@ uint32_t CameraModule::open_Camera()
 
 uint32_t CameraModule::close_Camera() { return ZVGR_CameraClose(m_camera_handle); }
 
-void CameraModule::set_Open(bool open)
+void CameraModule::mark_closed_and_wipe()
 {
-    m_open.store(open, std::memory_order_relaxed);
-    if (open)
-        return;
-    if (m_stream)
-        m_stream->close();
+    m_open.store(false, std::memory_order_relaxed);
+    m_stream->close();
     // Contract: a closed camera has no identity until the next list rebuild.
     // Pinned by IFGetDeviceInfo.ReportsEmptyTextsAfterDevClose.
     m_info = ZvCameraInfo{};

@@ -36,8 +36,9 @@ public:
     uint32_t open_Camera();
     uint32_t close_Camera();
     bool is_Open() const noexcept { return m_open.load(std::memory_order_relaxed); }
-    /// Closing also closes the stream and forgets the identity, which then reads as empty texts.
-    void set_Open(bool open);
+    void mark_open() noexcept { m_open.store(true, std::memory_order_relaxed); }
+    /// Also closes the stream and wipes the identity, which then reads as empty texts.
+    void mark_closed_and_wipe();
 
     uint32_t get_StreamAmount() const noexcept { return 1; }
     /// The stream for an index below 1, negative ones included, else null.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
 
 namespace zvgentl {
 

@@ -14,7 +14,12 @@ class InterfaceModule;
 /// the device store for the life of the process; consumer threads call it.
 class DeviceModule final : public PortModule {
 public:
-    DeviceModule(InterfaceModule* parent, const std::string& id);
+    /// The camera's parent is the interface, too.
+    DeviceModule(InterfaceModule* parent, const std::string& id)
+        : m_id(id), m_camera(std::make_unique<CameraModule>(parent, "Camera" + number_of_id(id))),
+          m_parent(parent)
+    {
+    }
 
     std::string getId() const override { return m_id; }
     CameraModule* get_Camera() const noexcept { return m_camera.get(); }

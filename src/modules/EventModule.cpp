@@ -5,8 +5,6 @@
 #include <utility>
 
 #include "log/Log.h"
-#include "log/text.h"
-#include "log/unit_loggers.h"
 #include "modules/BufferModule.h"
 #include "modules/StreamModule.h"
 #include "modules/settings.h"
@@ -17,8 +15,6 @@ using namespace GenTL;
 using platform::WaitResult;
 
 namespace {
-
-constexpr size_t first_capacity = 256;
 
 uint32_t milliseconds_to_wait(uint64_t timeout)
 {
@@ -32,33 +28,6 @@ SerialLock::Serialise serialise_setting()
 }
 
 } // namespace
-
-PointerQueue::PointerQueue() : m_ring(first_capacity) {}
-
-void PointerQueue::push(BufferModule* buffer)
-{
-    if (m_size == m_ring.size()) {
-        std::vector<BufferModule*> larger(m_ring.size() * 2);
-        for (size_t i = 0; i < m_size; ++i)
-            larger[i] = m_ring[(m_first + i) % m_ring.size()];
-        m_ring.swap(larger);
-        m_first = 0;
-    }
-    m_ring[(m_first + m_size) % m_ring.size()] = buffer;
-    ++m_size;
-}
-
-void PointerQueue::pop() noexcept
-{
-    m_first = (m_first + 1) % m_ring.size();
-    --m_size;
-}
-
-void PointerQueue::clear() noexcept
-{
-    m_first = 0;
-    m_size = 0;
-}
 
 EventModule::EventModule(StreamModule& source, EVENT_TYPE type)
     : m_source(source), m_queue_lock(serialise_setting()), m_type(type)
@@ -187,7 +156,7 @@ GC_ERROR EventModule::get_event_data(void* destination, uint64_t timeout)
         m_os_event.set(); // the next waiter's turn
         return GC_ERR_ABORT;
     }
-    // The signal of an entry that was flushed, or taken by another consumer, ends the wait all the same.
+    // The signal of an entry that was flushed or that another consumer took also ends the wait.
     return try_take(destination) ? GC_ERR_SUCCESS : GC_ERR_TIMEOUT;
 }
 

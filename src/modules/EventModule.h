@@ -4,35 +4,17 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
-#include <vector>
 
 #include "GenTL/GenTL.h"
 
+#include "modules/BufferQueue.h"
 #include "modules/Quarantine.h"
 #include "modules/SerialLock.h"
 #include "platform/AutoResetEvent.h"
 
 namespace zvgentl {
 
-class BufferModule;
 class StreamModule;
-
-/// A queue of pointers that allocates only when it is full: frames are appended without an allocation.
-class PointerQueue {
-public:
-    PointerQueue();
-    bool empty() const noexcept { return m_size == 0; }
-    size_t size() const noexcept { return m_size; }
-    BufferModule* front() const noexcept { return m_ring[m_first]; }
-    void push(BufferModule* buffer);
-    void pop() noexcept;
-    void clear() noexcept;
-
-private:
-    std::vector<BufferModule*> m_ring;
-    size_t m_first{0};
-    size_t m_size{0};
-};
 
 /// A registered event: its queue of delivered buffers and the operating-system event that consumers wait for.
 /// Its address is the event handle.
@@ -87,7 +69,7 @@ private:
     std::atomic<uint64_t> m_fired{0};
     std::atomic<bool> m_abort{false};
     mutable std::mutex m_container; // guards the queue also when a setting turns the queue lock off
-    PointerQueue m_queue;
+    BufferQueue m_queue;
     std::atomic<int32_t> m_references{0};
 };
 

@@ -37,13 +37,11 @@ InterfaceModule::~InterfaceModule()
         std::ignore = close_Grabber(); // nothing can be done about a failure
 }
 
-void InterfaceModule::set_Open(bool open)
+void InterfaceModule::mark_closed_with_cameras()
 {
-    m_open.store(open, std::memory_order_relaxed);
-    if (open)
-        return;
+    m_open.store(false, std::memory_order_relaxed);
     for (const DeviceModule* device : m_devices)
-        device->get_Camera()->set_Open(false);
+        device->get_Camera()->mark_closed_and_wipe();
 }
 
 bool InterfaceModule::open_Grabber()
@@ -52,7 +50,7 @@ bool InterfaceModule::open_Grabber()
     if (handle == ZV_NO_HANDLE)
         return false;
     set_GrabberHandle(handle);
-    set_Open(true);
+    mark_open();
     return true;
 }
 

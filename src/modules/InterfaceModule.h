@@ -30,8 +30,9 @@ public:
     SystemModule& get_Parent() const noexcept { return m_parent; }
 
     bool is_Open() const noexcept { return m_open.load(std::memory_order_relaxed); }
-    /// Closing also closes every listed camera.
-    void set_Open(bool open);
+    void mark_open() noexcept { m_open.store(true, std::memory_order_relaxed); }
+    /// Also marks every listed camera closed, in order, and wipes it.
+    void mark_closed_with_cameras();
     uint32_t get_GrabberHandle() const noexcept { return m_grabber_handle.load(std::memory_order_relaxed); }
     void set_GrabberHandle(uint32_t handle) noexcept
     {
@@ -39,7 +40,7 @@ public:
     }
     /// Opens the grabber at the interface's list position; false when the library refuses.
     bool open_Grabber();
-    /// Closes the grabber in the library, whatever the open flag says. Answers the library's status.
+    /// Closes the grabber in the library, regardless of the open flag. Answers the library's status.
     uint32_t close_Grabber();
 
     size_t get_CameraAmount() const noexcept { return m_devices.size(); }

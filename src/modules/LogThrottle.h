@@ -18,8 +18,24 @@ public:
     enum class Bypass { no, yes };
 
     /// True when a line of the function is due. While nothing is acquired it always is, and the function
-    /// starts anew. A function that is not throttled, and a bypass, always get true and change nothing.
-    bool is_due(std::string_view function, Acquisition acquisition, Mark mark, Bypass bypass = Bypass::no);
+    /// is ready again. A function that is not throttled, and a bypass, always get true and change nothing.
+    bool is_due(std::string_view function, Acquisition acquisition, Mark mark, Bypass bypass = Bypass::no)
+    {
+        if (bypass == Bypass::yes)
+            return true;
+        for (Flag& flag : m_flags) {
+            if (flag.function != function)
+                continue;
+            if (acquisition == Acquisition::idle) {
+                flag.is_logged.store(false, std::memory_order_relaxed);
+                return true;
+            }
+            if (mark == Mark::yes)
+                return !flag.is_logged.exchange(true, std::memory_order_relaxed);
+            return !flag.is_logged.load(std::memory_order_relaxed);
+        }
+        return true;
+    }
 
 private:
     struct Flag {

@@ -14,10 +14,10 @@ public:
     {
     }
 
-    /// Where the description lies: "Local:<file name>;<address>;<size>", the numbers in hexadecimal.
+    /// Where the description is: "Local:<file name>;<address>;<size>", the numbers in hexadecimal.
     std::string url() const;
 
-    /// Copies what lies at `address`, at most the `*size` bytes asked for, and sets `*size` to what was
+    /// Copies the bytes at `address`, at most the `*size` bytes asked for, and sets `*size` to the number
     /// copied. False, and nothing touched, for an address outside.
     bool read(uint64_t address, void* destination, size_t* size) const noexcept;
 

@@ -10,7 +10,7 @@
 namespace zvgentl {
 
 /// Handles are addresses, so an address must not come back as a handle soon after its object died: a
-/// consumer's stale handle would then name a stranger. The quarantine keeps the memory of the last 256
+/// consumer's stale handle would then name another object. The quarantine keeps the memory of the last 256
 /// destroyed objects of a class before it returns it; under AddressSanitizer that memory is poisoned. Any
 /// thread.
 class Quarantine {
@@ -31,13 +31,15 @@ private:
 
     std::mutex m_mutex;
     std::array<Block, 256> m_blocks{};
-    size_t m_next{0}; // where the oldest block stands and the next one goes
+    size_t m_next{0}; // the place of the oldest block, which the next one takes
 };
 
-extern Quarantine retired_systems;
-extern Quarantine retired_interfaces;
-extern Quarantine retired_buffers;
-extern Quarantine retired_events;
+// Inline, so that they are made before the device store, whose source includes this header, and destroyed
+// after it: the devices of the store leave their buffers and events to them.
+inline Quarantine retired_systems;
+inline Quarantine retired_interfaces;
+inline Quarantine retired_buffers;
+inline Quarantine retired_events;
 
 /// Base of the module classes whose objects die while the library is in use.
 template <Quarantine& retired>

@@ -4,17 +4,18 @@
 #include <utility>
 
 #include "log/Log.h"
-#include "log/unit_loggers.h"
 #include "modules/CameraModule.h"
 #include "modules/InterfaceModule.h"
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
 #include "modules/settings.h"
+
+// The stream itself: its life and what it asks the library.
 
 namespace zvgentl {
 
 namespace {
 
-/// What the library does with an exception from a callback is its own affair, so none may leave one.
+/// The library need not be able to handle an exception from a callback, so none may leave one.
 template <class Delivery>
 void deliver_from_library(Delivery delivery) noexcept
 {

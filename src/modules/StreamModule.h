@@ -19,14 +19,20 @@ class CameraModule;
 
 /// How frames reach the consumer's buffers.
 enum class StreamMode : uint32_t {
-    cyclic = 0, // the library fills a ring of its own, each frame is copied once
-    queued = 1, // the library fills the announced buffers, nothing is copied
+    cyclic = 0, // the library fills a ring of its own; each frame is copied once
+    queued = 1, // the library fills the announced buffers; nothing is copied
 };
 
 const char* name_of(StreamMode mode) noexcept;
 
 /// How revoking a buffer ended. The last is never reached: a buffer may be revoked in any queue.
 enum class RevokeOutcome { revoked = 0, not_in_pool = 1, in_use = 2 };
+
+/// The flush operation beyond those of the standard: drop every entry of the new-buffer event.
+constexpr int32_t flush_all_events = 1000;
+
+/// A flush operation's name as log lines print it.
+std::string queue_operation_name(int32_t operation);
 
 /// The data stream of one camera: the announced buffers, the registered events and the delivery of frames.
 /// Made and owned by its camera, closed until `connect`, and open to be connected again after `close`.
@@ -54,8 +60,8 @@ public:
     void abandon() noexcept { m_stream_handle.store(ZV_NO_HANDLE, std::memory_order_relaxed); }
 
     // Buffers: StreamModule_buffers.cpp
-    BufferPool& buffers() noexcept { return m_pool; }
-    const BufferPool& buffers() const noexcept { return m_pool; }
+    BufferPool& get_Buffers() noexcept { return m_pool; }
+    const BufferPool& get_Buffers() const noexcept { return m_pool; }
     /// Announces memory of the consumer, or memory that library or buffer allocate when `memory` is null. The
     /// same memory and size again give the same buffer with the new private pointer. Null on failure.
     BufferModule* new_buffer(void* memory, uint64_t size, void* private_pointer);
@@ -69,7 +75,7 @@ public:
     void* private_of(const void* buffer);
 
     // Events
-    EventList& events() noexcept { return m_events; }
+    EventList& get_Events() noexcept { return m_events; }
     bool is_SignaledEventMode() const noexcept { return m_signaled_event_mode; }
     /// Whether a function that is called per frame should log now.
     bool is_log_due(std::string_view function, LogThrottle::Mark mark);

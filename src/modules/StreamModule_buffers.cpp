@@ -6,10 +6,9 @@
 #include <tuple>
 
 #include "log/Log.h"
-#include "log/text.h"
-#include "log/unit_loggers.h"
-#include "modules/grabber_status.h"
-#include "modules/queue_operations.h"
+#include "modules/grabber_info.h"
+
+// The stream's buffers: announcing, queueing, revoking and moving them between the queues.
 
 namespace zvgentl {
 
@@ -98,7 +97,7 @@ RevokeOutcome StreamModule::revoke(const void* buffer, uint64_t grabber_handle)
 {
     if (!m_pool.holds(buffer))
         return RevokeOutcome::not_in_pool;
-    // Contract: in both modes, status ignored: the buffer goes whatever the library says.
+    // Contract: in both modes, and the status is ignored: the buffer is removed in any case.
     std::ignore = ZVGR_BufferRevoke(get_Handle(), grabber_handle);
     return m_pool.remove(buffer) ? RevokeOutcome::revoked : RevokeOutcome::not_in_pool;
 }

@@ -5,10 +5,11 @@
 #include <tuple>
 
 #include "log/Log.h"
-#include "log/text.h"
-#include "log/unit_loggers.h"
 #include "modules/CameraModule.h"
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
+
+// The stream's frames: starting and stopping the acquisition, and the way of a frame from the library to the
+// event.
 
 namespace zvgentl {
 
@@ -40,9 +41,9 @@ void StreamModule::stop()
     // Contract: the counts read 0 after a stop. Pinned by DSStopAcquisition.ResetsTheCounters.
     m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
     m_underruns.exchange(0, std::memory_order_relaxed);
-    // Nothing can be done about a camera that does not stop; stopping twice is no error.
+    // Nothing can be done about a camera that does not stop; stopping twice is not an error.
     std::ignore = ZVGR_CameraStopAcquire_GenTL(m_camera->get_CameraHandle());
-    // A frame whose delivery had begun has counted itself since. None is under way any more.
+    // A frame whose delivery had already begun may have been counted meanwhile. None is under way any more.
     m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
 }
 

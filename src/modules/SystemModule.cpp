@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "log/Log.h"
-#include "log/unit_loggers.h"
 #include "modules/DeviceStore.h"
 #include "modules/PortMemory.h"
 #include "resources/descriptions.h"

@@ -2,8 +2,6 @@
 
 #include <tuple>
 
-#include "zvgr/ZVGRLib.h"
-
 #include "modules/CameraModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"

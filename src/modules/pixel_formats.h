@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 
 namespace zvgentl {
@@ -12,7 +14,7 @@ struct PixelFormatRow {
 };
 
 /// Sorted by the CoaXPress code. 0x244 has no row on purpose: its code is passed on unchanged.
-constexpr PixelFormatRow pixel_formats[] = {
+inline constexpr PixelFormatRow pixel_formats[] = {
     {0x101, 0x01080001}, // Mono8
     {0x102, 0x01100003}, // Mono10
     {0x103, 0x01100005}, // Mono12
@@ -63,7 +65,17 @@ constexpr PixelFormatRow pixel_formats[] = {
     {0x823, 0x02200097}, // YCbCr709_422_12
 };
 
+static_assert(std::size(pixel_formats) == 48, "one row per format that both standards name");
+
 /// The PFNC code of a CoaXPress code; nothing when the table has no row for it.
-std::optional<uint32_t> pfnc_of(uint32_t coaxpress) noexcept;
+inline std::optional<uint32_t> pfnc_of(uint32_t coaxpress) noexcept
+{
+    const auto* const row = std::lower_bound(
+        std::begin(pixel_formats), std::end(pixel_formats), coaxpress,
+        [](const PixelFormatRow& candidate, uint32_t code) { return candidate.coaxpress < code; });
+    if (row == std::end(pixel_formats) || row->coaxpress != coaxpress)
+        return std::nullopt;
+    return row->pfnc;
+}
 
 } // namespace zvgentl

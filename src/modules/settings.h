@@ -12,12 +12,12 @@ struct PlainSetting {
     const char* description; // may be null
 };
 
-/// A setting that exists only when a person wrote it, stored under its key with "-Overwrite" behind.
+/// A setting that exists only when a person wrote it, stored under its key followed by "-Overwrite".
 struct OverrideSetting {
     const char* key;
 };
 
-/// The stored value; the default when none was stored.
+/// The stored value, or the default when none is stored.
 uint32_t read(const PlainSetting& setting);
 
 /// The stored value; nothing when none, or 0xFFFFFFFF, is stored.

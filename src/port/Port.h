@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <variant>
 
 #include "modules/BufferPool.h"
-#include "modules/module_kind.h"
 
 namespace zvgentl {
 
@@ -14,6 +14,26 @@ class DeviceModule;
 class InterfaceModule;
 class StreamModule;
 class SystemModule;
+
+/// What a handle names. A closed module counts as invalid.
+enum class ModuleKind : int32_t {
+    invalid = 0,
+    system = 1,
+    iface = 2,
+    device = 3,
+    stream = 4,
+    buffer = 5,
+    remote_device = 6,
+};
+
+/// The kind's name, as port information and log lines give it.
+constexpr const char* handle_type_name(ModuleKind kind) noexcept
+{
+    constexpr const char* names[] = {"Invalid handle", "TLSystem", "TLInterface", "TLDevice",
+                                     "TLDataStream",   "TLBuffer", "Device"};
+    const auto index = static_cast<int32_t>(kind);
+    return index >= 1 && index <= 6 ? names[index] : names[0];
+}
 
 /// The module behind a port handle, as it was found in the tree; no port for a handle that names nothing. It
 /// keeps a buffer alive; everything else lives as long as the consumer does not close it.
@@ -39,7 +59,8 @@ public:
     /// The module's ID text; empty for no port.
     std::string getId() const;
 
-    /// The module, for what differs from kind to kind. The alternatives stand in the order of ModuleKind.
+    /// The module itself, for what differs from kind to kind. The alternatives are in the order of
+    /// ModuleKind.
     using Module = std::variant<std::monostate, const SystemModule*, const InterfaceModule*,
                                 const DeviceModule*, const StreamModule*, PinnedBuffer, const CameraModule*>;
     const Module& module() const noexcept { return m_module; }

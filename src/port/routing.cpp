@@ -9,7 +9,7 @@
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
-#include "modules/grabber_status.h"
+#include "modules/grabber_info.h"
 
 namespace zvgentl {
 
@@ -64,7 +64,7 @@ struct ReadDescription {
 
 uint32_t library_handle(const Port& port) { return std::visit(LibraryHandle{}, port.module()); }
 
-bool reaches_grabber(const Port& port) { return route_of(port.kind())->registers == Registers::of_grabber; }
+bool reaches_grabber(const Port& port) { return route_of(port.kind()).registers == Registers::of_grabber; }
 
 /// As the library knows it. What it wrote is read within the buffer: the text may come from the camera.
 std::optional<std::string> url_from_library(uint32_t handle)

@@ -4,8 +4,7 @@
 
 #include "api/arguments.h"
 #include "api/error_names.h"
-#include "api/id_output.h"
-#include "modules/module_kind.h"
+#include "port/Port.h"
 #include "support/pointers.h"
 
 namespace zvgentl {
@@ -23,14 +22,6 @@ TEST(Arguments, AreMissingWhenNullOrAllOnes)
     EXPECT_FALSE(is_missing(reinterpret_cast<void*>(1)));
     EXPECT_FALSE(is_missing(reinterpret_cast<void*>(UINTPTR_MAX - 1)));
     EXPECT_FALSE(is_missing(reinterpret_cast<void*>(uintptr_t{0xFFFFFFFF}))) << "all bits, not the low ones";
-}
-
-TEST(Arguments, AreGivenOrNull)
-{
-    int here = 0;
-    EXPECT_EQ(&here, given(&here));
-    EXPECT_EQ(nullptr, given(static_cast<int*>(nullptr)));
-    EXPECT_EQ(nullptr, given(all_ones<int*>()));
 }
 
 TEST(Arguments, LogTheLowBitsOfASize)
@@ -59,19 +50,9 @@ TEST(ErrorNames, AreThoseOfTheStandard)
           NamedCode{-1014, "GC_ERR_NOT_AVAILABLE"}, NamedCode{-1015, "GC_ERR_INVALID_ADDRESS"},
           NamedCode{-1016, "GC_ERR_BUFFER_TOO_SMALL"}, NamedCode{-1017, "GC_ERR_INVALID_INDEX"}})
         EXPECT_STREQ(row.name, error_name(row.code));
-    EXPECT_EQ(16U, std::size(error_names));
-}
-
-TEST(ErrorNames, AreNotKnownForOtherCodes)
-{
     for (const int32_t code : {-1008, -1010, -1018, 1, -1})
         EXPECT_STREQ("unknown error", error_name(code));
-}
-
-TEST(ErrorNames, AreSortedByCode)
-{
-    for (size_t i = 1; i < std::size(error_names); ++i)
-        EXPECT_GT(error_names[i - 1].code, error_names[i].code);
+    EXPECT_EQ(16U, std::size(error_names));
 }
 
 TEST(ModuleKinds, HaveTheirNamesAndNumbers)
@@ -80,16 +61,7 @@ TEST(ModuleKinds, HaveTheirNamesAndNumbers)
                                   "TLDataStream",   "TLBuffer", "Device"};
     for (size_t i = 0; i < names.size(); ++i)
         EXPECT_STREQ(names[i], handle_type_name(static_cast<ModuleKind>(i)));
-    EXPECT_STREQ("TLSystem", handle_type_name(ModuleKind::system));
-    EXPECT_STREQ("TLInterface", handle_type_name(ModuleKind::iface));
-    EXPECT_STREQ("TLDevice", handle_type_name(ModuleKind::device));
-    EXPECT_STREQ("TLDataStream", handle_type_name(ModuleKind::stream));
-    EXPECT_STREQ("TLBuffer", handle_type_name(ModuleKind::buffer));
-    EXPECT_STREQ("Device", handle_type_name(ModuleKind::remote_device));
-}
-
-TEST(ModuleKinds, AreInvalidOutsideOfTheTable)
-{
+    EXPECT_EQ(6, static_cast<int32_t>(ModuleKind::remote_device));
     for (const int32_t kind : {-1, 7, 100, INT32_MIN, INT32_MAX})
         EXPECT_STREQ("Invalid handle", handle_type_name(static_cast<ModuleKind>(kind)));
 }

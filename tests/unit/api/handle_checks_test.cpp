@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <functional>
 
 #include "api/ProcessState.h"
@@ -17,7 +18,6 @@ namespace {
 
 using zvgentl::ApiCall;
 using zvgentl::BufferModule;
-using zvgentl::CameraModule;
 using zvgentl::check_buffer_handle;
 using zvgentl::check_device_handle;
 using zvgentl::check_event_handle;
@@ -117,8 +117,6 @@ protected:
         register_event();
         forget();
     }
-    InterfaceModule& interface_module() { return interface_at(0); }
-    CameraModule& camera_module() { return *interface_at(0).get_Camera(0); }
 };
 
 TEST_F(HandleChecks, PassTheirOwnKindAlone)
@@ -174,37 +172,26 @@ TEST_F(HandleChecks, SearchEveryInterfaceAndDevice)
     EXPECT_EQ(ModuleKind::remote_device, get_handle_type(port));
 }
 
-TEST_F(HandleChecks, TellClosedInterfacesFromUnknownOnes)
+TEST_F(HandleChecks, TellClosedModulesFromUnknownOnes)
 {
-    ASSERT_EQ(GC_ERR_SUCCESS, IFClose(iface));
-    forget();
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, check_interface_handle(iface, some_call, Open::required).error());
-    EXPECT_LOG_LINES({Priority::information, "SomeFunction - GC_ERR_INVALID_HANDLE, grabber is closed"});
-    forget();
-    EXPECT_TRUE(check_interface_handle(iface, some_call, Open::irrelevant));
-    EXPECT_LOG_LINES();
-}
-
-TEST_F(HandleChecks, TellClosedDevicesFromUnknownOnes)
-{
-    ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
-    forget();
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, check_device_handle(dev, some_call, Open::required).error());
-    EXPECT_LOG_LINES({Priority::information, "SomeFunction [GC_ERR_INVALID_HANDLE]: device is closed"});
-    forget();
-    EXPECT_TRUE(check_device_handle(dev, some_call, Open::irrelevant));
-    EXPECT_LOG_LINES();
-}
-
-TEST_F(HandleChecks, TellClosedStreamsFromUnknownOnes)
-{
-    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    forget();
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, check_stream_handle(ds, some_call, Open::required).error());
-    EXPECT_LOG_LINES({Priority::information, "SomeFunction - GC_ERR_INVALID_HANDLE, stream is closed"});
-    forget();
-    EXPECT_TRUE(check_stream_handle(ds, some_call, Open::irrelevant));
-    EXPECT_LOG_LINES();
+    struct Row {
+        std::function<GC_ERROR()> close;
+        size_t check;
+        void* handle;
+        const char* reason;
+    };
+    const std::vector<Row> rows = {
+        {[this] { return DSClose(ds); }, 2, ds, " - GC_ERR_INVALID_HANDLE, stream is closed"},
+        {[this] { return DevClose(dev); }, 1, dev, " [GC_ERR_INVALID_HANDLE]: device is closed"},
+        {[this] { return IFClose(iface); }, 0, iface, " - GC_ERR_INVALID_HANDLE, grabber is closed"},
+    };
+    for (const Row& row : rows) {
+        ASSERT_EQ(GC_ERR_SUCCESS, row.close());
+        forget();
+        EXPECT_EQ(GC_ERR_INVALID_HANDLE, checks[row.check].code(row.handle, Open::required));
+        EXPECT_EQ(GC_ERR_SUCCESS, checks[row.check].code(row.handle, Open::irrelevant));
+        EXPECT_TRUE(logged_exactly({checks[row.check].line(row.reason)}));
+    }
 }
 
 TEST_F(HandleChecks, ForgetBuffersAndEventsOfAClosedStream)
@@ -229,29 +216,29 @@ TEST_F(HandleChecks, NameEveryKind)
     EXPECT_LOG_LINES();
 }
 
-TEST_F(HandleChecks, NameNoKindOfAClosedStream)
+TEST_F(HandleChecks, NameNoKindOfWhatIsClosed)
 {
+    const auto are_unknown = [](const std::vector<void*>& handles) {
+        return std::all_of(handles.begin(), handles.end(),
+                           [](const void* handle) { return get_handle_type(handle) == ModuleKind::invalid; });
+    };
     ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    EXPECT_EQ(ModuleKind::invalid, get_handle_type(ds));
-    EXPECT_EQ(ModuleKind::invalid, get_handle_type(buffer));
+    EXPECT_TRUE(are_unknown({ds, buffer}));
     EXPECT_EQ(ModuleKind::device, get_handle_type(dev));
     EXPECT_EQ(ModuleKind::remote_device, get_handle_type(port));
-}
-
-TEST_F(HandleChecks, NameNoKindOfAClosedDevice)
-{
     ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
-    for (void* handle : {dev, port, ds, buffer})
-        EXPECT_EQ(ModuleKind::invalid, get_handle_type(handle));
+    EXPECT_TRUE(are_unknown({dev, port, ds}));
     EXPECT_EQ(ModuleKind::iface, get_handle_type(iface));
+    ASSERT_EQ(GC_ERR_SUCCESS, IFClose(iface));
+    EXPECT_TRUE(are_unknown({iface, dev, port, ds}));
+    EXPECT_EQ(ModuleKind::system, get_handle_type(tl));
 }
 
-TEST_F(HandleChecks, NameNoKindOfAClosedInterface)
+TEST_F(HandleChecks, NameNoKindUnderAClosedInterface)
 {
     ASSERT_EQ(GC_ERR_SUCCESS, IFClose(iface));
     for (void* handle : {iface, dev, port, ds, buffer})
         EXPECT_EQ(ModuleKind::invalid, get_handle_type(handle));
-    EXPECT_EQ(ModuleKind::system, get_handle_type(tl));
 }
 
 TEST_F(HandleChecks, NameNoKindOfAnEarlierSystem)
@@ -290,11 +277,8 @@ protected:
 TEST_F(UnopenedInterface, CountsAsClosed)
 {
     EXPECT_EQ(ModuleKind::invalid, get_handle_type(iface));
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, check_interface_handle(iface, some_call, Open::required).error());
     EXPECT_TRUE(check_interface_handle(iface, some_call, Open::irrelevant));
-    uint32_t count = untouched<uint32_t>();
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, IFGetNumDevices(iface, &count));
-    EXPECT_TRUE(is_untouched(count));
-    EXPECT_LOGGED(Priority::information, "IFGetNumDevices - GC_ERR_INVALID_HANDLE, grabber is closed");
 }
 
 TEST_F(UnopenedInterface, IsClosedAsGrabberZero)
@@ -319,10 +303,10 @@ protected:
         OpenDevice::SetUp();
         StreamModule& stream = stream_of_first_camera();
         fake.allow_handle(ZV_NO_HANDLE); // a buffer asks for its geometry with its stream's handle
-        buffer = stream.buffers().add(
+        buffer = stream.get_Buffers().add(
             std::make_unique<BufferModule>(stream, m_memory.data(), m_memory.size(), uint64_t{0}, nullptr));
-        stream.events().add(stream, EVENT_NEW_BUFFER);
-        event = stream.events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
+        stream.get_Events().add(stream, EVENT_NEW_BUFFER);
+        event = stream.get_Events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
         ASSERT_NE(nullptr, event);
         forget();
     }
@@ -373,15 +357,15 @@ protected:
     void add_event()
     {
         StreamModule& stream = stream_of_first_camera();
-        stream.events().add(stream, EVENT_NEW_BUFFER);
-        event = stream.events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
+        stream.get_Events().add(stream, EVENT_NEW_BUFFER);
+        event = stream.get_Events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
     }
 };
 
 TEST_F(OpenStreamOfClosedOwners, HasAnEventThatIsNotAvailableWhileTheCameraIsClosed)
 {
     expect_not_available();
-    interface_at(0).get_Camera(0)->set_Open(true);
+    interface_at(0).get_Camera(0)->mark_open();
     EXPECT_TRUE(check_event_handle(event, some_call, Open::required));
 }
 
@@ -390,11 +374,11 @@ TEST_F(OpenStreamOfClosedOwners, HasAnEventThatIsNotAvailableWhileTheInterfaceIs
     fake.allow_stale_handles();
     InterfaceModule& closed = interface_at(0);
     ASSERT_EQ(GC_ERR_SUCCESS, IFClose(iface));
-    closed.get_Camera(0)->set_Open(true);
+    closed.get_Camera(0)->mark_open();
     stream_of_first_camera().connect(fake.last_stream(), zvgentl::StreamMode::queued);
     add_event();
     expect_not_available();
-    closed.get_Camera(0)->set_Open(false);
+    closed.get_Camera(0)->mark_closed_and_wipe();
 }
 
 } // namespace

@@ -1,6 +1,8 @@
+#include <cstdint>
+#include <map>
 #include <stdexcept>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 #include <Poco/Message.h>
@@ -10,6 +12,7 @@
 #include "platform/thread_id.h"
 #include "support/FakeLoggerLibrary.h"
 #include "support/log_expectations.h"
+#include "support/on_threads.h"
 
 using zvgentl::At;
 using zvtest::FakeLoggerLibrary;
@@ -105,22 +108,13 @@ TEST_F(Log, TellsWhetherALineWouldBeWritten)
     EXPECT_FALSE(zvgentl::is_logged(nullptr, zvgentl::Priority::fatal));
 }
 
-TEST_F(Log, DoesNothingWithoutALogger)
+TEST_F(Log, DoesNothingWithoutALoggerAFormatOrAChannel)
 {
-    for (const Entry& entry : entries)
+    for (const Entry& entry : entries) {
         entry.log(nullptr, "f", At{1}, "x");
-    EXPECT_TRUE(library.lines().empty());
-}
-
-TEST_F(Log, DoesNothingWithoutAFormat)
-{
-    for (const Entry& entry : entries)
         entry.log(logger, "f", At{1}, nullptr);
-    EXPECT_TRUE(library.lines().empty());
-}
-
-TEST_F(Log, DoesNothingWithoutAChannel)
-{
+    }
+    zvgentl::write_bare_line(nullptr, zvgentl::Priority::warning, "f", "x");
     library.set_channel("LogTest.cpp", false);
     zvgentl::log_fatal(logger, "f", At{1}, "x");
     EXPECT_TRUE(library.lines().empty());
@@ -184,19 +178,12 @@ TEST_F(Log, SurvivesALoggerAndAFunctionWithLongNames)
 
 TEST_F(Log, KeepsLinesOfSeveralThreadsWhole)
 {
-    constexpr int per_thread = 200;
-    std::vector<std::thread> threads;
-    threads.reserve(4);
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([this, number] {
-            for (int i = 0; i < per_thread; ++i)
-                zvgentl::log_debug(logger, "f", At{7}, "thread %d says %d", number, i);
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    zvtest::on_threads([this](int number) {
+        for (int i = 0; i < 200; ++i)
+            zvgentl::log_debug(logger, "f", At{7}, "thread %d says %d", number, i);
+    });
     const std::vector<LogLine> lines = library.lines();
-    EXPECT_EQ(4U * per_thread, lines.size());
+    EXPECT_EQ(4U * 200, lines.size());
     for (const LogLine& line : lines)
         EXPECT_TRUE(zvtest::matches_format("thread %d says %d", line.message)) << line.text;
 }
@@ -207,8 +194,48 @@ TEST_F(Log, WritesBareLinesWithoutANumber)
     EXPECT_EQ(12, only_line().number);
     EXPECT_EQ("x", only_line().message);
     library.clear_lines();
-    zvgentl::write_bare_line(nullptr, zvgentl::Priority::warning, "f", "x");
     library.set_level("LogTest.cpp", zvtest::Priority::error);
     zvgentl::write_bare_line(logger, zvgentl::Priority::warning, "f", "x");
     EXPECT_TRUE(library.lines().empty());
+}
+
+TEST(UnitLoggers, AreAskedForOncePerUnitWithTheConfiguredLevel)
+{
+    std::map<std::string, int> times;
+    for (const zvtest::InitLoggerCall& call : FakeLoggerLibrary::instance().init_calls()) {
+        if (call.name == "Early.cpp") // asked for by a test of the fake itself
+            continue;
+        EXPECT_FALSE(call.text.has_value());
+        EXPECT_EQ(0xFFFFFFFFU, call.priority);
+        ++times[call.name.value_or("(null)")];
+    }
+    std::map<std::string, int> expected;
+    for (const auto& [name, logger] : {std::pair{"ZVGRLibGenTL.cpp", zvgentl::api_logger},
+                                       {"SystemModule.cpp", zvgentl::system_module_logger},
+                                       {"BufferModule.cpp", zvgentl::buffer_module_logger},
+                                       {"CameraModule.cpp", zvgentl::camera_module_logger},
+                                       {"EventModule.cpp", zvgentl::event_module_logger},
+                                       {"StreamModule.cpp", zvgentl::stream_module_logger}}) {
+        EXPECT_EQ(name, logger->name());
+        expected[name] = 1;
+    }
+    EXPECT_EQ(expected, times);
+}
+
+// A pointer with all its bits in use, which nothing dereferences.
+// NOLINTNEXTLINE(performance-no-int-to-ptr): the number is what is tested
+const void* const wide_pointer = reinterpret_cast<const void*>(uintptr_t{0x123456789ABCDEF0});
+
+TEST(LogArguments, ArePointersWholeOrTheirLowHalf)
+{
+    EXPECT_EQ(0x123456789ABCDEF0ULL, zvgentl::address(wide_pointer));
+    EXPECT_EQ(0x9ABCDEF0U, zvgentl::low32(wide_pointer));
+    EXPECT_EQ(0U, zvgentl::low32(nullptr));
+}
+
+TEST(LogArguments, AreTheLowHalfOfNumbersWithItsSign)
+{
+    EXPECT_EQ(-1, zvgentl::low32_signed(UINT64_MAX));
+    EXPECT_EQ(5, zvgentl::low32_signed(0x700000005));
+    EXPECT_EQ(INT32_MIN, zvgentl::low32_signed(0x80000000));
 }

@@ -2,7 +2,6 @@
 
 #include "log/Log.h"
 #include "log/ScopeTimer.h"
-#include "log/unit_loggers.h"
 #include "support/FakeLoggerLibrary.h"
 
 using zvtest::FakeLoggerLibrary;

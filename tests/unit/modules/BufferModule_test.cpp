@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "modules/BufferModule.h"
-#include "unit/modules/Stream_fixtures.h"
+#include "unit/modules/Module_fixtures.h"
 
 using namespace zvtest;
 using zvgentl::AlignedMemory;
@@ -52,15 +52,10 @@ TEST_F(Buffer, IsNamedAfterItsLibraryHandle)
     EXPECT_EQ("Buffer0xffffffffffffffff", BufferModule(*stream, memory, 1, UINT64_MAX, nullptr).getId());
 }
 
-TEST_F(Buffer, NamesItsDescription)
-{
-    EXPECT_EQ("Local:ZV_BufferGenTL.zip;88888888;280",
-              BufferModule(*stream, memory, 1, 0, nullptr).get_Url());
-}
-
 TEST_F(Buffer, ServesItsDescription)
 {
     const BufferModule buffer(*stream, memory, 1, 0, nullptr);
+    EXPECT_EQ("Local:ZV_BufferGenTL.zip;88888888;280", buffer.get_Url());
     std::string archive(1000, '\x55');
     size_t size = archive.size();
     forget();
@@ -71,7 +66,7 @@ TEST_F(Buffer, ServesItsDescription)
     EXPECT_LOG_LINES();
 }
 
-TEST_F(Buffer, ServesNothingBesideItsDescription)
+TEST_F(Buffer, ServesNothingOutsideItsDescription)
 {
     const BufferModule buffer(*stream, memory, 1, 0, nullptr);
     for (const uint64_t address : {uint64_t{0x88888887}, uint64_t{0x88888B08}}) {
@@ -89,9 +84,9 @@ TEST_F(Buffer, ServesNothingBesideItsDescription)
     }
 }
 
-TEST_F(Buffer, HasNineValuesOfGeometryAndZeroBehind)
+TEST_F(Buffer, HasNineValuesOfGeometryAndThenZeros)
 {
-    connect(StreamMode::queued);
+    const uint32_t handle = connect(StreamMode::queued);
     fake.grabber_int("Width") = 10;
     fake.grabber_int("Height") = 20;
     fake.grabber_int("SegmentsPerBuffer") = 3;
@@ -99,26 +94,21 @@ TEST_F(Buffer, HasNineValuesOfGeometryAndZeroBehind)
     fake.camera_int("OffsetY") = 5;
     fake.camera_enum("PixelFormat") = 0x102;
     settings.set_override("GenTL.Buffer.DeliveredImageHeight", 7);
+    forget();
     const BufferModule buffer(*stream, memory, sizeof memory, 1, nullptr);
+    for (const Call& made : fake.calls())
+        EXPECT_EQ(Argument(handle), made.arguments[0]) << made;
     const uint64_t expected[] = {10, 60, 100, 4, 5, 0x1100003, 100, 7, 4, 0, 0};
     for (uint32_t i = 0; i < std::size(expected); ++i)
         EXPECT_EQ(expected[i], buffer.get_Geometry(static_cast<Geometry>(i))) << i;
     EXPECT_EQ(0U, buffer.get_Geometry(static_cast<Geometry>(UINT32_MAX)));
 }
 
-TEST_F(Buffer, AsksWithTheHandleOfItsStream)
-{
-    const uint32_t handle = connect(StreamMode::queued);
-    forget();
-    const BufferModule buffer(*stream, memory, 1, 1, nullptr);
-    for (const Call& made : fake.calls())
-        EXPECT_EQ(Argument(handle), made.arguments[0]) << made;
-    EXPECT_EQ(8U, fake.calls().size());
-}
-
-TEST_F(Buffer, RemembersWhatAFrameLeft)
+TEST_F(Buffer, RemembersWhatFrameAndConsumerLeft)
 {
     BufferModule buffer(*stream, memory, 1, 1, nullptr);
+    buffer.set_Private(&owner);
+    EXPECT_EQ(&owner, buffer.get_Private());
     buffer.set_Frame(UINT64_MAX, UINT64_MAX - 1);
     EXPECT_EQ(UINT64_MAX, buffer.get_Timestamp());
     EXPECT_EQ(UINT64_MAX - 1, buffer.get_FrameId());
@@ -141,13 +131,6 @@ TEST_F(Buffer, MovesBetweenQueuesWithAndWithoutItsLock)
     }
 }
 
-TEST_F(Buffer, TakesAnotherPrivatePointer)
-{
-    BufferModule buffer(*stream, memory, 1, 1, nullptr);
-    buffer.set_Private(&owner);
-    EXPECT_EQ(&owner, buffer.get_Private());
-}
-
 TEST_F(Buffer, LeavesMemoryOfTheConsumerToTheConsumer)
 {
     auto given = std::make_unique<uint8_t[]>(64);
@@ -159,30 +142,21 @@ TEST_F(Buffer, LeavesMemoryOfTheConsumerToTheConsumer)
     EXPECT_TRUE(std::all_of(given.get(), given.get() + 64, [](uint8_t byte) { return byte == 0x5A; }));
 }
 
-TEST_F(Buffer, AllocatesMemoryOfItsOwn)
+TEST_F(Buffer, AllocatesAlignedMemoryOrThrows)
 {
     const BufferModule buffer(*stream, nullptr, 5000, 0, nullptr);
     ASSERT_NE(nullptr, buffer.get_Memory());
     EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(buffer.get_Memory()) % 4096);
     std::memset(buffer.get_Memory(), 1, 5000);
-}
-
-TEST_F(Buffer, ThrowsWhenItCannotAllocate)
-{
     EXPECT_THROW(BufferModule(*stream, nullptr, UINT64_MAX, 0, nullptr), std::bad_alloc);
 }
 
-TEST_F(Buffer, LiesWhereHandlesAreAligned)
-{
-    const auto buffer = std::make_unique<BufferModule>(*stream, memory, 1, 1, nullptr);
-    EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(buffer.get()) % 16);
-}
-
-TEST_F(Buffer, DoesNotSoonGiveItsAddressToAnother)
+TEST_F(Buffer, HasAnAlignedAddressThatDoesNotSoonComeBack)
 {
     std::set<const void*> addresses;
     for (int i = 0; i < 256; ++i) {
         const auto buffer = std::make_unique<BufferModule>(*stream, memory, 1, 1, nullptr);
+        EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(buffer.get()) % 16);
         EXPECT_TRUE(addresses.insert(buffer.get()).second) << "an address came back after " << i;
     }
 }
@@ -196,21 +170,16 @@ TEST(QueueNames, AreThoseOfTheLogLines)
     EXPECT_STREQ("UNSUPPORTED BUFFER QUEUE TYPE", name_of(static_cast<BUFFER_QUEUE_TYPE>(0xFFFFFFFFU)));
 }
 
-TEST(AlignedMemoryOfABuffer, IsNullWithoutASize) { EXPECT_EQ(nullptr, AlignedMemory().get()); }
-
 TEST(AlignedMemoryOfABuffer, IsAlignedAndWritable)
 {
+    EXPECT_EQ(nullptr, AlignedMemory().get());
     for (const uint64_t size : {0U, 1U, 4095U, 4096U, 4097U, 1000000U}) {
         const AlignedMemory memory(size);
         ASSERT_NE(nullptr, memory.get()) << size;
         EXPECT_EQ(0U, reinterpret_cast<uintptr_t>(memory.get()) % 4096) << size;
         std::memset(memory.get(), 0xFF, size);
     }
-}
-
-TEST(AlignedMemoryOfABuffer, ThrowsForASizeThatCannotBeRoundedUp)
-{
-    for (const uint64_t size : {UINT64_MAX, UINT64_MAX - 4095})
+    for (const uint64_t size : {UINT64_MAX, UINT64_MAX - 4095}) // they cannot be rounded up
         EXPECT_THROW(AlignedMemory{size}, std::bad_alloc) << size;
 }
 

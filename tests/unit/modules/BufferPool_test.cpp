@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "modules/BufferPool.h"
-#include "unit/modules/Stream_fixtures.h"
+#include "unit/modules/Module_fixtures.h"
 
 using namespace zvtest;
 using zvgentl::BUFFER_QUEUE_TYPE;
@@ -114,6 +114,9 @@ TEST_F(Pool, FindsNothingForALateCallback)
     EXPECT_EQ(kept, pool.find_library_handle(6).get());
     pool.clear();
     EXPECT_FALSE(pool.find_library_handle(6));
+    EXPECT_EQ(0U, pool.size());
+    BufferModule* const again = add_mapped(5);
+    EXPECT_EQ(again, pool.find_library_handle(5).get());
 }
 
 TEST_F(Pool, TakesInputBuffersInPoolOrder)
@@ -154,24 +157,6 @@ TEST_F(Pool, MovesLaterBuffersUpWhenOneGoes)
     EXPECT_EQ(2U, pool.size());
 }
 
-TEST_F(Pool, MayBeFilledAgainAfterItWasCleared)
-{
-    add_mapped(5);
-    pool.clear();
-    EXPECT_EQ(0U, pool.size());
-    BufferModule* const again = add_mapped(5);
-    EXPECT_EQ(again, pool.find_library_handle(5).get());
-}
-
-TEST_F(Pool, PinsNothingBehindAnEmptyPin)
-{
-    PinnedBuffer empty;
-    EXPECT_FALSE(empty);
-    EXPECT_EQ(nullptr, empty.get());
-    const PinnedBuffer moved(std::move(empty));
-    EXPECT_FALSE(moved);
-}
-
 TEST_F(Pool, HandsAPinOnWhenItIsMoved)
 {
     BufferModule* const buffer = add();
@@ -181,6 +166,9 @@ TEST_F(Pool, HandsAPinOnWhenItIsMoved)
     EXPECT_EQ(buffer->get_Size(), second->get_Size());
     EXPECT_EQ(buffer, &*second);
     PinnedBuffer third;
+    EXPECT_FALSE(third);
+    EXPECT_FALSE(PinnedBuffer(std::move(third)));
+    third = PinnedBuffer();
     third = std::move(second);
     EXPECT_EQ(buffer, third.get());
     third = PinnedBuffer();

@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "modules/BufferPool.h"
-#include "unit/modules/Stream_fixtures.h"
+#include "unit/modules/Module_fixtures.h"
 
 // Pins: whoever works on a buffer keeps it alive, and whoever removes it waits.
 

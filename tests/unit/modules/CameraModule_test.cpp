@@ -36,17 +36,13 @@ protected:
     std::unique_ptr<CameraModule> camera;
 };
 
-TEST_F(CameraModuleTest, StartsClosedWithHandleZero)
+TEST_F(CameraModuleTest, StartsClosedWithHandleZeroAndTakesOverHandleAndIdentity)
 {
     const CameraModule fresh(&iface(), "Camera01");
     EXPECT_EQ("Camera01", fresh.getId());
     EXPECT_EQ(&iface(), fresh.get_Parent());
     EXPECT_FALSE(fresh.is_Open());
     EXPECT_EQ(0U, fresh.get_CameraHandle());
-}
-
-TEST_F(CameraModuleTest, TakesOverHandleAndIdentity)
-{
     EXPECT_EQ(handle(), camera->get_CameraHandle());
     EXPECT_STREQ("Model X", camera->get_CameraInfo().model_name);
 }
@@ -61,29 +57,22 @@ TEST_F(CameraModuleTest, OpensWithTheCamerasOwnDescription)
 
 TEST_F(CameraModuleTest, ClosesInTheLibraryAlone)
 {
-    camera->set_Open(true);
+    camera->mark_open();
     fake.next("ZVGR_CameraClose").answers(0x1234);
     EXPECT_EQ(0x1234U, camera->close_Camera());
     EXPECT_EQ((Calls{call("ZVGR_CameraClose", handle())}), fake.calls());
     EXPECT_TRUE(camera->is_Open());
-    camera->set_Open(false);
-}
-
-TEST_F(CameraModuleTest, KeepsItsIdentityWhileItIsOpen)
-{
-    camera->set_Open(true);
     EXPECT_STREQ("Model X", camera->get_CameraInfo().model_name);
-    EXPECT_TRUE(fake.calls().empty());
-    camera->set_Open(false);
+    camera->mark_closed_and_wipe();
 }
 
-TEST_F(CameraModuleTest, ForgetsItsIdentityAndItsStreamWhenItIsClosed)
+TEST_F(CameraModuleTest, ClosesItsStreamAndWipesItsIdentityWhenItIsMarkedClosed)
 {
-    camera->set_Open(true);
+    camera->mark_open();
     ASSERT_TRUE(camera->open_Stream(0));
     const uint32_t stream = fake.last_stream();
     forget();
-    camera->set_Open(false);
+    camera->mark_closed_and_wipe();
     EXPECT_EQ((Calls{call("ZVGR_StreamDelete", stream)}), fake.calls());
     EXPECT_FALSE(camera->is_Open());
     EXPECT_FALSE(camera->get_Stream(0)->is_Open());
@@ -100,10 +89,6 @@ TEST_F(CameraModuleTest, HasOneStreamAtEveryIndexBelowOne)
     EXPECT_EQ(nullptr, camera->get_Stream(1));
     EXPECT_EQ(nullptr, camera->get_Stream(INT32_MAX));
     EXPECT_FALSE(camera->get_Stream(0)->is_Open());
-}
-
-TEST_F(CameraModuleTest, KnowsItsStream)
-{
     EXPECT_TRUE(camera->is_Stream(camera->get_Stream(0)));
     EXPECT_FALSE(camera->is_Stream(nullptr));
     EXPECT_FALSE(camera->is_Stream(camera.get()));
@@ -142,7 +127,7 @@ TEST_F(CameraModuleTest, StaysWithoutAStreamWhenTheLibraryRefuses)
 
 TEST_F(CameraModuleTest, ClosesAnOpenCameraAndThenItsStreamWhenItIsDestroyed)
 {
-    camera->set_Open(true);
+    camera->mark_open();
     ASSERT_TRUE(camera->open_Stream(0));
     const uint32_t stream = fake.last_stream();
     forget();
@@ -150,12 +135,9 @@ TEST_F(CameraModuleTest, ClosesAnOpenCameraAndThenItsStreamWhenItIsDestroyed)
     camera.reset();
     EXPECT_EQ((Calls{call("ZVGR_CameraClose", handle()), call("ZVGR_StreamDelete", stream)}), fake.calls());
     EXPECT_LOG_LINES();
-}
-
-TEST_F(CameraModuleTest, IsDestroyedWithoutACallWhenItIsClosed)
-{
-    camera.reset();
-    EXPECT_TRUE(fake.calls().empty());
+    forget();
+    CameraModule(&iface(), "Camera01"); // closed
+    EXPECT_EQ(Calls{}, fake.calls());
 }
 
 } // namespace

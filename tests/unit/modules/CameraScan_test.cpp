@@ -14,8 +14,6 @@ protected:
     CameraScan found;
 };
 
-TEST_F(CameraScanTest, StartsEmpty) { EXPECT_EQ(0U, found.count()); }
-
 TEST_F(CameraScanTest, FindsCamerasInTheOrderOfTheLibrary)
 {
     fake.grabber(0).has_cameras(3);
@@ -74,14 +72,6 @@ TEST_F(CameraScanTest, StopsAtTheFirstIdentityThatTheLibraryRefuses)
     fake.nth("ZVGR_CameraInfo2", 3).answers(any_failure);
     EXPECT_FALSE(found.read_identities());
     EXPECT_EQ(3U, fake.count("ZVGR_CameraInfo2"));
-}
-
-TEST_F(CameraScanTest, HasNoIdentitiesToReadWithoutCameras)
-{
-    fake.grabber(0).has_cameras(0);
-    EXPECT_TRUE(found.find_cameras(grabber()));
-    EXPECT_TRUE(found.read_identities());
-    EXPECT_EQ(0U, fake.count("ZVGR_CameraInfo2"));
 }
 
 } // namespace

@@ -21,23 +21,18 @@ TEST_F(DeviceModuleTest, NamesCameraAndStreamAfterItself)
         EXPECT_EQ(row.device, device.getId());
         EXPECT_EQ(row.camera, device.get_Camera()->getId());
         EXPECT_EQ(row.stream, device.get_Camera()->get_Stream(0)->getId());
+        EXPECT_EQ(&iface(), device.get_Parent());
+        EXPECT_EQ(&iface(), device.get_Camera()->get_Parent());
     }
-}
-
-TEST_F(DeviceModuleTest, HasTheInterfaceForAParentAsItsCameraHas)
-{
-    const DeviceModule device(&iface(), "Device00");
-    EXPECT_EQ(&iface(), device.get_Parent());
-    EXPECT_EQ(&iface(), device.get_Camera()->get_Parent());
 }
 
 TEST_F(DeviceModuleTest, IsOpenWithItsCamera)
 {
     const DeviceModule device(&iface(), "Device00");
     EXPECT_FALSE(device.is_Open());
-    device.get_Camera()->set_Open(true);
+    device.get_Camera()->mark_open();
     EXPECT_TRUE(device.is_Open());
-    device.get_Camera()->set_Open(false);
+    device.get_Camera()->mark_closed_and_wipe();
     EXPECT_FALSE(device.is_Open());
 }
 
@@ -47,7 +42,7 @@ TEST_F(DeviceModuleTest, IsDestroyedWithoutACallOnceItWasAbandoned)
     const auto found = scan();
     auto device = std::make_unique<DeviceModule>(&iface(), "Device00");
     device->get_Camera()->init_Camera(found.handle(0), found.identity(0));
-    device->get_Camera()->set_Open(true);
+    device->get_Camera()->mark_open();
     ASSERT_TRUE(device->get_Camera()->open_Stream(0));
     forget();
     device->abandon();

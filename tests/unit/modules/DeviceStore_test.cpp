@@ -16,7 +16,7 @@ protected:
         auto device = std::make_unique<DeviceModule>(&iface(), id);
         device->get_Camera()->init_Camera(found.handle(0), found.identity(0));
         EXPECT_EQ(uint32_t{zv_success}, device->get_Camera()->open_Camera());
-        device->get_Camera()->set_Open(true);
+        device->get_Camera()->mark_open();
         EXPECT_TRUE(device->get_Camera()->open_Stream(0));
         return device;
     }
@@ -42,8 +42,8 @@ TEST_F(DeviceStoreTest, FreesOpenDevicesWithoutACallOrALine)
         DeviceStore store;
         store.keep(open_device("Device00"));
         DeviceModule* const device = store.keep(open_device("Device01"));
-        device->get_Camera()->get_Stream(0)->events().add(*device->get_Camera()->get_Stream(0),
-                                                          GenTL::EVENT_NEW_BUFFER);
+        device->get_Camera()->get_Stream(0)->get_Events().add(*device->get_Camera()->get_Stream(0),
+                                                              GenTL::EVENT_NEW_BUFFER);
         forget();
     }
     EXPECT_TRUE(fake.calls().empty());

@@ -1,12 +1,8 @@
 #include <chrono>
-#include <cstdio>
 #include <optional>
 #include <vector>
 
-#include "Event_fixtures.h"
-#include "support/FailingAllocations.h"
-#include "support/log_expectations.h"
-#include "support/pointers.h"
+#include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
 
@@ -51,20 +47,9 @@ private:
     std::array<int, 2> m_users{};
 };
 
-TEST_F(EventModuleTest, KnowsStreamAndType)
-{
-    EXPECT_EQ(stream.get(), &event->get_Source());
-    EXPECT_EQ(EVENT_NEW_BUFFER, event->get_Type());
-    make_event(EVENT_REMOTE_DEVICE);
-    EXPECT_EQ(EVENT_REMOTE_DEVICE, event->get_Type());
-}
-
 TEST_F(EventModuleTest, IsNamedAfterItsAddress)
 {
-    char id[40];
-    std::snprintf(id, sizeof id, "Event0x%llx",
-                  static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(&*event)));
-    EXPECT_EQ(id, event->getId());
+    EXPECT_EQ("Event0x" + hex(reinterpret_cast<uintptr_t>(&*event)), event->getId());
 }
 
 TEST_F(EventModuleTest, HasDataForNewBuffersAlone)
@@ -72,6 +57,8 @@ TEST_F(EventModuleTest, HasDataForNewBuffersAlone)
     EXPECT_EQ(16U, event->get_DataSize());
     for (const EVENT_TYPE type : {0, 2, 3, 4, 5, 1000}) {
         make_event(type);
+        EXPECT_EQ(stream.get(), &event->get_Source());
+        EXPECT_EQ(type, event->get_Type());
         EXPECT_EQ(0U, event->get_DataSize()) << type;
     }
 }
@@ -122,35 +109,27 @@ TEST_F(EventModuleTest, AppendsWithoutAllocating)
     EXPECT_EQ(0, counted.count());
 }
 
-TEST_F(EventModuleTest, TakesARecord)
+TEST_F(EventModuleTest, TakesRecordsInOrderWithOrWithoutADestination)
 {
-    event->append(second);
+    for (BufferModule* const buffer : {first, first, second})
+        event->append(buffer);
+    EXPECT_TRUE(event->try_take(&data));
+    EXPECT_EQ(first, data.BufferHandle);
+    EXPECT_EQ(first->get_Private(), data.pUserPointer);
+    EXPECT_TRUE(event->try_take(nullptr));
     EXPECT_TRUE(event->try_take(&data));
     EXPECT_EQ(second, data.BufferHandle);
     EXPECT_EQ(second->get_Private(), data.pUserPointer);
-    EXPECT_NE(nullptr, data.pUserPointer);
-}
-
-TEST_F(EventModuleTest, TakesNothingFromAnEmptyQueue)
-{
+    data = untouched<EVENT_NEW_BUFFER_DATA>();
     EXPECT_FALSE(event->try_take(&data));
     EXPECT_FALSE(event->try_take(nullptr));
     EXPECT_TRUE(is_untouched(data));
 }
 
-TEST_F(EventModuleTest, TakesWithoutADestination)
-{
-    event->append(first);
-    event->append(second);
-    EXPECT_TRUE(event->try_take(nullptr));
-    EXPECT_TRUE(event->try_take(&data));
-    EXPECT_EQ(second, data.BufferHandle);
-}
-
 TEST_F(EventModuleTest, TakesABufferThatLeftThePoolWithoutItsPrivatePointer)
 {
     event->append(first);
-    ASSERT_TRUE(stream->buffers().remove(first));
+    ASSERT_TRUE(stream->get_Buffers().remove(first));
     EXPECT_TRUE(event->try_take(&data));
     EXPECT_EQ(first, data.BufferHandle);
     EXPECT_EQ(nullptr, data.pUserPointer);
@@ -187,10 +166,10 @@ TEST_F(EventModuleTest, DoesNotSignalWhatItAppends)
     EXPECT_GE(milliseconds_of_a_wait(30), 30);
 }
 
-TEST_F(EventModuleTest, WaitsForTheSignal)
+TEST_F(EventModuleTest, EndsItsWaitWithASignalWithoutAnEntry)
 {
     event->signal();
-    EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE)); // signalled, and nothing there
+    EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
     EXPECT_GE(milliseconds_of_a_wait(30), 30);
 }
 
@@ -205,12 +184,6 @@ TEST_F(EventModuleTest, CollapsesSignals)
     EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
     EXPECT_EQ(second, data.BufferHandle);
     EXPECT_GE(milliseconds_of_a_wait(30), 30);
-}
-
-TEST_F(EventModuleTest, TakesWithoutASignal)
-{
-    event->append(first);
-    EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
 }
 
 TEST_F(EventModuleTest, AbortsOnceForAKillAndDropsAnEntry)
@@ -244,20 +217,12 @@ TEST_F(EventModuleTest, HandsTheAbortOverOnce)
 TEST_F(EventModuleTest, AbortsEveryCallOnceClosed)
 {
     event->append(first);
+    event->kill(); // which drops nothing then
     event->close();
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(GC_ERR_ABORT, get(GENTL_INFINITE));
     EXPECT_EQ(1U, event->get_QueueLength());
     EXPECT_TRUE(is_untouched(data));
-}
-
-TEST_F(EventModuleTest, DropsNothingForAKillOnceClosed)
-{
-    event->append(first);
-    event->kill();
-    event->close();
-    EXPECT_EQ(GC_ERR_ABORT, get());
-    EXPECT_EQ(1U, event->get_QueueLength());
 }
 
 TEST_F(EventModuleTest, CanStillBeTakenFromOnceClosed)

@@ -1,6 +1,6 @@
 #include <utility>
 
-#include "Event_fixtures.h"
+#include "unit/modules/Module_fixtures.h"
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -18,6 +18,7 @@ namespace zvtest {
 
 namespace {
 
+using zvgentl::EventList;
 using zvgentl::EventModule;
 using zvgentl::EventRef;
 
@@ -47,35 +48,21 @@ protected:
     }
 };
 
-TEST_F(EventRefTest, IsEmptyAtFirst)
+TEST_F(EventRefTest, IsEmptyOrLeadsToItsEvent)
 {
-    const EventRef none;
-    EXPECT_FALSE(none);
-    EXPECT_EQ(nullptr, none.get());
-    const EventRef null(nullptr);
-    EXPECT_FALSE(null);
-}
-
-TEST_F(EventRefTest, LeadsToItsEvent)
-{
+    EXPECT_FALSE(EventRef());
+    EXPECT_FALSE(EventRef(nullptr));
     EventModule* const event = make();
-    const EventRef reference(event);
-    EXPECT_TRUE(reference);
-    EXPECT_EQ(event, reference.get());
-    EXPECT_EQ(event, &*reference);
-    EXPECT_EQ(GenTL::EVENT_NEW_BUFFER, reference->get_Type());
-}
-
-TEST_F(EventRefTest, CopiesAndMoves)
-{
-    EventRef first(make());
-    EventModule* const event = first.get();
+    const EventRef first(event);
     EventRef copy(first);
-    EXPECT_EQ(event, copy.get());
-    EXPECT_EQ(event, first.get());
     const EventRef moved(std::move(copy));
-    EXPECT_EQ(event, moved.get());
     EXPECT_FALSE(copy); // NOLINT(bugprone-use-after-move): empty is promised
+    for (const EventRef* reference : {&first, &moved}) {
+        EXPECT_TRUE(*reference);
+        EXPECT_EQ(event, reference->get());
+        EXPECT_EQ(event, &**reference);
+        EXPECT_EQ(GenTL::EVENT_NEW_BUFFER, (*reference)->get_Type());
+    }
 }
 
 TEST_F(EventRefLifetime, LastsAsLongAsTheLastReference)
@@ -110,23 +97,21 @@ TEST_F(EventRefLifetime, EndsForTheEventThatIsReplaced)
     EXPECT_FALSE(is_destroyed(reference.get()));
 }
 
-TEST_F(EventRefLifetime, OutlastsTheList)
+TEST_F(EventRefLifetime, OutlastsTheListOnlyInOtherHands)
 {
-    stream->events().add(*stream, GenTL::EVENT_NEW_BUFFER);
-    EventRef reference = stream->events().find(GenTL::EVENT_NEW_BUFFER);
-    const EventModule* const event = reference.get();
-    stream->events().remove(GenTL::EVENT_NEW_BUFFER);
+    EventList& events = stream->get_Events();
+    events.add(*stream, GenTL::EVENT_NEW_BUFFER);
+    EventRef reference = events.find(GenTL::EVENT_NEW_BUFFER);
+    const EventModule* event = reference.get();
+    events.remove(GenTL::EVENT_NEW_BUFFER);
     EXPECT_FALSE(is_destroyed(event));
     reference = EventRef();
     EXPECT_TRUE(is_destroyed(event));
-}
 
-TEST_F(EventRefLifetime, EndsWithTheListWhenNobodyElseHoldsTheEvent)
-{
-    stream->events().add(*stream, GenTL::EVENT_NEW_BUFFER);
-    const EventModule* const event = stream->events().find(GenTL::EVENT_NEW_BUFFER).get();
+    events.add(*stream, GenTL::EVENT_NEW_BUFFER);
+    event = events.find(GenTL::EVENT_NEW_BUFFER).get();
     EXPECT_FALSE(is_destroyed(event));
-    stream->events().clear();
+    events.clear();
     EXPECT_TRUE(is_destroyed(event));
 }
 

@@ -2,7 +2,7 @@
 #include <thread>
 #include <vector>
 
-#include "Event_fixtures.h"
+#include "unit/modules/Module_fixtures.h"
 
 // Events and their list with several threads, apart from any tree.
 
@@ -15,18 +15,6 @@ using zvgentl::EventList;
 using zvgentl::EventModule;
 using zvgentl::EventRef;
 
-/// Runs `work`, which is told its number, on `count` threads at once.
-template <class Work>
-void run_on_threads(int count, Work work)
-{
-    std::vector<std::thread> threads;
-    threads.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-        threads.emplace_back(work, i);
-    for (std::thread& thread : threads)
-        thread.join();
-}
-
 class EventListThreads : public LooseStream {};
 
 TEST_F(EventListThreads, MakeOneEventOfAType)
@@ -35,7 +23,7 @@ TEST_F(EventListThreads, MakeOneEventOfAType)
         EventList list;
         std::atomic<int> made{0};
         std::atomic<int> failed{0};
-        run_on_threads(4, [&](int) {
+        on_threads([&](int) {
             const EventList::Registration registration = list.add(*stream, EVENT_NEW_BUFFER);
             made += registration == EventList::Registration::made ? 1 : 0;
             failed += registration == EventList::Registration::failed ? 1 : 0;
@@ -93,11 +81,10 @@ INSTANTIATE_TEST_SUITE_P(SerializeStreamEvent, EventModuleThreads, testing::Valu
 
 TEST_P(EventModuleThreads, HandOverEveryEntryOnce)
 {
-    constexpr int appenders = 2;
-    constexpr int takers = 2;
+    constexpr int appenders = 2;       // of the four threads
     constexpr uint64_t entries = 4000; // of each appender: the queue grows and wraps around meanwhile
     std::atomic<uint64_t> taken{0};
-    run_on_threads(appenders + takers, [&](int number) {
+    on_threads([&](int number) {
         if (number < appenders) {
             for (uint64_t i = 0; i < entries; ++i)
                 event->append(nullptr);

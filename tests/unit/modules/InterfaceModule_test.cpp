@@ -1,3 +1,6 @@
+#include <string>
+#include <utility>
+
 #include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
@@ -9,41 +12,22 @@ using zvgentl::DeviceModule;
 using zvgentl::InterfaceModule;
 using zvgentl::SystemModule;
 
-class ClosedInterfaceModule : public Modules {
-protected:
-    SystemModule system;
-
-    void TearDown() override
-    {
-        system.init_Interfaces(0);
-        Modules::TearDown();
-    }
-};
-
-TEST_F(ClosedInterfaceModule, KeepsItsIDAndParent)
-{
-    const InterfaceModule iface(system, "FG7");
-    EXPECT_EQ("FG7", iface.getId());
-    EXPECT_EQ(&system, &iface.get_Parent());
-}
+class ClosedInterfaceModule : public EmptySystem {};
 
 TEST_F(ClosedInterfaceModule, HasNoGrabberAndNoDevices)
 {
-    const InterfaceModule iface(system, "FG0");
-    EXPECT_FALSE(iface.is_Open());
-    EXPECT_EQ(0U, iface.get_GrabberHandle());
-    EXPECT_EQ(0U, iface.get_CameraAmount());
-    EXPECT_EQ(nullptr, iface.get_Device(0));
-    EXPECT_EQ(nullptr, iface.get_Camera(0));
-    EXPECT_EQ(-1, iface.get_CameraIndex(nullptr));
-    EXPECT_FALSE(iface.has_Device(nullptr));
-    EXPECT_FALSE(iface.has_Camera(nullptr));
-}
-
-TEST_F(ClosedInterfaceModule, IsDestroyedWithoutACall)
-{
     {
-        const InterfaceModule iface(system, "FG0");
+        const InterfaceModule iface(system, "FG7");
+        EXPECT_EQ("FG7", iface.getId());
+        EXPECT_EQ(&system, &iface.get_Parent());
+        EXPECT_FALSE(iface.is_Open());
+        EXPECT_EQ(0U, iface.get_GrabberHandle());
+        EXPECT_EQ(0U, iface.get_CameraAmount());
+        EXPECT_EQ(nullptr, iface.get_Device(0));
+        EXPECT_EQ(nullptr, iface.get_Camera(0));
+        EXPECT_EQ(-1, iface.get_CameraIndex(nullptr));
+        EXPECT_FALSE(iface.has_Device(nullptr));
+        EXPECT_FALSE(iface.has_Camera(nullptr));
     }
     EXPECT_TRUE(fake.calls().empty());
 }
@@ -71,19 +55,14 @@ TEST_F(ClosedInterfaceModule, StaysClosedWhenTheLibraryRefuses)
 
 class OpenInterfaceModule : public OneGrabber {};
 
-TEST_F(OpenInterfaceModule, ClosesItsGrabberAndKeepsTheFlag)
+TEST_F(OpenInterfaceModule, ClosesItsGrabberInTheLibraryAlone)
 {
     const uint32_t handle = grabber();
-    EXPECT_EQ(uint32_t{zv_success}, iface().close_Grabber());
-    EXPECT_EQ((Calls{call("ZVGR_Close", handle)}), fake.calls());
-    EXPECT_TRUE(iface().is_Open());
-    iface().set_Open(false);
-}
-
-TEST_F(OpenInterfaceModule, AnswersTheStatusOfTheLibrary)
-{
-    fake.next("ZVGR_Close").answers(0x1234);
+    fake.next("ZVGR_Close").answers_after_effect(0x1234);
     EXPECT_EQ(0x1234U, iface().close_Grabber());
+    EXPECT_EQ((Calls{call("ZVGR_Close", handle)}), fake.calls());
+    EXPECT_TRUE(iface().is_Open()) << "the flag is the caller's to set";
+    iface().mark_closed_with_cameras();
 }
 
 TEST_F(OpenInterfaceModule, ListsADeviceForEachCamera)
@@ -103,16 +82,10 @@ TEST_F(OpenInterfaceModule, ListsADeviceForEachCamera)
         EXPECT_TRUE(iface().has_Camera(device->get_Camera()));
         EXPECT_EQ(static_cast<int32_t>(i), iface().get_CameraIndex(device->get_Camera()));
         EXPECT_EQ(device, iface().find_Device(device->getId()));
+        EXPECT_FALSE(iface().has_Device(device->get_Camera()));
+        EXPECT_FALSE(iface().has_Camera(device));
+        EXPECT_EQ(-1, iface().get_CameraIndex(device));
     }
-}
-
-TEST_F(OpenInterfaceModule, TellsDevicesFromCameras)
-{
-    list_cameras(1);
-    const DeviceModule* const device = iface().get_Device(0);
-    EXPECT_FALSE(iface().has_Device(device->get_Camera()));
-    EXPECT_FALSE(iface().has_Camera(device));
-    EXPECT_EQ(-1, iface().get_CameraIndex(device));
 }
 
 TEST_F(OpenInterfaceModule, ReadsIndexesAsSigned)
@@ -136,7 +109,7 @@ TEST_F(OpenInterfaceModule, DropsDevicesOfAnEarlierListAsTheyAre)
     list_cameras(2);
     DeviceModule* const old = iface().get_Device(0);
     ASSERT_EQ(uint32_t{zv_success}, old->get_Camera()->open_Camera());
-    old->get_Camera()->set_Open(true);
+    old->get_Camera()->mark_open();
     list_cameras(1);
     EXPECT_EQ(0U, fake.count("ZVGR_CameraClose"));
     EXPECT_FALSE(iface().has_Device(old));
@@ -149,44 +122,36 @@ TEST_F(OpenInterfaceModule, ClosesEveryCameraInOrder)
 {
     list_cameras(2);
     for (uint32_t i : {1U, 0U}) {
-        iface().get_Camera(i)->set_Open(true);
+        iface().get_Camera(i)->mark_open();
         ASSERT_TRUE(iface().get_Camera(i)->open_Stream(0));
     }
     const std::vector<uint32_t> streams = fake.streams(); // the second camera's was made first
     ASSERT_EQ(2U, streams.size());
     forget();
-    iface().set_Open(false);
+    iface().mark_closed_with_cameras();
     EXPECT_EQ((Calls{call("ZVGR_StreamDelete", streams[1]), call("ZVGR_StreamDelete", streams[0])}),
               fake.calls());
     EXPECT_FALSE(iface().get_Device(0)->is_Open());
     EXPECT_FALSE(iface().get_Device(1)->is_Open());
-    iface().set_Open(true); // for the destructor
+    iface().mark_open(); // for the destructor
 }
 
-TEST_F(OpenInterfaceModule, LeavesCamerasAloneWhenItIsMarkedOpen)
+TEST_F(OpenInterfaceModule, GivesDevicesItsNumber)
 {
-    list_cameras(1);
-    iface().get_Camera(0)->set_Open(true);
-    iface().set_Open(true);
-    EXPECT_TRUE(iface().get_Device(0)->is_Open());
-}
-
-class InterfaceModuleNames : public OneGrabber, public testing::WithParamInterface<const char*> {};
-
-TEST_P(InterfaceModuleNames, GiveDevicesTheirNumbers)
-{
-    InterfaceModule named(system, GetParam());
     fake.grabber(0).has_cameras(16);
-    ASSERT_EQ(16U, named.init_Cameras(scan()));
-    const std::string id = GetParam();
-    const size_t digit = id.find_first_of("0123456789");
-    const std::string prefix = "Device" + (digit == std::string::npos ? std::string() : id.substr(digit));
-    EXPECT_EQ(prefix + "0", named.get_Device(0)->getId());
-    EXPECT_EQ(prefix + "15", named.get_Device(15)->getId());
+    for (const auto& [id, prefix] : {std::pair{"FG0", "Device0"},
+                                     {"FG1", "Device1"},
+                                     {"FG11", "Device11"},
+                                     {"FG", "Device"},
+                                     {"4x", "Device4x"},
+                                     {"a1b2", "Device1b2"},
+                                     {"", "Device"}}) {
+        InterfaceModule named(system, id);
+        ASSERT_EQ(16U, named.init_Cameras(scan()));
+        EXPECT_EQ(prefix + std::string("0"), named.get_Device(0)->getId());
+        EXPECT_EQ(prefix + std::string("15"), named.get_Device(15)->getId());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(IDs, InterfaceModuleNames,
-                         testing::Values("FG0", "FG1", "FG11", "FG", "4x", "a1b2", ""));
 
 } // namespace
 

@@ -1,20 +1,27 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "modules/BufferModule.h"
 #include "modules/CameraModule.h"
 #include "modules/CameraScan.h"
 #include "modules/DeviceModule.h"
+#include "modules/EventModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
+#include "support/FailingAllocations.h"
 #include "support/FakeGrabberLibrary.h"
 #include "support/FakeLoggerLibrary.h"
 #include "support/FakeSettings.h"
 #include "support/log_expectations.h"
+#include "support/on_threads.h"
+#include "support/pointers.h"
 
 // Modules apart from the exported functions: no process state, objects made and destroyed by the test.
 
@@ -50,20 +57,27 @@ private:
     }
 };
 
-/// A system whose one interface is open.
-class OneGrabber : public Modules {
+/// A system without interfaces.
+class EmptySystem : public Modules {
 protected:
-    void SetUp() override
-    {
-        Modules::SetUp();
-        system.init_Interfaces(1);
-        ASSERT_TRUE(iface().open_Grabber());
-        forget();
-    }
+    zvgentl::SystemModule system;
+
     void TearDown() override
     {
         system.init_Interfaces(0);
         Modules::TearDown();
+    }
+};
+
+/// A system whose one interface is open.
+class OneGrabber : public EmptySystem {
+protected:
+    void SetUp() override
+    {
+        EmptySystem::SetUp();
+        system.init_Interfaces(1);
+        ASSERT_TRUE(iface().open_Grabber());
+        forget();
     }
 
     zvgentl::InterfaceModule& iface() { return *system.get_Interface(0); }
@@ -84,8 +98,78 @@ protected:
         EXPECT_EQ(count, iface().init_Cameras(scan()));
         forget();
     }
+};
 
-    zvgentl::SystemModule system;
+/// The camera is open in the library; `stream` is a stream of its own and still closed.
+class CameraStream : public OneGrabber {
+protected:
+    void SetUp() override
+    {
+        OneGrabber::SetUp();
+        list_cameras(1);
+        camera = iface().get_Camera(0);
+        ASSERT_EQ(uint32_t{zv_success}, camera->open_Camera());
+        make_stream(camera);
+        forget();
+    }
+    void TearDown() override
+    {
+        stream.reset();
+        OneGrabber::TearDown();
+    }
+
+    void make_stream(zvgentl::CameraModule* owner)
+    {
+        stream = std::make_unique<zvgentl::StreamModule>(owner, "Stream000");
+    }
+    uint32_t library_stream(zvgentl::StreamMode mode)
+    {
+        uint32_t handle = ZV_NO_HANDLE;
+        const uint32_t status = mode == zvgentl::StreamMode::queued
+                                    ? ZVGR_StreamCreate(camera->get_CameraHandle(), &handle, 0)
+                                    : ZVGR_StreamCreateAndAlloc(camera->get_CameraHandle(), &handle, 4, 0);
+        EXPECT_EQ(uint32_t{zv_success}, status);
+        return handle;
+    }
+    /// Makes a library stream and connects it.
+    uint32_t connect(zvgentl::StreamMode mode)
+    {
+        const uint32_t handle = library_stream(mode);
+        forget();
+        stream->connect(handle, mode);
+        return handle;
+    }
+
+    zvgentl::CameraModule* camera{nullptr};
+    std::unique_ptr<zvgentl::StreamModule> stream;
+};
+
+/// A closed stream of no camera, with a pool whose buffers have private pointers, all different.
+class LooseStream : public Modules {
+protected:
+    void SetUp() override
+    {
+        Modules::SetUp();
+        fake.allow_handle(ZV_NO_HANDLE); // a buffer asks for its geometry with its stream's handle
+        stream = std::make_unique<zvgentl::StreamModule>(nullptr, "Stream000");
+        forget();
+    }
+    void TearDown() override
+    {
+        stream.reset();
+        Modules::TearDown();
+    }
+
+    zvgentl::BufferModule* add_buffer(void* private_pointer)
+    {
+        return stream->get_Buffers().add(std::make_unique<zvgentl::BufferModule>(
+            *stream, m_memory.data(), m_memory.size(), uint64_t{0}, private_pointer));
+    }
+
+    std::unique_ptr<zvgentl::StreamModule> stream;
+
+private:
+    std::array<uint8_t, 64> m_memory{};
 };
 
 } // namespace zvtest

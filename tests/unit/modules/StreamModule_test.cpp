@@ -1,9 +1,9 @@
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "modules/StreamModule.h"
-#include "modules/queue_operations.h"
-#include "unit/modules/Stream_fixtures.h"
+#include "unit/modules/Module_fixtures.h"
 
 using namespace zvtest;
 using zvgentl::BufferModule;
@@ -106,23 +106,25 @@ TEST_F(StreamConnection, NeedsNoCameraInQueuedMode)
     EXPECT_LOG_LINES(connect_line(handle, "Queued"), success_line(handle));
 }
 
-TEST_F(StreamConnection, SaysWhenTheLibraryRefusesTheCameraCallback)
+TEST_F(StreamConnection, SaysWhenTheLibraryRefusesTheCallback)
 {
-    fake.next("ZVGR_CameraCallbackRegister").answers(any_failure);
-    const uint32_t handle = connect(StreamMode::cyclic);
-    EXPECT_LOG_LINES(connect_line(handle, "Cyclic"), image_id_line("9223372036854775807"), cyclic_failure);
-    EXPECT_TRUE(stream->is_Open());
-    EXPECT_FALSE(fake.has_callback(handle));
-    EXPECT_TRUE(stream->start(0)) << "it can be started all the same";
-}
-
-TEST_F(StreamConnection, SaysWhenTheLibraryRefusesTheBufferCallback)
-{
-    fake.next("ZVGR_StreamBufferCallbackRegister").answers(any_failure);
-    const uint32_t handle = connect(StreamMode::queued);
-    EXPECT_LOG_LINES(connect_line(handle, "Queued"), image_id_line("9223372036854775807"), queued_failure);
-    EXPECT_TRUE(stream->is_Open());
-    EXPECT_TRUE(stream->start(0)) << "it can be started all the same";
+    struct Row {
+        StreamMode mode;
+        const char* function;
+        const char* name;
+        ExpectedLine failure;
+    };
+    for (const Row& row :
+         {Row{StreamMode::cyclic, "ZVGR_CameraCallbackRegister", "Cyclic", cyclic_failure},
+          Row{StreamMode::queued, "ZVGR_StreamBufferCallbackRegister", "Queued", queued_failure}}) {
+        fake.next(row.function).answers(any_failure);
+        const uint32_t handle = connect(row.mode);
+        EXPECT_LOG_LINES(connect_line(handle, row.name), image_id_line("9223372036854775807"), row.failure);
+        EXPECT_TRUE(stream->is_Open());
+        EXPECT_FALSE(fake.has_callback(handle));
+        EXPECT_TRUE(stream->start(0)) << "it can still be started";
+        stream->close();
+    }
 }
 
 TEST_F(StreamConnection, TakesOnlyOneStatusForSuccess)
@@ -176,12 +178,7 @@ TEST_F(StreamSettings, AreReadWhenTheStreamIsMade)
                                    plain_read("GenTL.Stream.SignaledEventMode", 1)}),
         settings.reads());
     EXPECT_EQ(Calls{}, fake.calls());
-}
-
-TEST_F(StreamSettings, HaveTheirDefaults)
-{
     EXPECT_EQ(4U, stream->get_BufferAllocMin());
-    EXPECT_TRUE(stream->is_SignaledEventMode());
 }
 
 TEST_F(StreamSettings, TakeAnyNumberButZeroForSignalledEvents)
@@ -197,20 +194,16 @@ class StreamClosing : public CameraStream {};
 
 TEST_F(StreamClosing, DeletesTheLibraryStreamOnce)
 {
+    stream->close(); // which never opened
+    EXPECT_EQ(Calls{}, fake.calls());
     const uint32_t handle = connect(StreamMode::queued);
     forget();
     stream->close();
     stream->close();
-    EXPECT_EQ((Calls{call("ZVGR_StreamDelete", handle)}), fake.calls());
     EXPECT_FALSE(stream->is_Open());
-    EXPECT_LOG_LINES();
-}
-
-TEST_F(StreamClosing, CallsNobodyForAStreamThatNeverOpened)
-{
-    stream->close();
     stream.reset();
-    EXPECT_EQ(Calls{}, fake.calls());
+    EXPECT_EQ((Calls{call("ZVGR_StreamDelete", handle)}), fake.calls());
+    EXPECT_LOG_LINES();
 }
 
 TEST_F(StreamClosing, HappensWhenAnOpenStreamIsDestroyed)
@@ -231,49 +224,35 @@ TEST_F(StreamClosing, LeavesTheLibraryAloneOnceAbandoned)
     EXPECT_LOG_LINES();
 }
 
-TEST_F(StreamClosing, EmptiesPoolAndEventsAndEndsTheAcquisition)
+TEST_F(StreamClosing, EmptiesPoolAndEventsAndEndsWaitsAndTheAcquisition)
 {
     connect(StreamMode::queued);
     ASSERT_NE(nullptr, stream->new_buffer(nullptr, 64, nullptr));
-    ASSERT_EQ(EventList::Registration::made, stream->events().add(*stream, GenTL::EVENT_NEW_BUFFER));
+    ASSERT_EQ(EventList::Registration::made, stream->get_Events().add(*stream, GenTL::EVENT_NEW_BUFFER));
+    const zvgentl::EventRef event = stream->get_Events().find(GenTL::EVENT_NEW_BUFFER);
     ASSERT_TRUE(stream->start(0));
     stream->close();
-    EXPECT_EQ(0U, stream->buffers().size());
-    EXPECT_FALSE(stream->events().find(GenTL::EVENT_NEW_BUFFER));
+    EXPECT_EQ(0U, stream->get_Buffers().size());
+    EXPECT_FALSE(stream->get_Events().find(GenTL::EVENT_NEW_BUFFER));
     EXPECT_FALSE(stream->is_Acquiring());
-}
-
-TEST_F(StreamClosing, TellsWhoeverHoldsAnEvent)
-{
-    connect(StreamMode::queued);
-    ASSERT_EQ(EventList::Registration::made, stream->events().add(*stream, GenTL::EVENT_NEW_BUFFER));
-    const zvgentl::EventRef event = stream->events().find(GenTL::EVENT_NEW_BUFFER);
-    stream->close();
     GenTL::EVENT_NEW_BUFFER_DATA datum = {};
     EXPECT_EQ(GenTL::GC_ERR_ABORT, event->get_event_data(&datum, GENTL_INFINITE));
 }
 
-class StreamThrottle : public CameraStream {
-protected:
-    bool is_due(LogThrottle::Mark mark) { return stream->is_log_due("EventGetData", mark); }
-};
+class StreamThrottle : public CameraStream {};
 
 TEST_F(StreamThrottle, FollowsTheAcquisition)
 {
-    using Mark = LogThrottle::Mark;
+    const auto is_due = [this] { return stream->is_log_due("EventGetData", LogThrottle::Mark::yes); };
     connect(StreamMode::queued);
-    EXPECT_TRUE(is_due(Mark::yes));
-    EXPECT_TRUE(is_due(Mark::yes));
-    ASSERT_TRUE(stream->start(0));
-    EXPECT_TRUE(is_due(Mark::no));
-    EXPECT_TRUE(is_due(Mark::yes));
-    EXPECT_FALSE(is_due(Mark::no));
-    EXPECT_FALSE(is_due(Mark::yes));
-    stream->stop();
-    EXPECT_TRUE(is_due(Mark::no));
-    ASSERT_TRUE(stream->start(0));
-    EXPECT_TRUE(is_due(Mark::yes));
-    EXPECT_FALSE(is_due(Mark::yes));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(is_due());
+        EXPECT_TRUE(is_due());
+        ASSERT_TRUE(stream->start(0));
+        EXPECT_TRUE(is_due());
+        EXPECT_FALSE(is_due());
+        stream->stop();
+    }
 }
 
 class StreamDelivery : public CameraStream {};
@@ -315,33 +294,19 @@ TEST_F(StreamDelivery, EndsWithTheHandleZeroOnlyWhileItRuns)
 
 class StreamBuffers : public CameraStream {};
 
-TEST_F(StreamBuffers, AreNotRevokedWhenTheyAreUnknown)
-{
-    connect(StreamMode::queued);
-    forget();
-    int stranger = 0;
-    EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(&stranger, 7));
-    EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(nullptr, 0));
-    EXPECT_EQ(Calls{}, fake.calls());
-}
-
-TEST_F(StreamBuffers, AreRevokedByAddress)
-{
-    connect(StreamMode::queued);
-    BufferModule* const buffer = stream->new_buffer(nullptr, 64, nullptr);
-    ASSERT_NE(nullptr, buffer);
-    forget();
-    EXPECT_EQ(RevokeOutcome::revoked, stream->revoke(buffer, buffer->get_GrabberHandle()));
-    EXPECT_EQ(0U, stream->buffers().size());
-}
-
-TEST_F(StreamBuffers, GiveTheirPrivatePointerWhileTheyLive)
+TEST_F(StreamBuffers, AreRevokedByAddressAndHaveTheirPrivatePointerUntilThen)
 {
     connect(StreamMode::queued);
     int owner = 0;
     BufferModule* const buffer = stream->new_buffer(nullptr, 64, &owner);
+    ASSERT_NE(nullptr, buffer);
     EXPECT_EQ(&owner, stream->private_of(buffer));
+    forget();
+    EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(&owner, 7));
+    EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(nullptr, 0));
+    EXPECT_EQ(Calls{}, fake.calls());
     EXPECT_EQ(RevokeOutcome::revoked, stream->revoke(buffer, buffer->get_GrabberHandle()));
+    EXPECT_EQ(0U, stream->get_Buffers().size());
     EXPECT_EQ(nullptr, stream->private_of(buffer));
     EXPECT_EQ(nullptr, stream->private_of(nullptr));
 }
@@ -350,14 +315,15 @@ TEST(StreamNames, AreThoseOfTheLogLines)
 {
     EXPECT_STREQ("Cyclic", name_of(StreamMode::cyclic));
     EXPECT_STREQ("Queued", name_of(StreamMode::queued));
-    EXPECT_EQ("ACQ_QUEUE_INPUT_TO_OUTPUT", zvgentl::queue_operation_name(0));
-    EXPECT_EQ("ACQ_QUEUE_OUTPUT_DISCARD", zvgentl::queue_operation_name(1));
-    EXPECT_EQ("ACQ_QUEUE_ALL_TO_INPUT", zvgentl::queue_operation_name(2));
-    EXPECT_EQ("ACQ_QUEUE_UNQUEUED_TO_INPUT", zvgentl::queue_operation_name(3));
-    EXPECT_EQ("ACQ_QUEUE_ALL_DISCARD", zvgentl::queue_operation_name(4));
-    EXPECT_EQ("FLUSH ALL EVENTS", zvgentl::queue_operation_name(1000));
-    EXPECT_EQ("UNSUPPORTED BUFFER QUEUE OPERATION 5", zvgentl::queue_operation_name(5));
-    EXPECT_EQ("UNSUPPORTED BUFFER QUEUE OPERATION -2147483648", zvgentl::queue_operation_name(INT32_MIN));
+    for (const auto& [operation, name] : {std::pair{0, "ACQ_QUEUE_INPUT_TO_OUTPUT"},
+                                          {1, "ACQ_QUEUE_OUTPUT_DISCARD"},
+                                          {2, "ACQ_QUEUE_ALL_TO_INPUT"},
+                                          {3, "ACQ_QUEUE_UNQUEUED_TO_INPUT"},
+                                          {4, "ACQ_QUEUE_ALL_DISCARD"},
+                                          {1000, "FLUSH ALL EVENTS"},
+                                          {5, "UNSUPPORTED BUFFER QUEUE OPERATION 5"},
+                                          {INT32_MIN, "UNSUPPORTED BUFFER QUEUE OPERATION -2147483648"}})
+        EXPECT_EQ(name, zvgentl::queue_operation_name(operation));
 }
 
 } // namespace

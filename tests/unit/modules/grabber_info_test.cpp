@@ -1,5 +1,6 @@
+#include <tuple>
+
 #include "modules/grabber_info.h"
-#include "modules/grabber_status.h"
 #include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
@@ -8,27 +9,21 @@ namespace {
 
 using namespace zvgentl;
 
-class GrabberInfo : public Modules {
+class GrabberInfo : public EmptySystem {
 protected:
-    SystemModule system;
-
     void SetUp() override
     {
-        Modules::SetUp();
+        EmptySystem::SetUp();
         fake.has_grabbers(3);
         system.init_Interfaces(3);
     }
 };
 
-TEST_F(GrabberInfo, GivesTheNameAtThePosition)
+TEST_F(GrabberInfo, GivesTheNameAtThePositionOrNone)
 {
     fake.grabber(2).is_named("third");
     EXPECT_EQ("third", display_name_of(*system.get_Interface(2)));
     EXPECT_EQ((Calls{zvtest::call("ZV_DeviceDisplayName", 2)}), fake.calls());
-}
-
-TEST_F(GrabberInfo, GivesAnEmptyNameWhenTheLibraryHasNone)
-{
     fake.next("ZV_DeviceDisplayName").answers_pointer(nullptr);
     EXPECT_EQ("", display_name_of(*system.get_Interface(0)));
 }
@@ -42,13 +37,6 @@ TEST_F(GrabberInfo, NamesTheProtocolAtThePosition)
         EXPECT_STREQ(name, transport_type_of(*system.get_Interface(1)));
         EXPECT_EQ((Calls{zvtest::call("ZV_DeviceInfo", 1, 3)}), fake.calls());
     }
-}
-
-TEST_F(GrabberInfo, NamesCoaXPressWhenTheLibraryFails)
-{
-    fake.grabber(0).has_protocol(2);
-    fake.next("ZV_DeviceInfo").answers(any_failure);
-    EXPECT_STREQ("CXP", transport_type_of(*system.get_Interface(0)));
 }
 
 TEST_F(GrabberInfo, AsksForPositionMinusOneOnceAnInterfaceLeftTheList)
@@ -70,20 +58,15 @@ TEST_F(GrabberInfoOfAStream, NamesTheProtocolOfItsGrabber)
 
 class GrabberScan : public Modules {};
 
-TEST_F(GrabberScan, HidesTheLastOfSeveralGrabbers)
+TEST_F(GrabberScan, HidesTheLastOfSeveralGrabbersUnlessASettingExposesIt)
 {
-    for (const auto& [found, listed] : {std::pair{0U, 0}, {1U, 1}, {2U, 1}, {3U, 2}, {20U, 19}}) {
+    for (const auto& [found, listed, exposed] :
+         {std::tuple{0U, 0, 0}, {1U, 1, 1}, {2U, 1, 2}, {3U, 2, 3}, {20U, 19, 20}}) {
         fake.has_grabbers(found);
+        settings.set("GenTL.Interface.ExposeDemoGrabber", 0);
         EXPECT_EQ(listed, scan_for_grabbers()) << found;
-    }
-}
-
-TEST_F(GrabberScan, ListsTheDemoGrabberWhenASettingExposesIt)
-{
-    settings.set("GenTL.Interface.ExposeDemoGrabber", 1);
-    for (const auto& [found, listed] : {std::pair{0U, 0}, {1U, 1}, {2U, 2}, {3U, 3}}) {
-        fake.has_grabbers(found);
-        EXPECT_EQ(listed, scan_for_grabbers()) << found;
+        settings.set("GenTL.Interface.ExposeDemoGrabber", 1);
+        EXPECT_EQ(exposed, scan_for_grabbers()) << found;
     }
 }
 

@@ -92,27 +92,17 @@ TEST_F(OverrideSettings, AreReadEveryTime)
             store.set_override(row.key, value);
             EXPECT_EQ(value, read(*row.setting)) << row.key;
         }
-    }
-}
-
-TEST_F(OverrideSettings, AreUnsetWithAllBitsSet)
-{
-    for (const OverrideRow& row : override_rows) {
         store.set_override(row.key, 0xFFFFFFFF);
-        EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;
+        EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key << " with all bits set";
     }
 }
 
-TEST_F(OverrideSettings, AreNotThePlainKey)
+TEST_F(OverrideSettings, AreUnsetWithThePlainKeyAndWhenTheStoreWritesNothing)
 {
     for (const OverrideRow& row : override_rows) {
         store.set(row.key, 3);
         EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;
     }
-}
-
-TEST_F(OverrideSettings, AreUnsetWhenTheStoreWritesNothing)
-{
     store.get_writes_nothing();
     for (const OverrideRow& row : override_rows)
         EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;

@@ -21,7 +21,7 @@ protected:
         OneGrabber::SetUp();
         list_cameras(2);
         fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = 1;
-        camera().set_Open(true);
+        camera().mark_open();
         ASSERT_TRUE(camera().open_Stream(0));
         ASSERT_NE(nullptr, stream().new_buffer(m_memory.data(), m_memory.size(), nullptr));
         forget();
@@ -30,7 +30,7 @@ protected:
     zvgentl::DeviceModule& device() { return *iface().get_Device(1); }
     zvgentl::CameraModule& camera() { return *device().get_Camera(); }
     zvgentl::StreamModule& stream() { return *camera().get_Stream(0); }
-    zvgentl::PinnedBuffer buffer() { return stream().buffers().at(0); }
+    zvgentl::PinnedBuffer buffer() { return stream().get_Buffers().at(0); }
 
     /// Ports of every kind, in the order of the kinds.
     std::vector<zvgentl::Port> ports()

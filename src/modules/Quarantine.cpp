@@ -1,8 +1,3 @@
-#include <new>
-#include <utility>
-
-#include "modules/DeviceModule.h"
-#include "modules/DeviceStore.h"
 #include "modules/Quarantine.h"
 
 #if defined(__has_feature)
@@ -21,14 +16,6 @@
 #endif
 
 namespace zvgentl {
-
-// One file for all, because the order of destruction matters: the store's devices go first and leave their
-// buffers and events to the quarantines.
-Quarantine retired_systems;
-Quarantine retired_interfaces;
-Quarantine retired_buffers;
-Quarantine retired_events;
-DeviceStore device_store;
 
 Quarantine::~Quarantine()
 {
@@ -55,26 +42,6 @@ void Quarantine::give_back(const Block& block) noexcept
         return;
     ASAN_UNPOISON_MEMORY_REGION(block.memory, block.size);
     ::operator delete(block.memory);
-}
-
-DeviceStore::~DeviceStore()
-{
-    if (m_users.load() != 0) {
-        // Never destroyed, and still to be found by a leak checker.
-        using Devices = decltype(m_devices);
-        alignas(Devices) static unsigned char kept[sizeof(Devices)];
-        new (kept) Devices(std::move(m_devices));
-        return;
-    }
-    for (const auto& device : m_devices)
-        device->abandon();
-}
-
-DeviceModule* DeviceStore::keep(std::unique_ptr<DeviceModule> device)
-{
-    const std::lock_guard lock(m_mutex);
-    m_devices.push_back(std::move(device));
-    return m_devices.back().get();
 }
 
 } // namespace zvgentl
