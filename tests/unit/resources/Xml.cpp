@@ -1,6 +1,5 @@
 #include "unit/resources/Xml.h"
 
-#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -20,138 +19,66 @@ std::string taken(xmlChar* text)
     return text == nullptr ? "" : reinterpret_cast<const char*>(text);
 }
 
-std::string text_of(const xmlChar* text)
+void add_children(xmlNode* parent, const std::string& indent, std::vector<std::string>& lines)
 {
-    return text == nullptr ? "" : reinterpret_cast<const char*>(text);
-}
-
-Element element_of(xmlNode* node)
-{
-    Element element;
-    element.name = node->type == XML_COMMENT_NODE ? "#comment" : text_of(node->name);
-    if (node->type == XML_COMMENT_NODE) {
-        element.text = taken(xmlNodeGetContent(node));
-        return element;
+    for (xmlNode* node = parent->children; node != nullptr; node = node->next) {
+        if (node->type != XML_ELEMENT_NODE && node->type != XML_COMMENT_NODE)
+            continue;
+        const bool is_element = node->type == XML_ELEMENT_NODE;
+        std::string line = indent + (is_element ? reinterpret_cast<const char*>(node->name) : "#comment");
+        for (const xmlAttr* attribute = is_element ? node->properties : nullptr; attribute != nullptr;
+             attribute = attribute->next)
+            line += std::string(" ") + reinterpret_cast<const char*>(attribute->name) + "=\"" +
+                    taken(xmlNodeListGetString(node->doc, attribute->children, 1)) + "\"";
+        if (!is_element || xmlChildElementCount(node) == 0)
+            line += ": " + taken(xmlNodeGetContent(node));
+        lines.push_back(line);
+        if (is_element)
+            add_children(node, indent + "  ", lines);
     }
-    for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
-        const std::string prefix = attribute->ns == nullptr ? "" : text_of(attribute->ns->prefix) + ":";
-        element.attributes[prefix + text_of(attribute->name)] =
-            taken(xmlNodeListGetString(node->doc, attribute->children, 1));
-    }
-    for (xmlNode* child = node->children; child != nullptr; child = child->next) {
-        if (child->type == XML_ELEMENT_NODE || child->type == XML_COMMENT_NODE)
-            element.children.push_back(element_of(child));
-    }
-    if (element.children.empty())
-        element.text = taken(xmlNodeGetContent(node));
-    return element;
 }
 
 } // namespace
 
-std::vector<std::pair<std::string, std::string>> Element::values() const
+std::vector<std::string> outline_of(const std::string& xml)
 {
-    std::vector<std::pair<std::string, std::string>> found;
-    for (const Element& element : children)
-        found.emplace_back(element.name, element.text);
-    return found;
-}
-
-Element Element::child(const std::string& name_attribute) const
-{
-    const auto found = std::find_if(children.begin(), children.end(), [&](const Element& element) {
-        const auto named = element.attributes.find("Name");
-        return named != element.attributes.end() && named->second == name_attribute;
-    });
-    if (found != children.end())
-        return *found;
-    ADD_FAILURE() << "there is no node " << name_attribute;
-    return {};
-}
-
-Document parse(const std::string& text)
-{
-    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> parsed(
-        xmlReadMemory(text.data(), static_cast<int>(text.size()), "description.xml", nullptr,
-                      XML_PARSE_NONET),
+    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
+        xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr, XML_PARSE_NONET),
         &xmlFreeDoc);
-    Document document;
-    if (!parsed) {
-        ADD_FAILURE() << "not well-formed: " << text;
-        return document;
-    }
-    xmlNode* const root = xmlDocGetRootElement(parsed.get());
-    document.root = element_of(root);
-    document.default_namespace = root->ns == nullptr ? "" : text_of(root->ns->href);
-    document.version = text_of(parsed->version);
-    document.encoding = text_of(parsed->encoding);
-    return document;
+    std::vector<std::string> lines;
+    if (document)
+        add_children(xmlDocGetRootElement(document.get()), "", lines);
+    else
+        ADD_FAILURE() << "not well-formed";
+    return lines;
+}
+
+std::string head_of(const std::string& xml)
+{
+    const size_t root = xml.find("<RegisterDescription");
+    const size_t end = root == std::string::npos ? root : xml.find('>', root);
+    return std::regex_replace(xml.substr(0, end == std::string::npos ? 0 : end + 1), std::regex("\\s+"), " ");
+}
+
+std::string expected_head(const std::string& model, const std::string& tool_tip)
+{
+    return R"(<?xml version="1.0" encoding="utf-8"?> <RegisterDescription ModelName=")" + model +
+           R"(" VendorName="ZEVA_Electronics" ToolTip=")" + tool_tip +
+           R"(" StandardNameSpace="None" SchemaMajorVersion="1" SchemaMinorVersion="1")"
+           R"( SchemaSubMinorVersion="0" MajorVersion="1" MinorVersion="1" SubMinorVersion="0")"
+           R"( ProductGuid="AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE")"
+           R"( VersionGuid="11111111-2222-3333-4444-555555555555")"
+           R"( xmlns="http://www.genicam.org/GenApi/Version_1_1")"
+           R"( xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance")"
+           R"( xsi:schemaLocation="http://www.genicam.org/GenApi/Version_1_1)"
+           R"( http://www.genicam.org/GenApi/GenApiSchema_Version_1_1.xsd">)";
 }
 
 std::string resource(const std::string& name)
 {
-    std::ifstream file(std::string(ZV_RESOURCES "/") + name, std::ios::binary);
+    std::ifstream file(ZV_RESOURCES "/" + name, std::ios::binary);
     EXPECT_TRUE(file) << name;
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-std::map<std::string, std::string> root_attributes(const std::string& model, const std::string& tool_tip)
-{
-    return {
-        {"ModelName", model},
-        {"VendorName", "ZEVA_Electronics"},
-        {"ToolTip", tool_tip},
-        {"StandardNameSpace", "None"},
-        {"SchemaMajorVersion", "1"},
-        {"SchemaMinorVersion", "1"},
-        {"SchemaSubMinorVersion", "0"},
-        {"MajorVersion", "1"},
-        {"MinorVersion", "1"},
-        {"SubMinorVersion", "0"},
-        {"ProductGuid", "AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE"},
-        {"VersionGuid", "11111111-2222-3333-4444-555555555555"},
-        {"xsi:schemaLocation", "http://www.genicam.org/GenApi/Version_1_1 "
-                               "http://www.genicam.org/GenApi/GenApiSchema_Version_1_1.xsd"},
-    };
-}
-
-std::vector<std::string> root_attribute_order()
-{
-    return {"ModelName",
-            "VendorName",
-            "ToolTip",
-            "StandardNameSpace",
-            "SchemaMajorVersion",
-            "SchemaMinorVersion",
-            "SchemaSubMinorVersion",
-            "MajorVersion",
-            "MinorVersion",
-            "SubMinorVersion",
-            "ProductGuid",
-            "VersionGuid",
-            "xmlns",
-            "xmlns:xsi",
-            "xsi:schemaLocation"};
-}
-
-std::vector<std::string> names_in_root_tag(const std::string& text)
-{
-    const size_t start = text.find("<RegisterDescription");
-    const std::string tag =
-        start == std::string::npos ? "" : text.substr(start, text.find('>', start) - start);
-    const std::regex attribute("\\s([A-Za-z:]+)=\"[^\"]*\"");
-    std::vector<std::string> names;
-    for (std::sregex_iterator found(tag.begin(), tag.end(), attribute), end; found != end; ++found)
-        names.push_back((*found)[1]);
-    return names;
-}
-
-bool is_device_port(const Element& node)
-{
-    using Values = std::vector<std::pair<std::string, std::string>>;
-    return node.name == "Port" && node.attributes == std::map<std::string, std::string>{{"Name", "Device"}} &&
-           node.values() ==
-               Values{{"ToolTip", "Port giving access to the device."}, {"Visibility", "Invisible"}};
 }
 
 } // namespace zvtest

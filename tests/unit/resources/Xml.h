@@ -1,47 +1,22 @@
 #pragma once
 
-#include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
-// An XML document in plain types, so that a test can compare it as a whole.
+// A register description in plain texts, so that a test can compare it as a whole.
 
 namespace zvtest {
 
-/// An element, or a comment, which is named "#comment". White space between elements is left out.
-struct Element {
-    std::string name;
-    std::map<std::string, std::string> attributes; // names of the schema instance with "xsi:"
-    std::string text;
-    std::vector<Element> children;
+/// The elements and comments below the root, one line each, two blanks deeper than their parent:
+/// `Category Name="Root": text`. Fails the test when the text is not well-formed.
+std::vector<std::string> outline_of(const std::string& xml);
 
-    /// Name and text of the children, in order.
-    std::vector<std::pair<std::string, std::string>> values() const;
-    /// The child element with this value of the attribute Name; fails the test when there is none.
-    Element child(const std::string& name_attribute) const;
-};
-
-struct Document {
-    Element root;
-    std::string default_namespace; // of the root
-    std::string version;
-    std::string encoding;
-};
-
-/// Fails the test when the text is not well-formed.
-Document parse(const std::string& text);
+/// The declaration and the tag of the root, with one blank for all white space in a row.
+std::string head_of(const std::string& xml);
+/// The same as both descriptions have it.
+std::string expected_head(const std::string& model, const std::string& tool_tip);
 
 /// A file of the repository, byte for byte.
 std::string resource(const std::string& name);
-
-/// The root of a description as both have it.
-std::map<std::string, std::string> root_attributes(const std::string& model, const std::string& tool_tip);
-/// Names of the attributes in the tag of the root as both descriptions have them, in order.
-std::vector<std::string> root_attribute_order();
-/// The same as a text has them.
-std::vector<std::string> names_in_root_tag(const std::string& text);
-/// The port node, the same in both.
-bool is_device_port(const Element& node);
 
 } // namespace zvtest
