@@ -9,7 +9,7 @@
 
 namespace zvtest {
 
-/// One argument. Numbers and pointers compare by value, whatever their width; texts by content.
+/// One argument. Numbers and pointers compare by value, regardless of their width; texts by content.
 class Argument {
 public:
     template <class Number, class = std::enable_if_t<std::is_integral_v<Number> || std::is_enum_v<Number>>>

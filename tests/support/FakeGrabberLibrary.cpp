@@ -20,9 +20,18 @@ private:
     int m_paused;
 };
 
-} // namespace
+/// The handle of the first entry that satisfies the condition.
+template <class Table, class Handle, class Condition>
+Handle handle_of(const Table& table, Handle otherwise, Condition condition)
+{
+    for (const auto& [handle, entry] : table) {
+        if (condition(entry))
+            return handle;
+    }
+    return otherwise;
+}
 
-FakeGrabberLibrary::FakeGrabberLibrary() = default;
+} // namespace
 
 FakeGrabberLibrary& FakeGrabberLibrary::instance()
 {
@@ -52,52 +61,27 @@ void FakeGrabberLibrary::reset()
 
 void FakeGrabberLibrary::has_grabbers(uint32_t count)
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_world.scanned = count;
+    locked([=](FakeWorld& world) { world.scanned = count; });
 }
 
 GrabberSetup& FakeGrabberLibrary::grabber(uint32_t position)
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    return m_world.setup(position);
-}
-
-Value FakeGrabberLibrary::grabber_int(uint32_t handle, const std::string& name)
-{
-    return {*this, "ZVGR_GetGrabberValueInt", handle, name};
-}
-
-Value FakeGrabberLibrary::grabber_enum(uint32_t handle, const std::string& name)
-{
-    return {*this, "ZVGR_GetGrabberValueEnum", handle, name};
-}
-
-Value FakeGrabberLibrary::camera_int(uint32_t handle, const std::string& name)
-{
-    return {*this, "ZVGR_GetCameraValueInt", handle, name};
-}
-
-Value FakeGrabberLibrary::camera_enum(uint32_t handle, const std::string& name)
-{
-    return {*this, "ZVGR_GetCameraValueEnum", handle, name};
+    return *locked([=](FakeWorld& world) { return &world.setup(position); });
 }
 
 void FakeGrabberLibrary::set_value(const ValueKey& key, int64_t value)
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_world.values[key] = value;
+    locked([&](FakeWorld& world) { world.values[key] = value; });
 }
 
 void FakeGrabberLibrary::stream_info(uint32_t command, uint64_t value)
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_world.stream_info[command] = value;
+    locked([=](FakeWorld& world) { world.stream_info[command] = value; });
 }
 
 void FakeGrabberLibrary::set_xml_url(uint64_t handle, const std::string& url)
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    m_world.xml_urls[handle] = url;
+    locked([&](FakeWorld& world) { world.xml_urls[handle] = url; });
 }
 
 Calls FakeGrabberLibrary::calls() const
@@ -149,115 +133,112 @@ void FakeGrabberLibrary::allow_stale_handles()
 
 size_t FakeGrabberLibrary::open_grabbers() const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    return m_world.grabbers.size();
+    return locked([](const FakeWorld& world) { return world.grabbers.size(); });
 }
 
 size_t FakeGrabberLibrary::open_streams() const { return streams().size(); }
 
 uint32_t FakeGrabberLibrary::grabber_handle(uint32_t position) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    for (const auto& [handle, open] : m_world.grabbers) {
-        if (open.position == position)
-            return handle;
-    }
-    return ZV_NO_HANDLE;
+    return locked([=](const FakeWorld& world) {
+        return handle_of(world.grabbers, ZV_NO_HANDLE,
+                         [=](const OpenGrabber& grabber) { return grabber.position == position; });
+    });
 }
 
 uint32_t FakeGrabberLibrary::camera_handle(uint32_t grabber_position, uint32_t camera_position) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    for (const auto& [handle, camera] : m_world.cameras) {
-        if (camera.grabber_position == grabber_position && camera.position == camera_position)
-            return handle;
-    }
-    return ZV_NO_HANDLE;
+    return locked([=](const FakeWorld& world) {
+        return handle_of(world.cameras, ZV_NO_HANDLE, [=](const LiveCamera& camera) {
+            return camera.grabber_position == grabber_position && camera.position == camera_position;
+        });
+    });
 }
 
 uint32_t FakeGrabberLibrary::last_stream() const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    return m_world.last_stream;
+    return locked([](const FakeWorld& world) { return world.last_stream; });
 }
 
 std::vector<uint32_t> FakeGrabberLibrary::streams() const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    std::vector<uint32_t> handles;
-    for (const auto& entry : m_world.streams)
-        handles.push_back(entry.first);
-    return handles;
+    return locked([](const FakeWorld& world) {
+        std::vector<uint32_t> handles;
+        for (const auto& entry : world.streams)
+            handles.push_back(entry.first);
+        return handles;
+    });
 }
 
 uint64_t FakeGrabberLibrary::last_buffer() const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    return m_world.last_buffer;
+    return locked([](const FakeWorld& world) { return world.last_buffer; });
 }
 
 uint64_t FakeGrabberLibrary::buffer_at(const void* memory) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    for (const auto& [handle, buffer] : m_world.buffers) {
-        if (buffer.memory == memory)
-            return handle;
-    }
-    return 0;
+    return locked([=](const FakeWorld& world) {
+        return handle_of(world.buffers, uint64_t{0},
+                         [=](const LiveBuffer& buffer) { return buffer.memory == memory; });
+    });
 }
 
 std::vector<uint64_t> FakeGrabberLibrary::buffers(uint32_t stream) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    std::vector<uint64_t> handles;
-    for (const auto& [handle, buffer] : m_world.buffers) {
-        if (buffer.stream == stream)
-            handles.push_back(handle);
-    }
-    return handles;
+    return locked([=](const FakeWorld& world) {
+        std::vector<uint64_t> handles;
+        for (const auto& [handle, buffer] : world.buffers) {
+            if (buffer.stream == stream)
+                handles.push_back(handle);
+        }
+        return handles;
+    });
 }
 
 const void* FakeGrabberLibrary::memory_of(uint64_t buffer) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    const auto found = m_world.buffers.find(buffer);
-    return found == m_world.buffers.end() ? nullptr : found->second.memory;
+    return locked([=](const FakeWorld& world) {
+        const auto found = world.buffers.find(buffer);
+        return found == world.buffers.end() ? nullptr : found->second.memory;
+    });
 }
 
 int FakeGrabberLibrary::queue_of(uint64_t buffer) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    const auto found = m_world.buffers.find(buffer);
-    return found == m_world.buffers.end() ? -1 : found->second.queue;
+    return locked([=](const FakeWorld& world) {
+        const auto found = world.buffers.find(buffer);
+        return found == world.buffers.end() ? -1 : found->second.queue;
+    });
 }
 
 bool FakeGrabberLibrary::is_acquiring(uint32_t stream) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    const auto found = m_world.streams.find(stream);
-    return found != m_world.streams.end() && m_world.cameras.at(found->second.camera).acquiring == stream;
+    return locked([=](const FakeWorld& world) {
+        const auto found = world.streams.find(stream);
+        return found != world.streams.end() && world.cameras.at(found->second.camera).acquiring == stream;
+    });
 }
 
 uint32_t FakeGrabberLibrary::frames_requested(uint32_t stream) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    return m_world.streams.at(stream).frames_requested;
+    return locked([=](const FakeWorld& world) { return world.streams.at(stream).frames_requested; });
 }
 
 bool FakeGrabberLibrary::has_callback(uint32_t stream) const
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    const auto found = m_world.streams.find(stream);
-    if (found == m_world.streams.end())
-        return false;
-    return found->second.ring_frames > 0 ? m_world.cameras.at(found->second.camera).callback != nullptr
-                                         : found->second.callback != nullptr;
+    return locked([=](const FakeWorld& world) {
+        const auto found = world.streams.find(stream);
+        if (found == world.streams.end())
+            return false;
+        return found->second.ring_frames > 0 ? world.cameras.at(found->second.camera).callback != nullptr
+                                             : found->second.callback != nullptr;
+    });
 }
 
 uint8_t* FakeGrabberLibrary::ring_frame(uint32_t stream, uint32_t index)
 {
-    const std::lock_guard<std::mutex> guard(m_lock);
-    return m_world.streams.at(stream).ring.get() + index * ring_frame_bytes;
+    return locked(
+        [=](FakeWorld& world) { return world.streams.at(stream).ring.get() + index * ring_frame_bytes; });
 }
 
 void FakeGrabberLibrary::deliver_cyclic(uint32_t stream, uint32_t index, const Frame& frame)

@@ -42,27 +42,30 @@ public:
     void has_grabbers(uint32_t count);
     GrabberSetup& grabber(uint32_t position);
 
-    // Values: of one handle, or of every handle that has no value of its own.
-    Value grabber_int(const std::string& name)
+    // Values: of one handle, or of every other handle.
+    Value grabber_int(const std::string& name) { return grabber_int(any_handle, name); }
+    Value grabber_enum(const std::string& name) { return grabber_enum(any_handle, name); }
+    Value camera_int(const std::string& name) { return camera_int(any_handle, name); }
+    Value camera_enum(const std::string& name) { return camera_enum(any_handle, name); }
+    Value grabber_int(uint64_t handle, const std::string& name)
     {
-        return {*this, "ZVGR_GetGrabberValueInt", any_handle, name};
+        return {*this, "ZVGR_GetGrabberValueInt", handle, name};
     }
-    Value grabber_enum(const std::string& name)
+    Value grabber_enum(uint64_t handle, const std::string& name)
     {
-        return {*this, "ZVGR_GetGrabberValueEnum", any_handle, name};
+        return {*this, "ZVGR_GetGrabberValueEnum", handle, name};
     }
-    Value camera_int(const std::string& name) { return {*this, "ZVGR_GetCameraValueInt", any_handle, name}; }
-    Value camera_enum(const std::string& name)
+    Value camera_int(uint64_t handle, const std::string& name)
     {
-        return {*this, "ZVGR_GetCameraValueEnum", any_handle, name};
+        return {*this, "ZVGR_GetCameraValueInt", handle, name};
     }
-    Value grabber_int(uint32_t handle, const std::string& name);
-    Value grabber_enum(uint32_t handle, const std::string& name);
-    Value camera_int(uint32_t handle, const std::string& name);
-    Value camera_enum(uint32_t handle, const std::string& name);
+    Value camera_enum(uint64_t handle, const std::string& name)
+    {
+        return {*this, "ZVGR_GetCameraValueEnum", handle, name};
+    }
     /// What ZVGR_StreamGetInfo answers: 307200 for payload sizes and 4096 for the alignment by default.
     void stream_info(uint32_t command, uint64_t value);
-    /// What ZVGR_GetXmlUrl answers for a handle, or for every handle that has no URL of its own.
+    /// What ZVGR_GetXmlUrl answers for a handle, or for every other handle.
     void set_xml_url(const std::string& url) { set_xml_url(any_handle, url); }
     void set_xml_url(uint64_t handle, const std::string& url);
 
@@ -109,7 +112,7 @@ public:
     bool is_acquiring(uint32_t stream) const;
     uint32_t frames_requested(uint32_t stream) const;
     bool has_callback(uint32_t stream) const;
-    /// Memory of a ring frame, `ring_frame_bytes` long; frames lie one behind the other, then 1 MiB of zeros.
+    /// Memory of a ring frame, `ring_frame_bytes` long; frames follow each other, then 1 MiB of zeros.
     uint8_t* ring_frame(uint32_t stream, uint32_t index);
 
     // Frames, on the calling thread, whether the stream is started or not. A stream without a callback fails
@@ -122,7 +125,7 @@ public:
     /// Calls a stream's buffer callback with any handle: an unknown one, or 0 for the end of acquisition.
     void deliver_queued_to(uint32_t stream, uint64_t buffer);
 
-    /// Fails the test for decisions of the script that never came to pass and for grabbers left open.
+    /// Fails the test for scripted answers that were never used and for grabbers left open.
     void verify_finished() const;
 
     // For the functions of the library. Not for tests.
@@ -131,12 +134,25 @@ public:
     template <class Result, class Effect, class Output>
     Result perform(const Call& made, Result gave, Effect effect, Output output);
     FakeWorld& world() { return m_world; }
-    std::mutex& lock() const { return m_lock; }
     void complain(const Call& made, uint64_t handle, bool stale) const;
 
 private:
     friend class Value;
-    FakeGrabberLibrary();
+    FakeGrabberLibrary() = default;
+
+    /// What `work` gives for the world, under the lock.
+    template <class Work>
+    auto locked(Work work) const
+    {
+        const std::lock_guard<std::mutex> guard(m_lock);
+        return work(m_world);
+    }
+    template <class Work>
+    auto locked(Work work)
+    {
+        const std::lock_guard<std::mutex> guard(m_lock);
+        return work(m_world);
+    }
 
     void set_value(const ValueKey& key, int64_t value);
     void record(const Call& made);

@@ -41,7 +41,7 @@ public:
 
     std::vector<LogLine> lines() const;
     void clear_lines();
-    /// Stops keeping lines (they still are held against the table), for tests that log millions.
+    /// Stops keeping lines (they are still compared with the table), for tests that log millions.
     void keep_lines(bool keep);
 
     /// How often ZVTimeElapsedUs was called, and what it answers: 12 by default.

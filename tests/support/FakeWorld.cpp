@@ -1,5 +1,6 @@
 #include "support/FakeWorld.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 
@@ -13,12 +14,6 @@ namespace {
 // which shows where one is cut.
 std::atomic<uint32_t> handles_given{0x100};
 std::atomic<uint64_t> buffers_given{0x100000000};
-
-void fill(char (&field)[65], const std::string& text)
-{
-    std::memset(field, 0, sizeof field);
-    std::memcpy(field, text.data(), text.size() < sizeof field ? text.size() : sizeof field);
-}
 
 std::unique_ptr<GrabberSetup> make_setup(uint32_t position)
 {
@@ -34,27 +29,10 @@ std::unique_ptr<GrabberSetup> make_setup(uint32_t position)
 
 } // namespace
 
-CameraSetup& CameraSetup::vendor(const std::string& text)
+CameraSetup& CameraSetup::fill(char (&field)[65], const std::string& text)
 {
-    fill(info.vendor_name, text);
-    return *this;
-}
-
-CameraSetup& CameraSetup::model(const std::string& text)
-{
-    fill(info.model_name, text);
-    return *this;
-}
-
-CameraSetup& CameraSetup::serial(const std::string& text)
-{
-    fill(info.serial_number, text);
-    return *this;
-}
-
-CameraSetup& CameraSetup::version(const std::string& text)
-{
-    fill(info.device_version, text);
+    std::memset(field, 0, sizeof field);
+    std::memcpy(field, text.data(), std::min(text.size(), sizeof field));
     return *this;
 }
 

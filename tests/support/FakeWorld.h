@@ -31,10 +31,13 @@ struct CameraSetup {
     Registers registers;
 
     /// Fills a text field of the record; a text of 65 bytes leaves no terminator.
-    CameraSetup& vendor(const std::string& text);
-    CameraSetup& model(const std::string& text);
-    CameraSetup& serial(const std::string& text);
-    CameraSetup& version(const std::string& text);
+    CameraSetup& vendor(const std::string& text) { return fill(info.vendor_name, text); }
+    CameraSetup& model(const std::string& text) { return fill(info.model_name, text); }
+    CameraSetup& serial(const std::string& text) { return fill(info.serial_number, text); }
+    CameraSetup& version(const std::string& text) { return fill(info.device_version, text); }
+
+private:
+    CameraSetup& fill(char (&field)[65], const std::string& text);
 };
 
 /// A grabber as the test sets it up.

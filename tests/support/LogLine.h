@@ -38,11 +38,11 @@ struct LogLine {
 };
 
 /// Takes apart "thr%08X:Logger::{function}[number]: message", with or without braces, and timer lines, which
-/// have no colon behind the number.
+/// have no colon after the number.
 LogLine parse_log_line(const std::string& source, Priority priority, const std::string& text);
 
-/// Whether `message` is what printf could make of `pattern`: `%d`, `%u`, `%X`, `%x`, `%lld`, `%zu`, `%016llX`
-/// and the like stand for digits of their kind, `%s` for any text, `%%` for itself.
+/// Whether `message` is what printf could write for `pattern`: `%d`, `%u`, `%X`, `%x`, `%lld`, `%zu`,
+/// `%016llX` and the like stand for digits of their kind, `%s` for any text, `%%` for itself.
 bool matches_format(const std::string& pattern, const std::string& message);
 
 } // namespace zvtest

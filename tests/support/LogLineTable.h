@@ -10,7 +10,7 @@
 #include "support/LogLine.h"
 
 // The checked-in table of every line that the producer writes (log_lines.tsv). Every line that a test
-// captures is held against it, and the call sites that were seen are noted for the check that none was
+// captures is compared with it, and the call sites that were seen are noted for the check that none was
 // missed.
 
 namespace zvtest {
@@ -31,7 +31,7 @@ public:
     /// for a line that cannot be reached, the reason.
     explicit LogLineTable(const std::string& path);
 
-    /// What is wrong with the line, or an empty text. Lines of loggers without any row are none of the
+    /// What is wrong with the line, or an empty text. Lines of loggers without any row are not the
     /// table's business.
     std::string objection_to(const LogLine& line) const;
     /// Notes the line's call site; at the end of the process the set is written to a file in the folder named

@@ -16,7 +16,7 @@ namespace zvtest {
 struct Answer {
     enum class Kind {
         returns,              // returns the value; nothing is written, nothing happens
-        returns_after_effect, // does its default work, then returns the value all the same
+        returns_after_effect, // does its default work, then returns the value anyway
         gives                 // succeeds and writes the value to its output; nothing else happens
     };
     Kind kind;
@@ -55,11 +55,11 @@ class Script {
 public:
     using Hook = std::function<void(const Call&)>;
 
-    /// The next call of the function not yet spoken for.
+    /// The next call of the function without an answer.
     Rule& next(const std::string& function) { return add(function, 0, false); }
     /// The k-th call from now, 1 being the next.
     Rule& nth(const std::string& function, long k) { return add(function, k, false); }
-    /// Every call without a decision of its own; the last such rule wins.
+    /// Every call without another rule; the last such rule wins.
     Rule& always(const std::string& function) { return add(function, 0, true); }
 
     void before(const std::string& function, Hook hook);

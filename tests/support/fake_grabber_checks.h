@@ -21,6 +21,17 @@ const void* code_address(Function function)
     return reinterpret_cast<const void*>(function);
 }
 
+/// A call at its entry. While it lives, allocations neither fail nor count.
+struct Entered : private PausedAllocationFaults {
+    Call made;
+
+    template <class... Arguments>
+    explicit Entered(const char* function, Arguments... arguments) : made(call(function, arguments...))
+    {
+    }
+    operator const Call&() const { return made; }
+};
+
 /// A function that returns a status; a scripted value goes to `output`.
 template <class Number, class Effect>
 uint32_t perform_status(const Call& made, Number* output, Effect effect)
@@ -57,6 +68,15 @@ inline bool is_live_buffer(const Call& made, const FakeWorld& world, uint64_t bu
     return false;
 }
 
+/// The same for a function whose handle must be alive in `table`: `effect` gets the world and its object.
+template <class Table, class Number, class Effect>
+uint32_t perform_on(const Call& made, Table FakeWorld::*table, uint32_t handle, Number* output, Effect effect)
+{
+    return perform_status(made, output, [&](FakeWorld& world) {
+        return is_live(made, world.*table, handle) ? effect(world, (world.*table).at(handle)) : any_failure;
+    });
+}
+
 inline CameraSetup& setup_of(FakeWorld& world, uint32_t camera)
 {
     const LiveCamera& live = world.cameras.at(camera);
@@ -80,17 +100,15 @@ inline uint32_t write_registers(Registers& registers, uint64_t address, const st
     return succeeded;
 }
 
-inline Call with_data(Call made, const void* buffer, uint32_t size)
+inline void add_data(Call& made, const void* buffer, uint32_t size)
 {
     const auto* const bytes = static_cast<const uint8_t*>(buffer);
     made.data.assign(bytes, bytes + size);
-    return made;
 }
 
 inline int64_t named_value(const char* function, uint32_t handle, const char* name)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call(function, handle, name);
+    const Entered made(function, handle, name);
     return fake().perform<int64_t>(
         made, ZV_NOT_AVAILABLE,
         [&](FakeWorld& world) {

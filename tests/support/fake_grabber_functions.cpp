@@ -12,8 +12,8 @@ extern "C" {
 
 uint32_t ZVGR_CALL ZV_DeviceScan(uint32_t* count)
 {
-    const PausedAllocationFaults pause;
-    return perform_status(call("ZV_DeviceScan"), count, [&](FakeWorld& world) {
+    const Entered made("ZV_DeviceScan");
+    return perform_status(made, count, [&](FakeWorld& world) {
         *count = world.scanned;
         return succeeded;
     });
@@ -21,21 +21,20 @@ uint32_t ZVGR_CALL ZV_DeviceScan(uint32_t* count)
 
 uint32_t ZVGR_CALL ZV_DeviceInfo(uint32_t index, ZvDeviceInfo* info)
 {
-    const PausedAllocationFaults pause;
-    return perform_status(call("ZV_DeviceInfo", index, info->version), &info->protocol,
-                          [&](FakeWorld& world) {
-                              if (index >= world.scanned)
-                                  return any_failure;
-                              info->protocol = world.setup(index).protocol;
-                              return succeeded;
-                          });
+    const Entered made("ZV_DeviceInfo", index, info->version);
+    return perform_status(made, &info->protocol, [&](FakeWorld& world) {
+        if (index >= world.scanned)
+            return any_failure;
+        info->protocol = world.setup(index).protocol;
+        return succeeded;
+    });
 }
 
 const char* ZVGR_CALL ZV_DeviceDisplayName(uint32_t index)
 {
-    const PausedAllocationFaults pause;
+    const Entered made("ZV_DeviceDisplayName", index);
     return fake().perform<const char*>(
-        call("ZV_DeviceDisplayName", index), nullptr,
+        made, nullptr,
         [&](FakeWorld& world) -> const char* {
             return index < world.scanned ? world.setup(index).display_name.c_str() : nullptr;
         },
@@ -44,20 +43,17 @@ const char* ZVGR_CALL ZV_DeviceDisplayName(uint32_t index)
 
 uint32_t ZVGR_CALL ZVGR_Open(uint32_t index)
 {
-    const PausedAllocationFaults pause;
+    const Entered made("ZVGR_Open", index);
     return fake().perform<uint32_t>(
-        call("ZVGR_Open", index), ZV_NO_HANDLE,
+        made, ZV_NO_HANDLE,
         [&](FakeWorld& world) { return index < world.scanned ? world.open_grabber(index) : ZV_NO_HANDLE; },
         no_output);
 }
 
 uint32_t ZVGR_CALL ZVGR_Close(uint32_t grabber)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_Close", grabber);
-    return perform_status(made, no_memory, [&](FakeWorld& world) {
-        if (!is_live(made, world.grabbers, grabber))
-            return any_failure;
+    const Entered made("ZVGR_Close", grabber);
+    return perform_on(made, &FakeWorld::grabbers, grabber, no_memory, [&](FakeWorld& world, OpenGrabber&) {
         world.close_grabber(grabber);
         return succeeded;
     });
@@ -65,26 +61,20 @@ uint32_t ZVGR_CALL ZVGR_Close(uint32_t grabber)
 
 uint32_t ZVGR_CALL ZVGR_UpdateCameraList(uint32_t grabber, uint32_t* cameras, uint32_t* count)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_UpdateCameraList", grabber, *count);
-    return perform_status(made, count, [&](FakeWorld& world) {
-        if (!is_live(made, world.grabbers, grabber))
-            return any_failure;
-        const uint32_t found = world.setup(world.grabbers.at(grabber).position).cameras;
-        for (uint32_t i = 0; i < found && i < *count && i < zv_max_cameras; ++i)
+    const Entered made("ZVGR_UpdateCameraList", grabber, *count);
+    return perform_on(made, &FakeWorld::grabbers, grabber, count, [&](FakeWorld& world, OpenGrabber& found) {
+        const uint32_t present = world.setup(found.position).cameras;
+        for (uint32_t i = 0; i < present && i < *count && i < zv_max_cameras; ++i)
             cameras[i] = world.find_camera(grabber, i);
-        *count = found;
+        *count = present;
         return succeeded;
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_CameraInfo2(uint32_t camera, ZvCameraInfo* info)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_CameraInfo2", camera, info->version);
-    return perform_status(made, no_memory, [&](FakeWorld& world) {
-        if (!is_live(made, world.cameras, camera))
-            return any_failure;
+    const Entered made("ZVGR_CameraInfo2", camera, info->version);
+    return perform_on(made, &FakeWorld::cameras, camera, no_memory, [&](FakeWorld& world, LiveCamera&) {
         *info = setup_of(world, camera).info;
         return succeeded;
     });
@@ -92,73 +82,55 @@ uint32_t ZVGR_CALL ZVGR_CameraInfo2(uint32_t camera, ZvCameraInfo* info)
 
 uint32_t ZVGR_CALL ZVGR_CameraOpen2(uint32_t camera, const char* description_file)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_CameraOpen2", camera, description_file);
-    return perform_status(made, no_memory, [&](FakeWorld& world) {
-        if (!is_live(made, world.cameras, camera))
-            return any_failure;
-        world.cameras.at(camera).open = true;
+    const Entered made("ZVGR_CameraOpen2", camera, description_file);
+    return perform_on(made, &FakeWorld::cameras, camera, no_memory, [&](FakeWorld&, LiveCamera& found) {
+        found.open = true;
         return succeeded;
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_CameraClose(uint32_t camera)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_CameraClose", camera);
-    return perform_status(made, no_memory, [&](FakeWorld& world) {
-        if (!is_live(made, world.cameras, camera))
-            return any_failure;
-        world.cameras.at(camera).open = false;
-        world.cameras.at(camera).acquiring = ZV_NO_HANDLE;
+    const Entered made("ZVGR_CameraClose", camera);
+    return perform_on(made, &FakeWorld::cameras, camera, no_memory, [&](FakeWorld&, LiveCamera& found) {
+        found.open = false;
+        found.acquiring = ZV_NO_HANDLE;
         return succeeded;
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_GrabberReadReg(uint32_t grabber, uint64_t address, void* buffer, uint32_t* size)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_GrabberReadReg", grabber, address, buffer, *size);
-    return perform_status(made, size, [&](FakeWorld& world) {
-        if (!is_live(made, world.grabbers, grabber))
-            return any_failure;
-        return read_registers(world.setup(world.grabbers.at(grabber).position).registers, address, buffer,
-                              *size);
+    const Entered made("ZVGR_GrabberReadReg", grabber, address, buffer, *size);
+    return perform_on(made, &FakeWorld::grabbers, grabber, size, [&](FakeWorld& world, OpenGrabber& found) {
+        return read_registers(world.setup(found.position).registers, address, buffer, *size);
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_GrabberWriteReg(uint32_t grabber, uint64_t address, const void* buffer,
                                         uint32_t* size)
 {
-    const PausedAllocationFaults pause;
-    const Call made = with_data(call("ZVGR_GrabberWriteReg", grabber, address, buffer, *size), buffer, *size);
-    return perform_status(made, size, [&](FakeWorld& world) {
-        if (!is_live(made, world.grabbers, grabber))
-            return any_failure;
-        return write_registers(world.setup(world.grabbers.at(grabber).position).registers, address,
-                               made.data);
+    Entered made("ZVGR_GrabberWriteReg", grabber, address, buffer, *size);
+    add_data(made.made, buffer, *size);
+    return perform_on(made, &FakeWorld::grabbers, grabber, size, [&](FakeWorld& world, OpenGrabber& found) {
+        return write_registers(world.setup(found.position).registers, address, made.made.data);
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_CameraReadReg(uint32_t camera, uint64_t address, void* buffer, uint32_t* size)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_CameraReadReg", camera, address, buffer, *size);
-    return perform_status(made, size, [&](FakeWorld& world) {
-        if (!is_live(made, world.cameras, camera))
-            return any_failure;
+    const Entered made("ZVGR_CameraReadReg", camera, address, buffer, *size);
+    return perform_on(made, &FakeWorld::cameras, camera, size, [&](FakeWorld& world, LiveCamera&) {
         return read_registers(setup_of(world, camera).registers, address, buffer, *size);
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_CameraWriteReg(uint32_t camera, uint64_t address, const void* buffer, uint32_t* size)
 {
-    const PausedAllocationFaults pause;
-    const Call made = with_data(call("ZVGR_CameraWriteReg", camera, address, buffer, *size), buffer, *size);
-    return perform_status(made, size, [&](FakeWorld& world) {
-        if (!is_live(made, world.cameras, camera))
-            return any_failure;
-        return write_registers(setup_of(world, camera).registers, address, made.data);
+    Entered made("ZVGR_CameraWriteReg", camera, address, buffer, *size);
+    add_data(made.made, buffer, *size);
+    return perform_on(made, &FakeWorld::cameras, camera, size, [&](FakeWorld& world, LiveCamera&) {
+        return write_registers(setup_of(world, camera).registers, address, made.made.data);
     });
 }
 
@@ -184,21 +156,17 @@ int64_t ZVGR_CALL ZVGR_GetCameraValueEnum(uint32_t handle, const char* name)
 
 uint32_t ZVGR_CALL ZVGR_CameraCallbackRegister(uint32_t camera, ZvCameraCallback callback, void* context)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_CameraCallbackRegister", camera, code_address(callback), context);
-    return perform_status(made, no_memory, [&](FakeWorld& world) {
-        if (!is_live(made, world.cameras, camera))
-            return any_failure;
-        world.cameras.at(camera).callback = callback;
-        world.cameras.at(camera).context = context;
+    const Entered made("ZVGR_CameraCallbackRegister", camera, code_address(callback), context);
+    return perform_on(made, &FakeWorld::cameras, camera, no_memory, [&](FakeWorld&, LiveCamera& found) {
+        found.callback = callback;
+        found.context = context;
         return succeeded;
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_GetXmlUrl(uint32_t handle, char* url, uint64_t* size)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_GetXmlUrl", handle, static_cast<const void*>(url), *size);
+    const Entered made("ZVGR_GetXmlUrl", handle, static_cast<const void*>(url), *size);
     return perform_status(made, size, [&](FakeWorld& world) {
         if (!is_live_anywhere(made, world, handle))
             return any_failure;

@@ -10,40 +10,32 @@ namespace {
 
 constexpr uint64_t more_than_any_test_needs = uint64_t{1} << 32;
 
-uint32_t made_stream(FakeWorld& world, uint32_t camera, uint32_t ring_frames, uint32_t* stream)
-{
-    *stream = world.create_stream(camera, ring_frames);
-    return succeeded;
-}
-
 } // namespace
 
 extern "C" {
 
 uint32_t ZVGR_CALL ZVGR_StreamCreate(uint32_t camera, uint32_t* stream, uint32_t index)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamCreate", camera, index);
-    return perform_status(made, stream, [&](FakeWorld& world) {
-        return is_live(made, world.cameras, camera) ? made_stream(world, camera, 0, stream) : any_failure;
+    const Entered made("ZVGR_StreamCreate", camera, index);
+    return perform_on(made, &FakeWorld::cameras, camera, stream, [&](FakeWorld& world, LiveCamera&) {
+        *stream = world.create_stream(camera, 0);
+        return succeeded;
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_StreamCreateAndAlloc(uint32_t camera, uint32_t* stream, uint32_t frames,
                                              uint32_t index)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamCreateAndAlloc", camera, frames, index);
-    return perform_status(made, stream, [&](FakeWorld& world) {
-        return is_live(made, world.cameras, camera) ? made_stream(world, camera, frames, stream)
-                                                    : any_failure;
+    const Entered made("ZVGR_StreamCreateAndAlloc", camera, frames, index);
+    return perform_on(made, &FakeWorld::cameras, camera, stream, [&](FakeWorld& world, LiveCamera&) {
+        *stream = world.create_stream(camera, frames);
+        return succeeded;
     });
 }
 
 uint32_t ZVGR_CALL ZVGR_StreamDelete(uint32_t stream)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamDelete", stream);
+    const Entered made("ZVGR_StreamDelete", stream);
     return perform_status(made, no_memory, [&](FakeWorld& world) {
         // Closing an interface closes the grabber first and deletes the streams that died with it afterwards.
         const auto dead = world.dead.find(stream);
@@ -58,8 +50,7 @@ uint32_t ZVGR_CALL ZVGR_StreamDelete(uint32_t stream)
 
 uint32_t ZVGR_CALL ZVGR_StreamGetInfo(uint32_t stream, uint32_t command, uint64_t* value)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamGetInfo", stream, command);
+    const Entered made("ZVGR_StreamGetInfo", stream, command);
     return perform_status(made, value, [&](FakeWorld& world) {
         const auto info = world.stream_info.find(command);
         if (!is_live(made, world.streams, stream) || info == world.stream_info.end())
@@ -71,8 +62,7 @@ uint32_t ZVGR_CALL ZVGR_StreamGetInfo(uint32_t stream, uint32_t command, uint64_
 
 uint32_t ZVGR_CALL ZVGR_StreamGetFrameIndex(uint32_t stream)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamGetFrameIndex", stream);
+    const Entered made("ZVGR_StreamGetFrameIndex", stream);
     return fake().perform<uint32_t>(
         made, 0,
         [&](FakeWorld& world) {
@@ -83,8 +73,7 @@ uint32_t ZVGR_CALL ZVGR_StreamGetFrameIndex(uint32_t stream)
 
 void* ZVGR_CALL ZVGR_StreamGetPtr(uint32_t stream, uint32_t frame)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamGetPtr", stream, frame);
+    const Entered made("ZVGR_StreamGetPtr", stream, frame);
     return fake().perform<void*>(
         made, nullptr,
         [&](FakeWorld& world) -> void* {
@@ -97,8 +86,7 @@ void* ZVGR_CALL ZVGR_StreamGetPtr(uint32_t stream, uint32_t frame)
 
 uint32_t ZVGR_CALL ZVGR_StreamGetAux(uint32_t stream, uint32_t frame, ZvFrameAux* record)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamGetAux", stream, frame);
+    const Entered made("ZVGR_StreamGetAux", stream, frame);
     return perform_status(made, no_memory, [&](FakeWorld& world) {
         if (!is_live(made, world.streams, stream) || frame >= world.streams.at(stream).ring_frames)
             return any_failure;
@@ -110,8 +98,7 @@ uint32_t ZVGR_CALL ZVGR_StreamGetAux(uint32_t stream, uint32_t frame, ZvFrameAux
 uint32_t ZVGR_CALL ZVGR_BufferAnnounce(uint32_t stream, void* memory, uint64_t size, void* user,
                                        uint64_t* buffer)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_BufferAnnounce", stream, memory, size, user);
+    const Entered made("ZVGR_BufferAnnounce", stream, memory, size, user);
     return perform_status(made, buffer, [&](FakeWorld& world) {
         if (!is_live(made, world.streams, stream) || memory == nullptr)
             return any_failure;
@@ -122,8 +109,7 @@ uint32_t ZVGR_CALL ZVGR_BufferAnnounce(uint32_t stream, void* memory, uint64_t s
 
 uint32_t ZVGR_CALL ZVGR_BufferAllocAndAnnounce(uint32_t stream, uint64_t size, void* user, uint64_t* buffer)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_BufferAllocAndAnnounce", stream, size, user);
+    const Entered made("ZVGR_BufferAllocAndAnnounce", stream, size, user);
     return perform_status(made, buffer, [&](FakeWorld& world) {
         if (!is_live(made, world.streams, stream) || size > more_than_any_test_needs)
             return any_failure;
@@ -134,8 +120,7 @@ uint32_t ZVGR_CALL ZVGR_BufferAllocAndAnnounce(uint32_t stream, uint64_t size, v
 
 uint32_t ZVGR_CALL ZVGR_BufferRevoke(uint32_t stream, uint64_t buffer)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_BufferRevoke", stream, buffer);
+    const Entered made("ZVGR_BufferRevoke", stream, buffer);
     return perform_status(made, no_memory, [&](FakeWorld& world) {
         if (!is_live(made, world.streams, stream) || !is_live_buffer(made, world, buffer))
             return any_failure;
@@ -146,8 +131,7 @@ uint32_t ZVGR_CALL ZVGR_BufferRevoke(uint32_t stream, uint64_t buffer)
 
 uint32_t ZVGR_CALL ZVGR_BufferToQueue(uint64_t buffer, uint32_t queue)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_BufferToQueue", buffer, queue);
+    const Entered made("ZVGR_BufferToQueue", buffer, queue);
     return perform_status(made, no_memory, [&](FakeWorld& world) {
         if (!is_live_buffer(made, world, buffer) || queue > zv_queue_output)
             return any_failure;
@@ -158,8 +142,7 @@ uint32_t ZVGR_CALL ZVGR_BufferToQueue(uint64_t buffer, uint32_t queue)
 
 uint32_t ZVGR_CALL ZVGR_BufferGetInfo(uint64_t buffer, uint32_t command, uint64_t* value)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_BufferGetInfo", buffer, command);
+    const Entered made("ZVGR_BufferGetInfo", buffer, command);
     return perform_status(made, value, [&](FakeWorld& world) {
         if (!is_live_buffer(made, world, buffer))
             return any_failure;
@@ -185,8 +168,7 @@ uint32_t ZVGR_CALL ZVGR_BufferGetInfo(uint64_t buffer, uint32_t command, uint64_
 
 uint32_t ZVGR_CALL ZVGR_CameraStartAcquire_GenTL(uint32_t camera, uint32_t stream, uint32_t frames)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_CameraStartAcquire_GenTL", camera, stream, frames);
+    const Entered made("ZVGR_CameraStartAcquire_GenTL", camera, stream, frames);
     return perform_status(made, no_memory, [&](FakeWorld& world) {
         if (!is_live(made, world.cameras, camera) || !is_live(made, world.streams, stream))
             return any_failure;
@@ -201,12 +183,9 @@ uint32_t ZVGR_CALL ZVGR_CameraStartAcquire_GenTL(uint32_t camera, uint32_t strea
 
 uint32_t ZVGR_CALL ZVGR_CameraStopAcquire_GenTL(uint32_t camera)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_CameraStopAcquire_GenTL", camera);
-    return perform_status(made, no_memory, [&](FakeWorld& world) {
-        if (!is_live(made, world.cameras, camera))
-            return any_failure;
-        world.cameras.at(camera).acquiring = ZV_NO_HANDLE;
+    const Entered made("ZVGR_CameraStopAcquire_GenTL", camera);
+    return perform_on(made, &FakeWorld::cameras, camera, no_memory, [&](FakeWorld&, LiveCamera& found) {
+        found.acquiring = ZV_NO_HANDLE;
         return succeeded;
     });
 }
@@ -214,13 +193,10 @@ uint32_t ZVGR_CALL ZVGR_CameraStopAcquire_GenTL(uint32_t camera)
 uint32_t ZVGR_CALL ZVGR_StreamBufferCallbackRegister(uint32_t stream, ZvStreamBufferCallback callback,
                                                      void* context)
 {
-    const PausedAllocationFaults pause;
-    const Call made = call("ZVGR_StreamBufferCallbackRegister", stream, code_address(callback), context);
-    return perform_status(made, no_memory, [&](FakeWorld& world) {
-        if (!is_live(made, world.streams, stream))
-            return any_failure;
-        world.streams.at(stream).callback = callback;
-        world.streams.at(stream).context = context;
+    const Entered made("ZVGR_StreamBufferCallbackRegister", stream, code_address(callback), context);
+    return perform_on(made, &FakeWorld::streams, stream, no_memory, [&](FakeWorld&, LiveStream& found) {
+        found.callback = callback;
+        found.context = context;
         return succeeded;
     });
 }

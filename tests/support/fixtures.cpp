@@ -5,28 +5,33 @@
 
 namespace zvtest {
 
-void Library::forget()
+void Doubles::reset()
+{
+    fake.reset();
+    log.reset();
+    settings.reset();
+}
+
+void Doubles::SetUp() { reset(); }
+
+void Doubles::TearDown()
+{
+    fake.verify_finished();
+    reset();
+}
+
+void Doubles::forget()
 {
     fake.clear_calls();
     log.clear_lines();
     settings.clear_reads();
 }
 
-void Library::SetUp()
-{
-    fake.reset();
-    log.reset();
-    settings.reset();
-}
-
 void Library::TearDown()
 {
     GCCloseLib(); // a test may have closed it
     EXPECT_EQ(GC_ERR_NOT_INITIALIZED, GCCloseLib()) << "the library stayed initialised";
-    fake.verify_finished();
-    fake.reset();
-    log.reset();
-    settings.reset();
+    Doubles::TearDown();
 }
 
 void OpenLibrary::SetUp()

@@ -22,9 +22,8 @@ namespace zvtest {
 
 using namespace GenTL;
 
-/// The library loaded, but not initialised. Afterwards nothing may be open and no script left over.
-/// Recorded calls, lines and settings reads are those since the end of the fixture's set-up.
-class Library : public testing::Test {
+/// The doubles as at the start. Afterwards nothing may be open and no script left over.
+class Doubles : public testing::Test {
 protected:
     FakeGrabberLibrary& fake{FakeGrabberLibrary::instance()};
     FakeLoggerLibrary& log{FakeLoggerLibrary::instance()};
@@ -35,6 +34,16 @@ protected:
 
     /// Forgets calls, lines and settings reads.
     void forget();
+
+private:
+    void reset();
+};
+
+/// The library loaded, but not initialised; afterwards it is closed.
+/// Recorded calls, lines and settings reads are those since the end of the fixture's set-up.
+class Library : public Doubles {
+protected:
+    void TearDown() override;
 };
 
 /// GCInitLib was called.
@@ -125,7 +134,7 @@ protected:
 
     /// The grabber library's handle of the open stream.
     uint32_t stream() const { return fake.last_stream(); }
-    /// Announces memory of the fixture. `user` is the private pointer. The reference stays good.
+    /// Announces memory of the fixture. `user` is the private pointer. The reference stays valid.
     Announced& announce(size_t size = buffer_size, void* user = nullptr);
     Announced& alloc_and_announce(size_t size = buffer_size, void* user = nullptr);
     void queue(const Announced& buffer);

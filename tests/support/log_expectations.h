@@ -31,7 +31,7 @@ testing::AssertionResult logged_exactly(const std::vector<ExpectedLine>& expecte
 
 } // namespace zvtest
 
-/// `EXPECT_LOGGED(Priority::error, "message")`, with function and logger names behind where they matter.
+/// `EXPECT_LOGGED(Priority::error, "message")`, followed by function and logger names where they matter.
 #define EXPECT_LOGGED(...) EXPECT_TRUE(::zvtest::logged({__VA_ARGS__}))
 #define EXPECT_NOT_LOGGED(message) EXPECT_TRUE(::zvtest::not_logged(message))
 /// `EXPECT_LOG_LINES({Priority::information, "Enter TLOpen"}, {Priority::information, "..."})`; empty:

@@ -32,7 +32,7 @@ TEST_F(ApiCallTest, LogsTrafficWithItsPriority)
     EXPECT_EQ(1504, log.lines()[0].number);
 }
 
-TEST_F(ApiCallTest, LogsInformationAndErrorsWhateverTheTraffic)
+TEST_F(ApiCallTest, LogsInformationAndErrorsAtTheirOwnPriority)
 {
     const ApiCall list{"TLUpdateInterfaceList", zvgentl::Priority::trace};
     list.log_info(At{1572}, "TLUpdateInterfaceList - Found %d Grabbers", 7);

@@ -8,12 +8,7 @@ namespace zvtest {
 
 namespace {
 
-using zvgentl::ApiCall;
-using zvgentl::At;
-using zvgentl::InfoOutput;
-using zvgentl::InfoRow;
-using zvgentl::InfoValue;
-using zvgentl::NumberLog;
+using namespace zvgentl;
 
 constexpr int32_t command = 8;
 
@@ -38,7 +33,7 @@ protected:
         size = bytes;
         return InfoOutput(&type, room.data(), &size).write(value, call, command, log_what);
     }
-    /// What lies behind the bytes written is as it was.
+    /// The bytes after those that were written are as they were.
     void expect_written(const void* bytes, size_t count)
     {
         EXPECT_EQ(0, std::memcmp(bytes, room.data(), count));

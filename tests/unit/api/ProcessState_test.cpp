@@ -56,7 +56,7 @@ TEST_F(ProcessStateTest, GivesTheSystemUpForItsOwnHandleOnly)
     EXPECT_EQ(handle, take_system(handle).get());
     EXPECT_EQ(nullptr, current_system());
     EXPECT_EQ(nullptr, take_system(handle));
-    EXPECT_EQ(nullptr, take_system(nullptr)) << "no handle names no system";
+    EXPECT_EQ(nullptr, take_system(nullptr)) << "even when there is none";
 }
 
 TEST_F(ProcessStateTest, KeepsTheLastErrorAsAWhole)

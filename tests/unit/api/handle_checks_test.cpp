@@ -16,20 +16,7 @@ namespace zvtest {
 
 namespace {
 
-using zvgentl::ApiCall;
-using zvgentl::BufferModule;
-using zvgentl::check_buffer_handle;
-using zvgentl::check_device_handle;
-using zvgentl::check_event_handle;
-using zvgentl::check_interface_handle;
-using zvgentl::check_stream_handle;
-using zvgentl::current_system;
-using zvgentl::get_handle_type;
-using zvgentl::InterfaceModule;
-using zvgentl::is_system;
-using zvgentl::ModuleKind;
-using zvgentl::Open;
-using zvgentl::StreamModule;
+using namespace zvgentl;
 
 const ApiCall some_call{"SomeFunction"};
 
@@ -41,7 +28,7 @@ struct Check {
     const char* kind;
     std::function<GC_ERROR(void* handle, Open open)> code;
     Priority priority;
-    std::string null_reason;    // behind the function's name
+    std::string null_reason;    // after the function's name
     std::string unknown_reason; // the same
 
     ExpectedLine line(const std::string& reason) const { return {priority, "SomeFunction" + reason}; }
@@ -210,7 +197,7 @@ TEST_F(HandleChecks, NameEveryKind)
     EXPECT_EQ(ModuleKind::remote_device, get_handle_type(port));
     EXPECT_EQ(ModuleKind::stream, get_handle_type(ds));
     EXPECT_EQ(ModuleKind::buffer, get_handle_type(buffer));
-    EXPECT_EQ(ModuleKind::invalid, get_handle_type(event)) << "events are no ports";
+    EXPECT_EQ(ModuleKind::invalid, get_handle_type(event)) << "events are not ports";
     EXPECT_EQ(ModuleKind::invalid, get_handle_type(nullptr));
     EXPECT_EQ(ModuleKind::invalid, get_handle_type(all_ones<void*>()));
     EXPECT_LOG_LINES();

@@ -1,23 +1,17 @@
 #include <gtest/gtest.h>
 
 #include "log/ScopeTimer.h"
-#include "support/FakeLoggerLibrary.h"
-#include "support/log_expectations.h"
+#include "support/fixtures.h"
 
 using zvgentl::At;
 using zvgentl::ScopeTimer;
-using zvtest::FakeLoggerLibrary;
 using zvtest::Priority;
 
 namespace {
 
-class Timer : public testing::Test {
+class Timer : public zvtest::Doubles {
 protected:
-    FakeLoggerLibrary& library{FakeLoggerLibrary::instance()};
-    ZVPocoLogger* logger{library.logger("TimerTest.cpp")};
-
-    void SetUp() override { library.reset(); }
-    void TearDown() override { library.reset(); }
+    ZVPocoLogger* logger{log.logger("TimerTest.cpp")};
 };
 
 int leave_early(ZVPocoLogger* logger)
@@ -33,15 +27,15 @@ TEST_F(Timer, LogsItsDurationAsTheLastLineOfTheScope)
 {
     leave_early(logger);
     EXPECT_LOG_LINES({Priority::information, "working"}, {Priority::information, "duration: 12 usec", "f"});
-    EXPECT_EQ(":TimerTest::{f}[1855] duration: 12 usec", library.lines().back().text.substr(11))
+    EXPECT_EQ(":TimerTest::{f}[1855] duration: 12 usec", log.lines().back().text.substr(11))
         << "without a colon after the number";
 }
 
 TEST_F(Timer, AsksForTheElapsedTimeOnce)
 {
-    library.answer_elapsed(INT64_C(5000000000));
+    log.answer_elapsed(INT64_C(5000000000));
     leave_early(logger);
-    EXPECT_EQ(1U, library.elapsed_calls());
+    EXPECT_EQ(1U, log.elapsed_calls());
     EXPECT_LOGGED(Priority::information, "duration: 5000000000 usec");
 }
 
@@ -50,7 +44,7 @@ TEST_F(Timer, LogsAtThePriorityThatItWasGiven)
     for (const auto priority :
          {zvgentl::Priority::fatal, zvgentl::Priority::error, zvgentl::Priority::warning,
           zvgentl::Priority::information, zvgentl::Priority::debug, zvgentl::Priority::trace}) {
-        library.clear_lines();
+        log.clear_lines();
         {
             const ScopeTimer timer(logger, "f", At{1}, priority);
         }
@@ -61,7 +55,7 @@ TEST_F(Timer, LogsAtThePriorityThatItWasGiven)
 TEST_F(Timer, IsSilentWithoutALoggerOrBelowItsLevel)
 {
     leave_early(nullptr);
-    library.set_level("TimerTest.cpp", Priority::error);
+    log.set_level("TimerTest.cpp", Priority::error);
     leave_early(logger);
     EXPECT_LOG_LINES();
 }

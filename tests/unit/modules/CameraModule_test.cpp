@@ -14,7 +14,7 @@ bool is_zeroed(const ZvCameraInfo& info)
     return std::memcmp(&info, &zeros, sizeof info) == 0;
 }
 
-/// A camera of its own, which no interface lists.
+/// A camera that no interface lists.
 class CameraModuleTest : public OneGrabber {
 protected:
     void SetUp() override

@@ -73,7 +73,7 @@ TEST_F(EventModuleTest, ReadsItsSettingOnceWhenMade)
               settings.reads());
 }
 
-TEST_F(EventModuleTest, WorksAlikeWhateverTheSetting)
+TEST_F(EventModuleTest, WorksTheSameWayWithEverySetting)
 {
     for (const uint32_t value : {0U, 1U, 2U, 0xFFFFFFFFU}) {
         settings.set("GenTL.Event.SerializeStreamEvent", value);
@@ -250,7 +250,7 @@ TEST_F(EventModuleTest, TimesOutWithoutAnOperatingSystemEvent)
     EXPECT_EQ(GC_ERR_ABORT, get(GENTL_INFINITE));
 }
 
-/// Runs in a process of its own.
+/// Runs in its own process.
 class EventModuleOncePerProcess : public EventModuleTest {};
 
 TEST_F(EventModuleOncePerProcess, LogsTheFirstTimeout)

@@ -5,8 +5,6 @@
 #include <memory>
 #include <string>
 
-#include <gtest/gtest.h>
-
 #include "modules/BufferModule.h"
 #include "modules/CameraModule.h"
 #include "modules/CameraScan.h"
@@ -16,56 +14,22 @@
 #include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
 #include "support/FailingAllocations.h"
-#include "support/FakeGrabberLibrary.h"
-#include "support/FakeLoggerLibrary.h"
-#include "support/FakeSettings.h"
-#include "support/log_expectations.h"
+#include "support/fixtures.h"
 #include "support/on_threads.h"
-#include "support/pointers.h"
 
 // Modules apart from the exported functions: no process state, objects made and destroyed by the test.
 
 namespace zvtest {
 
-/// The fakes are as at the start. Afterwards nothing may be open.
-class Modules : public testing::Test {
-protected:
-    FakeGrabberLibrary& fake{FakeGrabberLibrary::instance()};
-    FakeLoggerLibrary& log{FakeLoggerLibrary::instance()};
-    FakeSettings& settings{FakeSettings::instance()};
-
-    void SetUp() override { reset(); }
-    void TearDown() override
-    {
-        fake.verify_finished();
-        reset();
-    }
-
-    void forget()
-    {
-        fake.clear_calls();
-        log.clear_lines();
-        settings.clear_reads();
-    }
-
-private:
-    void reset()
-    {
-        fake.reset();
-        log.reset();
-        settings.reset();
-    }
-};
-
 /// A system without interfaces.
-class EmptySystem : public Modules {
+class EmptySystem : public Doubles {
 protected:
     zvgentl::SystemModule system;
 
     void TearDown() override
     {
         system.init_Interfaces(0);
-        Modules::TearDown();
+        Doubles::TearDown();
     }
 };
 
@@ -100,7 +64,7 @@ protected:
     }
 };
 
-/// The camera is open in the library; `stream` is a stream of its own and still closed.
+/// The camera is open in the library; `stream` is another stream of it and still closed.
 class CameraStream : public OneGrabber {
 protected:
     void SetUp() override
@@ -145,11 +109,11 @@ protected:
 };
 
 /// A closed stream of no camera, with a pool whose buffers have private pointers, all different.
-class LooseStream : public Modules {
+class LooseStream : public Doubles {
 protected:
     void SetUp() override
     {
-        Modules::SetUp();
+        Doubles::SetUp();
         fake.allow_handle(ZV_NO_HANDLE); // a buffer asks for its geometry with its stream's handle
         stream = std::make_unique<zvgentl::StreamModule>(nullptr, "Stream000");
         forget();
@@ -157,7 +121,7 @@ protected:
     void TearDown() override
     {
         stream.reset();
-        Modules::TearDown();
+        Doubles::TearDown();
     }
 
     zvgentl::BufferModule* add_buffer(void* private_pointer)

@@ -79,7 +79,7 @@ TEST(SerialLock, WakesEveryWaiter)
     }
 }
 
-// Two threads that hand the lock to and fro are where a release and the start of a wait cross most often.
+// With two threads that hand the lock back and forth, a release and the start of a wait cross most often.
 TEST(SerialLock, LosesNoWakeUpBetweenTwoThreads)
 {
     SerialLock lock(SerialLock::Serialise::yes);

@@ -56,7 +56,7 @@ TEST_F(GrabberInfoOfAStream, NamesTheProtocolOfItsGrabber)
     EXPECT_STREQ("CLHS", transport_type_of(*iface().get_Camera(0)->get_Stream(0)));
 }
 
-class GrabberScan : public Modules {};
+class GrabberScan : public Doubles {};
 
 TEST_F(GrabberScan, HidesTheLastOfSeveralGrabbersUnlessASettingExposesIt)
 {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "modules/settings.h"
-#include "support/FakeSettings.h"
+#include "support/fixtures.h"
 
 namespace zvtest {
 
@@ -38,61 +38,53 @@ const OverrideRow override_rows[] = {
     {&settings::delivered_image_height, "GenTL.Buffer.DeliveredImageHeight"},
 };
 
-class SettingsTest : public testing::Test {
-protected:
-    FakeSettings& store{FakeSettings::instance()};
-
-    void SetUp() override { store.reset(); }
-    void TearDown() override { store.reset(); }
-};
-
-class PlainSettings : public SettingsTest {};
+class PlainSettings : public Doubles {};
 
 TEST_F(PlainSettings, AreCreatedWithTheirDefaults)
 {
     for (const PlainRow& row : plain_rows) {
         SCOPED_TRACE(row.key);
-        store.clear_reads();
+        settings.clear_reads();
         EXPECT_EQ(row.default_value, read(*row.setting));
         EXPECT_EQ((std::vector<SettingsRead>{plain_read(row.key, row.default_value, row.description)}),
-                  store.reads());
-        EXPECT_EQ(row.default_value, store.stored(row.key));
-        EXPECT_EQ(row.description, store.description(row.key));
+                  settings.reads());
+        EXPECT_EQ(row.default_value, settings.stored(row.key));
+        EXPECT_EQ(row.description, settings.description(row.key));
     }
-    EXPECT_EQ(std::size(plain_rows), store.stored_count());
+    EXPECT_EQ(std::size(plain_rows), settings.stored_count());
 }
 
 TEST_F(PlainSettings, AreReadEveryTime)
 {
     for (const PlainRow& row : plain_rows) {
         for (uint32_t value : {0U, 1U, 77U, 0xFFFFFFFFU}) {
-            store.set(row.key, value);
+            settings.set(row.key, value);
             EXPECT_EQ(value, read(*row.setting)) << row.key;
         }
     }
 }
 
-class OverrideSettings : public SettingsTest {};
+class OverrideSettings : public Doubles {};
 
 TEST_F(OverrideSettings, AreNotCreated)
 {
     for (const OverrideRow& row : override_rows) {
         SCOPED_TRACE(row.key);
-        store.clear_reads();
+        settings.clear_reads();
         EXPECT_EQ(std::nullopt, read(*row.setting));
-        EXPECT_EQ((std::vector<SettingsRead>{override_read(row.key)}), store.reads());
+        EXPECT_EQ((std::vector<SettingsRead>{override_read(row.key)}), settings.reads());
     }
-    EXPECT_EQ(0U, store.stored_count());
+    EXPECT_EQ(0U, settings.stored_count());
 }
 
 TEST_F(OverrideSettings, AreReadEveryTime)
 {
     for (const OverrideRow& row : override_rows) {
         for (uint32_t value : {0U, 1U, 77U, 0xFFFFFFFEU}) {
-            store.set_override(row.key, value);
+            settings.set_override(row.key, value);
             EXPECT_EQ(value, read(*row.setting)) << row.key;
         }
-        store.set_override(row.key, 0xFFFFFFFF);
+        settings.set_override(row.key, 0xFFFFFFFF);
         EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key << " with all bits set";
     }
 }
@@ -100,10 +92,10 @@ TEST_F(OverrideSettings, AreReadEveryTime)
 TEST_F(OverrideSettings, AreUnsetWithThePlainKeyAndWhenTheStoreWritesNothing)
 {
     for (const OverrideRow& row : override_rows) {
-        store.set(row.key, 3);
+        settings.set(row.key, 3);
         EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;
     }
-    store.get_writes_nothing();
+    settings.get_writes_nothing();
     for (const OverrideRow& row : override_rows)
         EXPECT_EQ(std::nullopt, read(*row.setting)) << row.key;
 }

@@ -8,15 +8,8 @@ namespace zvtest {
 namespace {
 
 using namespace GenTL;
-using zvgentl::is_open;
-using zvgentl::ModuleKind;
-using zvgentl::Port;
-using zvgentl::read_description;
-using zvgentl::read_registers;
+using namespace zvgentl;
 using zvgentl::Registers;
-using zvgentl::route_of;
-using zvgentl::url_of;
-using zvgentl::write_registers;
 
 TEST(Routes, LeadToTheRegistersOfOneOwner)
 {

@@ -71,7 +71,7 @@ TEST_F(FakeGrabber, FailsTheTestForAHandleThatItNeverGaveOut)
 
 TEST_F(FakeGrabber, FailsTheTestForADeadHandle)
 {
-    static uint32_t grabber; // the macro's statement sees no locals
+    static uint32_t grabber; // the macro's statement cannot see local variables
     grabber = ZVGR_Open(0);
     ZVGR_Close(grabber);
     EXPECT_NONFATAL_FAILURE(ZVGR_Close(grabber), "is dead");
@@ -82,7 +82,7 @@ TEST_F(FakeGrabber, FailsTheTestForADeadHandle)
 
 TEST_F(FakeGrabber, FailsTheTestForAFrameWithoutACallback)
 {
-    static uint32_t stream; // the macro's statement sees no locals
+    static uint32_t stream; // the macro's statement cannot see local variables
     const uint32_t camera = open_camera();
     ASSERT_EQ(uint32_t{zv_success}, ZVGR_StreamCreate(camera, &stream, 0));
     EXPECT_NONFATAL_FAILURE(FakeGrabberLibrary::instance().deliver_queued_to(stream, 1), "nowhere to go");
