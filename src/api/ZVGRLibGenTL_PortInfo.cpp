@@ -8,7 +8,7 @@
 #include "api/InfoTable.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "api/port_info.h"
+#include "api/module_info.h"
 #include "log/Log.h"
 #include "port/Port.h"
 #include "port/routing.h"

@@ -17,8 +17,8 @@ public:
     enum class Mark { no, yes };
     enum class Bypass { no, yes };
 
-    /// True when a line of the function is due. While nothing is acquired it always is, and the function
-    /// is ready again. A function that is not throttled, and a bypass, always get true and change nothing.
+    /// True when a line of the function is due. While nothing is acquired one is always due, and the function
+    /// is reset. For a function that is not throttled, and for a bypass, always true; nothing changes then.
     bool is_due(std::string_view function, Acquisition acquisition, Mark mark, Bypass bypass = Bypass::no)
     {
         if (bypass == Bypass::yes)

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "api/module_info.h"
-#include "api/port_info.h"
 #include "api/producer_info.h"
 
 // The tables of the info queries that several functions share.

@@ -52,36 +52,11 @@ TEST_F(Buffer, IsNamedAfterItsLibraryHandle)
     EXPECT_EQ("Buffer0xffffffffffffffff", BufferModule(*stream, memory, 1, UINT64_MAX, nullptr).getId());
 }
 
-TEST_F(Buffer, ServesItsDescription)
+TEST_F(Buffer, ServesItsDescriptionAlone)
 {
     const BufferModule buffer(*stream, memory, 1, 0, nullptr);
     EXPECT_EQ("Local:ZV_BufferGenTL.zip;88888888;280", buffer.get_Url());
-    std::string archive(1000, '\x55');
-    size_t size = archive.size();
-    forget();
-    EXPECT_EQ(GenTL::GC_ERR_SUCCESS, buffer.ReadPort(0x88888888, archive.data(), &size));
-    EXPECT_EQ(640U, size);
-    EXPECT_EQ("PK\3\4", archive.substr(0, 4));
-    EXPECT_EQ('\x55', archive[640]);
-    EXPECT_LOG_LINES();
-}
-
-TEST_F(Buffer, ServesNothingOutsideItsDescription)
-{
-    const BufferModule buffer(*stream, memory, 1, 0, nullptr);
-    for (const uint64_t address : {uint64_t{0x88888887}, uint64_t{0x88888B08}}) {
-        forget();
-        char byte = 'a';
-        size_t size = 1;
-        EXPECT_EQ(GenTL::GC_ERR_INVALID_ADDRESS, buffer.ReadPort(address, &byte, &size));
-        EXPECT_EQ(1U, size);
-        EXPECT_EQ('a', byte);
-        EXPECT_LOG_LINES({Priority::error,
-                          "Unsupported port read for address 0x" + hex(address) + " with size 1",
-                          "BufferModule::ReadPort", "BufferModule"},
-                         {Priority::error, "Exit, Returning error GC_ERR_INVALID_ADDRESS (0xFFFFFC09)",
-                          "BufferModule::ReadPort", "BufferModule"});
-    }
+    expect_description(buffer, "BufferModule", "PK\3\4", 640);
 }
 
 TEST_F(Buffer, HasNineValuesOfGeometryAndThenZeros)

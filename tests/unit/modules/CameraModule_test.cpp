@@ -94,34 +94,31 @@ TEST_F(CameraModuleTest, HasOneStreamAtEveryIndexBelowOne)
     EXPECT_FALSE(camera->is_Stream(camera.get()));
 }
 
-TEST_F(CameraModuleTest, PassesTheIndexOfAQueuedStream)
+TEST_F(CameraModuleTest, MakesAQueuedStreamAtTheIndexOrACyclicOneOfFourFramesAtZero)
 {
-    fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = 1;
-    EXPECT_TRUE(camera->open_Stream(5));
-    EXPECT_EQ((Calls{call("ZVGR_StreamCreate", handle(), 5)}), fake.calls_of("ZVGR_StreamCreate"));
-    EXPECT_LOGGED(Priority::information, "Opening stream type=Queued", "CameraModule::open_Stream",
-                  "CameraModule");
-    EXPECT_EQ(fake.last_stream(), camera->get_Stream(0)->get_Handle());
-}
-
-TEST_F(CameraModuleTest, MakesACyclicStreamOfFourFramesAtIndexZero)
-{
-    EXPECT_TRUE(camera->open_Stream(5));
-    EXPECT_EQ((Calls{call("ZVGR_StreamCreateAndAlloc", handle(), 4, 0)}),
-              fake.calls_of("ZVGR_StreamCreateAndAlloc"));
-    EXPECT_LOGGED(Priority::information, "Opening stream type=Cyclic", "CameraModule::open_Stream",
-                  "CameraModule");
-}
-
-TEST_F(CameraModuleTest, StaysWithoutAStreamWhenTheLibraryRefuses)
-{
-    for (const int64_t capability : {0, 1}) {
-        fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = capability;
-        fake.next(capability == 1 ? "ZVGR_StreamCreate" : "ZVGR_StreamCreateAndAlloc").answers(any_failure);
+    struct Row {
+        int64_t capability;
+        const char* function;
+        Call made;
+        const char* line;
+    };
+    for (const Row& row :
+         {Row{1, "ZVGR_StreamCreate", call("ZVGR_StreamCreate", handle(), 5), "Opening stream type=Queued"},
+          Row{0, "ZVGR_StreamCreateAndAlloc", call("ZVGR_StreamCreateAndAlloc", handle(), 4, 0),
+              "Opening stream type=Cyclic"}}) {
+        fake.grabber_int("FW_Dma_Capable_QueuedBuffers_Imp") = row.capability;
+        fake.next(row.function).answers(any_failure);
         EXPECT_FALSE(camera->open_Stream(0));
         EXPECT_FALSE(camera->get_Stream(0)->is_Open());
         EXPECT_EQ(0U, fake.count("ZVGR_CameraCallbackRegister"));
         EXPECT_EQ(0U, fake.count("ZVGR_StreamBufferCallbackRegister"));
+        forget();
+        EXPECT_TRUE(camera->open_Stream(5));
+        EXPECT_EQ(Calls{row.made}, fake.calls_of(row.function));
+        EXPECT_LOGGED(Priority::information, row.line, "CameraModule::open_Stream", "CameraModule");
+        EXPECT_EQ(fake.last_stream(), camera->get_Stream(0)->get_Handle());
+        camera->get_Stream(0)->close();
+        forget();
     }
 }
 

@@ -21,6 +21,34 @@
 
 namespace zvtest {
 
+/// A module that serves a register description and nothing else; `name` is that of class and logger.
+template <class Module>
+void expect_description(const Module& module, const std::string& name, const std::string& start,
+                        size_t length)
+{
+    FakeLoggerLibrary::instance().clear_lines();
+    std::string memory(length + 100, '\x55');
+    size_t size = memory.size();
+    EXPECT_EQ(GC_ERR_SUCCESS, module.ReadPort(0x88888888, memory.data(), &size));
+    EXPECT_EQ(length, size);
+    EXPECT_EQ(start, memory.substr(0, start.size()));
+    EXPECT_EQ(std::string(100, '\x55'), memory.substr(length));
+    EXPECT_LOG_LINES();
+    for (const uint64_t address : {uint64_t{0x88888887}, 0x88888888 + length}) {
+        FakeLoggerLibrary::instance().clear_lines();
+        char byte = 'a';
+        size = 1;
+        EXPECT_EQ(GC_ERR_INVALID_ADDRESS, module.ReadPort(address, &byte, &size));
+        EXPECT_EQ(1U, size);
+        EXPECT_EQ('a', byte);
+        EXPECT_LOG_LINES({Priority::error,
+                          "Unsupported port read for address 0x" + hex(address) + " with size 1",
+                          name + "::ReadPort", name},
+                         {Priority::error, "Exit, Returning error GC_ERR_INVALID_ADDRESS (0xFFFFFC09)",
+                          name + "::ReadPort", name});
+    }
+}
+
 /// A system without interfaces.
 class EmptySystem : public Doubles {
 protected:

@@ -56,54 +56,45 @@ TEST_F(StreamConnection, IsMissingAtFirst)
     EXPECT_EQ(camera, stream->get_Camera());
 }
 
-TEST_F(StreamConnection, RegistersTheStreamInQueuedMode)
-{
-    const uint32_t handle = connect(StreamMode::queued);
-    EXPECT_EQ(
-        (Calls{image_id_query(), call("ZVGR_StreamBufferCallbackRegister", handle, any(), stream.get())}),
-        fake.calls());
-    EXPECT_LOG_LINES(connect_line(handle, "Queued"), image_id_line("9223372036854775807"),
-                     success_line(handle));
-    EXPECT_TRUE(stream->is_Open());
-    EXPECT_EQ(handle, stream->get_Handle());
-}
-
-TEST_F(StreamConnection, RegistersTheCameraInCyclicMode)
+TEST_F(StreamConnection, RegistersTheStreamOrTheCamera)
 {
     fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = -5;
-    const uint32_t handle = connect(StreamMode::cyclic);
+    const uint32_t queued = connect(StreamMode::queued);
+    EXPECT_EQ(
+        (Calls{image_id_query(), call("ZVGR_StreamBufferCallbackRegister", queued, any(), stream.get())}),
+        fake.calls());
+    EXPECT_LOG_LINES(connect_line(queued, "Queued"), image_id_line("-5"), success_line(queued));
+    EXPECT_TRUE(stream->is_Open());
+    EXPECT_EQ(queued, stream->get_Handle());
+    stream->close();
+
+    const uint32_t cyclic = connect(StreamMode::cyclic);
     EXPECT_EQ((Calls{image_id_query(),
                      call("ZVGR_CameraCallbackRegister", camera->get_CameraHandle(), any(), stream.get())}),
               fake.calls());
-    EXPECT_LOG_LINES(connect_line(handle, "Cyclic"), image_id_line("-5"), success_line(handle));
-}
+    EXPECT_LOG_LINES(connect_line(cyclic, "Cyclic"), image_id_line("-5"), success_line(cyclic));
+    stream->close();
 
-TEST_F(StreamConnection, RegistersNothingInAnyOtherMode)
-{
-    const uint32_t handle = library_stream(StreamMode::queued);
+    const uint32_t neither = library_stream(StreamMode::queued);
     forget();
-    stream->connect(handle, static_cast<StreamMode>(2));
+    stream->connect(neither, static_cast<StreamMode>(2));
     EXPECT_EQ(Calls{image_id_query()}, fake.calls());
-    EXPECT_LOG_LINES(connect_line(handle, "Cyclic"), image_id_line("9223372036854775807"),
-                     success_line(handle));
+    EXPECT_LOG_LINES(connect_line(neither, "Cyclic"), image_id_line("-5"), success_line(neither));
     EXPECT_TRUE(stream->is_Open());
 }
 
-TEST_F(StreamConnection, FailsInCyclicModeWithoutACamera)
+TEST_F(StreamConnection, NeedsACameraInCyclicModeAlone)
 {
     make_stream(nullptr);
-    const uint32_t handle = connect(StreamMode::cyclic);
+    const uint32_t cyclic = connect(StreamMode::cyclic);
     EXPECT_EQ(Calls{}, fake.calls());
-    EXPECT_LOG_LINES(connect_line(handle, "Cyclic"), cyclic_failure);
+    EXPECT_LOG_LINES(connect_line(cyclic, "Cyclic"), cyclic_failure);
     EXPECT_TRUE(stream->is_Open()) << "but delivers nothing";
-}
 
-TEST_F(StreamConnection, NeedsNoCameraInQueuedMode)
-{
     make_stream(nullptr);
-    const uint32_t handle = connect(StreamMode::queued);
-    EXPECT_EQ((Calls{call("ZVGR_StreamBufferCallbackRegister", handle, any(), stream.get())}), fake.calls());
-    EXPECT_LOG_LINES(connect_line(handle, "Queued"), success_line(handle));
+    const uint32_t queued = connect(StreamMode::queued);
+    EXPECT_EQ((Calls{call("ZVGR_StreamBufferCallbackRegister", queued, any(), stream.get())}), fake.calls());
+    EXPECT_LOG_LINES(connect_line(queued, "Queued"), success_line(queued));
 }
 
 TEST_F(StreamConnection, SaysWhenTheLibraryRefusesTheCallback)

@@ -1,7 +1,5 @@
-#include <cstdint>
 #include <string>
 
-#include "support/pointers.h"
 #include "unit/modules/Module_fixtures.h"
 
 namespace zvtest {
@@ -77,34 +75,10 @@ TEST_F(SystemModuleTest, ClosesOpenGrabbersInOrderWhenTheListIsRebuilt)
     EXPECT_FALSE(system.get_Interface(0)->is_Open());
 }
 
-TEST_F(SystemModuleTest, ServesItsDescription)
+TEST_F(SystemModuleTest, ServesItsDescriptionAlone)
 {
     EXPECT_EQ("Local:ZV_SystemGenTL.xml;88888888;d3f", system.get_Url());
-    std::string text(4000, '\0');
-    size_t size = text.size();
-    EXPECT_EQ(GenTL::GC_ERR_SUCCESS, system.ReadPort(0x88888888, text.data(), &size));
-    EXPECT_EQ(3391U, size);
-    EXPECT_EQ("<?xml", text.substr(0, 5));
-    EXPECT_EQ('>', text[3390]);
-    EXPECT_EQ('\0', text[3391]);
-    EXPECT_LOG_LINES();
-}
-
-TEST_F(SystemModuleTest, ServesNothingOutsideItsDescription)
-{
-    for (const uint64_t address : {uint64_t{0x88888887}, uint64_t{0x888895C7}}) {
-        forget();
-        char byte = 'a';
-        size_t size = 1;
-        EXPECT_EQ(GenTL::GC_ERR_INVALID_ADDRESS, system.ReadPort(address, &byte, &size));
-        EXPECT_EQ(1U, size);
-        EXPECT_EQ('a', byte);
-        EXPECT_LOG_LINES({Priority::error,
-                          "Unsupported port read for address 0x" + hex(address) + " with size 1",
-                          "SystemModule::ReadPort", "SystemModule"},
-                         {Priority::error, "Exit, Returning error GC_ERR_INVALID_ADDRESS (0xFFFFFC09)",
-                          "SystemModule::ReadPort", "SystemModule"});
-    }
+    expect_description(system, "SystemModule", "<?xml", 3391);
 }
 
 TEST_F(SystemModuleTest, ClosesOpenGrabbersWhenItIsDestroyed)
