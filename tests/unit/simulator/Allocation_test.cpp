@@ -11,45 +11,24 @@ using namespace zvsim_test;
 using zvtest::CountedAllocations;
 using zvtest::FailingAllocations;
 
-constexpr uint32_t success = zv_success;
-constexpr uint64_t first_counted = 20;
-constexpr uint64_t last_counted = 220;
+constexpr size_t first_counted = 20;
+constexpr size_t last_counted = 220;
 
-TEST_F(QueuedStream, AllocatesNothingForAFrame)
+TEST_P(EitherMode, AllocatesNothingForAFrame)
 {
     std::optional<CountedAllocations> counted;
     long allocations = -1;
-    receiver.on_buffer = [&, frames = uint64_t{0}](uint64_t buffer) mutable {
-        ++frames;
-        if (frames == first_counted)
+    keep_supplied();
+    receiver.on_call = [&](uint64_t reported) {
+        if (receiver.reported.size() == first_counted)
             counted.emplace();
-        if (frames == last_counted)
+        if (receiver.reported.size() == last_counted)
             allocations = counted->count();
-        ZVGR_BufferToQueue(buffer, zv_queue_input);
+        frame_memory(reported);
+        if (mode == Mode::queued)
+            requeue(reported);
     };
-    for (int buffers = 0; buffers < 4; ++buffers)
-        queued();
-    ASSERT_EQ(success, start(stream));
-    ASSERT_TRUE(receiver.wait_for(last_counted));
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ(0, allocations);
-}
-
-TEST_F(CyclicStream, AllocatesNothingForAFrame)
-{
-    std::optional<CountedAllocations> counted;
-    long allocations = -1;
-    receiver.on_frame = [&, frames = uint64_t{0}](uint32_t handle) mutable {
-        ++frames;
-        if (frames == first_counted)
-            counted.emplace();
-        if (frames == last_counted)
-            allocations = counted->count();
-        ZVGR_StreamGetPtr(handle, ZVGR_StreamGetFrameIndex(handle));
-    };
-    ASSERT_EQ(success, start(stream));
-    ASSERT_TRUE(receiver.wait_for(last_counted));
-    ASSERT_EQ(success, stop());
+    acquire(last_counted);
     EXPECT_EQ(0, allocations);
 }
 
@@ -99,7 +78,7 @@ TEST_F(QueuedStream, AnnounceAndStartFailWithoutMemory)
     });
     expect_clean_failures(
         [&] { return ZVGR_BufferAllocAndAnnounce(stream, 100, nullptr, &allocated_buffer) == success; });
-    expect_clean_failures([&] { return start(stream) == success; });
+    expect_clean_failures([&] { return start() == success; });
     ASSERT_EQ(success, ZVGR_BufferToQueue(announced_buffer, zv_queue_input));
     ASSERT_EQ(success, ZVGR_BufferToQueue(allocated_buffer, zv_queue_input));
     EXPECT_TRUE(receiver.wait_for(2));
@@ -117,7 +96,7 @@ TEST_F(Scanned, AScanFailsWithoutMemoryAndTheNextOneWorks)
 TEST_F(QueuedStream, EndsNeedNoMemory)
 {
     const uint64_t buffer = queued();
-    ASSERT_EQ(success, start(stream));
+    ASSERT_EQ(success, start());
     const auto fault = FailingAllocations::of_at_least(1);
     EXPECT_EQ(success, stop());
     EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));

@@ -10,8 +10,6 @@ namespace {
 
 using namespace zvsim_test;
 
-constexpr uint32_t success = zv_success;
-
 constexpr int mono8 = 0x01080001;
 constexpr int mono16 = 0x01100007;
 constexpr int mono12p = 0x010C0047;
@@ -21,30 +19,28 @@ constexpr int yuv411 = 0x020C001E;
 const std::set<std::string> commands{"TimestampLatch", "AcquisitionStart", "AcquisitionStop",
                                      "TriggerSoftware"};
 
-const std::set<std::string> writable{
-    "DeviceUserID",
-    "Width",
-    "Height",
-    "OffsetX",
-    "OffsetY",
-    "PixelFormat",
-    "TestPattern",
-    "AcquisitionMode",
-    "AcquisitionFrameCount",
-    "AcquisitionFrameRate",
-    "ExposureTime",
-    "AcquisitionFrameRateEnable",
-    "TriggerSelector",
-    "TriggerMode",
-    "TriggerSource",
-    "TriggerActivation",
-    "Gain",
-    "TLParamsLocked",
-    "TimestampLatch",
-    "AcquisitionStart",
-    "AcquisitionStop",
-    "TriggerSoftware",
-};
+const std::set<std::string> writable{"DeviceUserID",
+                                     "Width",
+                                     "Height",
+                                     "OffsetX",
+                                     "OffsetY",
+                                     "PixelFormat",
+                                     "TestPattern",
+                                     "AcquisitionMode",
+                                     "AcquisitionFrameCount",
+                                     "ExposureTime",
+                                     "Gain",
+                                     "AcquisitionFrameRate",
+                                     "TriggerSelector",
+                                     "TriggerMode",
+                                     "TriggerSource",
+                                     "AcquisitionFrameRateEnable",
+                                     "TLParamsLocked",
+                                     "TimestampLatch",
+                                     "TriggerSoftware",
+                                     "AcquisitionStart",
+                                     "AcquisitionStop",
+                                     "TriggerActivation"};
 
 const std::set<std::string> locked{
     "Width", "Height", "OffsetX", "OffsetY", "PixelFormat", "AcquisitionMode", "AcquisitionFrameCount"};
@@ -69,15 +65,48 @@ TEST_F(ConfiguredCamera, SaysWhoItIs)
     EXPECT_EQ(0U, number("DeviceSFNCVersionSubMinor"));
 }
 
-TEST_F(ConfiguredCamera, EveryRegisterTakesItsOwnValueExactlyWhereItIsWritable)
-{
-    for (const RegisterPlace& place : camera_registers()) {
-        const Bytes value = commands.count(place.name) != 0 ? bytes_of(1, 4) : bytes(place.name);
-        const Transfer written = write_camera(camera, place.address, value);
-        const bool is_writable = writable.count(place.name) != 0;
-        EXPECT_EQ(is_writable, written.status == success) << place.name;
-        EXPECT_EQ(is_writable ? place.length : 0, written.size) << place.name;
+class WrittenCamera : public ConfiguredCamera {
+protected:
+    /// Writes to every register what it holds, and 1 to commands: exactly those of these names take it.
+    void expect_writable(const std::set<std::string>& names) const
+    {
+        for (const RegisterPlace& place : camera_registers()) {
+            const Bytes value = commands.count(place.name) != 0 ? bytes_of(1, 4) : bytes(place.name);
+            const Transfer written = write_camera(camera, place.address, value);
+            const bool is_writable = names.count(place.name) != 0;
+            EXPECT_EQ(is_writable, written.status == success) << place.name;
+            EXPECT_EQ(is_writable ? place.length : 0, written.size) << place.name;
+        }
     }
+    void expect_lock() const
+    {
+        EXPECT_EQ(1U, number("ParametersAreLocked"));
+        std::set<std::string> names = writable;
+        for (const std::string& name : locked)
+            names.erase(name);
+        expect_writable(names);
+    }
+};
+
+TEST_F(WrittenCamera, TakesValuesWhereItIsWritable) { expect_writable(writable); }
+
+TEST_F(WrittenCamera, LocksWhatBuffersDependOnWhenAConsumerSaysSo)
+{
+    EXPECT_EQ(0U, number("ParametersAreLocked"));
+    set("TLParamsLocked", 1);
+    expect_lock();
+    set("TLParamsLocked", 0);
+    set("Width", 32);
+}
+
+TEST_F(WrittenCamera, LocksWhatBuffersDependOnWhileItAcquires)
+{
+    ASSERT_EQ(success, start());
+    EXPECT_EQ(0U, number("TLParamsLocked"));
+    expect_lock();
+    ASSERT_EQ(success, stop());
+    EXPECT_EQ(0U, number("ParametersAreLocked"));
+    set("Width", 32);
 }
 
 TEST_F(ConfiguredCamera, CommandsAreDoneWhenTheyReturn)
@@ -89,36 +118,6 @@ TEST_F(ConfiguredCamera, CommandsAreDoneWhenTheyReturn)
         expect_refused(command, 2);
         expect_refused(command, -1);
     }
-}
-
-TEST_F(ConfiguredCamera, LocksWhatBuffersDependOnWhenAConsumerSaysSo)
-{
-    EXPECT_EQ(0U, number("ParametersAreLocked"));
-    set("TLParamsLocked", 1);
-    EXPECT_EQ(1U, number("ParametersAreLocked"));
-    for (const std::string& name : writable) {
-        const Bytes value = commands.count(name) != 0 ? bytes_of(1, 4) : bytes(name);
-        const Transfer written = write_camera(camera, camera_register(name).address, value);
-        EXPECT_EQ(locked.count(name) == 0, written.status == success) << name;
-    }
-    set("TLParamsLocked", 0);
-    set("Width", 32);
-}
-
-TEST_F(ConfiguredCamera, LocksWhatBuffersDependOnWhileItAcquires)
-{
-    ASSERT_EQ(success, start());
-    EXPECT_EQ(0U, number("TLParamsLocked"));
-    EXPECT_EQ(1U, number("ParametersAreLocked"));
-    for (const std::string& name : writable) {
-        const Bytes value = commands.count(name) != 0 ? bytes_of(1, 4) : bytes(name);
-        const Transfer written = write_camera(camera, camera_register(name).address, value);
-        EXPECT_EQ(locked.count(name) == 0, written.status == success) << name;
-        EXPECT_EQ(locked.count(name) == 0 ? camera_register(name).length : 0, written.size) << name;
-    }
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ(0U, number("ParametersAreLocked"));
-    set("Width", 32);
 }
 
 TEST_F(ConfiguredCamera, TakesIntegersUpToTheirLimits)
@@ -227,7 +226,7 @@ TEST_F(ConfiguredCamera, TakesThePixelFormatsThatItHas)
         EXPECT_EQ(static_cast<uint64_t>(code), number("PixelFormat"));
         EXPECT_EQ(static_cast<uint64_t>(code) >> 16U & 0xFFU, number("PixelSize"));
     }
-    expect_refused("PixelFormat", 0x02180014); // RGB8, which it has not
+    expect_refused("PixelFormat", 0x02180014); // RGB8, which it does not have
     expect_refused("PixelFormat", 0);
     expect_refused("PixelFormat", 0x101); // Mono8 in CoaXPress
 }
@@ -262,7 +261,7 @@ TEST_F(ConfiguredCamera, NothingStaysBehindTheEndOfAUserName)
     EXPECT_EQ(padded("z"), text(bytes("DeviceUserID")));
 }
 
-TEST_F(ConfiguredCamera, TakesTheTimeDown)
+TEST_F(ConfiguredCamera, LatchesTheTime)
 {
     EXPECT_EQ(25000000U, number("TimestampTickFrequency"));
     EXPECT_EQ(0U, number("TimestampLatchValue"));
@@ -309,17 +308,18 @@ TEST_F(ConfiguredCamera, ForgetsTheLockOfAConsumerThatHasGone)
     EXPECT_EQ(1U, number("TLParamsLocked")) << "it had not been closed";
 }
 
-TEST_F(ConfiguredCamera, HasThoseOfPowerOnWhenTheConfigurationIsReadAnew)
+TEST_F(ConfiguredCamera, HasTheSettingsOfPowerOnWhenTheConfigurationIsReadAgain)
 {
     set("Width", 32);
+    reopen();
+    EXPECT_EQ(32U, number("Width"));
     EXPECT_EQ(success, ZVGR_Close(grabber));
-    const PowerCycle again;
-    uint32_t count = 0;
-    ASSERT_EQ(success, ZV_DeviceScan(&count));
-    grabber = ZVGR_Open(0);
-    count = 2;
-    ASSERT_EQ(success, ZVGR_UpdateCameraList(grabber, cameras.data(), &count));
-    EXPECT_EQ(66, ZVGR_GetCameraValueInt(cameras[0], "Width"));
+    {
+        const Variable other_rate{"ZV_GRABBER_RATE", "99999"};
+        scan();
+    }
+    open();
+    EXPECT_EQ(66U, number("Width"));
 }
 
 TEST_F(ConfiguredCamera, CamerasOfOneGrabberHaveSettingsOfTheirOwn)

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -14,7 +13,7 @@ using testing::StartsWith;
 
 constexpr size_t url_space = 260;
 
-/// A URL with what stands behind the memory that the library was given.
+/// A URL and what lies behind the memory that the library was given.
 struct Url {
     std::array<char, url_space + 40> memory;
     uint64_t size{url_space};
@@ -45,9 +44,12 @@ protected:
     ZvCameraInfo info_with(const std::string& text)
     {
         fault(text);
-        ZvCameraInfo info{};
-        EXPECT_EQ(success, ZVGR_CameraInfo2(open_camera(), &info));
-        return info;
+        return camera_info(open_camera());
+    }
+    Url url_with(const std::string& text)
+    {
+        fault(text);
+        return Url{open_camera()};
     }
     uint64_t length_without_fault()
     {
@@ -58,7 +60,7 @@ protected:
     }
 };
 
-TEST_F(FaultedAnswers, ThereCanBeMoreGrabbersThanThereAre)
+TEST_F(FaultedAnswers, MoreGrabbersCanBeReportedThanThereAre)
 {
     fault("kind: grabber-count-too-large, count: 50, times: 1");
     EXPECT_EQ(50u, scan());
@@ -70,13 +72,10 @@ TEST_F(FaultedAnswers, AProtocolCanBeUnknown)
 {
     fault("kind: protocol-unknown, grabber: 1, protocol: 7");
     scan();
-    ZvDeviceInfo info{};
-    info.version = 3;
-    EXPECT_EQ(success, ZV_DeviceInfo(1, &info));
-    EXPECT_EQ(7u, info.protocol);
+    EXPECT_EQ(7u, protocol_of(1));
 }
 
-TEST_F(FaultedAnswers, ThereCanBeMoreCamerasThanFit)
+TEST_F(FaultedAnswers, MoreCamerasCanBeReportedThanFit)
 {
     fault("kind: camera-count-too-large, count: 40");
     scan();
@@ -88,25 +87,18 @@ TEST_F(FaultedAnswers, ThereCanBeMoreCamerasThanFit)
     EXPECT_EQ(0u, cameras[2]) << "there are two";
 }
 
-TEST_F(FaultedAnswers, TextsOfACameraCanLackTheirEnd)
+TEST_F(FaultedAnswers, TextsOfACameraCanLackTheirEndAndNothingElseChanges)
 {
-    const ZvCameraInfo info = info_with("kind: camera-texts-unterminated");
-    for (const auto* const text :
-         {&info.device_version, &info.vendor_name, &info.model_name, &info.serial_number})
-        EXPECT_EQ(std::string(65, 'x'), std::string(*text, sizeof(*text)));
-}
-
-TEST_F(FaultedAnswers, OnlyTheTextsOfACameraAreSpoilt)
-{
-    const ZvCameraInfo spoilt = info_with("kind: camera-texts-unterminated");
+    ZvCameraInfo spoilt = info_with("kind: camera-texts-unterminated");
     close_all();
     const ZvCameraInfo good = info_with("kind: camera-texts-unterminated, when: {call: 99}");
-    ZvCameraInfo copy = spoilt;
-    std::memcpy(copy.device_version, good.device_version, sizeof(good.device_version));
-    std::memcpy(copy.vendor_name, good.vendor_name, sizeof(good.vendor_name));
-    std::memcpy(copy.model_name, good.model_name, sizeof(good.model_name));
-    std::memcpy(copy.serial_number, good.serial_number, sizeof(good.serial_number));
-    EXPECT_EQ(0, std::memcmp(&copy, &good, sizeof(good)));
+    using Text = char(ZvCameraInfo::*)[65];
+    for (const Text text : {&ZvCameraInfo::device_version, &ZvCameraInfo::vendor_name,
+                            &ZvCameraInfo::model_name, &ZvCameraInfo::serial_number}) {
+        EXPECT_EQ(std::string(65, 'x'), std::string(spoilt.*text, 65));
+        std::memcpy(spoilt.*text, good.*text, 65);
+    }
+    EXPECT_EQ(0, std::memcmp(&spoilt, &good, sizeof(good)));
 }
 
 TEST_F(FaultedAnswers, TextsOfACameraCanBeEmpty)
@@ -164,14 +156,12 @@ TEST_F(FaultedAnswers, OtherRegistersAreNotGarbage)
 TEST_F(FaultedAnswers, ADescriptionCanBeCutOff)
 {
     const uint64_t length = length_without_fault();
-    fault("kind: description-truncated, bytes: 40");
-    EXPECT_EQ(length - 40, Url{open_camera()}.number(true));
+    EXPECT_EQ(length - 40, url_with("kind: description-truncated, bytes: 40").number(true));
 }
 
-TEST_F(FaultedAnswers, ACutDescriptionHasAtLeastNoBytes)
+TEST_F(FaultedAnswers, ADescriptionIsCutToNoLessThanNothing)
 {
-    fault("kind: description-truncated, bytes: 100000000");
-    EXPECT_EQ(0u, Url{open_camera()}.number(true));
+    EXPECT_EQ(0u, url_with("kind: description-truncated, bytes: 100000000").number(true));
 }
 
 TEST_F(FaultedAnswers, ADescriptionCanClaimMoreThanThereIs)
@@ -190,8 +180,7 @@ TEST_F(FaultedAnswers, ADescriptionCanClaimMoreThanThereIs)
 
 TEST_F(FaultedAnswers, AUrlCanBeEmpty)
 {
-    fault("kind: url-empty");
-    const Url url{open_camera()};
+    const Url url = url_with("kind: url-empty");
     EXPECT_EQ(success, url.status);
     EXPECT_EQ("", url.text());
     EXPECT_EQ(1u, url.size);
@@ -199,16 +188,14 @@ TEST_F(FaultedAnswers, AUrlCanBeEmpty)
 
 TEST_F(FaultedAnswers, AUrlCanBeGarbage)
 {
-    fault("kind: url-garbage");
-    const Url url{open_camera()};
+    const Url url = url_with("kind: url-garbage");
     EXPECT_EQ(success, url.status);
     EXPECT_THAT(url.text(), HasSubstr("not a URL"));
 }
 
 TEST_F(FaultedAnswers, AUrlCanBeAsLongAsItsMemory)
 {
-    fault("kind: url-too-long");
-    const Url url{open_camera()};
+    const Url url = url_with("kind: url-too-long");
     EXPECT_EQ(259u, url.text().size());
     EXPECT_THAT(url.text(), StartsWith("Local:"));
     EXPECT_TRUE(url.has_kept_off());
@@ -216,8 +203,7 @@ TEST_F(FaultedAnswers, AUrlCanBeAsLongAsItsMemory)
 
 TEST_F(FaultedAnswers, AUrlCanLackItsEndWithinItsMemory)
 {
-    fault("kind: url-unterminated");
-    const Url url{open_camera()};
+    const Url url = url_with("kind: url-unterminated");
     EXPECT_EQ(260u, url.text().size());
     EXPECT_EQ(260u, url.size);
     EXPECT_TRUE(url.has_kept_off());
@@ -229,14 +215,14 @@ TEST_F(FaultedAnswers, APayloadSizeCanBeWrong)
     const uint32_t stream = create_stream(open_camera());
     EXPECT_EQ(77u, stream_info(stream, zv_stream_payload_now));
     EXPECT_EQ(77u, stream_info(stream, zv_stream_payload_at_creation));
-    EXPECT_EQ(64u, stream_info(stream, zv_stream_buffer_alignment)) << "is no payload size";
+    EXPECT_EQ(64u, stream_info(stream, zv_stream_buffer_alignment)) << "is not a payload size";
 }
 
 TEST_F(FaultedAnswers, APayloadSizeCanBeZero)
 {
     fault("kind: payload-size-zero, times: 1");
     const uint32_t stream = create_stream(open_camera());
-    EXPECT_EQ(64u, stream_info(stream, zv_stream_buffer_alignment)) << "and it counts no opportunity";
+    EXPECT_EQ(64u, stream_info(stream, zv_stream_buffer_alignment)) << "and this call does not count";
     EXPECT_EQ(0u, stream_info(stream, zv_stream_payload_now));
     EXPECT_EQ(frame_size, stream_info(stream, zv_stream_payload_now));
 }

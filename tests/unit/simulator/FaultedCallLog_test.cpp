@@ -10,9 +10,16 @@ using testing::Not;
 
 class FaultedCallLog : public Faulty {
 protected:
-    std::filesystem::path log_file() const { return folder() / "calls.log"; }
+    ~FaultedCallLog() override
+    {
+        close_all();
+        plan("");
+        scan(); // closes the call log
+    }
 
-    /// A consumer's whole life, with this plan; what the log says about it.
+    std::filesystem::path log_file() const { return folder().file("calls.log"); }
+
+    /// What the log says about the whole life of a consumer, with this plan.
     std::string log_of(const std::string& lines)
     {
         plan("call_log: " + log_file().string() + "\n" + lines);
@@ -55,7 +62,7 @@ TEST_F(FaultedCallLog, WithFaultsSwitchedOffIsAsWithoutAny)
     EXPECT_EQ(without, log_of(chances));
 }
 
-TEST_F(FaultedCallLog, NamesHandlesByTheirOrderAndTellsHowCallsEnded)
+TEST_F(FaultedCallLog, NamesHandlesByTheirOrderAndSaysHowCallsEnded)
 {
     const std::string log = log_of("faults: [{kind: stop-fails, status: 0x3123}]");
     EXPECT_THAT(
@@ -77,9 +84,9 @@ TEST_F(FaultedCallLog, NamesHandlesByTheirOrderAndTellsHowCallsEnded)
     EXPECT_THAT(log, HasSubstr(" ZVGR_Close g1 -> 0x3000\n"));
 }
 
-TEST_F(FaultedCallLog, AFileThatCannotBeWrittenHoldsUpNothing)
+TEST_F(FaultedCallLog, AFileThatCannotBeWrittenChangesNothing)
 {
-    plan("call_log: " + (folder() / "nowhere/calls.log").string());
+    plan("call_log: " + folder().file("nowhere/calls.log").string());
     EXPECT_EQ(3u, scan());
 }
 

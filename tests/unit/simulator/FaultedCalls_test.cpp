@@ -1,95 +1,64 @@
-#include <gmock/gmock.h>
-
-#include "unit/simulator/faults.h"
-#include "unit/simulator/faulty_calls.h"
+#include "unit/simulator/interface_calls.h"
 
 namespace {
 
 using namespace zvsim_test;
-using testing::ElementsAre;
 
-constexpr uint32_t a_status = 0x3ABC;
-
-class FaultedCalls : public Faulty {
+class EveryFaultedCall : public CallSituation, public testing::WithParamInterface<InterfaceCall> {
 protected:
-    Situation situation()
-    {
-        Situation made;
-        scan();
-        made.grabber = open_grabber();
-        made.camera = cameras_of(made.grabber).front();
-        EXPECT_EQ(success, ZVGR_CameraOpen2(made.camera, nullptr));
-        made.stream = create_stream(made.camera);
-        made.buffer = announce(made.stream);
-        EXPECT_EQ(success, ZVGR_StreamCreateAndAlloc(made.camera, &made.ring, 2, 0));
-        return made;
-    }
-    /// A situation in which the next call of a function has the fault, and only that one.
+    /// A situation in which the next call of the function has the fault, and only that one.
     Situation situation_with(const std::string& kind, uint32_t calls_before)
     {
         fault("kind: " + kind + ", when: {call: " + std::to_string(calls_before + 1) + "}");
         return situation();
     }
-};
-
-class EveryStatusCall : public FaultedCalls, public testing::WithParamInterface<StatusCall> {
-protected:
-    const StatusCall& row{GetParam()};
-};
-
-TEST_P(EveryStatusCall, FailsByTheKindOfItsOwn)
-{
-    const Situation now = situation_with(std::string{row.kind} + ", status: 0x3ABC", row.calls_of_kind);
-    Outputs outputs;
-    EXPECT_EQ(a_status, row.call(now, outputs));
-}
-
-TEST_P(EveryStatusCall, FailsByItsName)
-{
-    const Situation now = situation_with("call-fails, status: 0x3ABC, function: " + std::string{row.function},
-                                         row.calls_before);
-    Outputs outputs;
-    EXPECT_EQ(a_status, row.call(now, outputs));
-    EXPECT_TRUE(outputs.are_untouched());
-}
-
-TEST_P(EveryStatusCall, WorksAgainWhenTheFaultIsOverAndEndsWhatItEndsAllTheSame)
-{
-    const Situation now = situation_with("call-fails, status: 0x3ABC, function: " + std::string{row.function},
-                                         row.calls_before);
-    Outputs outputs;
-    ASSERT_EQ(a_status, row.call(now, outputs));
-    if (row.ends_for_good) {
-        EXPECT_NE(success, row.call(now, outputs));
-    } else {
-        EXPECT_EQ(success, row.call(now, outputs));
+    Situation situation_with(const std::string& kind)
+    {
+        return situation_with(kind + ", function: " + row.function, row.calls_before);
     }
+    uint64_t call(const Situation& now) { return row.call(now, outputs); }
+
+    const InterfaceCall& row{GetParam()};
+    const std::string status{row.answers_status() ? ", status: 0x3ABC" : ""};
+    Outputs outputs;
+};
+
+INSTANTIATE_TEST_SUITE_P(FaultedCalls, EveryFaultedCall, testing::ValuesIn(interface_calls()), name_of_call);
+
+TEST_P(EveryFaultedCall, FailsByTheKindOfItsOwn)
+{
+    const std::string kind =
+        row.kind != nullptr ? row.kind : "call-fails, function: ZVGR_StreamGetFrameIndex";
+    EXPECT_EQ(row.failure, call(situation_with(kind + status, row.calls_of_kind)));
 }
 
-TEST_P(EveryStatusCall, CanBeDelayed)
+TEST_P(EveryFaultedCall, FailsByItsNameAndWorksAgainAndEndsWhatItEndsAllTheSame)
 {
-    const Situation now =
-        situation_with("call-delays, time: 20 ms, function: " + std::string{row.function}, row.calls_before);
-    Outputs outputs;
+    const Situation now = situation_with("call-fails" + status);
+    EXPECT_EQ(row.failure, call(now));
+    EXPECT_TRUE(outputs.are_untouched());
+    const bool has_ended = row.has(ends);
+    EXPECT_EQ(has_ended, row.is_failure(call(now)));
+}
+
+TEST_P(EveryFaultedCall, CanBeDelayed)
+{
+    const Situation now = situation_with("call-delays, time: 5 ms");
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(success, row.call(now, outputs));
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{20});
+    EXPECT_FALSE(row.is_failure(call(now)));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{5});
 }
 
-TEST_P(EveryStatusCall, CanLeaveItsOutputUntouched)
+TEST_P(EveryFaultedCall, CanLeaveItsOutputUntouched)
 {
-    if (!row.writes)
+    if (!row.has(writes))
         return;
-    const Situation now = situation_with(
-        "call-leaves-output-untouched, function: " + std::string{row.function}, row.calls_before);
-    Outputs outputs;
-    EXPECT_EQ(success, row.call(now, outputs));
+    const Situation now = situation_with("call-leaves-output-untouched");
+    EXPECT_EQ(success, call(now));
     EXPECT_TRUE(outputs.are_untouched());
 }
 
-std::string name_of(const testing::TestParamInfo<StatusCall>& row) { return row.param.function; }
-
-INSTANTIATE_TEST_SUITE_P(FaultedCalls, EveryStatusCall, testing::ValuesIn(status_calls), name_of);
+using FaultedCalls = CallSituation;
 
 TEST_F(FaultedCalls, AGrabberThatDoesNotOpenHasNoHandle)
 {
@@ -108,17 +77,7 @@ TEST_F(FaultedCalls, AGrabberWithoutANameHasNoText)
     EXPECT_STREQ("One", ZV_DeviceDisplayName(1));
 }
 
-TEST_F(FaultedCalls, ValuesAreNotAvailable)
-{
-    fault("kind: value-not-available");
-    const uint32_t camera = open_camera();
-    EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueInt(camera, "Width"));
-    EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
-    EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetGrabberValueInt(camera, "FW_Dma_Capable_QueuedBuffers_Imp"));
-    EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetGrabberValueEnum(camera, "CameraChannelState"));
-}
-
-TEST_F(FaultedCalls, OneValueCanBeMeant)
+TEST_F(FaultedCalls, CanBeOfOneValueOnly)
 {
     fault("kind: value-not-available, name: Width");
     const uint32_t camera = open_camera();
@@ -126,7 +85,7 @@ TEST_F(FaultedCalls, OneValueCanBeMeant)
     EXPECT_EQ(48, ZVGR_GetCameraValueInt(camera, "Height"));
 }
 
-TEST_F(FaultedCalls, OneInformationCanBeMeant)
+TEST_F(FaultedCalls, CanBeOfOneCommandOnly)
 {
     fault("kind: stream-info-fails, command: 13");
     const uint32_t stream = create_stream(open_camera());
@@ -135,32 +94,17 @@ TEST_F(FaultedCalls, OneInformationCanBeMeant)
     EXPECT_EQ(success, ZVGR_StreamGetInfo(stream, zv_stream_payload_now, &value));
 }
 
-TEST_F(FaultedCalls, ARingFrameCanBeMissing)
-{
-    fault("kind: ring-frame-missing, times: 1");
-    const Situation now = situation();
-    EXPECT_EQ(nullptr, ZVGR_StreamGetPtr(now.ring, 0));
-    EXPECT_NE(nullptr, ZVGR_StreamGetPtr(now.ring, 0));
-}
-
-TEST_F(FaultedCalls, ARingCanForgetItsFrame)
-{
-    fault("kind: call-fails, function: ZVGR_StreamGetFrameIndex");
-    const Situation now = situation();
-    EXPECT_EQ(UINT32_MAX, ZVGR_StreamGetFrameIndex(now.ring));
-}
-
 TEST_F(FaultedCalls, NoCallbackComesAfterAStopThatFails)
 {
     fault("kind: stop-fails");
     const uint32_t camera = open_camera();
     Acquired acquired{camera, 1};
-    acquired.receiver.on_buffer = [](uint64_t buffer) { ZVGR_BufferToQueue(buffer, zv_queue_input); };
+    acquired.receiver.on_call = requeue;
     ASSERT_EQ(success, acquired.start());
     ASSERT_TRUE(acquired.receiver.wait_for(3));
     EXPECT_NE(success, acquired.stop());
     acquired.receiver.expect_silence();
-    EXPECT_NE(zv_channel_grabbing, ZVGR_GetGrabberValueEnum(camera, "CameraChannelState"));
+    EXPECT_FALSE(is_grabbing(camera));
 }
 
 TEST_F(FaultedCalls, MemoryIsFreeAfterARevokeThatFails)
@@ -168,13 +112,10 @@ TEST_F(FaultedCalls, MemoryIsFreeAfterARevokeThatFails)
     fault("kind: revoke-fails");
     Acquired acquired{open_camera(), 0};
     auto memory = std::make_unique<std::array<unsigned char, frame_size>>();
-    uint64_t buffer = 0;
-    ASSERT_EQ(success,
-              ZVGR_BufferAnnounce(acquired.stream(), memory->data(), memory->size(), nullptr, &buffer));
-    ASSERT_EQ(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
+    const uint64_t buffer = queue_memory(acquired.stream, memory->data(), memory->size());
     ASSERT_EQ(success, acquired.start());
     ASSERT_TRUE(acquired.receiver.wait_for(1));
-    EXPECT_NE(success, ZVGR_BufferRevoke(acquired.stream(), buffer));
+    EXPECT_NE(success, ZVGR_BufferRevoke(acquired.stream, buffer));
     memory.reset();
     EXPECT_NE(success, ZVGR_BufferToQueue(buffer, zv_queue_input)) << "it is revoked";
 }
@@ -199,16 +140,13 @@ TEST_F(FaultedCalls, AFaultOfOneCameraLeavesTheOther)
     EXPECT_NE(success, ZVGR_CameraOpen2(of_third[1], nullptr));
 }
 
-TEST_F(FaultedCalls, TheSwitchInTheFileTurnsFaultsOff)
+TEST_F(FaultedCalls, ASwitchInTheFileOrAVariableTurnsFaultsOff)
 {
-    plan("faults_enabled: false\nfaults: [{kind: scan-fails}]\nevents: [{scan: 1, do: unplug, grabber: 0}]");
+    const char* const fails = "faults: [{kind: scan-fails}]\nevents: [{scan: 1, do: unplug, grabber: 0}]";
+    plan(std::string{"faults_enabled: false\n"} + fails);
     EXPECT_EQ(3u, scan());
-}
-
-TEST_F(FaultedCalls, TheVariableTurnsFaultsOff)
-{
     const Variable off{"ZV_GRABBER_FAULTS", "off"};
-    plan("faults: [{kind: scan-fails}]\nevents: [{scan: 1, do: unplug, grabber: 0}]");
+    plan(fails);
     EXPECT_EQ(3u, scan());
 }
 

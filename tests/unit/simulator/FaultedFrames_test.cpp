@@ -22,91 +22,68 @@ protected:
     }
 };
 
-TEST_F(FaultedFrames, WithoutAFaultAreNumberedInOrder)
-{
-    EXPECT_THAT(acquired("kind: scan-fails, times: 1, when: {call: 99}", 4)->ids(), ElementsAre(0, 1, 2, 3));
-}
+struct IdRow {
+    const char* name;
+    const char* fault;
+    std::vector<uint64_t> ids;
+};
 
-TEST_F(FaultedFrames, DroppedOnesAreMissing)
-{
-    EXPECT_THAT(acquired("kind: frame-dropped, when: {frame: 2, until: 3}", 4)->ids(),
-                ElementsAre(0, 1, 4, 5));
-}
+const IdRow id_rows[] = {
+    {"InOrderWithoutAFault", "kind: scan-fails, times: 1, when: {call: 99}", {0, 1, 2, 3}},
+    {"WithoutDroppedOnes", "kind: frame-dropped, when: {frame: 2, until: 3}", {0, 1, 4, 5}},
+    {"WithoutEveryNth", "kind: frame-dropped, when: {every: 2}", {0, 2, 4, 6}},
+    {"TwiceOnceDuplicated", "kind: frame-duplicated, when: {frame: 1}", {0, 1, 1, 2}},
+    {"AfterTheNextOnceOutOfOrder", "kind: frames-out-of-order, when: {frame: 1}", {0, 2, 1, 3, 4}},
+    {"InOrderAfterTwoOutOfOrder", "kind: frames-out-of-order, when: {frame: 1, until: 2}", {0, 2, 1, 3, 4}},
+    {"WrongOnce", "kind: frame-id-wrong, when: {frame: 1}, by: 100", {0, 101, 2}},
+    {"WrongFromAJumpOn", "kind: frame-id-jumps, when: {frame: 1}, by: 100", {0, 101, 102}},
+    {"OnceInAnAcquisitionThatIsTooShortForADuplicate", "kind: frame-duplicated, when: {frame: 1}", {0, 1}},
+};
 
-TEST_F(FaultedFrames, EveryNthIsCountedByItsNumber)
-{
-    EXPECT_THAT(acquired("kind: frame-dropped, when: {every: 2}", 4)->ids(), ElementsAre(0, 2, 4, 6));
-}
+class FaultedIds : public FaultedFrames, public testing::WithParamInterface<IdRow> {};
 
-TEST_F(FaultedFrames, DuplicatedOnesComeTwice)
-{
-    EXPECT_THAT(acquired("kind: frame-duplicated, when: {frame: 1}", 4)->ids(), ElementsAre(0, 1, 1, 2));
-}
+INSTANTIATE_TEST_SUITE_P(Faults, FaultedIds, testing::ValuesIn(id_rows),
+                         [](const auto& row) { return row.param.name; });
 
-TEST_F(FaultedFrames, ADuplicateIsNotOneFrameTooMany)
+TEST_P(FaultedIds, Come)
 {
-    const auto result = acquired("kind: frame-duplicated, when: {frame: 1}", 2);
-    EXPECT_THAT(result->ids(), ElementsAre(0, 1));
+    const std::vector<uint64_t>& expected = GetParam().ids;
+    const auto result = acquired(GetParam().fault, static_cast<uint32_t>(expected.size()));
+    EXPECT_EQ(expected, result->ids);
     EXPECT_EQ(1u, result->receiver.ends());
-}
-
-TEST_F(FaultedFrames, ThoseOutOfOrderAreOvertakenByTheNext)
-{
-    EXPECT_THAT(acquired("kind: frames-out-of-order, when: {frame: 1}", 5)->ids(),
-                ElementsAre(0, 2, 1, 3, 4));
-}
-
-TEST_F(FaultedFrames, TwoOutOfOrderInARowDoNotStopTheStream)
-{
-    EXPECT_THAT(acquired("kind: frames-out-of-order, when: {frame: 1, until: 2}", 5)->ids(),
-                ElementsAre(0, 2, 1, 3, 4));
-}
-
-TEST_F(FaultedFrames, AWrongIdIsThatOfOneFrame)
-{
-    EXPECT_THAT(acquired("kind: frame-id-wrong, when: {frame: 1}, by: 100", 3)->ids(),
-                ElementsAre(0, 101, 2));
-}
-
-TEST_F(FaultedFrames, AJumpOfTheIdIsForAllThatFollow)
-{
-    EXPECT_THAT(acquired("kind: frame-id-jumps, when: {frame: 1}, by: 100", 3)->ids(),
-                ElementsAre(0, 101, 102));
 }
 
 TEST_F(FaultedFrames, ATimeStampCanBeZero)
 {
     const auto result = acquired("kind: timestamp-zero, when: {frame: 1}", 3);
-    EXPECT_NE(0u, result->reports[0].timestamp);
-    EXPECT_EQ(0u, result->reports[1].timestamp);
-    EXPECT_NE(0u, result->reports[2].timestamp);
+    EXPECT_NE(0u, result->timestamps[0]);
+    EXPECT_EQ(0u, result->timestamps[1]);
+    EXPECT_NE(0u, result->timestamps[2]);
 }
 
 TEST_F(FaultedFrames, ATimeStampCanGoBackwards)
 {
     const auto result = acquired("kind: timestamp-backwards, when: {frame: 1}, ticks: 1000000000", 3);
-    EXPECT_LT(result->reports[1].timestamp, result->reports[0].timestamp);
-    EXPECT_GE(result->reports[2].timestamp, result->reports[0].timestamp);
+    EXPECT_LT(result->timestamps[1], result->timestamps[0]);
+    EXPECT_GE(result->timestamps[2], result->timestamps[0]);
 }
 
 TEST_F(FaultedFrames, AJumpOfTheTimeStampIsForAllThatFollow)
 {
     constexpr uint64_t jump = 1'000'000'000'000;
     const auto result = acquired("kind: timestamp-jumps, when: {frame: 1}, ticks: 1000000000000", 3);
-    EXPECT_LT(result->reports[0].timestamp, jump);
-    EXPECT_GE(result->reports[1].timestamp, jump);
-    EXPECT_GE(result->reports[2].timestamp, result->reports[1].timestamp);
+    EXPECT_LT(result->timestamps[0], jump);
+    EXPECT_GE(result->timestamps[1], jump);
+    EXPECT_GE(result->timestamps[2], result->timestamps[1]);
 }
 
-TEST_F(FaultedFrames, ATruncatedOneLeavesTheRestOfTheBuffer)
+TEST_F(FaultedFrames, LeaveTheRestOfTheBufferWhenTruncated)
 {
     fault("kind: frame-truncated, bytes: 100, when: {frame: 0}");
     const uint32_t camera = open_camera();
     Acquired result{camera, 0};
     std::vector<unsigned char> memory(frame_size, 0xEE);
-    uint64_t buffer = 0;
-    ASSERT_EQ(success, ZVGR_BufferAnnounce(result.stream(), memory.data(), frame_size, nullptr, &buffer));
-    ASSERT_EQ(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
+    queue_memory(result.stream, memory.data(), frame_size);
     result.run(2, 1);
     EXPECT_EQ('Z', memory[0]);
     EXPECT_EQ(std::vector<unsigned char>(frame_size - 100, 0xEE),
@@ -115,11 +92,11 @@ TEST_F(FaultedFrames, ATruncatedOneLeavesTheRestOfTheBuffer)
     EXPECT_FALSE(stamp && stamp->checksum_ok);
 }
 
-TEST_F(FaultedFrames, ACorruptedOneHasAStampThatDoesNotFit)
+TEST_F(FaultedFrames, HaveAStampThatDoesNotFitWhenCorrupted)
 {
     const auto result = acquired("kind: frame-corrupted, when: {frame: 1}", 3);
     for (const size_t i : {size_t{0}, size_t{1}, size_t{2}}) {
-        const auto stamp = zvgr::read_stamp(result->memory(i), frame_size);
+        const auto stamp = zvgr::read_stamp(memory_of(result->buffers[i]), frame_size);
         ASSERT_TRUE(stamp);
         EXPECT_EQ(i != 1, stamp->checksum_ok) << i;
     }
@@ -130,57 +107,50 @@ TEST_F(FaultedFrames, DamageStaysWithinTheBuffer)
     fault("kind: frame-corrupted, bytes: 100000");
     Acquired result{open_camera(), 0};
     std::vector<unsigned char> memory(frame_size, 0xEE);
-    uint64_t buffer = 0;
-    ASSERT_EQ(success, ZVGR_BufferAnnounce(result.stream(), memory.data(), 100, nullptr, &buffer));
-    ASSERT_EQ(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
+    queue_memory(result.stream, memory.data(), 100);
     result.run(2, 1);
     EXPECT_EQ(std::vector<unsigned char>(frame_size - 100, 0xEE),
               std::vector<unsigned char>(memory.begin() + 100, memory.end()));
 }
 
-TEST_F(FaultedFrames, LateOnesComeLaterThanTheyWere)
+class HeldUpFrames : public FaultedFrames, public testing::WithParamInterface<const char*> {
+protected:
+    void hold_up(const std::string& time, int frame) const
+    {
+        fault(std::string{"kind: "} + GetParam() + ", time: " + time +
+              ", when: {frame: " + std::to_string(frame) + "}");
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Faults, HeldUpFrames, testing::Values("frame-late", "callback-stalls"),
+                         [](const auto& row) { return row.index == 0 ? "Late" : "Stalled"; });
+
+TEST_P(HeldUpFrames, AreReportedLater)
 {
-    fault("kind: frame-late, time: 20 ms, when: {frame: 0}");
+    hold_up("20 ms", 0);
     Acquired result{open_camera(), 2};
     const auto begin = std::chrono::steady_clock::now();
     result.run(2, 1);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{20});
-    EXPECT_THAT(result.ids(), ElementsAre(0));
+    EXPECT_THAT(result.ids, ElementsAre(0));
 }
 
-TEST_F(FaultedFrames, AStopDoesNotWaitForAFrameThatIsLate)
+TEST_P(HeldUpFrames, DoNotHoldUpAStop)
 {
-    fault("kind: frame-late, time: 10 min, when: {frame: 1}");
+    hold_up("10 min", 1);
     Acquired result{open_camera(), 3};
     result.run(1);
-    EXPECT_THAT(result.ids(), ElementsAre(0));
+    EXPECT_THAT(result.ids, ElementsAre(0));
 }
 
-TEST_F(FaultedFrames, AStopDoesNotWaitForACallbackThatStalls)
-{
-    fault("kind: callback-stalls, time: 10 min, when: {frame: 1}");
-    Acquired result{open_camera(), 3};
-    result.run(1);
-    EXPECT_THAT(result.ids(), ElementsAre(0));
-}
-
-TEST_F(FaultedFrames, AStallComesBeforeTheReport)
-{
-    fault("kind: callback-stalls, time: 20 ms, when: {frame: 0}");
-    Acquired result{open_camera(), 1};
-    const auto begin = std::chrono::steady_clock::now();
-    result.run(2, 1);
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{20});
-}
-
-TEST_F(FaultedFrames, ThoseWithoutACallbackFillABufferAllTheSame)
+TEST_F(FaultedFrames, FillABufferAlsoWithoutACallback)
 {
     fault("kind: callback-missing, when: {frame: 0}");
     Acquired result{open_camera(), 3};
     result.run(3, 3);
-    EXPECT_THAT(result.ids(), ElementsAre(1, 2));
-    EXPECT_EQ(0u, buffer_info(result.buffers()[0], zv_buffer_frame_id));
-    EXPECT_NE(0u, buffer_info(result.buffers()[0], zv_buffer_timestamp));
+    EXPECT_THAT(result.ids, ElementsAre(1, 2));
+    EXPECT_EQ(0u, buffer_info(result.buffers[0], zv_buffer_frame_id));
+    EXPECT_NE(0u, buffer_info(result.buffers[0], zv_buffer_timestamp));
 }
 
 TEST_F(FaultedFrames, AnAcquisitionCanEndEarly)
@@ -188,7 +158,7 @@ TEST_F(FaultedFrames, AnAcquisitionCanEndEarly)
     fault("kind: acquisition-ends-early, when: {frame: 2}");
     Acquired result{open_camera(), 5};
     result.run(3);
-    EXPECT_THAT(result.ids(), ElementsAre(0, 1));
+    EXPECT_THAT(result.ids, ElementsAre(0, 1));
     EXPECT_EQ(1u, result.receiver.ends());
 }
 
@@ -200,7 +170,7 @@ TEST_F(FaultedFrames, AnAcquisitionThatEndedEarlyCanBeStartedAgain)
     ASSERT_EQ(success, result.start(3));
     ASSERT_TRUE(result.receiver.wait_for(6));
     EXPECT_EQ(success, result.stop());
-    EXPECT_THAT(result.ids(), ElementsAre(0, 0, 1, 2));
+    EXPECT_THAT(result.ids, ElementsAre(0, 0, 1, 2));
 }
 
 TEST_F(FaultedFrames, AnAcquisitionThatNeverStartsCanBeStopped)
@@ -209,9 +179,9 @@ TEST_F(FaultedFrames, AnAcquisitionThatNeverStartsCanBeStopped)
     Acquired result{open_camera(), 4};
     ASSERT_EQ(success, result.start(1));
     ASSERT_EQ(success, result.stop());
-    EXPECT_THAT(result.ids(), IsEmpty());
+    EXPECT_THAT(result.ids, IsEmpty());
     result.run(2, 1);
-    EXPECT_THAT(result.ids(), ElementsAre(0));
+    EXPECT_THAT(result.ids, ElementsAre(0));
 }
 
 TEST_F(FaultedFrames, OtherCamerasAreUntouched)
@@ -220,33 +190,27 @@ TEST_F(FaultedFrames, OtherCamerasAreUntouched)
     const uint32_t first = open_camera();
     Acquired of_first{first, 2};
     of_first.run(3, 2);
-    EXPECT_THAT(of_first.ids(), ElementsAre(0, 1));
+    EXPECT_THAT(of_first.ids, ElementsAre(0, 1));
     close_all();
     const uint32_t second = cameras_of(open_grabber())[1];
     ASSERT_EQ(success, ZVGR_CameraOpen2(second, nullptr));
     Acquired of_second{second, 2};
     of_second.run(3, 2);
-    EXPECT_THAT(of_second.ids(), ElementsAre(1, 2));
+    EXPECT_THAT(of_second.ids, ElementsAre(1, 2));
 }
 
-TEST_F(FaultedFrames, CyclicModeHasThemToo)
+TEST_F(FaultedFrames, AreThoseOfCyclicModeToo)
 {
     fault("kind: timestamp-zero, when: {frame: 1}");
     const uint32_t camera = open_camera();
-    uint32_t stream = ZV_NO_HANDLE;
-    ASSERT_EQ(success, ZVGR_StreamCreateAndAlloc(camera, &stream, 4, 0));
     Receiver receiver;
-    std::vector<bool> are_zero;
-    receiver.on_frame = [&](uint32_t its_stream) {
-        ZvFrameAux record{};
-        ZVGR_StreamGetAux(its_stream, ZVGR_StreamGetFrameIndex(its_stream), &record);
-        are_zero.push_back(record.timestamp == 0);
-    };
-    ASSERT_EQ(success, ZVGR_CameraCallbackRegister(camera, &Receiver::frame_callback, &receiver));
-    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, stream, 3));
+    const uint32_t ring = create_stream(camera, Mode::cyclic, &receiver);
+    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, ring, 3));
     ASSERT_TRUE(receiver.wait_for(3));
-    ASSERT_EQ(success, ZVGR_StreamDelete(stream));
-    EXPECT_THAT(are_zero, ElementsAre(false, true, false));
+    EXPECT_NE(0u, ring_frame_time(ring, 0));
+    EXPECT_EQ(0u, ring_frame_time(ring, 1));
+    EXPECT_NE(0u, ring_frame_time(ring, 2));
+    ASSERT_EQ(success, ZVGR_StreamDelete(ring));
 }
 
 } // namespace

@@ -9,17 +9,22 @@ using testing::ElementsAre;
 
 class FaultedPlugging : public Faulty {
 protected:
-    static uint32_t cameras_of_status(uint32_t grabber)
+    /// It is away between the second and the third scan.
+    void unplug_for_one_scan(const std::string& place) const
     {
-        std::vector<uint32_t> cameras(zv_max_cameras);
+        plan("events: [{scan: 2, do: unplug, " + place + "}, {scan: 3, do: plug, " + place + "}]");
+    }
+    static uint32_t status_of_list(uint32_t grabber)
+    {
+        uint32_t cameras[zv_max_cameras];
         uint32_t count = zv_max_cameras;
-        return ZVGR_UpdateCameraList(grabber, cameras.data(), &count);
+        return ZVGR_UpdateCameraList(grabber, cameras, &count);
     }
 };
 
 TEST_F(FaultedPlugging, AnUnpluggedGrabberIsMissingInTheScan)
 {
-    plan("events: [{scan: 2, do: unplug, grabber: 0}, {scan: 3, do: plug, grabber: 0}]");
+    unplug_for_one_scan("grabber: 0");
     EXPECT_EQ(3u, scan());
     EXPECT_STREQ("Two", ZV_DeviceDisplayName(0));
     EXPECT_EQ(2u, scan());
@@ -31,13 +36,13 @@ TEST_F(FaultedPlugging, AnUnpluggedGrabberIsMissingInTheScan)
 
 TEST_F(FaultedPlugging, CallsOnAnUnpluggedGrabberFailUntilItIsBack)
 {
-    plan("events: [{scan: 2, do: unplug, grabber: 0}, {scan: 3, do: plug, grabber: 0}]");
+    unplug_for_one_scan("grabber: 0");
     scan();
     const uint32_t grabber = open_grabber();
     scan();
-    EXPECT_NE(success, cameras_of_status(grabber));
+    EXPECT_NE(success, status_of_list(grabber));
     scan();
-    EXPECT_EQ(success, cameras_of_status(grabber));
+    EXPECT_EQ(success, status_of_list(grabber));
 }
 
 TEST_F(FaultedPlugging, AnUnpluggedGrabberCanBeClosed)
@@ -51,8 +56,7 @@ TEST_F(FaultedPlugging, AnUnpluggedGrabberCanBeClosed)
 
 TEST_F(FaultedPlugging, AnUnpluggedCameraIsMissingInTheListAndKeepsItsHandle)
 {
-    plan(
-        "events: [{scan: 2, do: unplug, grabber: 0, camera: 0}, {scan: 3, do: plug, grabber: 0, camera: 0}]");
+    unplug_for_one_scan("grabber: 0, camera: 0");
     scan();
     const uint32_t grabber = open_grabber();
     const auto before = cameras_of(grabber);
@@ -77,9 +81,9 @@ TEST_F(FaultedPlugging, TheAcquisitionOfAnUnpluggedCameraEndsByItself)
     EXPECT_EQ(1u, acquired.receiver.ends());
 }
 
-TEST_F(FaultedPlugging, ACableCanBePulledInTime)
+TEST_F(FaultedPlugging, ACableCanBePulledAtATime)
 {
-    plan("events: [{at: 30 ms, do: unplug, grabber: 0, camera: 0}]");
+    plan("events: [{at: 200 ms, do: unplug, grabber: 0, camera: 0}]");
     Acquired acquired{open_camera(), 1};
     ASSERT_EQ(success, acquired.start());
     ASSERT_TRUE(acquired.receiver.wait_for(2)) << "nobody calls, and it ends all the same";
@@ -94,8 +98,7 @@ TEST_F(FaultedPlugging, ACableThatIsPulledLaterDoesNotHoldUpTheEnd)
 
 TEST_F(FaultedPlugging, ACameraThatCameBackMustBeOpenedAgain)
 {
-    plan(
-        "events: [{scan: 2, do: unplug, grabber: 0, camera: 0}, {scan: 3, do: plug, grabber: 0, camera: 0}]");
+    unplug_for_one_scan("grabber: 0, camera: 0");
     const uint32_t camera = open_camera();
     Acquired acquired{camera, 2};
     scan();
@@ -104,10 +107,10 @@ TEST_F(FaultedPlugging, ACameraThatCameBackMustBeOpenedAgain)
     EXPECT_EQ(success, ZVGR_CameraClose(camera));
     EXPECT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
     acquired.run(2, 1);
-    EXPECT_THAT(acquired.ids(), ElementsAre(0));
+    EXPECT_THAT(acquired.ids, ElementsAre(0));
 }
 
-TEST_F(FaultedPlugging, ALostCameraLetsEverythingOfItBeEnded)
+TEST_F(FaultedPlugging, EverythingOfALostCameraCanBeEnded)
 {
     plan("events: [{scan: 2, do: unplug, grabber: 0, camera: 0}]");
     const uint32_t camera = open_camera();
@@ -158,7 +161,7 @@ TEST_F(FaultedPlugging, ACameraCanBeLostWhileItStreams)
     const uint32_t camera = open_camera();
     Acquired acquired{camera, 8};
     acquired.run(3);
-    EXPECT_THAT(acquired.ids(), ElementsAre(0, 1));
+    EXPECT_THAT(acquired.ids, ElementsAre(0, 1));
     EXPECT_EQ(1u, acquired.receiver.ends());
     EXPECT_NE(success, acquired.start());
 }
@@ -168,10 +171,10 @@ TEST_F(FaultedPlugging, AGrabberCanBeLostAtAnyCall)
     fault("kind: grabber-lost, grabber: 0, when: {call: 2}, away_for_scans: 1");
     scan();
     const uint32_t grabber = open_grabber();
-    EXPECT_NE(success, cameras_of_status(grabber));
+    EXPECT_NE(success, status_of_list(grabber));
     EXPECT_EQ(2u, scan());
     EXPECT_EQ(3u, scan());
-    EXPECT_EQ(success, cameras_of_status(grabber));
+    EXPECT_EQ(success, status_of_list(grabber));
 }
 
 TEST_F(FaultedPlugging, AGrabberCanBeLostWhileItsCameraStreams)
@@ -179,7 +182,7 @@ TEST_F(FaultedPlugging, AGrabberCanBeLostWhileItsCameraStreams)
     fault("kind: grabber-lost-while-streaming, when: {frame: 1}");
     Acquired acquired{open_camera(), 4};
     acquired.run(2);
-    EXPECT_THAT(acquired.ids(), ElementsAre(0));
+    EXPECT_THAT(acquired.ids, ElementsAre(0));
     EXPECT_EQ(2u, scan());
 }
 

@@ -1,14 +1,13 @@
 #include <atomic>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "unit/simulator/configured_camera.h"
 
 namespace {
 
 using namespace zvsim_test;
-
-constexpr uint32_t success = zv_success;
 
 constexpr int mono8 = 0x01080001;
 constexpr int mono16 = 0x01100007;
@@ -30,9 +29,7 @@ TEST_F(ConfiguredCamera, SizesSetThePayload)
     EXPECT_EQ(400U, number("PayloadSize"));
     set("PixelFormat", mono12p);
     EXPECT_EQ(300U, number("PayloadSize"));
-    uint32_t other = 0;
-    ASSERT_EQ(success, ZVGR_StreamCreate(camera, &other, 0));
-    EXPECT_EQ(300U, stream_info(other, zv_stream_payload_at_creation));
+    EXPECT_EQ(300U, stream_info(create_stream(camera), zv_stream_payload_at_creation));
 }
 
 TEST_F(ConfiguredCamera, SizeAndOffsetCutThePictureOut)
@@ -53,13 +50,11 @@ TEST_F(ConfiguredCamera, SizeAndOffsetCutThePictureOut)
 TEST_F(ConfiguredCamera, TheFormatIsThatOfThePixels)
 {
     set("TestPattern", white);
-    const auto wide = [this](int format) {
+    const std::pair<int, size_t> rows[] = {{mono8, 3300}, {mono16, 6600}, {mono12p, 4950}};
+    for (const auto& [format, size] : rows) {
         set("PixelFormat", format);
-        return frame();
-    };
-    EXPECT_EQ(std::vector<unsigned char>(66 * 50, 0xFF), wide(mono8));
-    EXPECT_EQ(std::vector<unsigned char>(66 * 50 * 2, 0xFF), wide(mono16));
-    EXPECT_EQ(std::vector<unsigned char>(66 * 50 * 3 / 2, 0xFF), wide(mono12p));
+        EXPECT_EQ(std::vector<unsigned char>(size, 0xFF), frame());
+    }
 }
 
 TEST_F(ConfiguredCamera, ExposureAndGainSetTheBrightness)
@@ -81,24 +76,19 @@ TEST_F(ConfiguredCamera, PatternExposureAndGainActOnTheNextFrame)
 {
     set("TestPattern", white);
     std::vector<int> pixels;
-    Gate done;
-    receiver.on_buffer = [&](uint64_t buffer) {
-        pixels.push_back(memory(buffer)[0]);
+    receiver.on_call = [&](uint64_t buffer) {
+        pixels.push_back(memory_of(buffer)[0]);
         if (pixels.size() == 1)
             set("ExposureTime", 5000.0);
         else if (pixels.size() == 2)
             set("Gain", 6.0206);
         else if (pixels.size() == 3)
             set("TestPattern", black);
-        else
-            done.open();
         if (pixels.size() < 4)
-            ZVGR_BufferToQueue(buffer, zv_queue_input);
+            requeue(buffer);
     };
     queued(); // the only one: the next frame is drawn when the settings have changed
-    ASSERT_EQ(success, start());
-    ASSERT_TRUE(done.wait());
-    ASSERT_EQ(success, stop());
+    acquire(4);
     ASSERT_EQ(4U, pixels.size());
     EXPECT_EQ(255, pixels[0]);
     EXPECT_NEAR(127.5, pixels[1], 1);
@@ -110,16 +100,14 @@ TEST_F(ConfiguredCamera, AFasterRateDoesNotWaitForTheSlowOne)
 {
     set("AcquisitionFrameRateEnable", 1);
     set("AcquisitionFrameRate", 0.001);
-    std::vector<uint64_t> ids;
-    receiver.on_buffer = [&](uint64_t buffer) { ids.push_back(buffer_info(buffer, zv_buffer_frame_id)); };
-    for (int buffers = 0; buffers < 3; ++buffers)
-        queued();
+    const std::vector<uint64_t> buffers{queued(), queued(), queued()};
     ASSERT_EQ(success, start());
     ASSERT_TRUE(receiver.wait_for(1));
     set("AcquisitionFrameRate", 500.0); // the second frame would have come in a quarter of an hour
     ASSERT_TRUE(receiver.wait_for(3));
     ASSERT_EQ(success, stop());
-    EXPECT_EQ((std::vector<uint64_t>{0, 1, 2}), ids);
+    for (const uint64_t id : {0U, 1U, 2U})
+        EXPECT_EQ(id, buffer_info(buffers[id], zv_buffer_frame_id));
 }
 
 TEST_F(ConfiguredCamera, FreeRunningDoesNotWaitForTheRate)
@@ -141,32 +129,23 @@ TEST_F(ConfiguredCamera, ASmallerBufferTakesThePartOfALargerPictureThatFits)
     set("Width", 10);
     const uint64_t buffer = queued();
     set("Width", 66);
-    Gate over;
-    receiver.on_buffer = [&](uint64_t reported) {
-        if (reported == 0)
-            over.open();
-    };
-    ASSERT_EQ(success, start(1));
-    ASSERT_TRUE(over.wait());
-    ASSERT_EQ(success, stop());
+    acquire(2, 1);
     EXPECT_EQ(std::vector<unsigned char>(500, 0xFF),
-              std::vector<unsigned char>(memory(buffer), memory(buffer) + 500));
+              std::vector<unsigned char>(memory_of(buffer), memory_of(buffer) + 500));
 }
 
 TEST_F(ConfiguredCamera, ARingGrowsWithThePictureAtTheNextStart)
 {
     set("TestPattern", white);
-    uint32_t ring = 0;
-    ASSERT_EQ(success, ZVGR_StreamCreateAndAlloc(camera, &ring, 2, 0));
     Receiver frames;
-    ASSERT_EQ(success, ZVGR_CameraCallbackRegister(camera, &Receiver::frame_callback, &frames));
+    const uint32_t ring = create_stream(camera, Mode::cyclic, &frames);
     set("PixelFormat", mono16);
     EXPECT_EQ(66U * 50U, stream_info(ring, zv_stream_payload_at_creation));
     EXPECT_EQ(66U * 50U * 2, stream_info(ring, zv_stream_payload_now));
-    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, ring, 2));
-    ASSERT_TRUE(frames.wait_for(2));
+    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, ring, ring_frames));
+    ASSERT_TRUE(frames.wait_for(ring_frames));
     ASSERT_EQ(success, stop());
-    for (const uint32_t frame : {0U, 1U}) {
+    for (uint32_t frame = 0; frame < ring_frames; ++frame) {
         const auto* const pixels = static_cast<const unsigned char*>(ZVGR_StreamGetPtr(ring, frame));
         EXPECT_EQ(std::vector<unsigned char>(66 * 50 * 2, 0xFF),
                   std::vector<unsigned char>(pixels, pixels + 66 * 50 * 2));
@@ -179,9 +158,9 @@ TEST_F(ConfiguredCamera, ItsOwnCommandsNeitherStartNorStopAnything)
     set("AcquisitionStart", 1);
     EXPECT_EQ(0U, number("ParametersAreLocked"));
     queued();
-    receiver.on_buffer = [this](uint64_t buffer) {
+    receiver.on_call = [this](uint64_t buffer) {
         set("AcquisitionStop", 1);
-        ZVGR_BufferToQueue(buffer, zv_queue_input);
+        requeue(buffer);
     };
     ASSERT_EQ(success, start());
     ASSERT_TRUE(receiver.wait_for(5));
@@ -235,7 +214,7 @@ TEST_F(ConfiguredCamera, RegistersAreReadAndWrittenFromManyThreadsWhileFramesCom
         return bytes;
     };
     ASSERT_EQ(success, write_camera(camera, pair.address, pair_of(1000)).status);
-    receiver.on_buffer = [](uint64_t buffer) { ZVGR_BufferToQueue(buffer, zv_queue_input); };
+    receiver.on_call = requeue;
     queued();
     queued();
     ASSERT_EQ(success, start());

@@ -7,38 +7,28 @@ namespace {
 
 using namespace zvsim_test;
 
-constexpr uint32_t success = zv_success;
-
-ZvDeviceInfo device_info(uint32_t index)
+/// The grabbers that are there when no file says otherwise.
+TEST(BuiltInGrabbers, AreTwoAndTheDemoGrabberLast)
 {
-    ZvDeviceInfo info{};
-    info.version = 3;
-    EXPECT_EQ(success, ZV_DeviceInfo(index, &info));
-    return info;
-}
-
-ZvCameraInfo camera_info(uint32_t camera)
-{
-    ZvCameraInfo info{};
-    EXPECT_EQ(success, ZVGR_CameraInfo2(camera, &info));
-    return info;
-}
-
-TEST_F(Scanned, OffersTwoGrabbersAndTheDemoGrabberLast)
-{
-    ASSERT_EQ(3U, grabber_count());
-    EXPECT_EQ(uint32_t{zv_protocol_cxp}, device_info(coaxpress).protocol);
-    EXPECT_EQ(uint32_t{zv_protocol_clhs}, device_info(camera_link_hs).protocol);
-    EXPECT_EQ(uint32_t{zv_protocol_cxp}, device_info(demo).protocol);
-    EXPECT_STREQ("ZEVA Demo Grabber", ZV_DeviceDisplayName(demo));
-}
-
-TEST_F(Scanned, GrabberNamesDiffer)
-{
-    std::set<std::string> names;
-    for (uint32_t index = 0; index < grabber_count(); ++index)
-        names.insert(ZV_DeviceDisplayName(index));
-    EXPECT_EQ(grabber_count(), names.size());
+    ASSERT_EQ(3U, scan());
+    EXPECT_EQ(uint32_t{zv_protocol_cxp}, protocol_of(0));
+    EXPECT_EQ(uint32_t{zv_protocol_clhs}, protocol_of(1));
+    EXPECT_EQ(uint32_t{zv_protocol_cxp}, protocol_of(2));
+    EXPECT_STREQ("ZEVA Demo Grabber", ZV_DeviceDisplayName(2));
+    EXPECT_EQ(
+        3U, std::set<std::string>({ZV_DeviceDisplayName(0), ZV_DeviceDisplayName(1), ZV_DeviceDisplayName(2)})
+                .size());
+    const uint32_t grabber = ZVGR_Open(0);
+    const std::vector<uint32_t> cameras = cameras_of(grabber);
+    ASSERT_EQ(2U, cameras.size());
+    for (const uint32_t camera : cameras) {
+        const ZvCameraInfo info = camera_info(camera);
+        EXPECT_STREQ("ZEVA Electronics", info.vendor_name);
+        EXPECT_STREQ("1.0.0", info.device_version);
+        EXPECT_EQ(0, std::strncmp("SoftCam", info.model_name, 7));
+    }
+    EXPECT_STRNE(camera_info(cameras[0]).serial_number, camera_info(cameras[1]).serial_number);
+    EXPECT_EQ(success, ZVGR_Close(grabber));
 }
 
 TEST_F(Scanned, DisplayNameStaysTheSameTextOverScans)
@@ -46,27 +36,29 @@ TEST_F(Scanned, DisplayNameStaysTheSameTextOverScans)
     const char* const name = ZV_DeviceDisplayName(coaxpress);
     const std::string before = name;
     const Variable other_configuration{"ZV_GRABBER_RATE", "10"};
-    uint32_t count = 0;
-    ASSERT_EQ(success, ZV_DeviceScan(&count));
+    scan();
     EXPECT_EQ(before, name);
     EXPECT_EQ(name, ZV_DeviceDisplayName(coaxpress));
 }
 
-TEST_F(Scanned, AnIndexBeyondTheScanIsNoGrabber)
+TEST_F(Scanned, AnIndexBeyondTheScanIsNotAGrabber)
 {
     ZvDeviceInfo info{};
     info.version = 3;
-    EXPECT_NE(success, ZV_DeviceInfo(grabber_count(), &info));
-    EXPECT_EQ(nullptr, ZV_DeviceDisplayName(grabber_count()));
-    EXPECT_EQ(ZV_NO_HANDLE, ZVGR_Open(grabber_count()));
+    EXPECT_NE(success, ZV_DeviceInfo(3, &info));
+    EXPECT_EQ(nullptr, ZV_DeviceDisplayName(3));
+    EXPECT_EQ(ZV_NO_HANDLE, ZVGR_Open(3));
     EXPECT_EQ(ZV_NO_HANDLE, ZVGR_Open(ZV_NO_HANDLE));
 }
 
-TEST_F(Scanned, RecordsOfAnotherVersionAreRefused)
+TEST_F(OpenGrabber, RecordsOfAnotherVersionAreRefused)
 {
-    ZvDeviceInfo info{};
-    info.version = 2;
-    EXPECT_NE(success, ZV_DeviceInfo(coaxpress, &info));
+    ZvDeviceInfo grabber_record{};
+    grabber_record.version = 2;
+    EXPECT_NE(success, ZV_DeviceInfo(coaxpress, &grabber_record));
+    ZvCameraInfo camera_record{};
+    camera_record.version = 1;
+    EXPECT_NE(success, ZVGR_CameraInfo2(cameras.front(), &camera_record));
 }
 
 TEST_F(Scanned, NothingButTheProtocolIsWritten)
@@ -74,40 +66,15 @@ TEST_F(Scanned, NothingButTheProtocolIsWritten)
     ZvDeviceInfo info;
     std::memset(&info, 0x5A, sizeof info);
     info.version = 3;
+    ZvDeviceInfo expected = info;
     ASSERT_EQ(success, ZV_DeviceInfo(camera_link_hs, &info));
-    ZvDeviceInfo expected;
-    std::memset(&expected, 0x5A, sizeof expected);
-    expected.version = 3;
     expected.protocol = zv_protocol_clhs;
     EXPECT_EQ(0, std::memcmp(&expected, &info, sizeof info));
 }
 
-TEST_F(OpenGrabber, HasTwoCamerasOnTheCoaxpressGrabber) { EXPECT_EQ(2U, cameras.size()); }
-
-TEST_F(OpenGrabber, CamerasSayWhoTheyAre)
+TEST_F(OpenGrabber, CannotBeOpenedTwiceButOthersCanBeOpenToo)
 {
-    std::set<std::string> serial_numbers;
-    for (const uint32_t camera : cameras) {
-        const ZvCameraInfo info = camera_info(camera);
-        EXPECT_STREQ("ZEVA Electronics", info.vendor_name);
-        EXPECT_STREQ("1.0.0", info.device_version);
-        EXPECT_EQ(0, std::strncmp("SoftCam", info.model_name, 7));
-        serial_numbers.insert(info.serial_number);
-    }
-    EXPECT_EQ(cameras.size(), serial_numbers.size());
-}
-
-TEST_F(OpenGrabber, CameraRecordsOfAnotherVersionAreRefused)
-{
-    ZvCameraInfo info{};
-    info.version = 1;
-    EXPECT_NE(success, ZVGR_CameraInfo2(cameras.front(), &info));
-}
-
-TEST_F(OpenGrabber, CannotBeOpenedTwice) { EXPECT_EQ(ZV_NO_HANDLE, ZVGR_Open(coaxpress)); }
-
-TEST_F(OpenGrabber, OtherGrabbersCanBeOpenToo)
-{
+    EXPECT_EQ(ZV_NO_HANDLE, ZVGR_Open(coaxpress));
     const uint32_t other = ZVGR_Open(camera_link_hs);
     ASSERT_NE(ZV_NO_HANDLE, other);
     EXPECT_NE(grabber, other);
@@ -116,13 +83,8 @@ TEST_F(OpenGrabber, OtherGrabbersCanBeOpenToo)
 
 TEST_F(OpenGrabber, CameraHandlesStayTheSameOverScans)
 {
-    for (int scan = 0; scan < 3; ++scan) {
-        std::vector<uint32_t> again(zv_max_cameras);
-        uint32_t count = zv_max_cameras;
-        ASSERT_EQ(success, ZVGR_UpdateCameraList(grabber, again.data(), &count));
-        again.resize(count);
-        EXPECT_EQ(cameras, again);
-    }
+    for (int scan = 0; scan < 3; ++scan)
+        EXPECT_EQ(cameras, cameras_of(grabber));
 }
 
 TEST_F(OpenGrabber, CameraListStaysWithinItsRoom)
@@ -139,75 +101,28 @@ TEST_F(OpenGrabber, CameraListStaysWithinItsRoom)
 
 TEST_F(OpenGrabber, HandlesOfAllKindsDifferAndAreNeverZero)
 {
-    std::set<uint32_t> handles{0, ZV_NO_HANDLE, grabber};
-    handles.insert(cameras.begin(), cameras.end());
-    size_t expected = 3 + cameras.size();
+    std::set<uint32_t> handles{0, ZV_NO_HANDLE, grabber, cameras[0], cameras[1]};
     for (const uint32_t camera : cameras) {
         ASSERT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
-        uint32_t queued = 0;
-        uint32_t cyclic = 0;
-        ASSERT_EQ(success, ZVGR_StreamCreate(camera, &queued, 0));
-        ASSERT_EQ(success, ZVGR_StreamCreateAndAlloc(camera, &cyclic, 2, 0));
-        handles.insert({queued, cyclic});
-        expected += 2;
+        handles.insert({create_stream(camera, Mode::queued), create_stream(camera, Mode::cyclic)});
     }
-    EXPECT_EQ(expected, handles.size());
-}
-
-TEST_F(OpenGrabber, ClosingKillsEveryHandleBelow)
-{
-    const uint32_t camera = cameras.front();
-    uint32_t stream = 0;
-    uint64_t buffer = 0;
-    ASSERT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
-    ASSERT_EQ(success, ZVGR_StreamCreate(camera, &stream, 0));
-    ASSERT_EQ(success, ZVGR_BufferAllocAndAnnounce(stream, 100, nullptr, &buffer));
-    ASSERT_EQ(success, ZVGR_Close(grabber));
-
-    uint64_t value = 0;
-    ZvCameraInfo info{};
-    EXPECT_NE(success, ZVGR_Close(grabber));
-    EXPECT_NE(success, ZVGR_CameraInfo2(camera, &info));
-    EXPECT_NE(success, ZVGR_CameraOpen2(camera, nullptr));
-    EXPECT_NE(success, ZVGR_CameraClose(camera));
-    EXPECT_NE(success, ZVGR_CameraStopAcquire_GenTL(camera));
-    EXPECT_NE(success, ZVGR_StreamGetInfo(stream, zv_stream_payload_now, &value));
-    EXPECT_NE(success, ZVGR_StreamDelete(stream));
-    EXPECT_NE(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
-    EXPECT_NE(success, ZVGR_BufferGetInfo(buffer, zv_buffer_address, &value));
-    EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueInt(camera, "Width"));
+    EXPECT_EQ(9U, handles.size());
 }
 
 TEST_F(Scanned, HandlesAreNotGivenOutAgain)
 {
     std::set<uint64_t> handles;
     for (int round = 0; round < 50; ++round) {
-        const uint32_t grabber = ZVGR_Open(demo);
-        uint32_t camera = 0;
-        uint32_t count = 1;
-        uint32_t stream = 0;
-        uint64_t buffer = 0;
-        uint64_t next_buffer = 0;
-        ASSERT_EQ(success, ZVGR_UpdateCameraList(grabber, &camera, &count));
+        const uint32_t grabber = ZVGR_Open(camera_link_hs);
+        const uint32_t camera = cameras_of(grabber).at(0);
         ASSERT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
-        ASSERT_EQ(success, ZVGR_StreamCreate(camera, &stream, 0));
-        ASSERT_EQ(success, ZVGR_BufferAllocAndAnnounce(stream, 100, nullptr, &buffer));
+        const uint32_t stream = create_stream(camera);
+        const uint64_t buffer = announce(stream);
         ASSERT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
-        ASSERT_EQ(success, ZVGR_BufferAllocAndAnnounce(stream, 100, nullptr, &next_buffer));
-        for (const uint64_t handle :
-             {uint64_t{grabber}, uint64_t{camera}, uint64_t{stream}, buffer, next_buffer})
+        for (const uint64_t handle : std::vector<uint64_t>{grabber, camera, stream, buffer, announce(stream)})
             EXPECT_TRUE(handles.insert(handle).second) << handle << " came back";
         ASSERT_EQ(success, ZVGR_Close(grabber));
     }
-}
-
-TEST_F(OpenGrabber, AReopenedGrabberHasNewHandles)
-{
-    ASSERT_EQ(success, ZVGR_Close(grabber));
-    const uint32_t again = ZVGR_Open(coaxpress);
-    EXPECT_NE(ZV_NO_HANDLE, again);
-    EXPECT_NE(grabber, again);
-    grabber = again;
 }
 
 TEST_F(OpenCamera, CanBeOpenedAgainAndIsClosedByOneClose)
@@ -224,13 +139,12 @@ TEST_F(OpenCamera, TakesNoForeignDescription)
 
 TEST_F(OpenCamera, StreamsOutliveTheCloseOfTheirCamera)
 {
-    uint32_t stream = 0;
-    ASSERT_EQ(success, ZVGR_StreamCreate(camera, &stream, 0));
+    const uint32_t stream = create_stream(camera);
     ASSERT_EQ(success, ZVGR_CameraClose(camera));
-    EXPECT_EQ(uint64_t{64} * 48, stream_info(stream, zv_stream_payload_now));
-    EXPECT_NE(success, start(stream)) << "the camera is closed";
+    EXPECT_EQ(frame_size, stream_info(stream, zv_stream_payload_now));
+    EXPECT_NE(success, start_stream(stream)) << "the camera is closed";
     ASSERT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
-    EXPECT_EQ(success, start(stream));
+    EXPECT_EQ(success, start_stream(stream));
     EXPECT_EQ(success, ZVGR_StreamDelete(stream));
     EXPECT_NE(success, ZVGR_StreamDelete(stream));
 }
@@ -241,6 +155,19 @@ TEST_F(OpenGrabber, AClosedCameraHasNoStreams)
     EXPECT_NE(success, ZVGR_StreamCreate(cameras.front(), &stream, 0));
     EXPECT_NE(success, ZVGR_StreamCreateAndAlloc(cameras.front(), &stream, 4, 0));
     EXPECT_EQ(77U, stream);
+}
+
+TEST_F(OpenCamera, KeepsItsConfigurationUntilNothingIsOpen)
+{
+    const Variable other_size{"ZV_GRABBER_SIZE", "10x20"};
+    scan();
+    EXPECT_EQ(frame_size, stream_info(create_stream(camera), zv_stream_payload_now));
+    ASSERT_EQ(success, ZVGR_Close(grabber));
+    scan();
+    grabber = ZVGR_Open(coaxpress);
+    const uint32_t camera_again = cameras_of(grabber).at(0);
+    EXPECT_EQ(10, ZVGR_GetCameraValueInt(camera_again, "Width"));
+    EXPECT_EQ(20, ZVGR_GetCameraValueInt(camera_again, "Height"));
 }
 
 } // namespace

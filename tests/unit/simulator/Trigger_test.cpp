@@ -1,12 +1,8 @@
-#include <thread>
-
 #include "unit/simulator/configured_camera.h"
 
 namespace {
 
 using namespace zvsim_test;
-
-constexpr uint32_t success = zv_success;
 
 constexpr int software = 0;
 constexpr int line0 = 1;
@@ -19,7 +15,7 @@ protected:
     TriggeredCamera()
     {
         set("TriggerMode", 1);
-        receiver.on_buffer = [this](uint64_t buffer) {
+        receiver.on_call = [this](uint64_t buffer) {
             ids.push_back(buffer_info(buffer, zv_buffer_frame_id));
             timestamps.push_back(buffer_info(buffer, zv_buffer_timestamp));
         };
@@ -29,6 +25,15 @@ protected:
     ~TriggeredCamera() override { ZVGR_StreamDelete(stream); } // before what it calls back into goes
 
     void trigger() const { set("TriggerSoftware", 1); }
+    /// Waits until there have been so many frames, stops, and expects their ids to be those from 0 on.
+    void stop_after(uint64_t frames)
+    {
+        ASSERT_TRUE(receiver.wait_for(frames));
+        ASSERT_EQ(success, stop());
+        ASSERT_EQ(frames, ids.size());
+        for (uint64_t id = 0; id < frames; ++id)
+            EXPECT_EQ(id, ids[id]);
+    }
 
     std::vector<uint64_t> ids;
     std::vector<uint64_t> timestamps;
@@ -36,14 +41,13 @@ protected:
 
 TEST_F(TriggeredCamera, EachTriggerBringsAFrame)
 {
-    ASSERT_EQ(success, start());
     uint64_t before = ticks_now();
+    ASSERT_EQ(success, start());
     for (uint64_t frame = 1; frame <= 4; ++frame) {
         trigger();
         ASSERT_TRUE(receiver.wait_for(frame));
     }
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ((std::vector<uint64_t>{0, 1, 2, 3}), ids);
+    stop_after(4);
     for (const uint64_t timestamp : timestamps) {
         EXPECT_LE(before, timestamp);
         before = timestamp;
@@ -55,9 +59,7 @@ TEST_F(TriggeredCamera, TriggersThatFollowEachOtherFastBringAFrameEach)
     ASSERT_EQ(success, start());
     for (int frame = 0; frame < 5; ++frame)
         trigger();
-    ASSERT_TRUE(receiver.wait_for(5));
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ((std::vector<uint64_t>{0, 1, 2, 3, 4}), ids);
+    stop_after(5);
 }
 
 TEST_F(TriggeredCamera, ASetRateDoesNotDelayTriggers)
@@ -67,9 +69,7 @@ TEST_F(TriggeredCamera, ASetRateDoesNotDelayTriggers)
     ASSERT_EQ(success, start());
     trigger();
     trigger();
-    ASSERT_TRUE(receiver.wait_for(2));
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ((std::vector<uint64_t>{0, 1}), ids);
+    stop_after(2);
 }
 
 TEST_F(TriggeredCamera, TriggersOutsideAnAcquisitionAreForgotten)
@@ -80,9 +80,7 @@ TEST_F(TriggeredCamera, TriggersOutsideAnAcquisitionAreForgotten)
     trigger();
     ASSERT_EQ(success, start());
     trigger();
-    ASSERT_TRUE(receiver.wait_for(1));
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ((std::vector<uint64_t>{0}), ids);
+    stop_after(1);
 }
 
 TEST_F(TriggeredCamera, LinesNeverTrigger)
@@ -92,9 +90,7 @@ TEST_F(TriggeredCamera, LinesNeverTrigger)
     trigger(); // accepted, but the source is another one
     set("TriggerSource", software);
     trigger();
-    ASSERT_TRUE(receiver.wait_for(1));
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ((std::vector<uint64_t>{0}), ids);
+    stop_after(1);
 }
 
 TEST_F(TriggeredCamera, WithoutTheModeFramesComeByThemselves)
@@ -103,9 +99,7 @@ TEST_F(TriggeredCamera, WithoutTheModeFramesComeByThemselves)
     trigger();
     ASSERT_TRUE(receiver.wait_for(1));
     set("TriggerMode", 0);
-    ASSERT_TRUE(receiver.wait_for(8));
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ((std::vector<uint64_t>{0, 1, 2, 3, 4, 5, 6, 7}), ids);
+    stop_after(8);
 }
 
 TEST_F(ConfiguredCamera, ATriggeredFrameWithoutABufferIsLost)
@@ -113,8 +107,7 @@ TEST_F(ConfiguredCamera, ATriggeredFrameWithoutABufferIsLost)
     set("TriggerMode", 1);
     ASSERT_EQ(success, start());
     set("TriggerSoftware", 1);
-    while (grabber_number("CameraFramesLost") == 0)
-        std::this_thread::yield();
+    ASSERT_TRUE(becomes_true([this] { return grabber_number("CameraFramesLost") != 0; }));
     const uint64_t buffer = queued();
     set("TriggerSoftware", 1);
     ASSERT_TRUE(receiver.wait_for(1));
@@ -140,9 +133,7 @@ protected:
         ASSERT_EQ(success, start());
         ASSERT_TRUE(receiver.wait_for(total += frames));
         other_camera_delivers();
-        EXPECT_EQ(static_cast<int64_t>(zv_channel_grabbing),
-                  ZVGR_GetGrabberValueEnum(camera, "CameraChannelState"))
-            << "the stream goes on";
+        EXPECT_TRUE(is_grabbing(camera)) << "the stream goes on";
         ASSERT_EQ(success, stop());
         EXPECT_EQ(total, receiver.frames());
         EXPECT_EQ(0U, receiver.ends());
@@ -152,11 +143,8 @@ private:
     void other_camera_delivers()
     {
         Receiver other_receiver;
-        uint32_t other = 0;
         ASSERT_EQ(success, ZVGR_CameraOpen2(cameras[1], nullptr));
-        ASSERT_EQ(success, ZVGR_StreamCreateAndAlloc(cameras[1], &other, 2, 0));
-        ASSERT_EQ(success,
-                  ZVGR_CameraCallbackRegister(cameras[1], &Receiver::frame_callback, &other_receiver));
+        const uint32_t other = create_stream(cameras[1], Mode::cyclic, &other_receiver);
         ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(cameras[1], other, 0));
         EXPECT_TRUE(other_receiver.wait_for(5));
         ASSERT_EQ(success, ZVGR_StreamDelete(other));
@@ -184,9 +172,7 @@ TEST_F(CountedAcquisition, AStartThatAsksForFewerFramesEndsByItself)
 {
     set("AcquisitionMode", multi_frame);
     set("AcquisitionFrameCount", 5);
-    ASSERT_EQ(success, start(2));
-    ASSERT_TRUE(receiver.wait_for(3)); // two frames and the end
-    ASSERT_EQ(success, stop());
+    acquire(3, 2); // two frames and the end
     EXPECT_EQ(2U, receiver.frames());
     EXPECT_EQ(1U, receiver.ends());
 }
@@ -196,13 +182,10 @@ TEST_F(CountedAcquisition, FramesThatAreLostCount)
     set("AcquisitionMode", multi_frame);
     set("AcquisitionFrameCount", 2);
     set("TriggerMode", 1);
-    uint32_t empty = 0;
-    ASSERT_EQ(success, ZVGR_StreamCreate(camera, &empty, 0));
-    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, empty, 0));
+    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(camera, create_stream(camera), 0)); // it has no buffers
     for (int frame = 0; frame < 3; ++frame)
         set("TriggerSoftware", 1);
-    while (grabber_number("CameraFramesLost") < 2)
-        std::this_thread::yield();
+    ASSERT_TRUE(becomes_true([this] { return grabber_number("CameraFramesLost") == 2; }));
     ASSERT_EQ(success, stop());
     EXPECT_EQ(2U, grabber_number("CameraFramesLost"));
 }

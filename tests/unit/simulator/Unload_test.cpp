@@ -16,26 +16,12 @@ namespace {
 
 using namespace zvsim_test;
 
-constexpr uint32_t success = zv_success;
-
 size_t entries_of(const char* folder)
 {
     size_t entries = 0;
     for (const auto& entry : std::filesystem::directory_iterator{folder})
         entries += entry.path().empty() ? 0 : 1;
     return entries;
-}
-
-template <class Condition>
-bool becomes_true(const Condition& condition)
-{
-    const auto give_up = std::chrono::steady_clock::now() + patience;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > give_up)
-            return false;
-        std::this_thread::yield();
-    }
-    return true;
 }
 
 /// The threads of this process while it runs none but the main one and those of a sanitizer, which begin with
@@ -67,31 +53,29 @@ public:
         EXPECT_EQ(success, library.camera_open(camera, nullptr));
     }
 
-    /// A queued-mode stream that delivers frames until it is stopped.
-    void start_queued()
+    /// A stream that delivers frames until it is stopped.
+    void start(Mode mode)
     {
-        receiver.on_buffer = [this](uint64_t buffer) { library.buffer_to_queue(buffer, zv_queue_input); };
-        EXPECT_EQ(success, library.stream_create(camera, &stream, 0));
-        EXPECT_EQ(success,
-                  library.stream_buffer_callback_register(stream, &Receiver::buffer_callback, &receiver));
-        for (int buffers = 0; buffers < 3; ++buffers) {
+        if (mode == Mode::queued) {
+            receiver.on_call = [this](uint64_t buffer) { library.buffer_to_queue(buffer, zv_queue_input); };
+            EXPECT_EQ(success, library.stream_create(camera, &stream, 0));
+            EXPECT_EQ(success,
+                      library.stream_buffer_callback_register(stream, &Receiver::buffer_callback, &receiver));
             uint64_t buffer = 0;
-            EXPECT_EQ(success, library.buffer_alloc_and_announce(stream, 64 * 48, nullptr, &buffer));
+            EXPECT_EQ(success, library.buffer_alloc_and_announce(stream, frame_size, nullptr, &buffer));
             EXPECT_EQ(success, library.buffer_to_queue(buffer, zv_queue_input));
+        } else {
+            EXPECT_EQ(success, library.stream_create_and_alloc(camera, &stream, ring_frames, 0));
+            EXPECT_EQ(success,
+                      library.camera_callback_register(camera, &Receiver::frame_callback, &receiver));
         }
         EXPECT_EQ(success, library.start(camera, stream, 0));
     }
 
-    void start_cyclic()
-    {
-        EXPECT_EQ(success, library.stream_create_and_alloc(camera, &stream, 4, 0));
-        EXPECT_EQ(success, library.camera_callback_register(camera, &Receiver::frame_callback, &receiver));
-        EXPECT_EQ(success, library.start(camera, stream, 0));
-    }
-
 private:
-    Variable m_rate{"ZV_GRABBER_RATE", "0"};
-    Variable m_size{"ZV_GRABBER_SIZE", "64x48"};
+    ConfigurationFile m_file{"demo_grabber: false\n"
+                             "grabbers: [{cameras: [{sensor_width: 64, sensor_height: 48,"
+                             " rate: free-running, start_up: 0 ms}]}]\n"};
 
 public:
     LoadedLibrary library;
@@ -108,7 +92,7 @@ TEST(Unload, LeavesNothingAfterEverythingWasClosed)
     for (int round = 0; round < 20; ++round) {
         {
             Loaded loaded;
-            loaded.start_queued();
+            loaded.start(Mode::queued);
             EXPECT_TRUE(loaded.receiver.wait_for(5));
             EXPECT_EQ(success, loaded.library.stop(loaded.camera));
             EXPECT_EQ(success, loaded.library.stream_delete(loaded.stream));
@@ -142,21 +126,20 @@ TEST(Unload, WithEverythingOpenLeavesNothing)
     EXPECT_TRUE(threads_become(before));
 }
 
-TEST(Unload, WhileFramesRunEndsThemFirst)
+class UnloadOfStream : public testing::TestWithParam<Mode> {};
+
+INSTANTIATE_TEST_SUITE_P(Unload, UnloadOfStream, testing::Values(Mode::queued, Mode::cyclic), name_of_mode);
+
+TEST_P(UnloadOfStream, EndsItFirst)
 {
     const size_t before = resting_threads();
-    for (const bool is_queued : {true, false}) {
-        Loaded loaded;
-        if (is_queued)
-            loaded.start_queued();
-        else
-            loaded.start_cyclic();
-        EXPECT_TRUE(loaded.receiver.wait_for(5));
-        loaded.library.unload();
-        loaded.receiver.expect_silence();
-        EXPECT_FALSE(LoadedLibrary::is_mapped());
-        EXPECT_TRUE(threads_become(before));
-    }
+    Loaded loaded;
+    loaded.start(GetParam());
+    EXPECT_TRUE(loaded.receiver.wait_for(5));
+    loaded.library.unload();
+    loaded.receiver.expect_silence();
+    EXPECT_FALSE(LoadedLibrary::is_mapped());
+    EXPECT_TRUE(threads_become(before));
 }
 
 TEST(Unload, WaitsForACallbackThatDeletedItsStream)
@@ -165,10 +148,10 @@ TEST(Unload, WaitsForACallbackThatDeletedItsStream)
     Loaded loaded;
     Gate deleted;
     bool has_returned = false;
-    loaded.start_cyclic();
+    loaded.start(Mode::cyclic);
     loaded.library.stop(loaded.camera);
-    loaded.receiver.on_frame = [&](uint32_t stream) {
-        EXPECT_EQ(success, loaded.library.stream_delete(stream));
+    loaded.receiver.on_call = [&](uint64_t /*stream*/) {
+        EXPECT_EQ(success, loaded.library.stream_delete(loaded.stream));
         EXPECT_EQ(success, loaded.library.close(loaded.grabber));
         deleted.open();
         for (int turn = 0; turn < 1000; ++turn) // still inside while the library is being unloaded
@@ -202,16 +185,13 @@ void check_at_exit()
         std::_Exit(is_quiet ? 2 : 3);
 }
 
-[[noreturn]] void exit_while_frames_run(bool is_queued)
+[[noreturn]] void exit_while_frames_run(Mode mode)
 {
     threads_before = resting_threads();
     static Loaded loaded; // destroyed at the end of the process, after the library has ended its streams
     at_exit = &loaded;
     std::atexit(check_at_exit);
-    if (is_queued)
-        loaded.start_queued();
-    else
-        loaded.start_cyclic();
+    loaded.start(mode);
     if (!loaded.receiver.wait_for(5))
         std::_Exit(4);
     std::exit(0);
@@ -222,21 +202,20 @@ protected:
     Exit() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
 };
 
-TEST_F(Exit, WhileAQueuedStreamRunsEndsItFirst)
-{
-    EXPECT_EXIT(exit_while_frames_run(true), testing::ExitedWithCode(0), "");
-}
+class ExitWithStream : public Exit, public testing::WithParamInterface<Mode> {};
 
-TEST_F(Exit, WhileACyclicStreamRunsEndsItFirst)
+INSTANTIATE_TEST_SUITE_P(Exit, ExitWithStream, testing::Values(Mode::queued, Mode::cyclic), name_of_mode);
+
+TEST_P(ExitWithStream, EndsItFirst)
 {
-    EXPECT_EXIT(exit_while_frames_run(false), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(exit_while_frames_run(GetParam()), testing::ExitedWithCode(0), "");
 }
 
 [[noreturn]] void exit_inside_a_callback()
 {
     static Loaded* const loaded = new Loaded; // not unloaded: its thread is the one that exits
-    loaded->receiver.on_frame = [](uint32_t /*stream*/) { std::exit(0); };
-    loaded->start_cyclic();
+    loaded->receiver.on_call = [](uint64_t /*stream*/) { std::exit(0); };
+    loaded->start(Mode::cyclic);
     for (;;)
         std::this_thread::yield();
 }
@@ -250,18 +229,18 @@ TEST_F(Exit, InsideACallbackDoesNotWaitForIt)
 {
     static Loaded* const loaded = new Loaded; // the callback needs it to the very end
     static Gate entered;
-    loaded->receiver.on_frame = [](uint32_t /*stream*/) {
+    loaded->receiver.on_call = [](uint64_t /*stream*/) {
         entered.open();
         for (;;)
             std::this_thread::yield();
     };
-    loaded->start_cyclic();
+    loaded->start(Mode::cyclic);
     if (!entered.wait())
         std::_Exit(4);
     std::exit(0);
 }
 
-TEST_F(Exit, DoesNotWaitForEverForACallbackThatHangs)
+TEST_F(Exit, DoesNotWaitForeverForACallbackThatHangs)
 {
     EXPECT_EXIT(exit_while_a_callback_hangs(), testing::ExitedWithCode(0), "");
 }

@@ -1,6 +1,3 @@
-#include <chrono>
-#include <thread>
-
 #include <gtest/gtest.h>
 
 #include <windows.h> // before the headers that need it
@@ -17,8 +14,6 @@ namespace {
 
 using namespace zvsim_test;
 
-constexpr uint32_t success = zv_success;
-
 size_t thread_count()
 {
     HANDLE const snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
@@ -34,13 +29,7 @@ size_t thread_count()
 /// A joined thread stays in the system's list for a moment.
 bool threads_become(size_t number)
 {
-    const auto give_up = std::chrono::steady_clock::now() + patience;
-    while (thread_count() != number) {
-        if (std::chrono::steady_clock::now() > give_up)
-            return false;
-        std::this_thread::yield();
-    }
-    return true;
+    return becomes_true([number] { return thread_count() == number; });
 }
 
 /// A loaded library with one camera that delivers frames into a ring.

@@ -1,13 +1,10 @@
 #include "unit/simulator/configured_camera.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace zvsim_test {
 
 namespace {
-
-constexpr uint32_t success = zv_success;
 
 constexpr const char* configuration = R"(
 grabbers:
@@ -122,33 +119,21 @@ const std::vector<RegisterPlace>& grabber_registers()
 const RegisterPlace& camera_register(const std::string& name) { return find(camera_registers(), name); }
 const RegisterPlace& grabber_register(const std::string& name) { return find(grabber_registers(), name); }
 
-ConfiguredCamera::ConfiguredCamera() : file{configuration} { open(); }
-
-ConfiguredCamera::~ConfiguredCamera() { close(); }
+ConfiguredCamera::ConfiguredCamera() : QueuedStream{{0, "0", configuration}} {}
 
 void ConfiguredCamera::open()
 {
-    uint32_t count = 0;
-    EXPECT_EQ(success, ZV_DeviceScan(&count));
-    EXPECT_LE(1U, count);
+    scan();
     grabber = ZVGR_Open(0);
-    EXPECT_NE(ZV_NO_HANDLE, grabber);
-    cameras.resize(zv_max_cameras);
-    count = zv_max_cameras;
-    EXPECT_EQ(success, ZVGR_UpdateCameraList(grabber, cameras.data(), &count));
-    cameras.resize(count);
-    EXPECT_EQ(2U, count);
-    camera = cameras.empty() ? ZV_NO_HANDLE : cameras[0];
+    cameras = cameras_of(grabber);
+    camera = cameras.at(0);
     EXPECT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
-    EXPECT_EQ(success, ZVGR_StreamCreate(camera, &stream, 0));
-    EXPECT_EQ(success, ZVGR_StreamBufferCallbackRegister(stream, &Receiver::buffer_callback, &receiver));
+    stream = create_stream(camera, Mode::queued, &receiver);
 }
-
-void ConfiguredCamera::close() { EXPECT_EQ(success, ZVGR_Close(grabber)); }
 
 void ConfiguredCamera::reopen()
 {
-    close();
+    EXPECT_EQ(success, ZVGR_Close(grabber));
     open();
 }
 
@@ -163,29 +148,12 @@ std::vector<Bytes> ConfiguredCamera::everything() const
     return all;
 }
 
-uint64_t ConfiguredCamera::queued(uint64_t size) const
-{
-    uint64_t buffer = 0;
-    const uint64_t needed = size != 0 ? size : stream_info(stream, zv_stream_payload_now);
-    EXPECT_EQ(success, ZVGR_BufferAllocAndAnnounce(stream, needed, nullptr, &buffer));
-    EXPECT_EQ(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
-    return buffer;
-}
-
 std::vector<unsigned char> ConfiguredCamera::frame()
 {
+    const uint64_t buffer = queued();
     const uint64_t size = stream_info(stream, zv_stream_payload_now);
-    const uint64_t buffer = queued(size);
-    Gate over;
-    receiver.on_buffer = [&over](uint64_t reported) {
-        if (reported == 0)
-            over.open();
-    };
-    EXPECT_EQ(success, start(1));
-    EXPECT_TRUE(over.wait());
-    EXPECT_EQ(success, stop());
-    receiver.on_buffer = nullptr;
-    std::vector<unsigned char> pixels(memory(buffer), memory(buffer) + size);
+    acquire(receiver.reported.size() + 2, 1); // the frame and the end
+    std::vector<unsigned char> pixels(memory_of(buffer), memory_of(buffer) + size);
     EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
     return pixels;
 }

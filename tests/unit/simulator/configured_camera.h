@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdio>
-#include <fstream>
 #include <string>
 
 #include "unit/simulator/fixtures.h"
@@ -11,7 +9,7 @@
 
 namespace zvsim_test {
 
-/// A register as camera-features.md lists it.
+/// Where a register is.
 struct RegisterPlace {
     const char* name;
     uint32_t address;
@@ -25,33 +23,12 @@ const std::vector<RegisterPlace>& grabber_registers();
 const RegisterPlace& camera_register(const std::string& name);
 const RegisterPlace& grabber_register(const std::string& name);
 
-/// A configuration file for the length of a test.
-class ConfigurationFile {
-public:
-    explicit ConfigurationFile(const std::string& text)
-        : m_path{testing::TempDir() + "zv_" +
-                 testing::UnitTest::GetInstance()->current_test_info()->test_suite_name() + "_" +
-                 testing::UnitTest::GetInstance()->current_test_info()->name() + ".yaml"},
-          m_variable{"ZV_GRABBER_CONFIG", m_path}
-    {
-        std::ofstream{m_path} << text;
-    }
-    ConfigurationFile(const ConfigurationFile&) = delete;
-    ConfigurationFile& operator=(const ConfigurationFile&) = delete;
-    ~ConfigurationFile() { std::remove(m_path.c_str()); }
-
-private:
-    std::string m_path;
-    Variable m_variable;
-};
-
 /// One grabber with two cameras of a sensor of 66 x 50 pixels, free-running and without a start-up delay,
 /// whose pictures have no stamp. The first one has five pixel formats, the second one CoaXPress codes. The
 /// first one is open, and has a queued-mode stream that nothing is queued to.
-class ConfiguredCamera : public testing::Test {
+class ConfiguredCamera : public QueuedStream {
 protected:
     ConfiguredCamera();
-    ~ConfiguredCamera() override;
 
     Transfer write(const std::string& name, uint64_t value) const
     {
@@ -68,11 +45,11 @@ protected:
     }
     void set(const std::string& name, int value) const
     {
-        EXPECT_EQ(uint32_t{zv_success}, write(name, value).status) << name << " = " << value;
+        EXPECT_EQ(success, write(name, value).status) << name << " = " << value;
     }
     void set(const std::string& name, double value) const
     {
-        EXPECT_EQ(uint32_t{zv_success}, write(name, value).status) << name << " = " << value;
+        EXPECT_EQ(success, write(name, value).status) << name << " = " << value;
     }
     /// Expects that a value is refused, and that everything stays as it was.
     template <class Value>
@@ -80,7 +57,7 @@ protected:
     {
         const std::vector<Bytes> before = everything();
         const Transfer written = write(name, value);
-        EXPECT_NE(uint32_t{zv_success}, written.status) << name << " = " << value;
+        EXPECT_NE(success, written.status) << name << " = " << value;
         EXPECT_EQ(0U, written.size) << name << " = " << value;
         EXPECT_EQ(before, everything()) << name << " = " << value;
     }
@@ -88,7 +65,7 @@ protected:
     {
         const RegisterPlace& place = camera_register(name);
         const Transfer read = read_camera(camera, place.address, place.length);
-        EXPECT_EQ(uint32_t{zv_success}, read.status) << name;
+        EXPECT_EQ(success, read.status) << name;
         EXPECT_EQ(place.length, read.size) << name;
         return read.bytes;
     }
@@ -102,31 +79,11 @@ protected:
     /// What all registers hold that do not change by themselves.
     std::vector<Bytes> everything() const;
 
-    uint64_t queued(uint64_t size = 0) const;
-    static const unsigned char* memory(uint64_t buffer)
-    {
-        return reinterpret_cast<const unsigned char*>(buffer_info(buffer, zv_buffer_address));
-    }
-    uint32_t start(uint32_t frames = 0) const
-    {
-        return ZVGR_CameraStartAcquire_GenTL(camera, stream, frames);
-    }
-    uint32_t stop() const { return ZVGR_CameraStopAcquire_GenTL(camera); }
     /// One frame of an acquisition of its own.
     std::vector<unsigned char> frame();
-    void reopen();
-
-    PowerCycle power_cycle;
-    ConfigurationFile file;
-    uint32_t grabber{ZV_NO_HANDLE};
-    std::vector<uint32_t> cameras;
-    uint32_t camera{ZV_NO_HANDLE};
-    uint32_t stream{ZV_NO_HANDLE};
-    Receiver receiver;
-
-private:
+    /// Scans and opens everything, after a close.
     void open();
-    void close();
+    void reopen();
 };
 
 } // namespace zvsim_test
