@@ -12,7 +12,7 @@ using zvtest::CountedAllocations;
 using zvtest::FailingAllocations;
 
 constexpr size_t first_counted = 20;
-constexpr size_t last_counted = 220;
+constexpr size_t last_counted = 120;
 
 TEST_P(EitherMode, AllocatesNothingForAFrame)
 {

@@ -35,7 +35,7 @@ TEST_P(EitherMode, FramesCarryCounterChecksumIdsAndTime)
         last_time = time;
         ++frames;
     };
-    acquire(500);
+    acquire(200);
 }
 
 TEST_P(EitherMode, EndsAfterTheFramesAskedForAndCanBeStartedAgain)

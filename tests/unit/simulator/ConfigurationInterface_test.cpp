@@ -8,7 +8,7 @@ namespace {
 
 using namespace zvsim_test;
 
-/// A file that the library is told to read.
+/// A file that the library reads.
 class ConfiguredByFile : public testing::Test {
 protected:
     ~ConfiguredByFile() override { ZVGR_Close(grabber); }

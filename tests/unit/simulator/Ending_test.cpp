@@ -23,24 +23,22 @@ const Ending endings[] = {
     {"Close", [](uint32_t grabber, uint32_t, uint32_t) { return ZVGR_Close(grabber); }},
 };
 
-/// Makes a call on another thread, lets go what it has to wait for, and answers whether the call returned
-/// only when that had happened.
+/// Makes a call on another thread, and lets go what it has to wait for: it returns only then.
 template <class Call, class LetGo>
-bool returns_only_after(const std::atomic<bool>& has_happened, const Call& call, const LetGo& let_go)
+void expect_to_wait(const Call& call, const LetGo& let_go)
 {
-    bool had_happened = false;
-    std::atomic<bool> is_calling{false};
+    Gate calling;
+    Gate returned;
     std::thread caller{[&] {
-        is_calling = true;
+        calling.open();
         EXPECT_EQ(success, call());
-        had_happened = has_happened;
+        returned.open();
     }};
-    EXPECT_TRUE(becomes_true([&] { return is_calling.load(); }));
-    for (int turn = 0; turn < 1000; ++turn) // time for a call that does not wait; a slow one goes unnoticed
-        std::this_thread::yield();
+    EXPECT_TRUE(calling.wait());
+    EXPECT_TRUE(returned.stays_closed());
     let_go();
+    EXPECT_TRUE(returned.wait());
     caller.join();
-    return had_happened;
 }
 
 /// A stream whose callback can be held up.
@@ -68,9 +66,10 @@ protected:
         ASSERT_TRUE(inside.wait());
     }
     template <class Call>
-    bool waits_for_the_callback(const Call& call)
+    void expect_to_wait_for_the_callback(const Call& call)
     {
-        return returns_only_after(has_returned, call, [this] { may_return.open(); });
+        expect_to_wait(call, [this] { may_return.open(); });
+        EXPECT_TRUE(has_returned);
     }
 
     Gate inside;
@@ -106,7 +105,7 @@ TEST_P(EveryEnding, IsFollowedByNoCallback)
 TEST_P(EveryEnding, WaitsForARunningCallback)
 {
     start_and_enter();
-    EXPECT_TRUE(waits_for_the_callback([this] { return end(); }));
+    expect_to_wait_for_the_callback([this] { return end(); });
 }
 
 TEST_P(EitherMode, NoCallbackFollowsAnyOfManyStops)
@@ -123,14 +122,14 @@ TEST_P(EitherMode, NoCallbackFollowsAnyOfManyStops)
 TEST_F(HeldStream, AStopAfterTheEndWaitsForTheReportOfTheEnd)
 {
     start_and_enter(true);
-    EXPECT_TRUE(waits_for_the_callback([this] { return stop(); }));
+    expect_to_wait_for_the_callback([this] { return stop(); });
 }
 
 /// Otherwise the report would seem to be about the acquisition that has just begun.
 TEST_F(HeldStream, AStartAfterTheEndWaitsForTheReportOfTheEnd)
 {
     start_and_enter(true);
-    EXPECT_TRUE(waits_for_the_callback([this] { return start(); }));
+    expect_to_wait_for_the_callback([this] { return start(); });
     EXPECT_EQ(success, stop());
 }
 
@@ -168,13 +167,9 @@ protected:
     }
 
     template <class Call>
-    bool waits_for_the_drawing(const Call& call)
+    void expect_to_wait_for_the_drawing(const Call& call)
     {
-        std::atomic<bool> is_let_go{false};
-        return returns_only_after(is_let_go, call, [&] {
-            is_let_go = true;
-            blocking.let_go();
-        });
+        expect_to_wait(call, [this] { blocking.let_go(); });
     }
 
     BlockingMemory blocking{4096};
@@ -189,21 +184,21 @@ INSTANTIATE_TEST_SUITE_P(Streams, EndedDrawing, testing::ValuesIn(endings),
 
 TEST_P(EndedDrawing, HoldsUpTheEndAndItsFrameIsNotReported)
 {
-    EXPECT_TRUE(waits_for_the_drawing([this] { return GetParam().end(grabber, camera, stream); }));
+    expect_to_wait_for_the_drawing([this] { return GetParam().end(grabber, camera, stream); });
     receiver.expect_silence();
     EXPECT_TRUE(receiver.reported.empty());
 }
 
 TEST_F(DrawingStream, LeavesTheBufferFirstInItsQueueWhenItIsStopped)
 {
-    EXPECT_TRUE(waits_for_the_drawing([this] { return stop(); }));
+    expect_to_wait_for_the_drawing([this] { return stop(); });
     acquire(3, 2);
     EXPECT_EQ((std::vector<uint64_t>{drawn, next, 0}), receiver.reported);
 }
 
 TEST_F(DrawingStream, DoesNotReportABufferThatWasRevokedMeanwhile)
 {
-    EXPECT_TRUE(waits_for_the_drawing([this] { return ZVGR_BufferRevoke(stream, drawn); }));
+    expect_to_wait_for_the_drawing([this] { return ZVGR_BufferRevoke(stream, drawn); });
     ASSERT_TRUE(receiver.wait_for(1));
     ASSERT_EQ(success, stop());
     EXPECT_EQ(std::vector<uint64_t>{next}, receiver.reported);
@@ -211,7 +206,7 @@ TEST_F(DrawingStream, DoesNotReportABufferThatWasRevokedMeanwhile)
 
 TEST_F(DrawingStream, DoesNotReportABufferThatWasTakenToTheOutputQueueMeanwhile)
 {
-    EXPECT_TRUE(waits_for_the_drawing([this] { return ZVGR_BufferToQueue(drawn, zv_queue_output); }));
+    expect_to_wait_for_the_drawing([this] { return ZVGR_BufferToQueue(drawn, zv_queue_output); });
     ASSERT_TRUE(receiver.wait_for(1));
     ASSERT_EQ(success, stop());
     EXPECT_EQ(std::vector<uint64_t>{next}, receiver.reported);

@@ -25,14 +25,14 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(FaultedCalls, EveryFaultedCall, testing::ValuesIn(interface_calls()), name_of_call);
 
-TEST_P(EveryFaultedCall, FailsByTheKindOfItsOwn)
+TEST_P(EveryFaultedCall, FailsByItsOwnKind)
 {
     const std::string kind =
         row.kind != nullptr ? row.kind : "call-fails, function: ZVGR_StreamGetFrameIndex";
     EXPECT_EQ(row.failure, call(situation_with(kind + status, row.calls_of_kind)));
 }
 
-TEST_P(EveryFaultedCall, FailsByItsNameAndWorksAgainAndEndsWhatItEndsAllTheSame)
+TEST_P(EveryFaultedCall, FailsByItsNameOnceAndStillEndsWhatItEnds)
 {
     const Situation now = situation_with("call-fails" + status);
     EXPECT_EQ(row.failure, call(now));

@@ -154,8 +154,7 @@ TEST(Unload, WaitsForACallbackThatDeletedItsStream)
         EXPECT_EQ(success, loaded.library.stream_delete(loaded.stream));
         EXPECT_EQ(success, loaded.library.close(loaded.grabber));
         deleted.open();
-        for (int turn = 0; turn < 1000; ++turn) // still inside while the library is being unloaded
-            std::this_thread::yield();
+        Gate{}.stays_closed(); // still inside while the library is being unloaded
         has_returned = true;
     };
     EXPECT_EQ(success, loaded.library.start(loaded.camera, loaded.stream, 0));

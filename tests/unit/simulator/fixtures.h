@@ -57,6 +57,12 @@ public:
         std::unique_lock lock{m_mutex};
         return m_changed.wait_for(lock, patience, [this] { return m_is_open; });
     }
+    /// Gives what must not open the gate a chance to do so. A slow mistake goes unnoticed.
+    bool stays_closed()
+    {
+        std::unique_lock lock{m_mutex};
+        return !m_changed.wait_for(lock, std::chrono::milliseconds{10}, [this] { return m_is_open; });
+    }
 
 private:
     std::mutex m_mutex;
