@@ -219,6 +219,7 @@ TEST_F(DrawingStream, LosesTheFrameOfABufferThatWasQueuedAgainMeanwhile)
     ASSERT_TRUE(receiver.wait_for(2));
     ASSERT_EQ(success, stop());
     EXPECT_EQ((std::vector<uint64_t>{next, drawn}), receiver.reported);
+    EXPECT_EQ(1, ZVGR_GetGrabberValueInt(camera, "CameraFramesLost"));
     EXPECT_EQ(1U, buffer_info(next, zv_buffer_frame_id)) << "the lost frame has a number";
     EXPECT_EQ(2U, buffer_info(drawn, zv_buffer_frame_id));
 }
