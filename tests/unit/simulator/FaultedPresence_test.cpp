@@ -1,3 +1,5 @@
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "simulator/faults/Presence.h"
@@ -25,133 +27,104 @@ PlugEvent at_time(std::chrono::nanoseconds time, bool is_plugged, const Place& p
     return {time, 0, is_plugged, place};
 }
 
-TEST(FaultedPresence, EverythingIsThereAtFirst)
+/// Goes through the steps (s: a scan, l: a camera list of the grabber, o: one of another grabber, a digit: as
+/// many seconds since the first scan) and asks for an answer, + or -, after each.
+template <class Ask>
+std::string answers(Presence& presence, const std::string& steps, const Ask& ask)
+{
+    std::string given;
+    for (const char step : steps) {
+        if (step == 's')
+            presence.begin_scan();
+        else if (step == 'l' || step == 'o')
+            presence.begin_camera_list(step == 'l' ? grabber.grabber : 0);
+        else
+            presence.advance(first_scan, first_scan + 1s * (step - '0'));
+        given += ask() ? '+' : '-';
+    }
+    return given;
+}
+
+/// Whether a place is there after each step.
+std::string presence_of(const Place& place, Presence presence, const std::string& steps)
+{
+    return answers(presence, steps, [&] { return presence.has(place); });
+}
+
+/// Whether anything has changed by each step.
+std::string changes_of(Presence presence, const std::string& steps)
+{
+    return answers(presence, steps, [&] { return presence.take_change(); });
+}
+
+/// Everything is plugged in, and one place is lost.
+Presence without(const Place& lost, const zvsim::Absence& absence = {})
+{
+    Presence presence{grabbers, {}};
+    presence.lose(lost, absence, first_scan);
+    return presence;
+}
+
+TEST(FaultedPresence, IsThatOfEverythingAtFirst)
 {
     const Presence presence{grabbers, {}};
     EXPECT_TRUE(presence.has(grabber));
     EXPECT_TRUE(presence.has(camera));
 }
 
-TEST(FaultedPresence, WhatIsNoPlaceIsThere)
+TEST(FaultedPresence, CannotBeLostByAPlaceThatDoesNotExist)
 {
-    Presence presence{grabbers, {}};
-    presence.lose({}, {}, first_scan);
-    presence.lose({grabbers, 0}, {}, first_scan);
-    EXPECT_TRUE(presence.has({}));
-    EXPECT_TRUE(presence.has({grabbers, 0}));
+    EXPECT_TRUE(without({}).has({}));
+    EXPECT_TRUE(without({grabbers, 0}).has({grabbers, 0}));
 }
 
-TEST(FaultedPresence, LosingACameraLeavesItsGrabber)
+TEST(FaultedPresence, OfALostCameraLeavesItsGrabber)
 {
-    Presence presence{grabbers, {}};
-    presence.lose(camera, {}, first_scan);
+    const Presence presence = without(camera);
     EXPECT_FALSE(presence.has(camera));
     EXPECT_TRUE(presence.has({1, 1}));
     EXPECT_TRUE(presence.has(grabber));
 }
 
-TEST(FaultedPresence, LosingAGrabberTakesItsCameras)
+TEST(FaultedPresence, OfALostGrabberTakesItsCameras)
 {
-    Presence presence{grabbers, {}};
-    presence.lose(grabber, {}, first_scan);
+    const Presence presence = without(grabber);
     EXPECT_FALSE(presence.has(camera));
     EXPECT_TRUE(presence.has({0, 2}));
 }
 
-TEST(FaultedPresence, ALostCameraIsMissingInAsManyListsAsItSays)
+TEST(FaultedPresence, EndsForAsManyListsOrAsMuchTimeAsTheLossSays)
 {
-    Presence presence{grabbers, {}};
-    presence.lose(camera, {2, std::nullopt}, first_scan);
-    presence.begin_camera_list(1);
-    EXPECT_FALSE(presence.has(camera));
-    presence.begin_camera_list(1);
-    EXPECT_FALSE(presence.has(camera));
-    presence.begin_camera_list(1);
-    EXPECT_TRUE(presence.has(camera));
+    EXPECT_EQ("--+", presence_of(camera, without(camera, {2, std::nullopt}), "lll"));
+    EXPECT_EQ("-----", presence_of(camera, without(camera, {1, std::nullopt}), "ooooo"));
+    EXPECT_EQ("-+", presence_of(grabber, without(grabber, {1, std::nullopt}), "ss"));
+    EXPECT_EQ("-+", presence_of(camera, without(camera, {std::nullopt, 5s}), "45"));
 }
 
-TEST(FaultedPresence, ListsOfOtherGrabbersDoNotBringACameraBack)
+TEST(FaultedPresence, EndsAtAnEventAndComesBackAtTheNext)
 {
-    Presence presence{grabbers, {}};
-    presence.lose(camera, {1, std::nullopt}, first_scan);
-    for (int i = 0; i < 5; ++i)
-        presence.begin_camera_list(0);
-    EXPECT_FALSE(presence.has(camera));
+    const Presence by_scan{grabbers, {at_scan(2, false, camera), at_scan(4, true, camera)}};
+    EXPECT_EQ("+---+", presence_of(camera, by_scan, "sslss"));
+    const Presence by_time{grabbers, {at_time(1s, false, grabber), at_time(3s, true, grabber)}};
+    EXPECT_EQ("+--+", presence_of(grabber, by_time, "0123"));
 }
 
-TEST(FaultedPresence, ALostGrabberIsMissingInAsManyScansAsItSays)
-{
-    Presence presence{grabbers, {}};
-    presence.lose(grabber, {1, std::nullopt}, first_scan);
-    presence.begin_scan();
-    EXPECT_FALSE(presence.has(grabber));
-    presence.begin_scan();
-    EXPECT_TRUE(presence.has(grabber));
-}
-
-TEST(FaultedPresence, ALossCanEndByTime)
-{
-    Presence presence{grabbers, {}};
-    presence.lose(camera, {std::nullopt, 5s}, first_scan);
-    presence.advance(first_scan, first_scan + 4999ms);
-    EXPECT_FALSE(presence.has(camera));
-    presence.advance(first_scan, first_scan + 5s);
-    EXPECT_TRUE(presence.has(camera));
-}
-
-TEST(FaultedPresence, CablesArePulledBeforeTheScanThatTheyNameAndStayOut)
-{
-    Presence presence{grabbers, {at_scan(2, false, camera), at_scan(4, true, camera)}};
-    presence.begin_scan();
-    EXPECT_TRUE(presence.has(camera));
-    presence.begin_scan();
-    EXPECT_FALSE(presence.has(camera));
-    presence.begin_camera_list(1);
-    presence.begin_scan();
-    EXPECT_FALSE(presence.has(camera));
-    presence.begin_scan();
-    EXPECT_TRUE(presence.has(camera));
-}
-
-TEST(FaultedPresence, CablesArePulledInTime)
-{
-    Presence presence{grabbers, {at_time(1s, false, grabber), at_time(3s, true, grabber)}};
-    presence.advance(first_scan, first_scan);
-    EXPECT_TRUE(presence.has(grabber));
-    presence.advance(first_scan, first_scan + 1s);
-    EXPECT_FALSE(presence.has(grabber));
-    presence.advance(first_scan, first_scan + 3s);
-    EXPECT_TRUE(presence.has(grabber));
-}
-
-TEST(FaultedPresence, AChangeIsToldOnce)
-{
-    Presence presence{grabbers, {at_time(1s, false, grabber)}};
-    presence.advance(first_scan, first_scan);
-    EXPECT_FALSE(presence.take_change());
-    presence.advance(first_scan, first_scan + 1s);
-    EXPECT_TRUE(presence.take_change());
-    presence.advance(first_scan, first_scan + 2s);
-    EXPECT_FALSE(presence.take_change());
-}
-
-TEST(FaultedPresence, ComingBackIsAChangeToo)
-{
-    Presence presence{grabbers, {}};
-    presence.lose(camera, {1, std::nullopt}, first_scan);
-    EXPECT_TRUE(presence.take_change());
-    presence.begin_camera_list(1);
-    EXPECT_FALSE(presence.take_change());
-    presence.begin_camera_list(1);
-    EXPECT_TRUE(presence.take_change());
-}
-
-TEST(FaultedPresence, APluggedCameraThatIsLostStaysAway)
+TEST(FaultedPresence, OfAPluggedCameraThatIsLostStaysEnded)
 {
     Presence presence{grabbers, {at_scan(1, true, camera)}};
     presence.lose(camera, {}, first_scan);
-    presence.begin_scan();
-    EXPECT_FALSE(presence.has(camera));
+    EXPECT_EQ("-", presence_of(camera, presence, "s"));
+}
+
+TEST(FaultedPresence, ReportsEveryChangeOnce)
+{
+    EXPECT_EQ("-+-", changes_of({grabbers, {at_time(1s, false, grabber)}}, "012"));
+    Presence losing = without(camera, {1, std::nullopt});
+    EXPECT_TRUE(losing.take_change());
+    EXPECT_EQ("-+-", changes_of(losing, "lll"));
+    losing = without(camera, {std::nullopt, 2s});
+    EXPECT_TRUE(losing.take_change());
+    EXPECT_EQ("-+-", changes_of(losing, "123"));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <numeric>
 #include <vector>
 
@@ -7,123 +8,109 @@
 
 namespace {
 
-std::vector<unsigned char> frame_of(size_t size)
+using Bytes = std::vector<unsigned char>;
+
+Bytes plain_frame(size_t size)
 {
-    std::vector<unsigned char> frame(size);
+    Bytes frame(size);
     std::iota(frame.begin(), frame.end(), static_cast<unsigned char>(7));
     return frame;
 }
 
-TEST(FrameStamp, GivesTheCounterBack)
+Bytes stamped_frame(size_t size, uint64_t counter = 5)
 {
-    auto frame = frame_of(1000);
-    ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 0x123456789ABCDEF0));
-    const auto stamp = zvgr::read_stamp(frame.data(), frame.size());
+    Bytes frame = plain_frame(size);
+    EXPECT_TRUE(zvgr::write_stamp(frame.data(), size, counter));
+    return frame;
+}
+
+/// Expects a stamp with that counter.
+void expect_stamp(const Bytes& frame, size_t size, uint64_t counter, bool is_whole)
+{
+    const auto stamp = zvgr::read_stamp(frame.data(), size);
     ASSERT_TRUE(stamp);
-    EXPECT_EQ(0x123456789ABCDEF0U, stamp->counter);
-    EXPECT_TRUE(stamp->checksum_ok);
+    EXPECT_EQ(counter, stamp->counter);
+    EXPECT_EQ(is_whole, stamp->checksum_ok);
+}
+
+bool is_whole(const Bytes& frame) { return zvgr::read_stamp(frame.data(), frame.size())->checksum_ok; }
+
+TEST(FrameStamp, GivesTheCounterBackAlsoFromALargerBuffer)
+{
+    expect_stamp(stamped_frame(1000, 0x123456789ABCDEF0), 1000, 0x123456789ABCDEF0, true);
+    Bytes buffer = stamped_frame(300, 6);
+    buffer.resize(500, 0x5A);
+    expect_stamp(buffer, buffer.size(), 6, true);
 }
 
 TEST(FrameStamp, IsLaidOutAsDocumented)
 {
-    auto frame = frame_of(40);
-    ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 0x0102));
-    const std::vector<unsigned char> beginning(frame.begin(), frame.begin() + 24);
-    const std::vector<unsigned char> expected{'Z', 'V', 'F', 'S', 1,  0, 0, 0, 2, 1, 0, 0,
-                                              0,   0,   0,   0,   40, 0, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(expected, beginning);
-    EXPECT_EQ(static_cast<unsigned char>(7 + 32), frame[32]);
+    const Bytes frame = stamped_frame(40, 0x0102);
+    const Bytes expected{'Z', 'V', 'F', 'S', 1, 0, 0, 0, 2, 1, 0, 0, 0, 0, 0, 0, 40, 0, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(expected, Bytes(frame.begin(), frame.begin() + 24));
+    EXPECT_EQ(7 + 32, frame[32]);
 }
 
 TEST(FrameStamp, NoticesEveryChangedBit)
 {
     for (const size_t size : {32U, 33U, 63U, 64U, 65U, 131U}) {
-        auto frame = frame_of(size);
-        ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 99));
+        Bytes frame = stamped_frame(size);
         for (size_t bit = 8 * zvgr::frame_stamp_size; bit < 8 * size; ++bit) {
             frame[bit / 8] = static_cast<unsigned char>(frame[bit / 8] ^ 1U << bit % 8);
-            EXPECT_FALSE(zvgr::read_stamp(frame.data(), size)->checksum_ok) << size << " bytes, bit " << bit;
+            EXPECT_FALSE(is_whole(frame)) << size << " bytes, bit " << bit;
             frame[bit / 8] = static_cast<unsigned char>(frame[bit / 8] ^ 1U << bit % 8);
         }
-        EXPECT_TRUE(zvgr::read_stamp(frame.data(), size)->checksum_ok);
+        EXPECT_TRUE(is_whole(frame));
     }
 }
 
-TEST(FrameStamp, NoticesAChangedCounterAndChecksum)
+TEST(FrameStamp, NoticesAChangedCounterSizeOrChecksum)
 {
-    for (const size_t at : {8U, 15U, 24U, 31U}) {
-        auto frame = frame_of(100);
-        ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 5));
+    for (const size_t at : {8U, 15U, 16U, 24U, 31U}) {
+        Bytes frame = stamped_frame(100);
         ++frame[at];
-        EXPECT_FALSE(zvgr::read_stamp(frame.data(), frame.size())->checksum_ok) << "byte " << at;
+        EXPECT_FALSE(is_whole(frame)) << "byte " << at;
     }
+    Bytes impossible = stamped_frame(100);
+    impossible[16] = 31; // smaller than the stamp
+    EXPECT_FALSE(is_whole(impossible));
 }
 
 TEST(FrameStamp, NoticesExchangedBlocks)
 {
-    auto frame = frame_of(32 + 64);
-    for (size_t at = 0; at < 32; ++at)
-        frame[64 + at] = static_cast<unsigned char>(200 + at);
+    Bytes frame = plain_frame(32 + 64);
+    std::fill(frame.begin() + 64, frame.end(), static_cast<unsigned char>(200));
     ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 5));
     std::swap_ranges(frame.begin() + 32, frame.begin() + 64, frame.begin() + 64);
-    EXPECT_FALSE(zvgr::read_stamp(frame.data(), frame.size())->checksum_ok);
+    EXPECT_FALSE(is_whole(frame));
 }
 
-TEST(FrameStamp, ReadsAFrameInALargerBuffer)
+TEST(FrameStamp, OfAFrameThatLacksItsEndGivesTheCounterOnly)
 {
-    auto buffer = frame_of(500);
-    ASSERT_TRUE(zvgr::write_stamp(buffer.data(), 300, 6));
-    EXPECT_TRUE(zvgr::read_stamp(buffer.data(), buffer.size())->checksum_ok);
-}
-
-TEST(FrameStamp, ReportsAFrameThatLacksItsEnd)
-{
-    auto frame = frame_of(500);
-    ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 6));
-    const auto stamp = zvgr::read_stamp(frame.data(), 499);
-    ASSERT_TRUE(stamp);
-    EXPECT_EQ(6U, stamp->counter);
-    EXPECT_FALSE(stamp->checksum_ok);
-}
-
-TEST(FrameStamp, OfACutFrameGivesTheCounterOnly)
-{
-    auto frame = frame_of(100);
-    ASSERT_TRUE(zvgr::write_stamp_of_cut_frame(frame.data(), frame.size(), 500, 8));
-    const auto stamp = zvgr::read_stamp(frame.data(), frame.size());
-    ASSERT_TRUE(stamp);
-    EXPECT_EQ(8U, stamp->counter);
-    EXPECT_FALSE(stamp->checksum_ok);
+    expect_stamp(stamped_frame(500, 6), 499, 6, false);
+    Bytes cut = plain_frame(100);
+    ASSERT_TRUE(zvgr::write_stamp_of_cut_frame(cut.data(), cut.size(), 500, 8));
+    expect_stamp(cut, cut.size(), 8, false);
 }
 
 TEST(FrameStamp, IsNotFoundWhereThereIsNone)
 {
-    auto frame = frame_of(100);
-    EXPECT_FALSE(zvgr::read_stamp(frame.data(), frame.size()));
+    EXPECT_FALSE(zvgr::read_stamp(plain_frame(100).data(), 100));
     EXPECT_FALSE(zvgr::read_stamp(nullptr, 100));
-    ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 1));
+    Bytes frame = stamped_frame(100);
     EXPECT_FALSE(zvgr::read_stamp(frame.data(), 31));
     ++frame[4];
-    EXPECT_FALSE(zvgr::read_stamp(frame.data(), frame.size())) << "a version that is not known";
-}
-
-TEST(FrameStamp, ReportsASizeThatCannotBe)
-{
-    auto frame = frame_of(100);
-    ASSERT_TRUE(zvgr::write_stamp(frame.data(), frame.size(), 1));
-    frame[16] = 31;
-    EXPECT_FALSE(zvgr::read_stamp(frame.data(), frame.size())->checksum_ok);
+    EXPECT_FALSE(zvgr::read_stamp(frame.data(), frame.size())) << "an unknown version";
 }
 
 TEST(FrameStamp, IsNotWrittenToAFrameThatIsTooSmall)
 {
-    auto frame = frame_of(31);
-    const auto before = frame;
+    Bytes frame = plain_frame(31);
     EXPECT_FALSE(zvgr::write_stamp(frame.data(), frame.size(), 1));
     EXPECT_FALSE(zvgr::write_stamp_of_cut_frame(frame.data(), frame.size(), 100, 1));
     EXPECT_FALSE(zvgr::write_stamp(nullptr, 100, 1));
     EXPECT_FALSE(zvgr::write_stamp_of_cut_frame(nullptr, 100, 200, 1));
-    EXPECT_EQ(before, frame);
+    EXPECT_EQ(plain_frame(31), frame);
 }
 
 } // namespace
