@@ -7,8 +7,7 @@
 #include <utility>
 
 #include "platform/environment.h"
-#include "simulator/Limits.h"
-#include "simulator/config/CameraGeometry.h"
+#include "simulator/config/CameraReader.h"
 #include "simulator/config/GrabberReader.h"
 #include "simulator/config/YamlReader.h"
 #include "simulator/faults/FaultConfiguration.h"
@@ -62,7 +61,7 @@ public:
         if (!environment.pixel_format.empty() &&
             (m_format = find_pixel_format(environment.pixel_format)) == nullptr)
             configuration.warnings.push_back(rejected("ZV_GRABBER_PIXEL_FORMAT", environment.pixel_format,
-                                                      "the name of a pixel format, such as Mono8, Mono16"));
+                                                      "the name of a pixel format, such as Mono8 or Mono16"));
         if (!environment.size.empty() && !(m_size = size_from(environment.size)))
             configuration.warnings.push_back(
                 rejected("ZV_GRABBER_SIZE", environment.size, "WIDTHxHEIGHT, each 1 to 16384"));
@@ -84,7 +83,7 @@ public:
         else
             warnings.push_back(
                 "camera " + camera.serial_number +
-                " keeps its picture: what the variables ask for is too small for its pixel format or "
+                " keeps its picture settings: those of the environment are too small for its pixel format or "
                 "too large for a buffer");
     }
 

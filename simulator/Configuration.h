@@ -11,7 +11,7 @@
 
 namespace zvsim {
 
-/// What the configuration is made of: the file, and the variables as they stand in the environment; unset and
+/// What the configuration is made of: the file, and the variables as they are in the environment; unset and
 /// empty are the same.
 struct Environment {
     ConfigurationFile file;
@@ -30,8 +30,8 @@ struct Environment {
     bool operator==(const Environment& other) const;
 };
 
-/// What one reading of file and variables makes. An error in the file leaves no grabbers. A malformed
-/// variable gives a warning and changes nothing.
+/// The result of reading the file and the variables once. An error in the file leaves no grabbers. A
+/// malformed variable gives a warning and changes nothing.
 struct Configuration {
     Environment environment;
     /// The demo grabber last.

@@ -72,7 +72,7 @@ bool CyclicStream::deliver(Lock& lock, Acquisition& acquisition, const Frame& fr
     lock.unlock();
     callback(context, handle());
     if (acquisition.pacer.is_free_running())
-        std::this_thread::yield(); // whoever takes the frames away needs the processor too
+        std::this_thread::yield(); // the thread that takes the frames needs the processor too
     lock.lock();
     return true;
 }

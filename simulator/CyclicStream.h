@@ -8,7 +8,7 @@
 
 namespace zvsim {
 
-/// A stream with a ring of its own. Each frame is drawn into the next ring frame and reported; while the
+/// A stream with its own ring. Each frame is drawn into the next ring frame and reported; while the
 /// report runs nothing is drawn, so every ring frame stays intact.
 class CyclicStream final : public Stream {
 public:

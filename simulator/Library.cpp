@@ -8,7 +8,6 @@
 #include "simulator/CyclicStream.h"
 #include "simulator/Log.h"
 #include "simulator/QueuedStream.h"
-#include "simulator/Status.h"
 #include "simulator/faults/HookedCall.h"
 
 namespace zvsim {
@@ -222,8 +221,8 @@ uint32_t Library::start(Lock& lock, uint32_t camera, uint32_t stream, uint32_t f
         return status_not_ready;
     if (acquiring_stream(camera) != nullptr)
         return status_in_use;
-    // Made this late, it goes before everything that exists by now: at the end of the process no callback
-    // finds its receiver half gone.
+    // Created this late, it is destroyed before everything that exists by now: at the end of the process no
+    // callback finds its receiver half destroyed.
     static const ShutDown before_the_receivers;
     started->start(frames);
     return status_ok;
@@ -291,8 +290,7 @@ void Library::renew_faults()
     HookedCall::set_needed(m_faults != nullptr);
 }
 
-// While no grabber is open, every call sees for itself what has become of the plugs, and no thread may be
-// left.
+// While no grabber is open, every call checks the plugs itself, and no thread may be left.
 void Library::watch_plugs()
 {
     if (m_faults == nullptr || m_faults->event_times().empty() || m_plug_timer != nullptr)

@@ -56,8 +56,8 @@ struct Camera {
 };
 
 /// The process-wide state: configuration, open grabbers, cameras and streams. One lock guards all of it; it
-/// is never held while frames are drawn or a callback runs. What a function answers with a pointer stays
-/// valid until the lock is given up; functions that take the lock give it up while they wait.
+/// is never held while frames are drawn or a callback runs. A pointer that a function returns stays
+/// valid until the lock is released; functions that take the lock release it while they wait.
 class Library {
 public:
     /// Never destroyed, so that a call that comes while the process ends finds an empty library.
@@ -77,7 +77,7 @@ public:
     GrabberDevice* grabber_device(uint32_t index) const;
     /// Whether a grabber or camera is there, and not unplugged or lost.
     bool is_there(const Place& place) const { return m_faults == nullptr || m_faults->has(place); }
-    /// Lets the cameras of a grabber know whether they are there.
+    /// Tells the cameras of a grabber whether they are there.
     void update_links(const Grabber& grabber);
     /// The same text for as long as the library is loaded.
     const char* keep_text(const std::string& text);
@@ -124,7 +124,7 @@ public:
     void follow_presence();
 
     /// Ends everything, for good. A callback that does not return within five seconds is left behind: a
-    /// process that ends does not wait for ever.
+    /// process that ends does not wait forever.
     void shut_down();
 
 private:
@@ -133,9 +133,9 @@ private:
     /// Replaces the faults by those of the configuration.
     void renew_faults();
     void watch_plugs();
-    /// Gives the lock up meanwhile.
+    /// Releases the lock meanwhile.
     void end_plug_timer(Lock& lock);
-    // A call made inside a callback does not wait for that callback. Ends need no memory.
+    // A call made inside a callback does not wait for that callback. Ending something needs no memory.
     void stop_streams_of(Lock& lock, uint32_t camera);
     /// Kills the streams for which `belongs(stream handle, camera handle)` holds, and waits until they are
     /// gone.

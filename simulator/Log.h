@@ -2,7 +2,7 @@
 
 #include <string>
 
-// What the library tells the people who run it.
+// Messages for the people who run the library.
 
 namespace zvsim {
 

@@ -7,7 +7,7 @@ namespace zvsim {
 
 using Clock = std::chrono::steady_clock;
 
-/// The time as the cameras tell it.
+/// The time in the unit of the cameras.
 uint64_t ticks_of_25_mhz(Clock::time_point time);
 
 /// One frame that the camera exposed: its number since the start, and its time in ticks of 25 MHz.

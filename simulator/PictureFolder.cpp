@@ -12,7 +12,7 @@ std::vector<std::filesystem::path> picture_files(const std::filesystem::path& fo
     std::vector<std::filesystem::path> files;
     std::filesystem::directory_iterator entry{folder, error};
     for (; !error && entry != std::filesystem::directory_iterator{}; entry.increment(error)) {
-        std::error_code ignored; // a file that cannot be examined is no regular file
+        std::error_code ignored; // a file that cannot be examined is not a regular file
         if (is_picture_file(entry->path()) && entry->is_regular_file(ignored))
             files.push_back(entry->path());
     }
@@ -53,7 +53,7 @@ bool PictureFolder::accepts(const Picture& picture, uint64_t memory, std::string
 {
     if (!m_pictures.empty() &&
         (picture.width != width() || picture.height != height() || picture.format != &format())) {
-        problem = "size or pixel format differ from the first picture";
+        problem = "its size or pixel format differs from the first picture";
         return false;
     }
     if (picture.pixels.size() > memory - m_size) {

@@ -6,7 +6,7 @@
 
 namespace zvsim {
 
-/// What the samples of a pixel mean, and in which order they stand.
+/// What the samples of a pixel mean, and their order.
 enum class Colors {
     mono,
     bayer_gr,
@@ -27,7 +27,7 @@ enum class Colors {
     ycbcr709_422,
 };
 
-/// How samples of less than a whole number of bytes stand in memory.
+/// How samples that do not fill whole bytes are stored in memory.
 enum class Packing {
     /// A sample of more than 8 bits takes two bytes, little-endian, in its low bits.
     whole_bytes,

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "simulator/Library.h"
-#include "simulator/Status.h"
+#include "simulator/faults/Function.h"
 
 namespace zvsim {
 

@@ -25,7 +25,7 @@ public:
     uint64_t announce(void* memory, uint64_t size);
     /// Allocates the memory too; 0 also when there is none.
     uint64_t allocate_and_announce(uint64_t size);
-    /// Forgets a buffer. Gives the lock up until the stream's thread no longer writes into it.
+    /// Forgets a buffer. Releases the lock until the stream's thread no longer writes into it.
     uint32_t revoke(Lock& lock, uint64_t buffer);
     /// Moves a buffer to the back of a queue. A frame that is being drawn into it is lost; for the output
     /// queue, whose buffers people read, gives the lock up until that is over.

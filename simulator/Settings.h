@@ -1,12 +1,37 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "simulator/PixelFormat.h"
 
-// What the features of a camera are set to.
+// What the features of a camera are set to, and what a camera or a grabber can be set to, by its
+// configuration as by its features.
 
 namespace zvsim {
+
+/// The demo grabber comes on top.
+constexpr uint32_t most_grabbers = 64;
+/// Of one grabber.
+constexpr uint32_t most_cameras = 16;
+/// Bytes of a name of a camera: what its record holds.
+constexpr uint32_t longest_identity = 64;
+/// Of a sensor, in pixels.
+constexpr uint32_t largest_side = 16384;
+/// Bytes of a buffer.
+constexpr uint64_t largest_payload = 1ULL << 30;
+/// Pictures in a buffer.
+constexpr uint32_t most_segments = 256;
+
+/// Frames per second.
+constexpr double lowest_rate = 0.001;
+constexpr double highest_rate = 100000;
+constexpr double shortest_exposure_us = 1;
+constexpr double longest_exposure_us = 10e6;
+constexpr double lowest_gain_db = -12;
+constexpr double highest_gain_db = 48;
+/// Of a multi-frame acquisition.
+constexpr uint32_t most_frames = 65535;
 
 enum class TestPattern : uint32_t {
     /// A ramp along the diagonal that moves by one pixel a frame.
@@ -65,7 +90,11 @@ struct CameraSettings {
     TriggerActivation trigger_activation{TriggerActivation::rising_edge};
 
     /// How bright pictures are, 1: nominal. Proportional to exposure time and gain.
-    double brightness() const;
+    double brightness() const
+    {
+        constexpr double nominal_exposure_us = 10000;
+        return exposure_us / nominal_exposure_us * std::pow(10.0, gain_db / 20);
+    }
 };
 
 } // namespace zvsim

@@ -25,7 +25,7 @@ using Lock = std::unique_lock<std::mutex>;
 /// lock up while it draws and while it calls back.
 ///
 /// Acquisitions are numbered. One that is stopped ends as soon as its thread sees it: m_ended tells the
-/// others, through Library::changed(). A deleted stream is *dead*: it has no handle any more, and the library
+/// others, through Library::changed(). A deleted stream is *dead*: it no longer has a handle, and the library
 /// keeps it until its thread has left.
 class Stream {
 public:
@@ -120,7 +120,7 @@ private:
     std::optional<Acquisition> m_next;
     /// The latest acquisition that was started.
     uint64_t m_started{0};
-    /// The latest one that was told to stop.
+    /// The latest one that was asked to stop.
     uint64_t m_stopped{0};
     /// The latest one that is over and reported.
     uint64_t m_ended{0};

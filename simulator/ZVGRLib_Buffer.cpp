@@ -2,7 +2,6 @@
 
 #include "simulator/Library.h"
 #include "simulator/QueuedStream.h"
-#include "simulator/Status.h"
 #include "simulator/api_call.h"
 
 using namespace zvsim;

@@ -1,7 +1,6 @@
 #include "zvgr/ZVGRLib.h"
 
 #include "simulator/Library.h"
-#include "simulator/Status.h"
 #include "simulator/api_call.h"
 
 using namespace zvsim;

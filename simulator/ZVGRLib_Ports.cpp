@@ -4,7 +4,6 @@
 #include "zvgr/ZVGRLib.h"
 
 #include "simulator/Library.h"
-#include "simulator/Status.h"
 #include "simulator/api_call.h"
 #include "simulator/features/CameraRegisters.h"
 #include "simulator/features/Description.h"

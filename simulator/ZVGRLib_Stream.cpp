@@ -3,7 +3,6 @@
 #include "simulator/CyclicStream.h"
 #include "simulator/Library.h"
 #include "simulator/QueuedStream.h"
-#include "simulator/Status.h"
 #include "simulator/api_call.h"
 
 using namespace zvsim;

@@ -16,7 +16,7 @@
 namespace zvsim {
 
 /// The picture folders of one configuration, each read once however many cameras show it. All of them
-/// together take no more memory than one may.
+/// together take no more memory than a single one may.
 class PictureFolders {
 public:
     explicit PictureFolders(std::vector<std::string>& warnings, uint64_t memory = picture_memory_limit)
@@ -45,5 +45,14 @@ struct CameraEntry {
 
 /// `segments`: how many of the camera's pictures a buffer of its grabber holds.
 CameraEntry read_camera(const YamlValue& value, uint32_t segments, PictureFolders& folders);
+
+/// Bytes of the largest buffer that the camera can fill. `segments`: pictures in a buffer.
+uint64_t largest_payload_of(const CameraModel& camera, uint32_t segments);
+/// True when the sensor has room for at least one step of every format.
+bool fits_formats(const CameraModel& camera);
+/// Makes the sensor this large, and the picture as much of it as the steps of the format allow.
+void set_size(CameraModel& camera, uint32_t width, uint32_t height);
+/// Makes it the only format.
+void set_format(CameraModel& camera, const PixelFormat& format);
 
 } // namespace zvsim

@@ -24,25 +24,25 @@ ConfigurationFile read(const fs::path& path)
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (!fs::status_known(status) || status.type() == fs::file_type::not_found) {
-        file.problem = "it cannot be found: " + error.message();
+        file.problem = "cannot be found: " + error.message();
         return file;
     }
-    // A pipe or a device could keep the caller waiting for ever.
+    // A pipe or a device could keep the caller waiting forever.
     if (status.type() != fs::file_type::regular) {
-        file.problem = "it is no regular file";
+        file.problem = "not a regular file";
         return file;
     }
     errno = 0;
     std::ifstream stream{path, std::ios::binary};
     if (!stream) {
-        file.problem = "it cannot be opened: " + std::generic_category().message(errno);
+        file.problem = "cannot be opened: " + std::generic_category().message(errno);
         return file;
     }
     file.text.resize(YamlDocument::largest_text + 1);
     stream.read(file.text.data(), static_cast<std::streamsize>(file.text.size()));
     file.text.resize(static_cast<size_t>(stream.gcount()));
     if (stream.bad())
-        file.problem = "it cannot be read";
+        file.problem = "cannot be read";
     return file;
 }
 

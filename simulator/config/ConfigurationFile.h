@@ -4,12 +4,12 @@
 
 namespace zvsim {
 
-/// The configuration file as it is now. Two of them are equal when they lead to the same configuration, so
-/// that a comparison tells whether somebody has changed the file.
+/// The configuration file as it is now. Two of them are equal when they lead to the same configuration, so a
+/// comparison shows whether somebody has changed the file.
 struct ConfigurationFile {
-    /// Empty: there is none, the built-in configuration counts.
+    /// Empty: there is none, and the built-in configuration applies.
     std::string path;
-    /// Of a file that is longer than any may be, no more than shows it.
+    /// Of a file that is too long, only as much as shows that.
     std::string text;
     /// Why the file cannot be read; empty: it can.
     std::string problem;

@@ -5,8 +5,6 @@
 
 #include "zvgr/ZVGRLib.h"
 
-#include "simulator/Limits.h"
-#include "simulator/config/CameraGeometry.h"
 #include "simulator/config/CameraReader.h"
 #include "simulator/faults/FaultConfiguration.h"
 
@@ -43,7 +41,7 @@ public:
     {
         if (m_grabber.cameras.size() + entry.count > most_cameras) {
             entry.map.report("a grabber has more than " + std::to_string(most_cameras) + " cameras",
-                             "up to " + std::to_string(most_cameras) + " cameras, with their count");
+                             "up to " + std::to_string(most_cameras) + " cameras, including repeated ones");
             return;
         }
         for (uint32_t number = 1; number <= entry.count; ++number) {
@@ -55,8 +53,9 @@ public:
             const auto [first, is_new] = m_serial_numbers.emplace(camera.serial_number, entry.map.line());
             if (!is_new)
                 entry.map.report("the serial number " + in_quotes(camera.serial_number) +
-                                     " is that of the camera in line " + std::to_string(first->second),
-                                 "a serial number for each camera of a grabber");
+                                     " is already used by the camera on line " +
+                                     std::to_string(first->second),
+                                 "a different serial number for each camera of a grabber");
             m_grabber.cameras.push_back(std::move(camera));
         }
     }
@@ -101,7 +100,7 @@ void read_grabber(const YamlValue& value, std::vector<GrabberModel>& grabbers, P
         cameras.push_back(read_camera(camera, model.segments_per_buffer, folders));
     if (grabbers.size() + count > most_grabbers) {
         map.report("there are more than " + std::to_string(most_grabbers) + " grabbers",
-                   "up to " + std::to_string(most_grabbers) + " grabbers, with their count");
+                   "up to " + std::to_string(most_grabbers) + " grabbers, including repeated ones");
         return;
     }
     for (uint32_t number = 1; number <= count; ++number) {

@@ -33,7 +33,9 @@ bool is_control(char character)
 void YamlErrors::add(int line, const std::string& wrong, const std::string& allowed)
 {
     const std::string place = line > 0 ? m_file + ":" + std::to_string(line) : m_file;
-    std::string text = place + ": " + wrong + (allowed.empty() ? "" : "; allowed: " + allowed);
+    std::string text = place + ": " + wrong;
+    if (!allowed.empty())
+        text += (wrong.back() == '?' ? " Allowed: " : "; allowed: ") + allowed;
     // What an alias repeats is read more than once.
     if (std::find(m_lines.begin(), m_lines.end(), text) != m_lines.end())
         return;
@@ -50,7 +52,7 @@ std::vector<std::string> YamlErrors::lines() const
 }
 
 /// Builds the tree from the parser's events. What yaml-cpp would build itself has neither the limits nor a
-/// look at what stands twice.
+/// check for repeated keys.
 class YamlTreeBuilder : public YAML::EventHandler {
 public:
     explicit YamlTreeBuilder(YamlDocument& document) : m_document{document} {}
@@ -58,7 +60,7 @@ public:
     void OnDocumentStart(const YAML::Mark& mark) override
     {
         if (m_has_document)
-            throw Refusal{line_of(mark), "a second document begins here", "one document in a file"};
+            throw Refusal{line_of(mark), "a second document begins here", "one document per file"};
         m_has_document = true;
     }
     void OnDocumentEnd() override {}
@@ -84,7 +86,7 @@ public:
         const YamlNode& node = *m_anchors.at(anchor);
         const auto is_same = [&node](const Open& open) { return open.node == &node; };
         if (std::any_of(m_open.begin(), m_open.end(), is_same))
-            throw Refusal{line_of(mark), "a value contains itself", "an alias of something that is complete"};
+            throw Refusal{line_of(mark), "a value contains itself", "an alias of a complete value"};
         place(node);
     }
 
@@ -128,7 +130,7 @@ private:
     void open(YamlNode& node)
     {
         if (m_open.size() == YamlDocument::deepest)
-            throw Refusal{node.line, "values are nested too deep",
+            throw Refusal{node.line, "values are nested too deeply",
                           "up to " + std::to_string(YamlDocument::deepest) + " levels"};
         m_open.push_back({&node, nullptr});
     }
@@ -147,11 +149,11 @@ private:
             return;
         }
         Open& parent = m_open.back();
-        // Aliases count as what they stand for: a few lines can stand for billions of values.
+        // Aliases count as what they refer to: a few lines can expand to billions of values.
         parent.node->size += node.size;
         if (parent.node->size > YamlDocument::most_values)
             throw Refusal{node.line, "there are too many values",
-                          "up to " + std::to_string(YamlDocument::most_values) + ", aliases followed"};
+                          "up to " + std::to_string(YamlDocument::most_values) + ", with aliases expanded"};
         if (parent.node->kind == YamlNode::Kind::list)
             parent.node->items.push_back(&node);
         else if (parent.key == nullptr)
@@ -163,7 +165,7 @@ private:
     const YamlNode& checked_key(const YamlNode& map, const YamlNode& key) const
     {
         if (key.kind != YamlNode::Kind::scalar)
-            throw Refusal{key.line > 0 ? key.line : map.line, "a key is no text",
+            throw Refusal{key.line > 0 ? key.line : map.line, "a key is not a text",
                           "keys that are single words"};
         // Keys of a map are few: a map with more of them than a section knows is refused here.
         if (map.entries.size() == most_keys)
@@ -171,8 +173,8 @@ private:
         for (const auto& entry : map.entries) {
             if (entry.first->text == key.text)
                 throw Refusal{key.line,
-                              "the key " + in_quotes(key.text) + " stands in line " +
-                                  std::to_string(entry.first->line) + " already",
+                              "the key " + in_quotes(key.text) + " is already used on line " +
+                                  std::to_string(entry.first->line),
                               "each key once"};
         }
         return key;
@@ -188,18 +190,18 @@ private:
 
 namespace {
 
-/// Control characters would end the text early without a word, or belong to no text at all.
+/// Control characters have no place in a text, and some would end it early without a message.
 void refuse_binary(std::string_view text)
 {
     if (text.size() > YamlDocument::largest_text)
-        throw Refusal{0, "the file has more than 1 MiB", "up to 1 MiB"};
+        throw Refusal{0, "the file is larger than 1 MiB", "up to 1 MiB"};
     const auto* const found = std::find_if(text.begin(), text.end(), is_control);
     if (found == text.end())
         return;
     const auto line = static_cast<int>(std::count(text.begin(), found, '\n')) + 1;
-    throw Refusal{
-        line, "character " + std::to_string(int{static_cast<unsigned char>(*found)}) + " belongs to no text",
-        "YAML in UTF-8"};
+    throw Refusal{line,
+                  "character " + std::to_string(int{static_cast<unsigned char>(*found)}) + " is not text",
+                  "YAML in UTF-8"};
 }
 
 } // namespace
@@ -218,7 +220,7 @@ YamlDocument::YamlDocument(std::string_view text, YamlErrors& errors)
     } catch (const Refusal& refusal) {
         errors.add(refusal.line, refusal.wrong, refusal.allowed);
     } catch (const YAML::Exception& problem) {
-        errors.add(line_of(problem.mark), "this is no YAML: " + problem.msg);
+        errors.add(line_of(problem.mark), "not valid YAML: " + problem.msg);
     }
     m_root = &m_nodes.emplace_back();
 }

@@ -21,7 +21,7 @@ public:
     void add(int line, const std::string& wrong, const std::string& allowed = {});
     size_t count() const { return m_count; }
     bool is_empty() const { return m_count == 0; }
-    /// The kept ones, and a last line that tells how many more there are.
+    /// The kept ones, and a last line that says how many more there are.
     std::vector<std::string> lines() const;
 
 private:
@@ -54,7 +54,7 @@ public:
     static constexpr size_t most_values = 100000;
     static constexpr size_t deepest = 32;
 
-    /// Reports into `errors` what is no YAML, or is beyond a limit; the root is then nothing.
+    /// Reports into `errors` what is not valid YAML, or exceeds a limit; the root is then nothing.
     YamlDocument(std::string_view text, YamlErrors& errors);
     YamlDocument(const YamlDocument&) = delete;
     YamlDocument& operator=(const YamlDocument&) = delete;
@@ -68,7 +68,7 @@ private:
     const YamlNode* m_root;
 };
 
-/// A text for a message: in quotes, shortened, and without characters that would spoil a line of a log.
+/// A text for a message: in quotes, shortened, and without characters that would spoil a log line.
 std::string in_quotes(std::string_view text);
 
 } // namespace zvsim

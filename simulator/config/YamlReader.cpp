@@ -60,7 +60,7 @@ std::string shown_duration(std::chrono::nanoseconds duration)
 
 bool is_printable(char character) { return character >= 0x20 && character < 0x7F; }
 
-/// How many characters must be inserted, removed or replaced to make one word of the other.
+/// How many characters must be inserted, removed or replaced to turn one word into the other.
 size_t distance(std::string_view from, std::string_view to)
 {
     std::vector<size_t> row(to.size() + 1);
@@ -85,6 +85,11 @@ std::string nearest(std::string_view word, const std::vector<std::string_view>& 
         return distance(word, left) < distance(word, right);
     });
     return distance(word, *found) <= std::max<size_t>(2, word.size() / 3) ? std::string{*found} : "";
+}
+
+std::string did_you_mean(const std::string& word)
+{
+    return word.empty() ? "" : "; did you mean " + word + "?";
 }
 
 } // namespace
@@ -122,7 +127,7 @@ std::string YamlValue::shown() const
 void YamlValue::wrong_choice(const std::vector<std::string_view>& words) const
 {
     const std::string hint = is_scalar() ? nearest(raw(), words) : "";
-    report(m_name + " is " + shown() + (hint.empty() ? "" : " (meant is " + hint + "?)"), joined(words));
+    report(m_name + " is " + shown() + did_you_mean(hint), joined(words));
 }
 
 std::optional<std::string> YamlValue::text(size_t longest, size_t shortest) const
@@ -147,7 +152,7 @@ std::optional<std::filesystem::path> YamlValue::path(const char* what, size_t lo
         if (path.is_absolute())
             return path;
     } catch (const std::system_error&) {
-        // bytes that are no letters, on a system whose names are made of letters
+        // bytes that are not valid text, on a system whose file names are text
     }
     wrong(std::string{"the absolute path of "} + what);
     return std::nullopt;
@@ -225,7 +230,7 @@ YamlMap::YamlMap(const YamlValue& value, const YamlKeys& keys) : m_value{value}
 {
     static const YamlNode no_keys{};
     if (!value.is_map()) {
-        value.wrong(std::string{"a section with the keys of a "} + keys.section + ": " + joined(keys.keys));
+        value.wrong(std::string{"a section with "} + keys.section + " keys: " + joined(keys.keys));
         m_value.m_node = &no_keys;
         return;
     }
@@ -234,8 +239,8 @@ YamlMap::YamlMap(const YamlValue& value, const YamlKeys& keys) : m_value{value}
             continue;
         const std::string hint = nearest(key->text, keys.keys);
         value.m_errors->add(key->line,
-                            in_quotes(key->text) + " is no key of a " + keys.section +
-                                (hint.empty() ? "" : " (meant is " + hint + "?)"),
+                            std::string{"unknown "} + keys.section + " key " + in_quotes(key->text) +
+                                did_you_mean(hint),
                             joined(keys.keys));
     }
 }

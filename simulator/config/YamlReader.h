@@ -13,7 +13,7 @@
 #include "simulator/config/YamlDocument.h"
 
 // Values of a configuration file, checked while they are read. Whatever is wrong is reported with its line
-// and with what is allowed, and reading goes on, so that all mistakes of a file come to light at once.
+// and with what is allowed, and reading goes on, so that all mistakes of a file are reported at once.
 
 namespace zvsim {
 
@@ -22,7 +22,7 @@ class YamlMap;
 /// The keys that a kind of section may have. Defined once, as a constant: a test compares them with the
 /// schema.
 struct YamlKeys {
-    /// "grabber", as it reads in a message: 'no key of a grabber'.
+    /// "grabber", as in the message 'unknown grabber key'.
     const char* section;
     std::vector<std::string_view> keys;
 };
@@ -45,7 +45,7 @@ public:
     bool is_scalar() const { return m_node->kind == YamlNode::Kind::scalar; }
     bool is_list() const { return m_node->kind == YamlNode::Kind::list; }
     bool is_map() const { return m_node->kind == YamlNode::Kind::map; }
-    /// The text of a scalar as it stands in the file; empty for anything else.
+    /// The text of a scalar exactly as in the file; empty for anything else.
     const std::string& raw() const { return m_node->text; }
 
     /// Printable ASCII, in quotes or not.

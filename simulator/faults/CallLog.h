@@ -14,9 +14,9 @@ namespace zvsim {
 /// are numbered in the order in which they appear, and neither addresses nor times are written.
 ///
 /// What happens on the thread of a stream (its frames, its faults, and calls from inside its callbacks)
-/// happens beside the other calls in an order that no run repeats. It is collected for each stream, and
-/// written when another thread starts or ends something that the stream belongs to. Guarded by the library's
-/// lock.
+/// happens alongside the other calls, in an order that differs from run to run. It is collected for each
+/// stream, and written when another thread starts or ends something that the stream belongs to. Guarded by
+/// the library's lock.
 class CallLog {
 public:
     /// A file that cannot be written gives a log without effect; see is_open().

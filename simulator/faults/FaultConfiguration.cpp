@@ -5,7 +5,7 @@
 
 #include "zvgr/ZVGRLib.h"
 
-#include "simulator/Limits.h"
+#include "simulator/Settings.h"
 
 namespace zvsim {
 
@@ -18,7 +18,7 @@ constexpr size_t longest_name = 100;
 constexpr std::chrono::minutes longest_hold_up{10};
 constexpr std::chrono::hours longest_time{24 * 365};
 
-// Made where they are used: a call that comes while the process ends must find them whole.
+// Built where they are used, so that they still exist for a call while the process ends.
 
 YamlKeys fault_section()
 {
@@ -29,7 +29,7 @@ YamlKeys fault_section()
 
 YamlKeys trigger_section()
 {
-    return {"fault's 'when'", {"call", "frame", "every", "until", "after", "since", "probability"}};
+    return {"'when'", {"call", "frame", "every", "until", "after", "since", "probability"}};
 }
 
 YamlKeys event_section() { return {"event", {"at", "scan", "do", "grabber", "camera"}}; }
@@ -116,7 +116,7 @@ void read_place(const YamlMap& map, Place& place)
 {
     map.integer("grabber", place.grabber, 0, most_grabbers);
     if (map.integer("camera", place.camera, 0, most_cameras - 1) && !map.has("grabber"))
-        map.report("a camera without its grabber", "grabber and camera");
+        map.report("'camera' is given without its grabber", "grabber and camera");
 }
 
 /// The keys of a trigger that do not go with each other or with the kind.
@@ -124,13 +124,13 @@ void check_trigger(const YamlMap& map, Opportunity opportunity)
 {
     const bool is_of_frames = opportunity == Opportunity::frame;
     if (is_of_frames && map.has("call"))
-        map.report("'call' belongs to faults of calls", "frame, every, until, after, since, probability");
+        map.report("'call' applies to call faults only", "frame, every, until, after, since, probability");
     if (!is_of_frames && map.has("frame"))
-        map.report("'frame' belongs to faults of frames", "call, every, until, after, probability");
+        map.report("'frame' applies to frame faults only", "call, every, until, after, probability");
     if (!is_of_frames && map.has("since"))
-        map.report("'since' belongs to faults of frames", "call, every, until, after, probability");
+        map.report("'since' applies to frame faults only", "call, every, until, after, probability");
     if (map.has("since") && !map.has("after"))
-        map.report("'since' goes with 'after'", "after and since");
+        map.report("'since' needs 'after'", "after and since");
 }
 
 Trigger read_trigger(const YamlMap& map, Opportunity opportunity)
@@ -151,7 +151,7 @@ Trigger read_trigger(const YamlMap& map, Opportunity opportunity)
     if (map.integer("until", until, trigger.is_by_frame ? 0 : 1, any_number)) {
         trigger.last = trigger.is_by_frame ? until : until - 1;
         if (trigger.last < trigger.first)
-            map.report("'until' lies before the first one", "a later one");
+            map.report("'until' comes before the first occurrence", "a later one");
     } else if (has_first && !has_every) {
         trigger.last = trigger.first;
     }
@@ -187,7 +187,7 @@ void read_parameters(const YamlMap& map, FaultRule& rule)
     }
     for (const std::string_view key : fault_section().keys) {
         if (map.has(key) && !is_allowed(key, rule))
-            map.find(key)->report("'" + std::string{key} + "' does not belong to such a fault",
+            map.find(key)->report("'" + std::string{key} + "' does not apply to this kind of fault",
                                   joined(allowed_keys(rule)));
     }
     map.text("name", rule.name, longest_name, 1);
@@ -195,7 +195,7 @@ void read_parameters(const YamlMap& map, FaultRule& rule)
     if (map.integer("command", command, 0, any_status))
         rule.command = command;
     if (map.integer("status", rule.status, 0, any_status) && rule.status == status_ok)
-        map.find("status")->wrong("any number but that of success, 0x3000");
+        map.find("status")->wrong("any number except 0x3000, which means success");
     if (row.has_time && !map.duration("time", rule.time, std::chrono::nanoseconds{0}, longest_hold_up) &&
         !map.has("time"))
         map.report("'time' is missing", "a number with a unit, as in 100 ms");
@@ -231,7 +231,7 @@ PlugEvent read_event(const YamlValue& value)
         map.report("'grabber' is missing", "the index of a grabber");
     read_place(map, event.place);
     if (map.has("at") == map.has("scan"))
-        map.report("an event needs a time or a scan, and not both", "at, scan");
+        map.report("an event needs a time or a scan, but not both", "at, scan");
     std::chrono::nanoseconds at{0};
     if (map.duration("at", at, std::chrono::nanoseconds{0}, longest_time))
         event.at = at;

@@ -109,7 +109,7 @@ void FaultEngine::judge(const Call& call, const Place& place, RuleState& state, 
         return;
     log_call_fault(call, rule);
     switch (row_of(rule.kind).effect) {
-    case Effect::fails: // whoever ends something relies on its end: memory may be gone afterwards
+    case Effect::fails: // the caller of an ending function relies on the end: memory may be gone afterwards
         verdict.is_carried_out = verdict.is_carried_out && row_of(call.function).ends;
         verdict.failure = rule.status;
         break;

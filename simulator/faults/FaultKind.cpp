@@ -47,7 +47,8 @@ constexpr FunctionSet reads = functions(F::grabber_read, F::camera_read);
 constexpr FunctionSet writes = functions(F::grabber_write, F::camera_write);
 constexpr FunctionSet values =
     functions(F::grabber_integer, F::grabber_enumeration, F::camera_integer, F::camera_enumeration);
-// A grabber that goes during its end is not worth a fault, and a scan asks for no certain one.
+// A grabber that disappears while it is being closed is not worth a fault, and a scan is not about a
+// particular one.
 constexpr FunctionSet at_a_grabber = all_functions & ~functions(F::device_scan, F::close, F::camera_close,
                                                                 F::stream_delete, F::buffer_revoke, F::stop);
 
@@ -128,14 +129,5 @@ static_assert(sizeof(rows) / sizeof(rows[0]) == fault_kind_count);
 } // namespace
 
 const FaultKindRow& row_of(FaultKind kind) { return rows[static_cast<size_t>(kind)]; }
-
-std::optional<FaultKind> find_fault_kind(std::string_view name)
-{
-    for (size_t i = 0; i < fault_kind_count; ++i) {
-        if (name == rows[i].name)
-            return static_cast<FaultKind>(i);
-    }
-    return std::nullopt;
-}
 
 } // namespace zvsim

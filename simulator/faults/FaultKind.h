@@ -2,8 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
-#include <string_view>
 
 #include "simulator/faults/Function.h"
 
@@ -99,9 +97,9 @@ enum class Effect : uint8_t {
     untouched,
     /// Its results are others.
     alters,
-    /// Camera or grabber are gone from now on.
+    /// The camera or grabber is gone from now on.
     loses,
-    /// Nothing: the fault is none of calls.
+    /// Nothing: it is not a fault of calls.
     on_frames,
 };
 
@@ -126,6 +124,5 @@ struct FaultKindRow {
 };
 
 const FaultKindRow& row_of(FaultKind kind);
-std::optional<FaultKind> find_fault_kind(std::string_view name);
 
 } // namespace zvsim

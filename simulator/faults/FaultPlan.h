@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "simulator/Status.h"
 #include "simulator/faults/FaultKind.h"
 
 // What is to go wrong, as it was configured. Plain values.

@@ -103,7 +103,7 @@ void FrameFate::suffer(const FaultRule& rule)
     case FaultKind::callback_missing:
         is_unreported = true;
         break;
-    default: // no fault of a single frame
+    default: // not a fault of a single frame
         break;
     }
 }

@@ -46,13 +46,4 @@ static_assert(sizeof(rows) / sizeof(rows[0]) == function_count);
 
 const FunctionRow& row_of(Function function) { return rows[static_cast<size_t>(function)]; }
 
-std::optional<Function> find_function(std::string_view name)
-{
-    for (size_t i = 0; i < function_count; ++i) {
-        if (name == rows[i].name)
-            return static_cast<Function>(i);
-    }
-    return std::nullopt;
-}
-
 } // namespace zvsim

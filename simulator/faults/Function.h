@@ -2,12 +2,25 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
-#include <string_view>
 
-// The exported functions by name.
+#include "zvgr/ZVGRLib.h"
+
+// The exported functions by name, and the status values that they answer.
 
 namespace zvsim {
+
+constexpr uint32_t status_ok = zv_success;
+constexpr uint32_t status_bad_handle = 0x3001;
+constexpr uint32_t status_bad_argument = 0x3002;
+/// Already running.
+constexpr uint32_t status_in_use = 0x3003;
+/// Needs an open camera.
+constexpr uint32_t status_not_ready = 0x3004;
+constexpr uint32_t status_unsupported = 0x3005;
+/// Out of memory or of threads.
+constexpr uint32_t status_failed = 0x3006;
+/// The camera or grabber is not there any more.
+constexpr uint32_t status_gone = 0x3007;
 
 enum class Function : uint8_t {
     device_scan,
@@ -61,7 +74,6 @@ struct FunctionRow {
 };
 
 const FunctionRow& row_of(Function function);
-std::optional<Function> find_function(std::string_view name);
 
 /// Some of the functions.
 using FunctionSet = uint64_t;

@@ -5,7 +5,6 @@
 #include <thread>
 
 #include "simulator/Library.h"
-#include "simulator/Status.h"
 
 namespace zvsim {
 

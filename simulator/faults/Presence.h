@@ -26,7 +26,7 @@ public:
     void begin_scan();
     /// Before the cameras of a grabber are listed.
     void begin_camera_list(uint32_t grabber);
-    /// Lets happen what is due by time.
+    /// Carries out what is due by time.
     void advance(Clock::time_point first_scan, Clock::time_point now);
     /// Whether anything has gone or come since the last time that this was asked.
     bool take_change() { return std::exchange(m_has_changed, false); }

@@ -63,7 +63,7 @@ bool RuleState::is_drawn(size_t cell, uint64_t opportunity) const
 {
     if (m_rule.when.probability >= 1)
         return true;
-    constexpr double steps = 9007199254740992.0; // 2^53: all of them are numbers of their own
+    constexpr double steps = 9007199254740992.0; // 2^53: a double represents each of them exactly
     const uint64_t drawn = mixed(mixed(m_seed + cell) + opportunity) >> 11U;
     return static_cast<double>(drawn) < m_rule.when.probability * steps;
 }

@@ -18,9 +18,9 @@ struct Occasion {
     Clock::time_point start;
 };
 
-/// A rule with its counters. Opportunities at calls are counted together; those at frames and starts for each
-/// camera apart, since streams of several cameras race each other. So what happens at an opportunity depends
-/// on nothing but the seed, the rule and how many opportunities there were before.
+/// A rule with its counters. Opportunities at calls are counted together; those at frames and starts
+/// separately for each camera, since the streams of several cameras race each other. So what happens at an
+/// opportunity depends on nothing but the seed, the rule and how many opportunities there were before.
 class RuleState {
 public:
     /// `number` is the rule's position; `grabbers` how many there are.

@@ -68,7 +68,7 @@ struct Url {
     unsigned long long length{0};
 };
 
-/// What stands in a good URL; nothing for any other.
+/// What a valid URL contains; nothing for any other.
 std::optional<Url> url_from(const Call& call)
 {
     const std::string text{static_cast<const char*>(call.data),

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "simulator/Limits.h"
-
 namespace zvsim {
 
 namespace {

@@ -7,10 +7,8 @@
 #include <set>
 #include <string_view>
 
-#include "simulator/Limits.h"
 #include "simulator/features/GrabberRegisters.h"
 #include "simulator/features/RegisterSpace.h"
-#include "simulator/features/templates.h"
 
 namespace zvsim {
 
@@ -97,7 +95,7 @@ std::string joined(std::string entries) { return entries.erase(entries.find_last
 std::string format_entries(const CameraModel& model)
 {
     std::string entries;
-    std::set<uint32_t> codes; // a value stands for one name
+    std::set<uint32_t> codes; // each value has one name only
     for (const PixelFormat* const format : model.formats) {
         const uint32_t code = code_of(*format, model.format_codes);
         if (codes.insert(code).second)

@@ -21,4 +21,8 @@ struct Description {
 std::shared_ptr<const Description> describe_camera(const CameraModel& model);
 std::shared_ptr<const Description> describe_grabber(const GrabberModel& model);
 
+// The templates, as the build embeds them. What is between two @ depends on the model.
+std::string camera_template();
+std::string grabber_template();
+
 } // namespace zvsim

@@ -7,7 +7,9 @@ string(REGEX REPLACE "(0x..,0x..,0x..,0x..,0x..,0x..,0x..,0x..,0x..,0x..,0x..,0x
     bytes "${bytes}")
 get_filename_component(file_name ${INPUT} NAME)
 file(WRITE ${OUTPUT} "// Written by the build from ${file_name}.
-#include \"simulator/features/templates.h\"
+#include \"simulator/features/Description.h\"
+
+#include <iterator>
 
 namespace zvsim {
 

@@ -21,7 +21,7 @@ struct GrabberSubject {
 
 /// What a write works on until the whole of it is accepted.
 struct GrabberEdit {
-    /// Whose counters begin anew.
+    /// Those whose counters are reset.
     std::vector<CameraDevice*> resets;
     /// The one that the present register is about.
     CameraDevice* camera{nullptr};

@@ -8,7 +8,7 @@
 
 namespace zvsim {
 
-/// How a register's value stands in its bytes; numbers are big-endian.
+/// How a register's value is stored in its bytes; numbers are big-endian.
 enum class RegisterKind {
     integer,
     enumeration,
@@ -54,7 +54,7 @@ constexpr size_t longest_register = 64;
 struct RegisterPlace {
     uint64_t address;
     size_t length;
-    /// For whoever found it.
+    /// For the class that found it.
     const void* row;
     /// The repetition of the row, for registers that exist several times.
     size_t block;
@@ -73,7 +73,7 @@ public:
     uint32_t read(uint64_t address, unsigned char* bytes, uint32_t size) const;
     /// Writes, the same way; 0 also when one of the registers refuses. Nothing has changed before commit().
     uint32_t write(uint64_t address, const unsigned char* bytes, uint32_t size);
-    /// Lets what was written take effect.
+    /// Makes what was written take effect.
     virtual void commit() = 0;
     /// Whether anything is there.
     bool is_mapped(uint64_t address) const;

@@ -1,10 +1,10 @@
 #include "simulator/pictures/PatternScene.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 
 #include "simulator/Devices.h"
-#include "simulator/pictures/digits.h"
-#include "simulator/pictures/star.h"
 
 namespace zvsim {
 
@@ -126,6 +126,107 @@ void noise(const PatternWindow& window, ScenePlace place, SceneRow& row)
         row.green[column] = static_cast<uint16_t>((random >> 16U & 0xFFFF) >> surplus);
         row.blue[column] = static_cast<uint16_t>((random >> 32U & 0xFFFF) >> surplus);
     }
+}
+
+// The frame's number in large digits.
+
+constexpr uint32_t digit_height = 5;
+constexpr uint32_t cell_width = 4; // three columns of dots, and one between digits
+constexpr uint64_t most_digits = 8;
+
+/// Five rows of three dots, from the top left dot in the highest bit.
+constexpr std::array<uint16_t, 10> shapes{0b111'101'101'101'111, 0b010'110'010'010'111, 0b111'001'111'100'111,
+                                          0b111'001'111'001'111, 0b101'101'111'001'001, 0b111'100'111'001'111,
+                                          0b111'100'111'101'111, 0b111'001'001'001'001, 0b111'101'111'101'111,
+                                          0b111'101'111'001'111};
+
+/// Where the digits are: in the middle of the sensor, as large as there is room for.
+struct Layout {
+    explicit Layout(const PatternWindow& window)
+        : digits{std::clamp<uint64_t>(window.sensor_width / cell_width, 1, most_digits)},
+          dot{std::max<uint64_t>(1, std::min<uint64_t>(window.sensor_width / (digits * cell_width),
+                                                       window.sensor_height / (digit_height + 2)))},
+          left{(window.sensor_width - std::min<uint64_t>(window.sensor_width, digits * cell_width * dot)) /
+               2},
+          top{(window.sensor_height - std::min<uint64_t>(window.sensor_height, digit_height * dot)) / 2}
+    {
+    }
+
+    uint64_t digits;
+    /// Pixels that a dot is wide and high.
+    uint64_t dot;
+    uint64_t left;
+    uint64_t top;
+};
+
+/// The digit at a place counted from the left.
+uint64_t digit_at(uint64_t number, uint64_t place, uint64_t digits)
+{
+    for (; place + 1 < digits; ++place)
+        number /= 10;
+    return number % 10;
+}
+
+/// Rows that cut the digits at the same height, or pass above or below them, are alike.
+uint64_t row_of_digits(const PatternWindow& window, ScenePlace place)
+{
+    const Layout layout{window};
+    return place.y < layout.top ? digit_height
+                                : std::min<uint64_t>((place.y - layout.top) / layout.dot, digit_height);
+}
+
+void draw_digits(const PatternWindow& window, ScenePlace place, SceneRow& row)
+{
+    const Layout layout{window};
+    const uint64_t line = row_of_digits(window, place);
+    std::fill(row.green.begin(), row.green.end(), uint16_t{0});
+    if (line == digit_height)
+        return;
+    for (uint64_t at = 0; at < layout.digits; ++at) {
+        const uint16_t shape = shapes[digit_at(place.picture, at, layout.digits)];
+        for (uint64_t column = 0; column + 1 < cell_width; ++column) {
+            if ((shape >> (14 - line * 3 - column) & 1U) == 0)
+                continue;
+            const uint64_t first = layout.left + (at * cell_width + column) * layout.dot;
+            const uint64_t end = window.left + row.green.size();
+            for (uint64_t x = std::max<uint64_t>(first, window.left); x < std::min(first + layout.dot, end);
+                 ++x)
+                row.green[x - window.left] = window.full_scale();
+        }
+    }
+}
+
+// Rays from the middle of the sensor.
+
+constexpr size_t half_circle = 36; // sectors of five degrees
+
+/// Cotangents of the angles between two sectors, from the left to the right.
+std::array<double, half_circle> make_borders()
+{
+    constexpr double degree = 3.14159265358979323846 / 180;
+    std::array<double, half_circle> borders{};
+    for (size_t at = 0; at < borders.size(); ++at)
+        borders[at] = 1 / std::tan((177.5 - 5 * static_cast<double>(at)) * degree);
+    return borders;
+}
+
+void draw_star(const PatternWindow& window, ScenePlace place, SceneRow& row)
+{
+    static const std::array<double, half_circle> borders = make_borders();
+    // The star is its own mirror image, so every row is drawn as one above the middle: a row then meets the
+    // borders one after the other. Distances from the middle are doubled, which makes them whole numbers.
+    const double height = std::abs(2.0 * place.y - (window.sensor_height - 1.0));
+    const double middle = window.sensor_width - 1.0;
+    const double left = window.left;
+    const auto columns = static_cast<double>(row.green.size());
+    auto from = row.green.begin();
+    bool is_bright = true; // the sectors to the left and to the right are
+    for (size_t at = 0; height > 0 && at < borders.size(); ++at, is_bright = !is_bright) {
+        const double border = std::ceil((height * borders[at] + middle) / 2) - left;
+        const auto end = row.green.begin() + static_cast<std::ptrdiff_t>(std::clamp(border, 0.0, columns));
+        from = std::fill_n(from, end - from, is_bright ? window.full_scale() : uint16_t{0});
+    }
+    std::fill(from, row.green.end(), window.full_scale());
 }
 
 /// One for each TestPattern, in its order.

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <new>
 
-#include "simulator/pictures/PngFile.h"
-#include "simulator/pictures/TiffFile.h"
-
 namespace zvsim {
 
 namespace {
@@ -35,9 +32,9 @@ std::optional<Picture> picture_for(const PictureHeader& header, uint64_t file_si
                                    std::string& problem)
 {
     if (header.channels != 1 && header.channels != 3)
-        problem = "is neither grey nor red, green and blue";
+        problem = "is neither grey nor RGB";
     else if (header.bits != 8 && header.bits != 16)
-        problem = "has " + std::to_string(header.bits) + " bits in a sample, not 8 or 16";
+        problem = "has " + std::to_string(header.bits) + " bits per sample, not 8 or 16";
     else if (header.width == 0 || header.height == 0)
         problem = "has no pixels";
     else if (header.width > largest_side || header.height > largest_side)

@@ -8,8 +8,8 @@
 
 #include "simulator/PixelFormat.h"
 
-// Picture files, whatever their kind. They may come from anywhere: nothing in them is believed before it has
-// been checked, and a file that cannot be used costs no more memory than it has bytes.
+// Picture files of any kind. They may come from anywhere: nothing in them is trusted before it has been
+// checked, and a file that cannot be used takes no more memory than it has bytes.
 
 namespace zvsim {
 
@@ -48,5 +48,11 @@ bool is_picture_file(const std::filesystem::path& file);
 /// The picture of such a file, bit for bit: grey or red, green and blue, with 8 or 16 bits in a sample.
 /// Empty, with `problem` set, for every other one.
 std::optional<Picture> read_picture(const std::filesystem::path& file, std::string& problem);
+
+/// What read_picture() does with a PNG file; in PngFile.cpp.
+std::optional<Picture> read_png(const std::filesystem::path& file, std::string& problem);
+/// What read_picture() does with a TIFF file; in TiffFile.cpp. The first picture of the file, in strips,
+/// without compression or with one that loses nothing (LZW, deflate, PackBits).
+std::optional<Picture> read_tiff(const std::filesystem::path& file, std::string& problem);
 
 } // namespace zvsim

@@ -1,4 +1,4 @@
-#include "simulator/pictures/PngFile.h"
+#include "simulator/pictures/PictureFile.h"
 
 #include <array>
 #include <csetjmp>
@@ -15,7 +15,7 @@ namespace zvsim {
 
 namespace {
 
-/// The most that deflate can make of a byte, and a little more.
+/// The most bytes that deflate can expand one byte to, and a few more.
 constexpr uint64_t best_compression = 1100;
 
 struct CloseFile {
@@ -81,7 +81,7 @@ bool read_rows(const PngReader& reader, png_bytepp rows)
     return true;
 }
 
-/// Why the pixels cannot be delivered as they stand in the file; empty if they can.
+/// Why the pixels cannot be delivered exactly as stored; empty if they can.
 std::string objection_to(const PngReader& reader)
 {
     const int color_type = png_get_color_type(reader.png(), reader.info());

@@ -1,4 +1,4 @@
-#include "simulator/pictures/TiffFile.h"
+#include "simulator/pictures/PictureFile.h"
 
 #include <algorithm>
 #include <array>
@@ -29,7 +29,7 @@ int keep_first_error(TIFF* /*tiff*/, void* message, const char* /*module*/, cons
     auto& text = *static_cast<Message*>(message);
     if (text[0] == '\0')
         std::ignore = std::vsnprintf(text.data(), text.size(), format, arguments); // cut if too long
-    return 1; // nobody else is told: the handlers of the process are those of the application
+    return 1; // handled: the process-wide handlers belong to the application
 }
 
 int drop_warning(TIFF* /*tiff*/, void* /*user*/, const char* /*module*/, const char* /*format*/,
@@ -65,7 +65,7 @@ Tiff open_tiff(const std::filesystem::path& file, uint64_t file_size, Message& m
         return nullptr;
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep_first_error, &message);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), drop_warning, nullptr);
-    // Tables are kept wider than they stand in the file, but no file needs more than that.
+    // Tables take more room in memory than in the file, but no file needs more than this.
     const uint64_t most = std::min(picture_memory_limit, 4 * file_size + (uint64_t{16} << 20U));
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(most));
     return Tiff{open_tiff_file(file.c_str(), options.get())};
@@ -84,7 +84,7 @@ bool is_lossless(uint16_t compression)
            compression == COMPRESSION_PACKBITS;
 }
 
-/// Why the pixels cannot be delivered as they stand in the file; empty if they can.
+/// Why the pixels cannot be delivered exactly as stored; empty if they can.
 std::string objection_to(TIFF* tiff)
 {
     const uint16_t photometric = number(tiff, TIFFTAG_PHOTOMETRIC);
@@ -97,14 +97,14 @@ std::string objection_to(TIFF* tiff)
     if (photometric == PHOTOMETRIC_PALETTE)
         return "has a palette";
     if (photometric != PHOTOMETRIC_MINISBLACK && photometric != PHOTOMETRIC_RGB)
-        return "is neither grey from black to white nor red, green and blue";
+        return "is neither grey from black to white nor RGB";
     const uint16_t wanted = photometric == PHOTOMETRIC_RGB ? 3 : 1;
     if (samples > wanted)
         return "has an alpha channel or other extra samples";
     if (samples < wanted)
         return "has too few samples for its colours";
     if (wanted == 3 && number(tiff, TIFFTAG_PLANARCONFIG) != PLANARCONFIG_CONTIG)
-        return "keeps its colours in planes";
+        return "stores its colours in separate planes";
     if (number(tiff, TIFFTAG_SAMPLEFORMAT) != SAMPLEFORMAT_UINT)
         return "does not hold unsigned numbers";
     if (number(tiff, TIFFTAG_ORIENTATION) != ORIENTATION_TOPLEFT)

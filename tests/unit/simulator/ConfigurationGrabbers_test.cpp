@@ -1,171 +1,167 @@
 #include <set>
 #include <stdexcept>
 
-#include <gmock/gmock.h>
-
 #include "zvgr/ZVGRLib.h"
 
+#include "simulator/Devices.h"
 #include "simulator/config/CameraReader.h"
 #include "unit/simulator/configuration_texts.h"
 #include "unit/simulator/picture_files.h"
 
+// The grabbers and cameras that a file and the environment describe.
+
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using zvsim::CameraModel;
 using zvsim::Configuration;
+using zvsim::Environment;
 using zvsim::GrabberModel;
-using zvsim_test::absolute_path;
 using zvsim_test::camera_text;
 using zvsim_test::configured_by;
+using zvsim_test::environment_with;
+using zvsim_test::Like;
+using zvsim_test::Pixels;
+
+std::vector<CameraModel> cameras_of(const Configuration& configuration)
+{
+    std::vector<CameraModel> cameras;
+    for (const auto& grabber : configuration.grabbers)
+        cameras.insert(cameras.end(), grabber.cameras.begin(), grabber.cameras.end());
+    return cameras;
+}
 
 /// The one camera of a file without errors.
 CameraModel camera_of(const std::string& keys)
 {
     const auto configuration = configured_by(camera_text(keys));
     EXPECT_THAT(configuration->errors, IsEmpty());
-    if (configuration->grabbers.size() != 1 || configuration->grabbers[0].cameras.size() != 1)
+    const auto cameras = cameras_of(*configuration);
+    if (cameras.size() != 1)
         throw std::runtime_error{"not one camera"};
-    return configuration->grabbers[0].cameras[0];
+    return cameras[0];
 }
 
-std::vector<std::string> errors_of(const std::string& keys)
+std::vector<std::string> names_of(const std::string& text)
 {
-    return configured_by(camera_text(keys))->errors;
+    std::vector<std::string> names;
+    const auto configuration = configured_by(text);
+    for (const GrabberModel& grabber : configuration->grabbers)
+        names.push_back(grabber.display_name);
+    return names;
 }
 
-TEST(ConfigurationGrabbers, WithoutKeysAGrabberIsUsualForItsProtocol)
+std::vector<std::string> format_names(const CameraModel& camera)
+{
+    std::vector<std::string> names;
+    for (const auto* const format : camera.formats)
+        names.emplace_back(format->name);
+    return names;
+}
+
+/// Sensor, size and offset of the picture, and its format.
+std::string picture_of(const CameraModel& camera)
+{
+    const auto& start = camera.start;
+    const auto pair = [](uint32_t x, uint32_t y) { return std::to_string(x) + "x" + std::to_string(y); };
+    return pair(camera.sensor_width, camera.sensor_height) + " " + pair(start.width, start.height) + " " +
+           pair(start.offset_x, start.offset_y) + " " + start.format->name;
+}
+
+TEST(ConfigurationGrabbers, HaveTheUsualKeysOfTheirProtocol)
 {
     const auto configuration = configured_by(
         "demo_grabber: false\ngrabbers: [{}, {protocol: CameraLinkHS}, {protocol: GigEVision}]\n");
-    ASSERT_EQ(3U, configuration->grabbers.size());
-    const auto& grabbers = configuration->grabbers;
-    EXPECT_EQ("ZEVA Software Grabber", grabbers[0].display_name);
-    EXPECT_EQ(uint32_t{zv_protocol_cxp}, grabbers[0].protocol);
-    EXPECT_EQ(uint32_t{zv_protocol_clhs}, grabbers[1].protocol);
-    EXPECT_EQ(uint32_t{zv_protocol_gev}, grabbers[2].protocol);
-    EXPECT_TRUE(grabbers[0].has_image_ids);
-    EXPECT_FALSE(grabbers[1].has_image_ids);
-    EXPECT_FALSE(grabbers[2].has_image_ids);
-    EXPECT_FALSE(grabbers[0].reports_geometry);
-    EXPECT_TRUE(grabbers[1].reports_geometry);
-    EXPECT_FALSE(grabbers[2].reports_geometry);
-    for (const GrabberModel& grabber : grabbers) {
+    const uint32_t protocols[] = {zv_protocol_cxp, zv_protocol_clhs, zv_protocol_gev};
+    ASSERT_EQ(std::size(protocols), configuration->grabbers.size());
+    for (size_t index = 0; index < std::size(protocols); ++index) {
+        const uint32_t protocol = protocols[index];
+        const GrabberModel& grabber = configuration->grabbers[index];
+        EXPECT_EQ("ZEVA Software Grabber", grabber.display_name);
+        EXPECT_EQ(protocol, grabber.protocol);
+        EXPECT_EQ(protocol == zv_protocol_cxp, grabber.has_image_ids);
+        EXPECT_EQ(protocol == zv_protocol_clhs, grabber.reports_geometry);
         EXPECT_EQ(1U, grabber.segments_per_buffer);
         EXPECT_THAT(grabber.cameras, IsEmpty());
     }
 }
 
-TEST(ConfigurationGrabbers, KeysOfAGrabberHoldWhateverItsProtocol)
+TEST(ConfigurationGrabbers, FollowTheirKeysWhateverTheirProtocol)
 {
-    const auto configuration = configured_by("grabbers:\n"
-                                             "  - name: Own\n"
-                                             "    protocol: CameraLinkHS\n"
-                                             "    image_ids: true\n"
-                                             "    reports_geometry: false\n"
-                                             "    segments_per_buffer: 4\n");
-    const GrabberModel& grabber = configuration->grabbers.at(0);
+    const GrabberModel grabber =
+        configured_by("grabbers: [{name: Own, protocol: CameraLinkHS, image_ids: true, "
+                      "reports_geometry: false, segments_per_buffer: 4}]\n")
+            ->grabbers.at(0);
     EXPECT_EQ("Own", grabber.display_name);
     EXPECT_TRUE(grabber.has_image_ids);
     EXPECT_FALSE(grabber.reports_geometry);
     EXPECT_EQ(4U, grabber.segments_per_buffer);
 }
 
-TEST(ConfigurationGrabbers, DemoGrabberIsTheLastOneUnlessItIsOff)
+TEST(ConfigurationGrabbers, AreThoseOfTheFileOrElseTheBuiltInOnesAndTheDemoGrabberUnlessItIsOff)
 {
-    EXPECT_EQ("ZEVA Demo Grabber", configured_by("grabbers: [{}]\n")->grabbers.back().display_name);
-    EXPECT_EQ(2U, configured_by("demo_grabber: true\ngrabbers: [{}]\n")->grabbers.size());
-    EXPECT_EQ(1U, configured_by("demo_grabber: false\ngrabbers: [{}]\n")->grabbers.size());
-    EXPECT_THAT(configured_by("demo_grabber: false\ngrabbers: []\n")->grabbers, IsEmpty());
+    const std::string demo{"ZEVA Demo Grabber"};
+    const std::string cxp{"ZEVA Software Grabber CXP-2"};
+    const std::string clhs{"ZEVA Software Grabber CLHS-1"};
+    EXPECT_THAT(names_of("grabbers: [{name: A}]\n"), ElementsAre("A", demo));
+    EXPECT_THAT(names_of("demo_grabber: true\ngrabbers: [{name: A}]\n"), ElementsAre("A", demo));
+    EXPECT_THAT(names_of("demo_grabber: false\ngrabbers: [{name: A}]\n"), ElementsAre("A"));
+    EXPECT_THAT(names_of("demo_grabber: false\ngrabbers: []\n"), IsEmpty());
+    EXPECT_THAT(names_of("demo_grabber: true\n"), ElementsAre(cxp, clhs, demo));
+    EXPECT_THAT(names_of("demo_grabber: false\n"), ElementsAre(cxp, clhs));
+    EXPECT_THAT(names_of("# nothing\n"), ElementsAre(cxp, clhs, demo));
 }
 
-TEST(ConfigurationGrabbers, WithoutGrabbersInTheFileThereAreTheBuiltInOnes)
+TEST(ConfigurationGrabbers, BuiltInOnesHaveTheirCameras)
 {
-    EXPECT_EQ(3U, configured_by("demo_grabber: true\n")->grabbers.size());
-    EXPECT_EQ(2U, configured_by("demo_grabber: false\n")->grabbers.size());
-    EXPECT_EQ(3U, configured_by("# nothing\n")->grabbers.size());
-}
-
-TEST(ConfigurationGrabbers, RepeatedOnesAreNumbered)
-{
-    const auto configuration =
-        configured_by("grabbers: [{name: Left, count: 2, cameras: [{serial: A}]}, {name: Right}]\n");
-    ASSERT_EQ(4U, configuration->grabbers.size());
-    EXPECT_EQ("Left 1", configuration->grabbers[0].display_name);
-    EXPECT_EQ("Left 2", configuration->grabbers[1].display_name);
-    EXPECT_EQ("Right", configuration->grabbers[2].display_name);
-    EXPECT_EQ("A", configuration->grabbers[0].cameras[0].serial_number);
-    EXPECT_EQ("A", configuration->grabbers[1].cameras[0].serial_number);
-}
-
-TEST(ConfigurationGrabbers, SixtyFourAreTheMost)
-{
-    EXPECT_EQ(65U, configured_by("grabbers: [{count: 60}, {count: 4}]\n")->grabbers.size());
-    EXPECT_THAT(
-        configured_by("grabbers:\n- count: 60\n- count: 5\n")->errors,
-        ElementsAre("grabbers.yaml:3: there are more than 64 grabbers; allowed: up to 64 grabbers, with "
-                    "their count"));
-    std::string text{"grabbers:\n"};
-    for (int grabber = 0; grabber < 65; ++grabber)
-        text += "  - {}\n";
-    EXPECT_THAT(
-        configured_by(text)->errors,
-        ElementsAre(HasSubstr("grabbers is a list with 65 entries; allowed: a list with 0 to 64 entries")));
-}
-
-TEST(ConfigurationGrabbers, SixteenCamerasAreTheMost)
-{
-    EXPECT_EQ(16U, configured_by("grabbers: [{cameras: [{count: 15}, {}]}]\n")->grabbers[0].cameras.size());
-    EXPECT_THAT(
-        configured_by("grabbers:\n- cameras:\n  - count: 15\n  - count: 2\n")->errors,
-        ElementsAre("grabbers.yaml:4: a grabber has more than 16 cameras; allowed: up to 16 cameras, with "
-                    "their count"));
-}
-
-TEST(ConfigurationGrabbers, RepeatedCamerasHaveNumberedSerialsAndUserIds)
-{
-    const auto configuration =
-        configured_by("grabbers: [{cameras: [{serial: S, user_id: Eye, count: 2}, {serial: T}]}]\n");
-    const auto& cameras = configuration->grabbers.at(0).cameras;
-    ASSERT_EQ(3U, cameras.size());
-    EXPECT_EQ("S-1", cameras[0].serial_number);
-    EXPECT_EQ("S-2", cameras[1].serial_number);
-    EXPECT_EQ("T", cameras[2].serial_number);
-    EXPECT_EQ("Eye 1", cameras[0].user_id);
-    EXPECT_EQ("Eye 2", cameras[1].user_id);
-}
-
-TEST(ConfigurationGrabbers, NumbersBehindATextLeaveItShorter)
-{
-    const std::string text(61, 'x');
-    EXPECT_THAT(errors_of("serial: " + text + "\nuser_id: " + text + "\ncount: 16\n"), IsEmpty());
-    EXPECT_THAT(errors_of("serial: x" + text + "\ncount: 2\n"), ElementsAre(HasSubstr("allowed: 1 to 61 ")));
-    EXPECT_THAT(errors_of("user_id: x" + text + "\ncount: 2\n"), ElementsAre(HasSubstr("allowed: 0 to 61 ")));
-}
-
-TEST(ConfigurationGrabbers, CamerasWithoutSerialGetDifferentOnes)
-{
-    const auto configuration = configured_by("grabbers: [{count: 64, cameras: [{count: 10}, {count: 6}]}]\n");
-    std::set<std::string> serials;
-    for (const GrabberModel& grabber : configuration->grabbers) {
-        for (const CameraModel& camera : grabber.cameras)
-            serials.insert(camera.serial_number);
+    const auto configuration = Configuration::make({});
+    EXPECT_THAT(configuration->errors, IsEmpty());
+    EXPECT_THAT(configuration->warnings, IsEmpty());
+    const auto cameras = cameras_of(*configuration);
+    std::vector<std::string> pictures;
+    for (const auto& camera : cameras) {
+        EXPECT_EQ(25, camera.start.frames_per_second);
+        pictures.push_back(camera.serial_number + " " + picture_of(camera));
     }
-    EXPECT_EQ(size_t{64} * 16 + 1, serials.size());
+    EXPECT_THAT(pictures,
+                ElementsAre("SCX640-0001 640x480 640x480 0x0 Mono8", "SCX800-0002 800x600 800x600 0x0 Mono16",
+                            "SHS2048-0003 2048x1024 2048x1024 0x0 Mono8",
+                            "SDEMO-0004 320x240 320x240 0x0 Mono8"));
+    EXPECT_EQ(2U, configuration->grabbers[0].cameras.size());
+    const GrabberModel grabber;
+    EXPECT_EQ(uint64_t{800} * 600 * 2, (zvsim::CameraDevice{cameras[1], grabber}.payload()));
 }
 
-TEST(ConfigurationGrabbers, SerialsOfAGrabberDiffer)
+TEST(ConfigurationGrabbers, AreNumberedWithTheirCamerasWhenTheyAreRepeated)
 {
-    EXPECT_THAT(
-        configured_by("grabbers:\n- cameras:\n  - serial: A-2\n  - {serial: A, count: 2}\n")->errors,
-        ElementsAre("grabbers.yaml:4: the serial number \"A-2\" is that of the camera in line 3; allowed: a "
-                    "serial number for each camera of a grabber"));
-    EXPECT_THAT(configured_by("grabbers: [{cameras: [{serial: A}]}, {cameras: [{serial: A}]}]\n")->errors,
-                IsEmpty());
+    const auto configuration = configured_by(
+        "grabbers: [{name: Left, count: 2, cameras: [{serial: S, user_id: Eye, count: 2}, {serial: T}]}, "
+        "{name: Right}]\n");
+    ASSERT_EQ(4U, configuration->grabbers.size());
+    const char* const names[] = {"Left 1", "Left 2", "Right"};
+    for (size_t index = 0; index < std::size(names); ++index)
+        EXPECT_EQ(names[index], configuration->grabbers[index].display_name);
+    for (size_t index = 0; index < 2; ++index) {
+        const auto& cameras = configuration->grabbers[index].cameras;
+        ASSERT_EQ(3U, cameras.size());
+        EXPECT_EQ("S-1", cameras[0].serial_number);
+        EXPECT_EQ("S-2", cameras[1].serial_number);
+        EXPECT_EQ("T", cameras[2].serial_number);
+        EXPECT_EQ("Eye 1", cameras[0].user_id);
+        EXPECT_EQ("Eye 2", cameras[1].user_id);
+    }
+}
+
+TEST(ConfigurationGrabbers, GiveCamerasWithoutSerialDifferentOnes)
+{
+    std::set<std::string> serials;
+    for (const CameraModel& camera :
+         cameras_of(*configured_by("grabbers: [{count: 64, cameras: [{count: 10}, {count: 6}]}]\n")))
+        serials.insert(camera.serial_number);
+    EXPECT_EQ(size_t{64} * 16 + 1, serials.size());
 }
 
 TEST(ConfigurationCamera, WithoutKeysIsAnOrdinaryOne)
@@ -175,9 +171,7 @@ TEST(ConfigurationCamera, WithoutKeysIsAnOrdinaryOne)
     EXPECT_EQ("SoftCam", camera.model);
     EXPECT_EQ("1.0.0", camera.version);
     EXPECT_EQ("", camera.user_id);
-    EXPECT_EQ(640U, camera.start.width);
-    EXPECT_EQ(480U, camera.start.height);
-    EXPECT_STREQ("Mono8", camera.start.format->name);
+    EXPECT_EQ("640x480 640x480 0x0 Mono8", picture_of(camera));
     EXPECT_EQ(1U, camera.formats.size());
     EXPECT_EQ(25, camera.start.frames_per_second);
     EXPECT_TRUE(camera.start.is_rate_set);
@@ -186,23 +180,19 @@ TEST(ConfigurationCamera, WithoutKeysIsAnOrdinaryOne)
     EXPECT_EQ(nullptr, camera.pictures);
 }
 
-TEST(ConfigurationCamera, IdentityIsWhatTheFileSays)
+TEST(ConfigurationCamera, FollowsEveryKeyOfTheFile)
 {
-    const CameraModel camera = camera_of("vendor: V\nmodel: M\nserial: S\nversion: 1.10\nuser_id: U");
+    const CameraModel camera =
+        camera_of("vendor: V\nmodel: M\nserial: S\nversion: 1.10\nuser_id: U\n"
+                  "rate: 12.5\njitter: 3 ms\nstart_up: 1 s\nexposure: 2.5 ms\ngain: -6\n"
+                  "acquisition_mode: MultiFrame\nframe_count: 7\ntriggered: true\n"
+                  "trigger_source: Line1\ntrigger_activation: LevelLow\n"
+                  "test_pattern: Checkerboard\nstamp: false\npixel_format_codes: CoaXPress");
     EXPECT_EQ("V", camera.vendor);
     EXPECT_EQ("M", camera.model);
     EXPECT_EQ("S", camera.serial_number);
     EXPECT_EQ("1.10", camera.version);
     EXPECT_EQ("U", camera.user_id);
-}
-
-TEST(ConfigurationCamera, FeaturesStartAsTheFileSays)
-{
-    const CameraModel camera =
-        camera_of("rate: 12.5\njitter: 3 ms\nstart_up: 1 s\nexposure: 2.5 ms\ngain: -6\n"
-                  "acquisition_mode: MultiFrame\nframe_count: 7\ntriggered: true\n"
-                  "trigger_source: Line1\ntrigger_activation: LevelLow\n"
-                  "test_pattern: Checkerboard\nstamp: false\npixel_format_codes: CoaXPress");
     EXPECT_EQ(12.5, camera.start.frames_per_second);
     EXPECT_EQ(3ms, camera.jitter);
     EXPECT_EQ(1s, camera.start_up);
@@ -216,104 +206,28 @@ TEST(ConfigurationCamera, FeaturesStartAsTheFileSays)
     EXPECT_EQ(zvsim::TestPattern::checkerboard, camera.start.pattern);
     EXPECT_FALSE(camera.has_stamp);
     EXPECT_EQ(zvsim::FormatCodes::coaxpress, camera.format_codes);
-}
-
-TEST(ConfigurationCamera, FreeRunningHasNoRate)
-{
     EXPECT_FALSE(camera_of("rate: free-running").start.is_rate_set);
 }
 
-TEST(ConfigurationCamera, OffersTheFormatsOfItsListAndStartsWithTheFirst)
+TEST(ConfigurationCamera, OffersTheFormatsOfItsListAndStartsWithItsChoiceOrTheFirst)
 {
-    const CameraModel camera = camera_of("pixel_formats: [Mono16, Mono8]");
-    ASSERT_EQ(2U, camera.formats.size());
-    EXPECT_STREQ("Mono16", camera.start.format->name);
-    EXPECT_STREQ("Mono8", camera.formats[1]->name);
+    const CameraModel listed = camera_of("pixel_formats: [Mono16, Mono8]");
+    EXPECT_THAT(format_names(listed), ElementsAre("Mono16", "Mono8"));
+    EXPECT_STREQ("Mono16", listed.start.format->name);
+    const CameraModel chosen = camera_of("pixel_formats: all\npixel_format: RGB8");
+    EXPECT_EQ(zvsim::pixel_formats().size(), chosen.formats.size());
+    EXPECT_STREQ("RGB8", chosen.start.format->name);
+    const CameraModel alone = camera_of("pixel_format: Mono12p");
+    EXPECT_THAT(format_names(alone), ElementsAre("Mono12p"));
+    EXPECT_STREQ("Mono12p", alone.start.format->name);
 }
 
-TEST(ConfigurationCamera, StartsWithTheFormatOfItsChoice)
+TEST(ConfigurationCamera, ShowsAsMuchAsSensorFormatAndOffsetAllow)
 {
-    EXPECT_STREQ("RGB8", camera_of("pixel_formats: all\npixel_format: RGB8").start.format->name);
-    EXPECT_EQ(zvsim::pixel_formats().size(), camera_of("pixel_formats: all").formats.size());
-}
-
-TEST(ConfigurationCamera, AStartFormatAloneIsTheOnlyOne)
-{
-    const CameraModel camera = camera_of("pixel_format: Mono12p");
-    ASSERT_EQ(1U, camera.formats.size());
-    EXPECT_STREQ("Mono12p", camera.formats[0]->name);
-}
-
-TEST(ConfigurationCamera, StartFormatStandsInItsList)
-{
-    EXPECT_THAT(errors_of("pixel_formats: [Mono8, Mono16]\npixel_format: Mono12"),
-                ElementsAre(AllOf(HasSubstr("grabbers.yaml:5: pixel_format is \"Mono12\""),
-                                  HasSubstr("; allowed: Mono8, Mono16"))));
-}
-
-TEST(ConfigurationCamera, FormatsOfAListDifferAndExist)
-{
-    EXPECT_THAT(
-        errors_of("pixel_formats:\n  - Mono8\n  - Mono8\n  - Mono9\n"),
-        ElementsAre(
-            "grabbers.yaml:6: entry 2 of pixel_formats is Mono8 again; allowed: each format once",
-            AllOf(HasSubstr("grabbers.yaml:7: entry 3 of pixel_formats is \"Mono9\" (meant is Mono8?)"),
-                  HasSubstr("BayerRG12p"))));
-    EXPECT_THAT(errors_of("pixel_formats: []"), ElementsAre(HasSubstr("a list with 1 to 63 entries")));
-}
-
-TEST(ConfigurationCamera, PictureIsAsLargeAsTheSensorAllows)
-{
-    const CameraModel camera =
-        camera_of("sensor_width: 101\nsensor_height: 51\npixel_format: BayerGR8\noffset_x: 10\n"
-                  "offset_y: 2");
-    EXPECT_EQ(101U, camera.sensor_width);
-    EXPECT_EQ(51U, camera.sensor_height);
-    EXPECT_EQ(90U, camera.start.width);
-    EXPECT_EQ(48U, camera.start.height);
-    EXPECT_EQ(10U, camera.start.offset_x);
-    EXPECT_EQ(2U, camera.start.offset_y);
-}
-
-TEST(ConfigurationCamera, PictureStandsInTheStepsOfTheStartFormat)
-{
-    const std::string sensor{"sensor_width: 101\nsensor_height: 51\npixel_format: YUV411_8_UYYVYY\n"};
-    EXPECT_THAT(errors_of(sensor + "width: 98"), ElementsAre(HasSubstr("allowed: 4 to 100 in steps of 4")));
-    EXPECT_THAT(errors_of(sensor + "offset_x: 2"), ElementsAre(HasSubstr("allowed: 0 to 96 in steps of 4")));
-    EXPECT_THAT(errors_of("pixel_format: BayerGR8\nheight: 3\noffset_y: 5"),
-                ElementsAre(HasSubstr(":6: offset_y is \"5\"; allowed: 0 to 478 in steps of 2"),
-                            HasSubstr(":5: height is \"3\"; allowed: 2 to 480 in steps of 2")));
-}
-
-TEST(ConfigurationCamera, PictureAndOffsetStayOnTheSensor)
-{
-    EXPECT_EQ(600U, camera_of("offset_x: 40\nwidth: 600").start.width);
-    EXPECT_THAT(errors_of("offset_x: 40\nwidth: 601"),
-                ElementsAre(HasSubstr("allowed: 1 to 600 in steps of 1")));
-}
-
-TEST(ConfigurationCamera, SensorHasRoomForEveryFormat)
-{
-    EXPECT_THAT(errors_of("sensor_width: 4\nsensor_height: 2\npixel_formats: all"), IsEmpty());
-    EXPECT_THAT(errors_of("sensor_width: 3\npixel_formats: [Mono8, Mono10p]"),
-                ElementsAre("grabbers.yaml:4: sensor_width is 3; allowed: at least 4 for Mono10p"));
-    EXPECT_THAT(errors_of("sensor_height: 1\npixel_formats: [Mono8, BayerRG8]"),
-                ElementsAre("grabbers.yaml:4: sensor_height is 1; allowed: at least 2 for BayerRG8"));
-}
-
-TEST(ConfigurationCamera, BufferTakesOneGibibyteAtMost)
-{
-    EXPECT_THAT(errors_of("sensor_width: 16384\nsensor_height: 16384\npixel_formats: [Mono8, RGBa8]"),
-                IsEmpty());
-    EXPECT_THAT(errors_of("sensor_width: 16384\nsensor_height: 16384\npixel_formats: [Mono8, RGB16]"),
-                ElementsAre(HasSubstr(
-                    "grabbers.yaml:4: a buffer of this camera can take 1610612736 bytes; allowed: up "
-                    "to 1073741824")));
-    EXPECT_THAT(
-        configured_by("grabbers: [{segments_per_buffer: 5, cameras: [{sensor_width: 16384, sensor_height: "
-                      "16384}]}]\n")
-            ->errors,
-        ElementsAre(HasSubstr("can take 1342177280 bytes")));
+    EXPECT_EQ("101x51 90x48 10x2 BayerGR8",
+              picture_of(camera_of("sensor_width: 101\nsensor_height: 51\npixel_format: BayerGR8\n"
+                                   "offset_x: 10\noffset_y: 2")));
+    EXPECT_EQ("640x480 600x480 40x0 Mono8", picture_of(camera_of("offset_x: 40\nwidth: 600")));
 }
 
 /// A folder with one grey picture of 30 x 20 pixels with 16 bit.
@@ -321,112 +235,159 @@ class ConfigurationPictures : public testing::Test {
 protected:
     ConfigurationPictures()
     {
-        write_png(folder.file("a.png"), zvsim_test::test_picture(30, 20, zvsim_test::Pixels::grey_16, 1));
+        write_png(folder.file("a.png"), zvsim_test::test_picture(30, 20, Pixels::grey_16, 1));
     }
     std::string key() const { return "pictures: " + folder.path().string() + "\n"; }
 
     const zvsim_test::Folder folder;
 };
 
-TEST_F(ConfigurationPictures, SetSensorAndFormat)
+TEST_F(ConfigurationPictures, SetSensorAndFormatUnlessTheFileDoes)
 {
-    const CameraModel camera = camera_of(key());
-    ASSERT_NE(nullptr, camera.pictures);
-    EXPECT_EQ(30U, camera.sensor_width);
-    EXPECT_EQ(20U, camera.start.height);
-    EXPECT_STREQ("Mono16", camera.start.format->name);
-}
-
-TEST_F(ConfigurationPictures, GiveWayToTheKeysOfTheFile)
-{
-    const CameraModel camera = camera_of(key() + "sensor_width: 64\nwidth: 16\npixel_formats: [RGB8]");
-    ASSERT_NE(nullptr, camera.pictures);
-    EXPECT_EQ(64U, camera.sensor_width);
-    EXPECT_EQ(20U, camera.sensor_height);
-    EXPECT_EQ(16U, camera.start.width);
-    EXPECT_STREQ("RGB8", camera.start.format->name);
+    const CameraModel plain = camera_of(key());
+    EXPECT_NE(nullptr, plain.pictures);
+    EXPECT_EQ("30x20 30x20 0x0 Mono16", picture_of(plain));
+    const CameraModel changed = camera_of(key() + "sensor_width: 64\nwidth: 16\npixel_formats: [RGB8]");
+    EXPECT_NE(nullptr, changed.pictures);
+    EXPECT_EQ("64x20 16x20 0x0 RGB8", picture_of(changed));
 }
 
 TEST_F(ConfigurationPictures, AreReadOnceForAllCameras)
 {
-    const auto configuration =
-        configured_by("grabbers: [{count: 2, cameras: [{" + key() + ", count: 2}]}]\n");
-    const auto& grabbers = configuration->grabbers;
-    EXPECT_THAT(configuration->errors, IsEmpty());
-    EXPECT_EQ(grabbers.at(0).cameras.at(0).pictures, grabbers.at(1).cameras.at(1).pictures);
+    const auto cameras =
+        cameras_of(*configured_by("grabbers: [{count: 2, cameras: [{" + key() + ", count: 2}]}]\n"));
+    EXPECT_NE(nullptr, cameras.at(0).pictures);
+    EXPECT_EQ(cameras[0].pictures, cameras.at(3).pictures);
 }
 
 TEST_F(ConfigurationPictures, ThatCannotBeReadGiveAWarningAndLeaveTheTestPattern)
 {
-    const auto configuration = configured_by(camera_text("pictures: " + absolute_path("/no/such/folder")));
-    EXPECT_THAT(configuration->errors, IsEmpty());
-    EXPECT_THAT(configuration->warnings, ElementsAre(HasSubstr("/no/such/folder")));
-    EXPECT_EQ(nullptr, configuration->grabbers.at(0).cameras.at(0).pictures);
+    const std::string missing = folder.file("missing").string();
+    Environment variable;
+    variable.pictures = missing;
+    for (const Environment& environment : {environment_with(camera_text("pictures: " + missing)), variable}) {
+        const auto configuration = Configuration::make(environment);
+        EXPECT_THAT(configuration->errors, IsEmpty());
+        EXPECT_THAT(configuration->warnings, ElementsAre(HasSubstr(missing)));
+        for (const CameraModel& camera : cameras_of(*configuration))
+            EXPECT_EQ(nullptr, camera.pictures);
+    }
 }
 
 TEST_F(ConfigurationPictures, OfAllFoldersTogetherTakeNoMoreMemoryThanOneFolderMay)
 {
     const zvsim_test::Folder other;
     for (const char* const name : {"a.png", "b.png"})
-        write_png(other.file(name), zvsim_test::test_picture(30, 20, zvsim_test::Pixels::grey_16, 2));
+        write_png(other.file(name), zvsim_test::test_picture(30, 20, Pixels::grey_16, 2));
     std::vector<std::string> warnings;
     zvsim::PictureFolders folders{warnings, uint64_t{2} * 30 * 20 * 2};
-    const auto first = folders.read(folder.path().string());
-    ASSERT_NE(nullptr, first);
-    EXPECT_EQ(1200U, first->size());
-    EXPECT_THAT(warnings, IsEmpty());
-    const auto second = folders.read(other.path().string());
-    ASSERT_NE(nullptr, second);
-    EXPECT_EQ(1200U, second->size());
-    EXPECT_THAT(warnings, ElementsAre(AllOf(HasSubstr("b.png is left out"), HasSubstr("more than 1 GiB"))));
-}
-
-zvsim::Environment with_file(const std::string& text)
-{
-    zvsim::Environment environment;
-    environment.file.path = "grabbers.yaml";
-    environment.file.text = text;
-    return environment;
+    for (const auto* const each : {&folder, &other}) {
+        EXPECT_THAT(warnings, IsEmpty());
+        const auto pictures = folders.read(each->path().string());
+        ASSERT_NE(nullptr, pictures);
+        EXPECT_EQ(1200U, pictures->size());
+    }
+    EXPECT_THAT(warnings, ElementsAre(Like("~b.png is left out~more than 1 GiB~")));
 }
 
 TEST(ConfigurationVariables, HoldForAllCamerasOfTheFile)
 {
-    zvsim::Environment environment =
-        with_file("grabbers: [{count: 2, cameras: [{rate: free-running, width: 8, offset_x: 80}]}]\n");
+    Environment environment =
+        environment_with("grabbers: [{count: 2, cameras: [{rate: free-running, width: 8, offset_x: 80}]}]\n");
     environment.rate = "10";
     environment.size = "101x50";
     environment.pixel_format = "BayerRG12";
     const auto configuration = Configuration::make(environment);
     EXPECT_THAT(configuration->warnings, IsEmpty());
-    ASSERT_EQ(3U, configuration->grabbers.size());
-    for (const GrabberModel& grabber : configuration->grabbers) {
-        const CameraModel& camera = grabber.cameras.at(0);
+    const auto cameras = cameras_of(*configuration);
+    EXPECT_EQ(3U, cameras.size());
+    for (const CameraModel& camera : cameras) {
         EXPECT_TRUE(camera.start.is_rate_set);
         EXPECT_EQ(10, camera.start.frames_per_second);
-        EXPECT_EQ(101U, camera.sensor_width);
-        EXPECT_EQ(100U, camera.start.width);
-        EXPECT_EQ(0U, camera.start.offset_x);
-        EXPECT_EQ(50U, camera.start.height);
-        EXPECT_STREQ("BayerRG12", camera.start.format->name);
+        EXPECT_EQ("101x50 100x50 0x0 BayerRG12", picture_of(camera));
         EXPECT_EQ(1U, camera.formats.size());
     }
 }
 
-TEST(ConfigurationVariables, ThatSetNothingLeaveTheFileAlone)
+TEST(ConfigurationVariables, TakeTheirLimits)
 {
-    const auto configuration = Configuration::make(with_file(camera_text("rate: free-running\nwidth: 8")));
-    EXPECT_FALSE(configuration->grabbers.at(0).cameras.at(0).start.is_rate_set);
-    EXPECT_EQ(8U, configuration->grabbers.at(0).cameras.at(0).start.width);
+    const std::vector<std::pair<const char*, double>> rates{
+        {"0", 0}, {"12.5", 12.5}, {"1000", 1000}, {"0.001", 0.001}, {"100000", 100000}};
+    for (const auto& [text, rate] : rates) {
+        Environment environment;
+        environment.rate = text;
+        environment.size = "2x16384";
+        environment.pixel_format = "Mono16";
+        const auto configuration = Configuration::make(environment);
+        EXPECT_THAT(configuration->warnings, IsEmpty());
+        for (const auto& camera : cameras_of(*configuration)) {
+            EXPECT_EQ(rate, camera.start.is_rate_set ? camera.start.frames_per_second : 0);
+            EXPECT_EQ("2x16384 2x16384 0x0 Mono16", picture_of(camera));
+        }
+    }
+}
+
+TEST(ConfigurationVariables, LetPicturesSetSizeAndFormat)
+{
+    const zvsim_test::Folder folder;
+    write_png(folder.file("a.png"), zvsim_test::test_picture(30, 20, Pixels::grey_16, 1));
+    Environment environment;
+    environment.pictures = folder.path().string();
+    environment.size = "64x64";
+    environment.pixel_format = "Mono8";
+    const auto configuration = Configuration::make(environment);
+    EXPECT_THAT(configuration->warnings, IsEmpty());
+    for (const auto& camera : cameras_of(*configuration)) {
+        EXPECT_NE(nullptr, camera.pictures);
+        EXPECT_EQ("30x20 30x20 0x0 Mono16", picture_of(camera));
+    }
+}
+
+TEST(ConfigurationVariables, ThatAreMalformedChangeNothingAndSayWhatIsAllowed)
+{
+    struct Variable {
+        const char* name;
+        std::string Environment::*value;
+        std::vector<const char*> malformed;
+    };
+    const Variable variables[] = {
+        {"ZV_GRABBER_RATE",
+         &Environment::rate,
+         {"-1", "fast", "25fps", " 25", "1e3", "nan", "inf", "100001", "0.0001", "25,5"}},
+        {"ZV_GRABBER_SIZE",
+         &Environment::size,
+         {"640", "640x", "x480", "640X480", "640x480x3", "0x480", "640x0", "-640x480", "16385x1", "1x16385",
+          "99999999999x1", "640x480 "}},
+        {"ZV_GRABBER_PIXEL_FORMAT", &Environment::pixel_format, {"mono8", "Mono11", "RGB", "8"}},
+        {"ZV_GRABBER_PICTURES", &Environment::pictures, {"relative/folder"}},
+        {"ZV_GRABBER_FAULTS", &Environment::faults, {"no", "OFF"}},
+    };
+    for (const Variable& variable : variables) {
+        for (const char* const value : variable.malformed) {
+            Environment environment = environment_with(camera_text("rate: free-running\nwidth: 8"));
+            environment.*variable.value = value;
+            const auto configuration = Configuration::make(environment);
+            EXPECT_THAT(configuration->warnings, ElementsAre(Like(std::string{variable.name} + "=" + value +
+                                                                  " is ignored; allowed: ~")));
+            const auto cameras = cameras_of(*configuration);
+            ASSERT_EQ(1U, cameras.size());
+            EXPECT_FALSE(cameras[0].start.is_rate_set);
+            EXPECT_EQ("640x480 8x480 0x0 Mono8", picture_of(cameras[0]));
+            EXPECT_EQ(nullptr, cameras[0].pictures);
+        }
+    }
 }
 
 TEST(ConfigurationVariables, ThatACameraCannotFollowLeaveItAloneWithAWarning)
 {
     for (const char* const size : {"3x8", "16384x16384"}) {
-        zvsim::Environment environment =
-            with_file(camera_text("serial: A\npixel_formats: [Mono10p, RGB16]\nsensor_width: 80"));
+        Environment environment =
+            environment_with(camera_text("serial: A\npixel_formats: [Mono10p, RGB16]\nsensor_width: 80"));
         environment.size = size;
         const auto configuration = Configuration::make(environment);
-        EXPECT_THAT(configuration->warnings, ElementsAre(HasSubstr("camera A keeps its picture")));
+        EXPECT_THAT(configuration->warnings,
+                    ElementsAre("camera A keeps its picture settings: those of the environment are too small "
+                                "for its pixel format or too large for a buffer"));
         EXPECT_EQ(80U, configuration->grabbers.at(0).cameras.at(0).sensor_width);
     }
 }

@@ -1,57 +1,62 @@
 #include <algorithm>
+#include <cmath>
 #include <regex>
 #include <set>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
 #include "simulator/features/CameraRegisters.h"
 #include "simulator/features/Description.h"
 #include "simulator/features/GrabberRegisters.h"
-#include "unit/simulator/described_models.h"
 #include "unit/simulator/description_xml.h"
-#include "unit/simulator/schema_order.h"
 
-// The register descriptions: by the rules of GenApi 1.1, and register by register against the tables.
+// The register descriptions: by the rules of GenApi 1.1, register by register against the tables, and limit
+// by limit against what the registers take.
 
 namespace {
 
 using namespace zvsim_test;
 using zvsim::RegisterKind;
 
-/// A register as either side knows it.
-struct Place {
-    uint64_t address;
-    uint64_t length;
-    bool is_writable;
-    /// Of the node.
-    std::string kind;
-
-    bool operator==(const Place& other) const
-    {
-        return address == other.address && length == other.length && is_writable == other.is_writable &&
-               kind == other.kind;
-    }
-    bool operator<(const Place& other) const { return address < other.address; }
-};
-
-std::ostream& operator<<(std::ostream& stream, const Place& place)
+zvsim::CameraModel camera_model()
 {
-    return stream << place.kind << " 0x" << std::hex << place.address << std::dec << " + " << place.length
-                  << (place.is_writable ? " RW" : " RO");
+    zvsim::CameraModel model;
+    model.vendor = "Test Maker";
+    model.model = "Test Camera";
+    model.sensor_width = model.start.width = 64;
+    model.sensor_height = model.start.height = 48;
+    model.formats = {&zvsim::pixel_format("Mono8"), &zvsim::pixel_format("BayerRG12"),
+                     &zvsim::pixel_format("RGB8")};
+    model.start.format = model.formats.front();
+    return model;
 }
 
-std::string node_of(RegisterKind kind)
+zvsim::GrabberModel grabber_model()
 {
-    if (kind == RegisterKind::text)
-        return "StringReg";
-    return kind == RegisterKind::floating ? "FloatReg" : "IntReg";
+    zvsim::GrabberModel model;
+    model.display_name = "Test Grabber";
+    model.cameras = {camera_model(), camera_model(), camera_model()};
+    return model;
+}
+
+/// A register as either side knows it: address, length, whether it is writable, kind of node.
+using Place = std::tuple<uint64_t, uint64_t, bool, std::string>;
+
+template <class Row>
+Place place_of(const Row& row, uint64_t offset = 0)
+{
+    const char* const node = row.kind == RegisterKind::text       ? "StringReg"
+                             : row.kind == RegisterKind::floating ? "FloatReg"
+                                                                  : "IntReg";
+    return {row.address + offset, row.length, row.write != nullptr, node};
 }
 
 std::vector<Place> camera_places()
 {
     std::vector<Place> places;
     for (const zvsim::CameraRow& row : zvsim::camera_rows())
-        places.push_back({row.address, row.length, row.write != nullptr, node_of(row.kind)});
+        places.push_back(place_of(row));
     return places;
 }
 
@@ -61,8 +66,7 @@ std::vector<Place> grabber_places(size_t cameras)
     for (const zvsim::GrabberRow& row : zvsim::grabber_rows()) {
         const bool is_repeated = row.address >= zvsim::camera_block_address;
         for (size_t camera = 0; camera < (is_repeated ? cameras : 1); ++camera)
-            places.push_back({row.address + camera * zvsim::camera_block_stride, row.length,
-                              row.write != nullptr, node_of(row.kind)});
+            places.push_back(place_of(row, camera * zvsim::camera_block_stride));
     }
     std::sort(places.begin(), places.end());
     return places;
@@ -77,67 +81,64 @@ struct Case {
 
 class ADescription : public testing::TestWithParam<Case> {
 protected:
-    const DescriptionXml xml{GetParam().description->text};
+    const std::string& text() const { return GetParam().description->text; }
 
-    std::vector<const DescribedNode*> registers() const
+    std::vector<const Element*> registers() const
     {
-        std::vector<const DescribedNode*> found;
-        for (const DescribedNode& node : xml.nodes()) {
+        std::vector<const Element*> found;
+        for (const Element& node : xml.children) {
             if (node.find("Address") != nullptr)
                 found.push_back(&node);
         }
         return found;
     }
     /// For every value of the selector, when its address depends on one.
-    std::vector<Place> places_of(const DescribedNode& node) const
+    std::vector<Place> places_of(const Element& node) const
     {
-        const Place first{std::stoull(node.value_of("Address"), nullptr, 0),
-                          std::stoull(node.value_of("Length")), node.value_of("AccessMode") == "RW",
-                          node.kind};
-        const DescribedProperty* const index = node.find("pIndex");
-        if (index == nullptr)
-            return {first};
+        const Element* const index = node.find("pIndex");
+        const uint64_t last =
+            index != nullptr ? std::stoull(xml.find_node(index->value)->value_of("Max")) : 0;
+        const uint64_t step = index != nullptr ? std::stoull(index->attributes.at("Offset"), nullptr, 0) : 0;
         std::vector<Place> places;
-        const uint64_t last = std::stoull(xml.find(index->value)->value_of("Max"));
-        for (uint64_t value = 0; value <= last; ++value) {
-            places.push_back(first);
-            places.back().address += value * std::stoull(index->attributes.at("Offset"), nullptr, 0);
-        }
+        for (uint64_t value = 0; value <= last; ++value)
+            places.emplace_back(std::stoull(node.value_of("Address"), nullptr, 0) + value * step,
+                                std::stoull(node.value_of("Length")), node.value_of("AccessMode") == "RW",
+                                node.kind);
         return places;
     }
+
+    const Element xml{read_description(GetParam().description->text)};
 };
 
-TEST_P(ADescription, IsWellFormed)
+TEST_P(ADescription, IsWellFormedAndSaysWhichSchemaItFollows)
 {
-    ASSERT_TRUE(xml.is_well_formed());
-    EXPECT_EQ("RegisterDescription", xml.root());
-    EXPECT_EQ(std::string::npos, GetParam().description->text.find('@')) << "something was not filled in";
-    EXPECT_EQ(0U, GetParam().description->text.size() % 4);
-}
-
-TEST_P(ADescription, SaysWhichSchemaItFollows)
-{
-    const auto& attributes = xml.attributes();
-    const std::regex identifier{"[A-Za-z][A-Za-z0-9_]*"};
-    const std::regex guid{"[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"};
-    const auto at = [&](const char* name) { return attributes.count(name) != 0 ? attributes.at(name) : ""; };
-    EXPECT_TRUE(std::regex_match(at("ModelName"), identifier));
-    EXPECT_TRUE(std::regex_match(at("VendorName"), identifier));
-    EXPECT_EQ("None", at("StandardNameSpace"));
-    EXPECT_EQ("1", at("SchemaMajorVersion"));
-    EXPECT_EQ("1", at("SchemaMinorVersion"));
-    EXPECT_EQ("0", at("SchemaSubMinorVersion"));
-    EXPECT_TRUE(std::regex_match(at("ProductGuid"), guid));
-    EXPECT_TRUE(std::regex_match(at("VersionGuid"), guid));
-    EXPECT_EQ("http://www.genicam.org/GenApi/Version_1_1 "
-              "http://www.genicam.org/GenApi/GenApiSchema_Version_1_1.xsd",
-              at("schemaLocation"));
+    ASSERT_TRUE(!xml.kind.empty());
+    EXPECT_EQ("RegisterDescription", xml.kind);
+    EXPECT_EQ(std::string::npos, text().find('@')) << "something was not filled in";
+    EXPECT_EQ(0U, text().size() % 4);
+    const std::string identifier{"[A-Za-z][A-Za-z0-9_]*"};
+    const std::string guid{"[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"};
+    const std::map<std::string, std::string> attributes{
+        {"ModelName", identifier},
+        {"VendorName", identifier},
+        {"StandardNameSpace", "None"},
+        {"SchemaMajorVersion", "1"},
+        {"SchemaMinorVersion", "1"},
+        {"SchemaSubMinorVersion", "0"},
+        {"ProductGuid", guid},
+        {"VersionGuid", guid},
+        {"schemaLocation", "http://www\\.genicam\\.org/GenApi/Version_1_1 "
+                           "http://www\\.genicam\\.org/GenApi/GenApiSchema_Version_1_1\\.xsd"}};
+    for (const auto& [name, expected] : attributes) {
+        ASSERT_EQ(1U, xml.attributes.count(name)) << name;
+        EXPECT_TRUE(std::regex_match(xml.attributes.at(name), std::regex{expected})) << name;
+    }
 }
 
 TEST_P(ADescription, HasItsElementsInTheOrderOfTheSchema)
 {
-    for (const DescribedNode& node : xml.nodes())
-        expect_order(node.kind, node.name, node.properties);
+    for (const Element& node : xml.children)
+        expect_order(node);
 }
 
 TEST_P(ADescription, HasUniqueNames)
@@ -146,109 +147,84 @@ TEST_P(ADescription, HasUniqueNames)
     const std::regex identifier{"[A-Za-z][A-Za-z0-9_]*"};
     const auto expect_new = [&](const std::string& name) {
         EXPECT_TRUE(std::regex_match(name, identifier)) << name;
-        EXPECT_TRUE(names.insert(name).second) << name << " stands there twice";
+        EXPECT_TRUE(names.insert(name).second) << name << " is used twice";
     };
-    for (const DescribedNode& node : xml.nodes()) {
+    for (const Element& node : xml.children) {
         expect_new(node.name);
-        for (const DescribedProperty& property : node.properties) {
-            if (property.name == "EnumEntry")
-                expect_new("EnumEntry_" + node.name + "_" + property.attributes.at("Name"));
+        for (const Element& property : node.children) {
+            if (property.kind == "EnumEntry")
+                expect_new("EnumEntry_" + node.name + "_" + property.name);
         }
     }
 }
 
-TEST_P(ADescription, NamesOnlyNodesThatAreThere)
-{
-    for (const DescribedNode& node : xml.nodes()) {
-        for (const DescribedProperty& property : node.properties) {
-            EXPECT_TRUE(!property.is_reference() || xml.find(property.value) != nullptr)
-                << property.value << " in " << node.name;
-        }
-    }
-}
-
-TEST_P(ADescription, ReachesEveryNodeFromTheRoot)
+TEST_P(ADescription, ReachesEveryNodeFromTheRootAndNoneThatIsMissing)
 {
     std::set<std::string> reached{"Root"};
     std::vector<std::string> pending{"Root"};
     while (!pending.empty()) {
-        const DescribedNode* const node = xml.find(pending.back());
+        const std::string name = pending.back();
         pending.pop_back();
-        ASSERT_NE(nullptr, node);
-        for (const DescribedProperty& property : node->properties) {
+        const Element* const node = xml.find_node(name);
+        ASSERT_NE(nullptr, node) << name;
+        for (const Element& property : node->children) {
             if (property.is_reference() && reached.insert(property.value).second)
                 pending.push_back(property.value);
         }
     }
-    for (const DescribedNode& node : xml.nodes())
+    for (const Element& node : xml.children)
         EXPECT_EQ(1U, reached.count(node.name)) << node.name;
 }
 
 TEST_P(ADescription, ExplainsItsFeatures)
 {
-    for (const DescribedNode& category : xml.nodes()) {
-        for (const DescribedProperty& feature : category.properties) {
-            if (feature.name != "pFeature")
+    for (const Element& category : xml.children) {
+        for (const Element& feature : category.children) {
+            if (feature.kind != "pFeature")
                 continue;
-            const DescribedNode& node = *xml.find(feature.value);
+            const Element& node = *xml.find_node(feature.value);
             for (const char* const element : {"ToolTip", "DisplayName", "Visibility"})
                 EXPECT_NE(nullptr, node.find(element)) << element << " of " << node.name;
         }
     }
 }
 
-TEST_P(ADescription, GoesThroughThePortOfTheInterface)
+TEST_P(ADescription, HasBigEndianRegistersOfWholeWordsBehindThePort)
 {
-    const DescribedNode* const port = xml.find("Device");
+    const Element* const port = xml.find_node("Device");
     ASSERT_NE(nullptr, port);
     EXPECT_EQ("Port", port->kind);
-    for (const DescribedNode* const node : registers())
+    for (const Element* const node : registers()) {
         EXPECT_EQ("Device", node->value_of("pPort")) << node->name;
-}
-
-TEST_P(ADescription, HasBigEndianRegistersOfWholeWords)
-{
-    for (const DescribedNode* const node : registers()) {
         EXPECT_EQ(node->kind == "StringReg" ? "" : "BigEndian", node->value_of("Endianess")) << node->name;
-        for (const Place& place : places_of(*node)) {
-            EXPECT_EQ(0U, place.address % 4) << node->name;
-            EXPECT_EQ(0U, place.length % 4) << node->name;
-            EXPECT_LE(4U, place.length) << node->name;
-            EXPECT_LT(place.address + place.length, zvsim::description_address) << node->name;
+        for (const auto& [address, length, is_writable, kind] : places_of(*node)) {
+            EXPECT_EQ(0U, address % 4 + length % 4) << node->name;
+            EXPECT_LE(4U, length) << node->name;
+            EXPECT_LT(address + length, zvsim::description_address) << node->name;
         }
     }
 }
 
-TEST_P(ADescription, HasExactlyTheRegistersOfTheTable)
+TEST_P(ADescription, HasExactlyTheRegistersOfTheTableByTheirNames)
 {
     std::vector<Place> described;
-    for (const DescribedNode* const node : registers()) {
+    for (const Element* const node : registers()) {
         const auto places = places_of(*node);
         described.insert(described.end(), places.begin(), places.end());
+        const std::string name = std::regex_replace(node->name, std::regex{"Register$"}, "");
+        const uint64_t address = std::get<0>(places.front());
+        const auto* const camera_row = zvsim::find_camera_row(name);
+        const auto* const grabber_row = zvsim::find_grabber_row(name);
+        EXPECT_TRUE((camera_row != nullptr && camera_row->address == address) ||
+                    (grabber_row != nullptr && grabber_row->address == address))
+            << node->name;
     }
     std::sort(described.begin(), described.end());
     EXPECT_EQ(GetParam().places, described);
-}
-
-TEST_P(ADescription, CallsRegistersAsTheTableDoes)
-{
-    for (const DescribedNode* const node : registers()) {
-        const std::string name = std::regex_replace(node->name, std::regex{"Register$"}, "");
-        const uint64_t address = std::stoull(node->value_of("Address"), nullptr, 0);
-        const auto* const camera_row = zvsim::find_camera_row(name);
-        const auto* const grabber_row = zvsim::find_grabber_row(name);
-        const bool is_camera_row = camera_row != nullptr && camera_row->address == address;
-        const bool is_grabber_row = grabber_row != nullptr && grabber_row->address == address;
-        EXPECT_TRUE(is_camera_row || is_grabber_row) << node->name;
-    }
-}
-
-TEST_P(ADescription, HasTablesWithoutOverlaps)
-{
     uint64_t end = 0;
-    for (const Place& place : GetParam().places) {
-        EXPECT_LE(end, place.address) << place;
-        end = place.address + place.length;
+    for (const auto& [address, length, is_writable, kind] : GetParam().places) {
+        EXPECT_LE(end, address) << "registers overlap";
+        end = address + length;
     }
 }
 
@@ -256,7 +232,7 @@ TEST_P(ADescription, HasAUrlThatFits)
 {
     const std::string url = GetParam().description->url();
     char expected[64];
-    std::snprintf(expected, sizeof expected, ".xml;10000000;%zx", GetParam().description->text.size());
+    std::snprintf(expected, sizeof expected, ".xml;10000000;%zx", text().size());
     EXPECT_EQ(0U, url.rfind("Local:", 0));
     EXPECT_EQ(url.size() - std::string{expected}.size(), url.rfind(expected));
     EXPECT_LT(url.size(), 260U);
@@ -272,15 +248,119 @@ std::vector<Case> cases()
         strange.formats.push_back(&format);
     zvsim::GrabberModel empty = grabber_model();
     empty.cameras.clear();
-    return {
-        {"Camera", zvsim::describe_camera(camera_model()), camera_places()},
-        {"StrangeCamera", zvsim::describe_camera(strange), camera_places()},
-        {"Grabber", zvsim::describe_grabber(grabber_model()), grabber_places(3)},
-        {"GrabberOfNone", zvsim::describe_grabber(empty), grabber_places(1)},
-    };
+    return {{"Camera", zvsim::describe_camera(camera_model()), camera_places()},
+            {"StrangeCamera", zvsim::describe_camera(strange), camera_places()},
+            {"Grabber", zvsim::describe_grabber(grabber_model()), grabber_places(3)},
+            {"GrabberOfNone", zvsim::describe_grabber(empty), grabber_places(1)}};
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ADescription, testing::ValuesIn(cases()),
                          [](const auto& instance) { return instance.param.name; });
+
+using Entries = std::map<std::string, std::string>;
+
+Entries entries_of(const Element& enumeration)
+{
+    Entries entries;
+    for (const Element& property : enumeration.children) {
+        if (property.kind == "EnumEntry")
+            entries[property.name] = property.children.back().value;
+    }
+    return entries;
+}
+
+TEST(CameraDescription, OffersTheFormatsOfTheModel)
+{
+    zvsim::CameraModel model = camera_model();
+    const Element pfnc = read_description(describe_camera(model)->text);
+    EXPECT_EQ((Entries{{"Mono8", "17301505"}, {"BayerRG12", "17825809"}, {"RGB8", "35127316"}}),
+              entries_of(*pfnc.find_node("PixelFormat")));
+    EXPECT_EQ((Entries{{"Bpp8", "8"}, {"Bpp16", "16"}, {"Bpp24", "24"}}),
+              entries_of(*pfnc.find_node("PixelSize")));
+    model.format_codes = zvsim::FormatCodes::coaxpress;
+    const Element coaxpress = read_description(describe_camera(model)->text);
+    EXPECT_EQ((Entries{{"Mono8", "257"}, {"BayerRG12", "803"}, {"RGB8", "1025"}}),
+              entries_of(*coaxpress.find_node("PixelFormat")));
+}
+
+TEST(CameraDescription, HasAnotherVersionWhenItSaysSomethingElse)
+{
+    zvsim::CameraModel model = camera_model();
+    const auto version = [](const zvsim::CameraModel& of) {
+        return read_description(describe_camera(of)->text).attributes.at("VersionGuid");
+    };
+    const std::string first = version(model);
+    EXPECT_EQ(first, version(camera_model()));
+    model.formats.pop_back();
+    EXPECT_NE(first, version(model));
+}
+
+TEST(CameraDescription, IsKeptOnceForCamerasOfAKind)
+{
+    const zvsim::GrabberModel model = grabber_model();
+    const zvsim::GrabberDevice device{model};
+    EXPECT_EQ(&device.cameras()[0]->description(), &device.cameras()[2]->description());
+}
+
+TEST(CameraDescription, HasNoChunks)
+{
+    EXPECT_EQ(std::string::npos, describe_camera(camera_model())->text.find("ChunkModeActive"));
+}
+
+/// A camera whose registers take what its description promises.
+class DescribedLimits : public testing::Test {
+protected:
+    bool takes(const std::string& feature, const zvsim::RegisterValue& value)
+    {
+        const zvsim::CameraRow& row = *zvsim::find_camera_row(feature);
+        unsigned char bytes[8];
+        encode(value, row.kind, bytes, row.length);
+        zvsim::CameraSpace space{camera};
+        return space.write(row.address, bytes, row.length) == row.length;
+    }
+
+    const zvsim::GrabberModel grabber{grabber_model()};
+    zvsim::CameraDevice camera{grabber.cameras.front(), grabber};
+    const Element xml{read_description(camera.description().text)};
+};
+
+TEST_F(DescribedLimits, OfNumbersAreThoseOfTheCamera)
+{
+    size_t checked = 0;
+    for (const Element& node : xml.children) {
+        if (node.kind != "Float" || node.find("Min") == nullptr)
+            continue;
+        const double lowest = std::stod(node.value_of("Min"));
+        const double highest = std::stod(node.value_of("Max"));
+        EXPECT_TRUE(takes(node.name, lowest) && takes(node.name, highest)) << node.name;
+        EXPECT_FALSE(takes(node.name, std::nextafter(lowest, -INFINITY))) << node.name;
+        EXPECT_FALSE(takes(node.name, std::nextafter(highest, INFINITY))) << node.name;
+        ++checked;
+    }
+    EXPECT_EQ(3U, checked);
+    for (const char* const name : {"AcquisitionFrameCount", "TLParamsLocked"}) {
+        const int64_t lowest = std::stoll(xml.find_node(name)->value_of("Min"));
+        const int64_t highest = std::stoll(xml.find_node(name)->value_of("Max"));
+        EXPECT_TRUE(takes(name, lowest) && takes(name, highest)) << name;
+        EXPECT_FALSE(takes(name, lowest - 1) || takes(name, highest + 1)) << name;
+    }
+}
+
+TEST_F(DescribedLimits, OfEnumerationsAreThoseOfTheCamera)
+{
+    size_t checked = 0;
+    for (const Element& node : xml.children) {
+        if (node.kind != "Enumeration" || zvsim::find_camera_row(node.name)->write == nullptr)
+            continue;
+        int64_t highest = 0;
+        for (const auto& [name, value] : entries_of(node)) {
+            EXPECT_TRUE(takes(node.name, int64_t{std::stoll(value)})) << node.name << " " << name;
+            highest = std::max<int64_t>(highest, std::stoll(value));
+        }
+        EXPECT_FALSE(takes(node.name, highest + 1)) << node.name;
+        ++checked;
+    }
+    EXPECT_EQ(7U, checked);
+}
 
 } // namespace

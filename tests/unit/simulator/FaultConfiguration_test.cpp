@@ -1,240 +1,140 @@
-#include <gmock/gmock.h>
-
-#include "simulator/faults/FaultConfiguration.h"
+#include "simulator/faults/FaultPlan.h"
 #include "unit/simulator/configuration_texts.h"
+
+// What a file says about faults. What it must not say is in ConfigurationErrors_test.cpp.
 
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::StartsWith;
-using zvsim::fault_keys;
 using zvsim::FaultKind;
 using zvsim::FaultPlan;
 using zvsim::FaultRule;
 using zvsim::Function;
-using zvsim::functions;
 using zvsim::Place;
 using zvsim::Trigger;
-using zvsim::YamlDocument;
-using zvsim::YamlErrors;
-using zvsim::YamlKeys;
-using zvsim::YamlMap;
-using zvsim::YamlValue;
 using zvsim_test::absolute_path;
 
-/// What a text makes, and what it reports.
-struct Reading {
-    explicit Reading(const std::string& text)
-    {
-        YamlErrors found{"faults.yaml"};
-        const YamlDocument document{text, found};
-        static const YamlKeys keys{"file", fault_keys()};
-        plan = zvsim::read_fault_plan(YamlMap{YamlValue{document.root(), "the file", found}, keys});
-        errors = found.lines();
-    }
-
-    FaultPlan plan;
-    std::vector<std::string> errors;
-};
+FaultPlan plan_of(const std::string& text)
+{
+    const auto configuration = zvsim_test::configured_by(text);
+    EXPECT_THAT(configuration->errors, IsEmpty()) << text;
+    return configuration->faults;
+}
 
 /// The one fault of a text such as "kind: scan-fails".
 FaultRule fault(const std::string& text)
 {
-    const Reading reading{"faults: [{" + text + "}]"};
-    EXPECT_THAT(reading.errors, IsEmpty()) << text;
-    EXPECT_EQ(1u, reading.plan.faults.size()) << text;
-    return reading.plan.faults.empty() ? FaultRule{} : reading.plan.faults.front();
-}
-
-/// What the one fault of a text reports.
-std::vector<std::string> errors_of(const std::string& text)
-{
-    return Reading{"seed: 1\nfaults:\n- {" + text + "}\n"}.errors;
+    const FaultPlan plan = plan_of("faults: [{" + text + "}]");
+    EXPECT_EQ(1U, plan.faults.size()) << text;
+    return plan.faults.empty() ? FaultRule{} : plan.faults.front();
 }
 
 TEST(FaultConfiguration, NothingIsNoFault)
 {
-    const Reading reading{"{}"};
-    EXPECT_THAT(reading.errors, IsEmpty());
-    EXPECT_TRUE(reading.plan.is_enabled);
-    EXPECT_THAT(reading.plan.faults, IsEmpty());
-    EXPECT_EQ("", reading.plan.call_log.u8string());
+    const FaultPlan plan = plan_of("{}");
+    EXPECT_TRUE(plan.is_enabled);
+    EXPECT_THAT(plan.faults, IsEmpty());
+    EXPECT_EQ("", plan.call_log.u8string());
 }
 
 TEST(FaultConfiguration, ReadsSeedSwitchAndLog)
 {
-    const Reading reading{"seed: 42\nfaults_enabled: false\ncall_log: " + absolute_path("/a/b.log") + "\n"};
-    EXPECT_THAT(reading.errors, IsEmpty());
-    EXPECT_EQ(42u, reading.plan.seed);
-    EXPECT_FALSE(reading.plan.is_enabled);
-    EXPECT_EQ(absolute_path("/a/b.log"), reading.plan.call_log.u8string());
-}
-
-TEST(FaultConfiguration, LogNeedsAnAbsolutePath)
-{
-    EXPECT_THAT(Reading{"call_log: b.log"}.errors,
-                ElementsAre(AllOf(StartsWith("faults.yaml:1:"), HasSubstr("the absolute path of a file"))));
+    const FaultPlan plan = plan_of("seed: 42\nfaults_enabled: false\ncall_log: " + absolute_path("/a/b.log"));
+    EXPECT_EQ(42U, plan.seed);
+    EXPECT_FALSE(plan.is_enabled);
+    EXPECT_EQ(absolute_path("/a/b.log"), plan.call_log.u8string());
 }
 
 TEST(FaultConfiguration, EveryKindIsKnownByItsName)
 {
     for (size_t i = 0; i < zvsim::fault_kind_count; ++i) {
         const auto kind = static_cast<FaultKind>(i);
-        const auto& row = row_of(kind);
-        const std::string parameters =
-            std::string{row.has_time ? ", time: 1 ms" : ""} +
-            (std::string{row.name}.rfind("call-", 0) == 0 ? ", function: ZVGR_CameraInfo2" : "");
-        EXPECT_EQ(kind, fault("kind: " + std::string{row.name} + parameters).kind) << row.name;
-        EXPECT_EQ(kind, zvsim::find_fault_kind(row.name));
+        const std::string name{row_of(kind).name};
+        const std::string parameters = std::string{row_of(kind).has_time ? ", time: 1 ms" : ""} +
+                                       (name.rfind("call-", 0) == 0 ? ", function: ZVGR_CameraInfo2" : "");
+        EXPECT_EQ(kind, fault("kind: " + name + parameters).kind) << name;
     }
 }
 
-TEST(FaultConfiguration, FaultIsEverywhereUnlessItSaysWhere)
+/// The keys of a fault, and whether it is read as they say.
+struct Reading {
+    const char* name;
+    const char* keys;
+    bool (*is_right)(const FaultRule& rule);
+};
+
+void PrintTo(const Reading& reading, std::ostream* out) { *out << reading.keys; }
+
+constexpr uint64_t no_end = std::numeric_limits<uint64_t>::max();
+
+bool is_when(const Trigger& when, uint64_t first, uint64_t every, uint64_t last, bool is_by_frame)
 {
-    EXPECT_EQ(Place::none, fault("kind: scan-fails").place.grabber);
-    const Place place = fault("kind: camera-open-fails, grabber: 1, camera: 2").place;
-    EXPECT_EQ(1u, place.grabber);
-    EXPECT_EQ(2u, place.camera);
+    return when.first == first && when.every == every && when.last == last && when.is_by_frame == is_by_frame;
 }
 
-TEST(FaultConfiguration, CallIsCountedFromOne)
-{
-    const Trigger when = fault("kind: scan-fails, when: {call: 3}").when;
-    EXPECT_EQ(2u, when.first);
-    EXPECT_EQ(2u, when.last);
-    EXPECT_FALSE(when.is_by_frame);
-}
+const Reading readings[] = {
+    {"Everywhere", "kind: scan-fails",
+     [](const FaultRule& rule) {
+         return rule.place.grabber == Place::none && rule.place.camera == Place::none;
+     }},
+    {"AtACamera", "kind: camera-open-fails, grabber: 1, camera: 2",
+     [](const FaultRule& rule) { return rule.place.grabber == 1 && rule.place.camera == 2; }},
+    {"AtTheFirstGrabber", "kind: camera-open-fails, grabber: 0",
+     [](const FaultRule& rule) { return rule.place.grabber == 0 && rule.place.camera == Place::none; }},
+    {"OneCallCountedFromOne", "kind: scan-fails, when: {call: 3}",
+     [](const FaultRule& rule) { return is_when(rule.when, 2, 1, 2, false); }},
+    {"EveryFromACallOn", "kind: scan-fails, when: {call: 3, every: 2, until: 9}",
+     [](const FaultRule& rule) { return is_when(rule.when, 2, 2, 8, false); }},
+    {"EveryAlone", "kind: frame-dropped, when: {every: 10}",
+     [](const FaultRule& rule) { return is_when(rule.when, 9, 10, no_end, true); }},
+    {"FramesCountedFromZero", "kind: frame-dropped, when: {frame: 5, until: 7}",
+     [](const FaultRule& rule) { return is_when(rule.when, 5, 1, 7, true); }},
+    {"TimeAndChance", "kind: frame-dropped, when: {after: 2 s, since: start, probability: 0.25}",
+     [](const FaultRule& rule) {
+         return rule.when.after == 2s && rule.when.since == Trigger::Since::start &&
+                rule.when.probability == 0.25;
+     }},
+    {"AnyFunctionAndStatus", "kind: call-fails, function: ZVGR_CameraInfo2, status: 0x3123, times: 2",
+     [](const FaultRule& rule) {
+         return rule.functions == zvsim::functions(Function::camera_info) && rule.status == 0x3123 &&
+                rule.times == 2;
+     }},
+    {"PresetOfANumber", "kind: camera-count-too-large",
+     [](const FaultRule& rule) { return rule.amount == 17; }},
+    {"NumberByItsOwnName", "kind: camera-count-too-large, count: 40",
+     [](const FaultRule& rule) { return rule.amount == 40; }},
+    {"NegativeNumber", "kind: frame-id-jumps, by: -5",
+     [](const FaultRule& rule) { return rule.amount == -5; }},
+    {"NameOfAValue", "kind: value-not-available, name: Width",
+     [](const FaultRule& rule) { return rule.name == "Width"; }},
+    {"CommandOfAQuery", "kind: stream-info-fails, command: 4",
+     [](const FaultRule& rule) { return rule.command == 4U; }},
+    {"Absence", "kind: camera-lost-while-opening, away_for_scans: 2, away_for: 3 s",
+     [](const FaultRule& rule) { return rule.absence.scans == 2U && rule.absence.time == 3s; }},
+};
 
-TEST(FaultConfiguration, EveryGoesOnFromTheFirst)
-{
-    const Trigger when = fault("kind: scan-fails, when: {call: 3, every: 2, until: 9}").when;
-    EXPECT_EQ(2u, when.first);
-    EXPECT_EQ(2u, when.every);
-    EXPECT_EQ(8u, when.last);
-}
+class FaultReading : public testing::TestWithParam<Reading> {};
 
-TEST(FaultConfiguration, EveryAloneIsEveryNth)
-{
-    const Trigger when = fault("kind: frame-dropped, when: {every: 10}").when;
-    EXPECT_EQ(9u, when.first);
-    EXPECT_EQ(10u, when.every);
-    EXPECT_EQ(std::numeric_limits<uint64_t>::max(), when.last);
-}
+TEST_P(FaultReading, IsRight) { EXPECT_TRUE(GetParam().is_right(fault(GetParam().keys))); }
 
-TEST(FaultConfiguration, FramesAreCountedFromZero)
-{
-    const Trigger when = fault("kind: frame-dropped, when: {frame: 5, until: 7}").when;
-    EXPECT_EQ(5u, when.first);
-    EXPECT_EQ(7u, when.last);
-    EXPECT_TRUE(when.is_by_frame);
-}
-
-TEST(FaultConfiguration, ReadsTimeAndChance)
-{
-    const Trigger when =
-        fault("kind: frame-dropped, when: {after: 2 s, since: start, probability: 0.25}").when;
-    EXPECT_EQ(2s, when.after);
-    EXPECT_EQ(Trigger::Since::start, when.since);
-    EXPECT_EQ(0.25, when.probability);
-}
-
-TEST(FaultConfiguration, CallsOfAnyFunctionCanFailWithAnyStatus)
-{
-    const FaultRule rule = fault("kind: call-fails, function: ZVGR_CameraInfo2, status: 0x3123, times: 2");
-    EXPECT_EQ(functions(Function::camera_info), rule.functions);
-    EXPECT_EQ(0x3123u, rule.status);
-    EXPECT_EQ(2u, rule.times);
-}
-
-TEST(FaultConfiguration, NumberOfAKindHasItsOwnNameAndPreset)
-{
-    EXPECT_EQ(17, fault("kind: camera-count-too-large").amount);
-    EXPECT_EQ(40, fault("kind: camera-count-too-large, count: 40").amount);
-    EXPECT_EQ(-5, fault("kind: frame-id-jumps, by: -5").amount);
-}
-
-TEST(FaultConfiguration, LossesSayHowLongTheyLast)
-{
-    const FaultRule rule = fault("kind: camera-lost-while-opening, away_for_scans: 2, away_for: 3 s");
-    EXPECT_EQ(2u, rule.absence.scans);
-    EXPECT_EQ(3s, rule.absence.time);
-}
+INSTANTIATE_TEST_SUITE_P(Of, FaultReading, testing::ValuesIn(readings),
+                         [](const auto& test) { return std::string{test.param.name}; });
 
 TEST(FaultConfiguration, ReadsEvents)
 {
-    const Reading reading{"events:\n"
-                          "- {at: 2 s, do: unplug, grabber: 0, camera: 1}\n"
-                          "- {scan: 3, do: plug, grabber: 2}\n"};
-    EXPECT_THAT(reading.errors, IsEmpty());
-    ASSERT_EQ(2u, reading.plan.events.size());
-    EXPECT_EQ(2s, reading.plan.events[0].at);
-    EXPECT_FALSE(reading.plan.events[0].is_plugged);
-    EXPECT_EQ(1u, reading.plan.events[0].place.camera);
-    EXPECT_EQ(3u, reading.plan.events[1].scan);
-    EXPECT_TRUE(reading.plan.events[1].is_plugged);
-    EXPECT_EQ(Place::none, reading.plan.events[1].place.camera);
-}
-
-struct Mistake {
-    const char* name;
-    const char* fault;
-    const char* wrong;
-    const char* allowed;
-};
-
-class WrongFault : public testing::TestWithParam<Mistake> {};
-
-TEST_P(WrongFault, IsReportedWithItsLineAndWhatIsAllowed)
-{
-    EXPECT_THAT(errors_of(GetParam().fault),
-                ElementsAre(AllOf(StartsWith("faults.yaml:3:"), HasSubstr(GetParam().wrong),
-                                  HasSubstr(GetParam().allowed))));
-}
-
-const Mistake mistakes[] = {
-    {"NoKind", "times: 1", "'kind' is missing", "a kind of fault"},
-    {"UnknownKind", "kind: scan-fail", "scan-fail", "scan-fails"},
-    {"UnknownKey", "kind: scan-fails, tims: 1", "tims", "times"},
-    {"NoFunction", "kind: call-fails", "'function' is missing", "the name"},
-    {"UnknownFunction", "kind: call-fails, function: ZVGR_Opn", "ZVGR_Opn", "ZVGR_Open"},
-    {"FunctionOfNoKind", "kind: scan-fails, function: ZVGR_Open", "'function'", "status"},
-    {"NoOutput", "kind: call-leaves-output-untouched, function: ZVGR_Close", "ZVGR_Close",
-     "ZVGR_CameraInfo2"},
-    {"Success", "kind: scan-fails, status: 0x3000", "0x3000", "any number but"},
-    {"StatusOfAPointer", "kind: grabber-name-missing, status: 1", "'status'", "kind"},
-    {"NoTime", "kind: frame-late", "'time' is missing", "100 ms"},
-    {"TimeWithoutUnit", "kind: frame-late, time: 5", "time", "ms"},
-    {"CameraAlone", "kind: camera-open-fails, camera: 1", "without its grabber", "grabber and camera"},
-    {"FrameOfACall", "kind: scan-fails, when: {frame: 1}", "'frame'", "call"},
-    {"CallOfAFrame", "kind: frame-dropped, when: {call: 1}", "'call'", "frame"},
-    {"UntilTooEarly", "kind: frame-dropped, when: {frame: 9, until: 8}", "'until'", "later"},
-    {"SinceWithoutAfter", "kind: frame-dropped, when: {since: start}", "'since'", "after"},
-    {"Probability", "kind: frame-dropped, when: {probability: 1.5}", "1.5", "0"},
-    {"CallZero", "kind: scan-fails, when: {call: 0}", "0", "1"},
-    {"ForeignNumber", "kind: frame-truncated, by: 4", "'by'", "bytes"},
-    {"AwayForNoLoss", "kind: frame-dropped, away_for_scans: 1", "'away_for_scans'", "times"},
-    {"NameOfACall", "kind: scan-fails, name: Width", "'name'", "status"},
-};
-
-std::string name_of(const testing::TestParamInfo<Mistake>& mistake) { return mistake.param.name; }
-
-INSTANTIATE_TEST_SUITE_P(FaultConfiguration, WrongFault, testing::ValuesIn(mistakes), name_of);
-
-TEST(FaultConfiguration, EventNeedsATimeOrAScan)
-{
-    for (const char* const text : {"{do: plug, grabber: 0}", "{do: plug, grabber: 0, at: 1 s, scan: 1}"})
-        EXPECT_THAT(Reading{"events: [" + std::string{text} + "]"}.errors,
-                    ElementsAre(HasSubstr("allowed: at, scan")));
-}
-
-TEST(FaultConfiguration, EventNeedsToSayWhatAndWhere)
-{
-    EXPECT_THAT(Reading{"events: [{scan: 1}]"}.errors,
-                ElementsAre(HasSubstr("'do' is missing"), HasSubstr("'grabber' is missing")));
+    const auto events = plan_of("events:\n"
+                                "- {at: 2 s, do: unplug, grabber: 0, camera: 1}\n"
+                                "- {scan: 3, do: plug, grabber: 2}\n")
+                            .events;
+    ASSERT_EQ(2U, events.size());
+    EXPECT_EQ(2s, events[0].at);
+    EXPECT_FALSE(events[0].is_plugged);
+    EXPECT_EQ(1U, events[0].place.camera);
+    EXPECT_EQ(3U, events[1].scan);
+    EXPECT_TRUE(events[1].is_plugged);
+    EXPECT_EQ(2U, events[1].place.grabber);
+    EXPECT_EQ(Place::none, events[1].place.camera);
 }
 
 } // namespace

@@ -2,106 +2,160 @@
 #include <cmath>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "simulator/Devices.h"
 #include "simulator/PictureFolder.h"
 #include "simulator/PictureSource.h"
-#include "unit/simulator/decode.h"
+#include "unit/simulator/expected_picture.h"
 #include "unit/simulator/tiff_files.h"
 
 namespace {
 
 using namespace zvsim_test;
+using testing::HasSubstr;
+using zvsim::PictureFolder;
+using Bytes = std::vector<unsigned char>;
 
 constexpr uint32_t width = 24;
 constexpr uint32_t height = 14;
 constexpr Pixels all_kinds[] = {Pixels::grey_8, Pixels::grey_16, Pixels::rgb_8, Pixels::rgb_16};
 
-/// A camera that plays three pictures of one kind.
-class PlayedFolder {
-public:
+/// A folder of pictures, and the warnings of reading it.
+class PictureFolders : public testing::Test {
+protected:
+    void write(const std::string& name, uint32_t columns, uint32_t rows, Pixels pixels = Pixels::grey_8) const
+    {
+        const TestPicture picture = test_picture(columns, rows, pixels, 1);
+        if (name.find(".png") != std::string::npos)
+            write_png(folder.file(name), picture);
+        else
+            write_tiff(folder.file(name), picture);
+    }
+
+    const Folder folder;
+    std::vector<std::string> warnings;
+};
+
+TEST_F(PictureFolders, LeaveOutWhatCannotBeReadOrDoesNotFitTheFirstPicture)
+{
+    write("a.tif", 16, 4);
+    write("b-wider.png", 17, 4);
+    write("c-higher.png", 16, 5);
+    write("d-deeper.png", 16, 4, Pixels::grey_16);
+    write("e-alpha.png", 16, 4, Pixels::rgba_8);
+    folder.write("f-text.tiff", "II*?");
+    write("g.png", 16, 4);
+    testing::internal::CaptureStderr();
+    const auto read = PictureFolder::read(folder.path(), warnings);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    ASSERT_NE(nullptr, read);
+    const std::string differs{" is left out: its size or pixel format differs from the first picture"};
+    EXPECT_THAT(warnings,
+                testing::ElementsAre(HasSubstr("b-wider.png" + differs), HasSubstr("c-higher.png" + differs),
+                                     HasSubstr("d-deeper.png" + differs),
+                                     HasSubstr("e-alpha.png is left out: has an alpha channel"),
+                                     HasSubstr("f-text.tiff is left out: ")));
+    EXPECT_EQ(2 * 16 * 4U, read->size());
+}
+
+TEST_F(PictureFolders, WithoutPicturesAreNone)
+{
+    EXPECT_EQ(nullptr, PictureFolder::read(folder.file("missing"), warnings));
+    folder.write("a.png", "broken");
+    EXPECT_EQ(nullptr, PictureFolder::read(folder.path(), warnings));
+    EXPECT_THAT(warnings, testing::ElementsAre(HasSubstr("missing cannot be read"), HasSubstr("a.png"),
+                                               HasSubstr("no usable PNG or TIFF picture")));
+}
+
+/// A camera that plays three pictures of one kind. They are not written in the order of their names, and the
+/// folder also holds something else.
+struct PlayedFolder {
     explicit PlayedFolder(Pixels pixels, const std::string& extension = ".png")
     {
         const Folder folder;
-        for (unsigned number = 0; number < 3; ++number) {
-            m_pictures.push_back(test_picture(width, height, pixels, number));
+        folder.write("0.txt", "not a picture, and not called one");
+        std::filesystem::create_directory(folder.file("3.png"));
+        for (const unsigned number : {1U, 2U, 0U}) {
+            const TestPicture picture = test_picture(width, height, pixels, number);
             const auto file = folder.file(std::to_string(number) + extension);
-            if (extension == ".png")
-                write_png(file, m_pictures.back());
+            if (extension == ".png" || extension == ".PNG")
+                write_png(file, picture);
             else
-                write_tiff(file, m_pictures.back());
+                write_tiff(file, picture);
+            pictures[number] = picture.in_memory();
         }
         std::vector<std::string> warnings;
-        m_model.pictures = zvsim::PictureFolder::read(folder.path(), warnings);
-        if (m_model.pictures == nullptr)
-            throw std::runtime_error{warnings.front()};
-        m_model.sensor_width = m_model.start.width = width;
-        m_model.sensor_height = m_model.start.height = height;
-        m_model.start.format = &m_model.pictures->format();
+        model.pictures = PictureFolder::read(folder.path(), warnings);
+        if (model.pictures == nullptr || !warnings.empty())
+            throw std::runtime_error{"not played"};
+        model.sensor_width = model.start.width = width;
+        model.sensor_height = model.start.height = height;
+        model.start.format = &model.pictures->format();
     }
 
     PlayedFolder& show(uint32_t left, uint32_t top, uint32_t columns, uint32_t rows)
     {
-        m_model.start.offset_x = left;
-        m_model.start.offset_y = top;
-        m_model.start.width = columns;
-        m_model.start.height = rows;
+        model.start.offset_x = left;
+        model.start.offset_y = top;
+        model.start.width = columns;
+        model.start.height = rows;
         return *this;
     }
     PlayedFolder& as(const char* format)
     {
-        m_model.start.format = &zvsim::pixel_format(format);
-        return *this;
-    }
-    PlayedFolder& with_segments(uint32_t segments)
-    {
-        m_grabber.segments_per_buffer = segments;
+        model.start.format = &zvsim::pixel_format(format);
         return *this;
     }
 
-    std::vector<unsigned char> frame(uint64_t number, double brightness = 1) const
+    Bytes frame(uint64_t number, double brightness = 1) const
     {
-        const zvsim::CameraDevice device{m_model, m_grabber};
-        std::vector<unsigned char> frame(static_cast<size_t>(device.payload()));
+        const zvsim::CameraDevice device{model, grabber};
+        Bytes frame(static_cast<size_t>(device.payload()));
         make_picture_source(device)->draw({number, zvsim::TestPattern::diagonal_ramp, brightness},
                                           frame.data(), frame.size());
         return frame;
     }
-
     /// A frame of one segment.
     Decoded shown(uint64_t number, double brightness = 1) const
     {
-        const auto bytes = frame(number, brightness);
-        return decode(m_model.start.format->name, m_model.start.width, m_model.start.height, bytes.data(),
+        const Bytes bytes = frame(number, brightness);
+        return decode(model.start.format->name, model.start.width, model.start.height, bytes.data(),
                       bytes.size());
     }
-
-    std::vector<unsigned char> file_pixels(uint64_t number) const
+    Decoded file(size_t number) const
     {
-        return m_pictures[number % 3].in_memory();
+        return decode(model.pictures->format().name, width, height, pictures[number].data(),
+                      pictures[number].size());
     }
 
-    Decoded file(uint64_t number) const
-    {
-        const auto bytes = file_pixels(number);
-        return decode(m_model.pictures->format().name, width, height, bytes.data(), bytes.size());
-    }
-
-private:
-    zvsim::CameraModel m_model;
-    zvsim::GrabberModel m_grabber;
-    std::vector<TestPicture> m_pictures;
+    Bytes pictures[3];
+    zvsim::CameraModel model;
+    zvsim::GrabberModel grabber;
 };
 
-TEST(FolderSource, DeliversPicturesBitForBitInALoop)
+TEST(FolderSource, DeliversPicturesInTheOrderOfTheirNamesBitForBitInALoop)
 {
-    for (const char* const extension : {".png", ".TIF", ".tiff"}) {
+    for (const char* const extension : {".png", ".PNG", ".TIF", ".tiff"}) {
         for (const Pixels pixels : all_kinds) {
             const PlayedFolder played{pixels, extension};
             for (uint64_t number = 0; number < 5; ++number)
-                EXPECT_EQ(played.file_pixels(number), played.frame(number)) << extension;
+                EXPECT_EQ(played.pictures[number % 3], played.frame(number)) << extension;
         }
+    }
+}
+
+TEST(FolderSource, StaysWithinTheRoomThatItIsGiven)
+{
+    const PlayedFolder played{Pixels::grey_8};
+    const zvsim::CameraDevice device{played.model, played.grabber};
+    const size_t whole = played.pictures[0].size();
+    for (const size_t room : {size_t{0}, size_t{10}, whole, whole + 6}) {
+        Bytes target(whole + 16, 0x5A);
+        make_picture_source(device)->draw({0, zvsim::TestPattern::diagonal_ramp, 1}, target.data(), room);
+        Bytes expected(whole + 16, 0x5A);
+        std::copy_n(played.pictures[0].begin(), std::min(room, whole), expected.begin());
+        EXPECT_EQ(expected, target) << room;
     }
 }
 
@@ -136,10 +190,10 @@ TEST(FolderSource, ScalesSamplesAndClipsThem)
 
 TEST(FolderSource, PutsConsecutivePicturesIntoTheSegments)
 {
-    const PlayedFolder played = PlayedFolder{Pixels::rgb_8}.with_segments(2);
-    std::vector<unsigned char> expected = played.file_pixels(2);
-    const auto second = played.file_pixels(3);
-    expected.insert(expected.end(), second.begin(), second.end());
+    PlayedFolder played{Pixels::rgb_8};
+    played.grabber.segments_per_buffer = 2;
+    Bytes expected = played.pictures[2];
+    expected.insert(expected.end(), played.pictures[0].begin(), played.pictures[0].end());
     EXPECT_EQ(expected, played.frame(1));
 }
 

@@ -303,7 +303,7 @@ TEST(ConfigurationErrors, GoToTheLogOnce)
     }
     const std::string text = log.text();
     const std::string error =
-        file + ":2: \"nmae\" is no key of a grabber (meant is name?); allowed: name, protocol";
+        file + ":2: unknown grabber key \"nmae\"; did you mean name? Allowed: name, protocol";
     EXPECT_THAT(text, testing::HasSubstr("no grabbers are offered: their configuration has errors"));
     ASSERT_THAT(text, testing::HasSubstr(error));
     EXPECT_EQ(std::string::npos, text.find(error, text.find(error) + 1));

@@ -1,20 +1,13 @@
 #include <cstdint>
 #include <limits>
 
-#include <gmock/gmock.h>
-
 #include "simulator/config/YamlReader.h"
 #include "unit/simulator/configuration_texts.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::StartsWith;
-using zvsim::in_quotes;
 using zvsim::YamlChoices;
 using zvsim::YamlDocument;
 using zvsim::YamlErrors;
@@ -23,6 +16,10 @@ using zvsim::YamlMap;
 using zvsim::YamlNode;
 using zvsim::YamlValue;
 using zvsim_test::absolute_path;
+using zvsim_test::joined;
+using zvsim_test::Like;
+
+constexpr int64_t most = std::numeric_limits<int64_t>::max();
 
 const YamlKeys& lamp()
 {
@@ -38,30 +35,30 @@ struct Lamp {
     {
     }
 
+    std::string reported() const { return joined(errors.lines()); }
+
     YamlErrors errors;
     YamlDocument document;
     YamlMap map;
 };
 
 /// What reading a text as a document reports.
-std::vector<std::string> errors_of(const std::string& text)
+std::string errors_of(const std::string& text)
 {
     YamlErrors errors{"lamp.yaml"};
     const YamlDocument document{text, errors};
     if (!errors.is_empty()) {
         EXPECT_EQ(YamlNode::Kind::nothing, document.root().kind);
     }
-    return errors.lines();
+    return joined(errors.lines());
 }
 
 TEST(YamlReader, ReadsValuesOfAllKinds)
 {
-    Lamp lamp{"color: 'green'\n"
-              "height: 12\n"
-              "switched_on: true\n"
-              "power: 2.5\n"
-              "delay: 20 ms\n"
-              "bulbs: [one, two]\n"};
+    const std::string path = absolute_path("/b\xC3\xA4ume/a b");
+    Lamp lamp{"color: 'green'\nheight: 12\nswitched_on: true\npower: 2.5\ndelay: 20 ms\nbulbs: [one, two]\n"
+              "file: " +
+              path + "\n"};
     std::string color;
     uint32_t height = 0;
     bool is_on = false;
@@ -72,13 +69,14 @@ TEST(YamlReader, ReadsValuesOfAllKinds)
     EXPECT_TRUE(lamp.map.flag("switched_on", is_on));
     EXPECT_TRUE(lamp.map.number("power", power, 0, 2.5));
     EXPECT_TRUE(lamp.map.duration("delay", delay, 0s, 1s));
-    EXPECT_THAT(lamp.errors.lines(), IsEmpty());
+    EXPECT_EQ(path, lamp.map.find("file")->path("a lamp").value_or("").u8string());
+    const auto bulbs = lamp.map.list("bulbs", 2);
+    EXPECT_EQ("", lamp.reported());
     EXPECT_EQ("green", color);
     EXPECT_EQ(12U, height);
     EXPECT_TRUE(is_on);
     EXPECT_EQ(2.5, power);
     EXPECT_EQ(20ms, delay);
-    const auto bulbs = lamp.map.list("bulbs", 2);
     ASSERT_EQ(2U, bulbs.size());
     EXPECT_EQ("two", bulbs[1].raw());
     EXPECT_EQ(6, bulbs[1].line());
@@ -92,24 +90,18 @@ TEST(YamlReader, AbsentKeysLeaveTheirTargetsAlone)
     EXPECT_FALSE(lamp.map.text("color", color, 5));
     EXPECT_FALSE(lamp.map.integer("height", height, 0, 12));
     EXPECT_THAT(lamp.map.list("bulbs", 2), IsEmpty());
-    EXPECT_THAT(lamp.errors.lines(), IsEmpty());
+    EXPECT_EQ("", lamp.reported());
     EXPECT_EQ("blue", color);
     EXPECT_EQ(3, height);
 }
 
-TEST(YamlReader, UnknownKeyIsReportedWithTheNearestOne)
+TEST(YamlReader, UnknownKeysAreReportedWithTheNearestOneIfThereIsOne)
 {
-    const Lamp lamp{"color: red\nhieght: 12\n"};
-    EXPECT_THAT(lamp.errors.lines(),
-                ElementsAre("lamp.yaml:2: \"hieght\" is no key of a lamp (meant is height?); allowed: color, "
-                            "height, switched_on, power, delay, bulbs, file"));
-}
-
-TEST(YamlReader, UnknownKeyThatIsLikeNoneGetsNoHint)
-{
-    const Lamp lamp{"temperature: 3000\n"};
-    EXPECT_THAT(lamp.errors.lines(),
-                ElementsAre(StartsWith("lamp.yaml:1: \"temperature\" is no key of a lamp; allowed:")));
+    EXPECT_EQ("lamp.yaml:2: unknown lamp key \"hieght\"; did you mean height? Allowed: color, height, "
+              "switched_on, power, delay, bulbs, file",
+              Lamp{"color: red\nhieght: 12\n"}.reported());
+    EXPECT_THAT(Lamp{"temperature: 3000\n"}.reported(),
+                Like("lamp.yaml:1: unknown lamp key \"temperature\"; allowed: color, ~"));
 }
 
 TEST(YamlReader, ReadingGoesOnAfterAnErrorAndReportsAll)
@@ -123,67 +115,54 @@ TEST(YamlReader, ReadingGoesOnAfterAnErrorAndReportsAll)
     EXPECT_FALSE(lamp.map.number("power", power, 0.5, 100));
     EXPECT_FALSE(lamp.map.flag("switched_on", is_on));
     EXPECT_FALSE(lamp.map.text("color", color, 5, 1));
-    EXPECT_THAT(lamp.errors.lines(),
-                ElementsAre("lamp.yaml:1: height is \"high\"; allowed: a whole number from 1 to 9",
-                            "lamp.yaml:2: power is a list; allowed: a number from 0.5 to 100",
-                            "lamp.yaml:3: switched_on is \"yes\"; allowed: true, false",
-                            "lamp.yaml:4: color is empty; allowed: 1 to 5 printable ASCII characters"));
+    EXPECT_EQ("lamp.yaml:1: height is \"high\"; allowed: a whole number from 1 to 9\n"
+              "lamp.yaml:2: power is a list; allowed: a number from 0.5 to 100\n"
+              "lamp.yaml:3: switched_on is \"yes\"; allowed: true, false\n"
+              "lamp.yaml:4: color is empty; allowed: 1 to 5 printable ASCII characters",
+              lamp.reported());
     EXPECT_EQ(5, height);
 }
 
 TEST(YamlReader, IntegersAreDecimalOrHexadecimalAndInTheirRange)
 {
     const std::vector<std::pair<const char*, int64_t>> accepted{
-        {"-5", -5},
-        {"0", 0},
-        {"0x10", 16},
-        {"0xff", 255},
-        {"9223372036854775807", std::numeric_limits<int64_t>::max()},
-    };
+        {"-5", -5}, {"0", 0}, {"1 ", 1}, {"0x10", 16}, {"0xff", 255}, {"9223372036854775807", most}};
     for (const auto& [text, expected] : accepted) {
-        Lamp lamp{std::string{"height: "} + text};
-        int64_t height = 0;
-        EXPECT_TRUE(lamp.map.integer("height", height, -5, std::numeric_limits<int64_t>::max())) << text;
+        int64_t height = 77;
+        EXPECT_TRUE(Lamp{std::string{"height: "} + text}.map.integer("height", height, -5, most)) << text;
         EXPECT_EQ(expected, height);
     }
     for (const char* const text :
-         {"-6", "1.0", "'1'", "1 ", "0x", "0x-1", "1e3", "9223372036854775808", "+1", "~", "{}"}) {
-        Lamp lamp{std::string{"height: "} + text};
+         {"-6", "1.0", "'1'", "0x", "0x-1", "1e3", "9223372036854775808", "+1", "~", "{}"}) {
         int64_t height = 77;
-        const bool is_trimmed = std::string{text} == "1 ";
-        EXPECT_EQ(is_trimmed, lamp.map.integer("height", height, -5, std::numeric_limits<int64_t>::max()))
-            << text;
-        EXPECT_EQ(is_trimmed ? 1 : 77, height);
+        EXPECT_FALSE(Lamp{std::string{"height: "} + text}.map.integer("height", height, -5, most)) << text;
+        EXPECT_EQ(77, height);
     }
 }
 
 TEST(YamlReader, NumbersAreFiniteAndInTheirRange)
 {
-    for (const char* const text : {"0.001", "5", "1e2", "100"}) {
-        Lamp lamp{std::string{"power: "} + text};
-        double power = 0;
-        EXPECT_TRUE(lamp.map.number("power", power, 0.001, 100)) << text;
-    }
+    double power = 7;
     for (const char* const text :
          {"0.0009", "100.1", "nan", ".nan", "inf", "-1", "'5'", "5 W", "1e999", "1,5"}) {
         Lamp lamp{std::string{"power: "} + text};
-        double power = 7;
         EXPECT_FALSE(lamp.map.number("power", power, 0.001, 100)) << text;
         EXPECT_EQ(7, power);
-        EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: a number from 0.001 to 100")));
+        EXPECT_THAT(lamp.reported(), Like("~allowed: a number from 0.001 to 100"));
     }
+    for (const char* const text : {"0.001", "5", "1e2", "100"})
+        EXPECT_TRUE(Lamp{std::string{"power: "} + text}.map.number("power", power, 0.001, 100)) << text;
+    EXPECT_EQ(100, power);
 }
 
 TEST(YamlReader, DurationsHaveAUnit)
 {
     const std::vector<std::pair<const char*, std::chrono::nanoseconds>> accepted{
-        {"40 ns", 40ns},   {"10us", 10us}, {"1.5 ms", 1500us}, {"2 s", 2s},
-        {"'3 min'", 3min}, {"0 s", 0s},    {"-1 ms", -1ms},
-    };
+        {"40 ns", 40ns}, {"10us", 10us},    {"1.5 ms", 1500us}, {"2 s", 2s},
+        {"0 s", 0s},     {"'3 min'", 3min}, {"-1 ms", -1ms}};
     for (const auto& [text, expected] : accepted) {
-        Lamp lamp{std::string{"delay: "} + text};
         std::chrono::nanoseconds delay{77};
-        EXPECT_TRUE(lamp.map.duration("delay", delay, -1ms, 3min)) << text;
+        EXPECT_TRUE(Lamp{std::string{"delay: "} + text}.map.duration("delay", delay, -1ms, 3min)) << text;
         EXPECT_EQ(expected, delay);
     }
     for (const char* const text :
@@ -192,82 +171,67 @@ TEST(YamlReader, DurationsHaveAUnit)
         std::chrono::nanoseconds delay{77};
         EXPECT_FALSE(lamp.map.duration("delay", delay, -1ms, 3min)) << text;
         EXPECT_EQ(77ns, delay);
-        EXPECT_THAT(
-            lamp.errors.lines(),
-            ElementsAre(HasSubstr("allowed: -1 ms to 180 s, with one of the units ns, us, ms, s, min")));
+        EXPECT_THAT(lamp.reported(),
+                    Like("~allowed: -1 ms to 180 s, with one of the units ns, us, ms, s, min"));
     }
 }
 
-TEST(YamlReader, ChoiceTellsTheWordsAndTheNearestOne)
+TEST(YamlReader, ChoicesAreReportedWithTheNearestWord)
 {
     const YamlChoices<int> colors{{"red", 1}, {"green", 2}};
     int color = 0;
     EXPECT_TRUE(Lamp{"color: green"}.map.choice("color", color, colors));
-    EXPECT_EQ(2, color);
     Lamp wrong{"color: Red"};
     EXPECT_FALSE(wrong.map.choice("color", color, colors));
     EXPECT_EQ(2, color);
-    EXPECT_THAT(wrong.errors.lines(),
-                ElementsAre("lamp.yaml:1: color is \"Red\" (meant is red?); allowed: red, green"));
+    EXPECT_EQ("lamp.yaml:1: color is \"Red\"; did you mean red? Allowed: red, green", wrong.reported());
 }
 
-TEST(YamlReader, TextsAreAsciiAndPathsAreAnyBytes)
+TEST(YamlReader, TextsAreAscii)
 {
-    const std::string file = absolute_path("/b\xC3\xA4ume/a b");
-    Lamp lamp{"color: gr\xC3\xBCn\nfile: " + file + "\n"};
+    Lamp lamp{"color: gr\xC3\xBCn\n"};
     std::string color;
     EXPECT_FALSE(lamp.map.text("color", color, 20));
-    EXPECT_THAT(
-        lamp.errors.lines(),
-        ElementsAre("lamp.yaml:1: color is \"gr\\xC3\\xBCn\"; allowed: 0 to 20 printable ASCII characters"));
-    EXPECT_EQ(file, lamp.map.find("file")->path("a lamp").value_or("").u8string());
+    EXPECT_EQ("lamp.yaml:1: color is \"gr\\xC3\\xBCn\"; allowed: 0 to 20 printable ASCII characters",
+              lamp.reported());
 }
 
-TEST(YamlReader, PathsHaveOneLineAndALength)
+TEST(YamlReader, PathsHaveOneLineAndALengthAndAreAbsolute)
 {
     for (const char* const text : {"file: \"/a\\nb\"", "file: ''", "file: [a]", "file: /longer"}) {
         Lamp lamp{text};
         EXPECT_FALSE(lamp.map.find("file")->path("a lamp", 6)) << text;
-        EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: a path of up to 6 bytes")));
+        EXPECT_THAT(lamp.reported(), Like("~allowed: a path of up to 6 bytes"));
     }
-}
-
-TEST(YamlReader, PathsAreAbsolute)
-{
-    for (const char* const text : {"file: a", "file: ./a", "file: ~/a"}) {
+    for (const char* const text : {
+             "file: a", "file: ./a", "file: ~/a",
+#ifdef _WIN32
+             "file: C:/\xFF", // not a text, as names are there
+#endif
+         }) {
         Lamp lamp{text};
         EXPECT_FALSE(lamp.map.find("file")->path("a lamp")) << text;
-        EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: the absolute path of a lamp")));
+        EXPECT_THAT(lamp.reported(), Like("~allowed: the absolute path of a lamp"));
     }
 }
-
-#ifdef _WIN32
-TEST(YamlReader, PathsAreLettersWhereNamesAre)
-{
-    Lamp lamp{"file: C:/\xFF\n"};
-    EXPECT_FALSE(lamp.map.find("file")->path("a lamp"));
-    EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: the absolute path of a lamp")));
-}
-#endif
 
 TEST(YamlReader, ListsHaveTheirLength)
 {
     for (const char* const text : {"bulbs: [a]", "bulbs: [a, b, c, d]", "bulbs: a", "bulbs:"}) {
         Lamp lamp{text};
         EXPECT_THAT(lamp.map.list("bulbs", 3, 2), IsEmpty());
-        EXPECT_THAT(lamp.errors.lines(), ElementsAre(HasSubstr("allowed: a list with 2 to 3 entries")))
-            << text;
+        EXPECT_THAT(lamp.reported(), Like("~allowed: a list with 2 to 3 entries")) << text;
     }
-    EXPECT_EQ(3U, Lamp{"bulbs: [a, b, c]"}.map.list("bulbs", 3, 2).size());
+    for (const char* const text : {"bulbs: [a, b]", "bulbs: [a, b, c]"})
+        EXPECT_FALSE(Lamp{text}.map.list("bulbs", 3, 2).empty());
 }
 
-TEST(YamlReader, WhatIsNoSectionIsReportedOnceAndHasNoKeys)
+TEST(YamlReader, WhatIsNotASectionIsReportedOnceAndHasNoKeys)
 {
     Lamp lamp{"- color\n"};
     EXPECT_FALSE(lamp.map.has("color"));
-    EXPECT_THAT(lamp.errors.lines(),
-                ElementsAre(StartsWith(
-                    "lamp.yaml:1: the file is a list; allowed: a section with the keys of a lamp")));
+    EXPECT_THAT(lamp.reported(),
+                Like("lamp.yaml:1: the file is a list; allowed: a section with lamp keys: color, ~"));
 }
 
 TEST(YamlReader, ErrorsBeyondTheMostAreCounted)
@@ -284,8 +248,8 @@ TEST(YamlReader, ErrorsBeyondTheMostAreCounted)
 
 TEST(YamlReader, QuotedTextsAreShortAndPrintable)
 {
-    EXPECT_EQ("\"a\\x0Ab\\xFF\"", in_quotes("a\nb\xFF"));
-    EXPECT_EQ("\"" + std::string(80, 'a') + "...\"", in_quotes(std::string(200, 'a')));
+    EXPECT_EQ("\"a\\x0Ab\\xFF\"", zvsim::in_quotes("a\nb\xFF"));
+    EXPECT_EQ("\"" + std::string(80, 'a') + "...\"", zvsim::in_quotes(std::string(200, 'a')));
 }
 
 TEST(YamlDocument, EmptyTextsHaveAnEmptyRoot)
@@ -298,37 +262,72 @@ TEST(YamlDocument, EmptyTextsHaveAnEmptyRoot)
     }
 }
 
-TEST(YamlDocument, SyntaxErrorsTellTheLine)
+/// Many lists of ten times the one before.
+std::string multiplied_aliases()
 {
-    for (const char* const text :
-         {"a: 1\nb: [1, 2\n", "a: 1\n\tb: 2\n", "a: 1\n]\n", "a: 1\nb: *c\n", "a: 1\nb: @\n"}) {
-        EXPECT_THAT(errors_of(text),
-                    ElementsAre(AllOf(HasSubstr("lamp.yaml:"), HasSubstr("this is no YAML: "))))
-            << text;
+    std::string text = "a0: &a0 [1, 1, 1, 1, 1, 1, 1, 1, 1, 1]\n";
+    for (int level = 1; level < 30; ++level) {
+        const std::string before = "*a" + std::to_string(level - 1);
+        text += "a" + std::to_string(level) + ": &a" + std::to_string(level) + " [" + before;
+        for (int copy = 0; copy < 9; ++copy)
+            text.append(", ").append(before);
+        text += "]\n";
     }
-    EXPECT_THAT(errors_of("a: 1\nb: *c\n"), ElementsAre(StartsWith("lamp.yaml:2: ")));
+    return text;
 }
 
-TEST(YamlDocument, KeysStandOnce)
+std::string keys(int count)
 {
-    EXPECT_THAT(errors_of("a: 1\nb: 2\na: 3\n"),
-                ElementsAre("lamp.yaml:3: the key \"a\" stands in line 1 already; allowed: each key once"));
+    std::string text;
+    for (int key = 0; key < count; ++key)
+        text += "k" + std::to_string(key) + ": 1\n";
+    return text;
 }
 
-TEST(YamlDocument, KeysAreTexts)
+/// As many copies as a file has room for.
+std::string filled_with(const std::string& part)
 {
-    EXPECT_THAT(errors_of("? [a, b]\n: 1\n"), ElementsAre(HasSubstr("a key is no text")));
-    EXPECT_THAT(errors_of("? \n: 1\n"), ElementsAre(HasSubstr("a key is no text")));
+    std::string text;
+    while (text.size() < YamlDocument::largest_text - 10)
+        text += part;
+    return text;
 }
 
-TEST(YamlDocument, HasNoSecondDocument)
+TEST(YamlDocument, RefusalsSayWhereAndWhy)
 {
-    EXPECT_THAT(errors_of("a: 1\n---\nb: 2\n"), ElementsAre(HasSubstr("a second document begins here")));
-}
-
-TEST(YamlDocument, HasNoTags)
-{
-    EXPECT_THAT(errors_of("a: !!int 1\n"), ElementsAre(StartsWith("lamp.yaml:1: a value has the tag")));
+    const std::string deep(YamlDocument::deepest, '[');
+    std::string largest = "a: 1\n#";
+    largest.resize(YamlDocument::largest_text, 'x');
+    const std::pair<std::string, const char*> refusals[] = {
+        {"a: 1\nb: [1, 2\n", "lamp.yaml:~: not valid YAML: ~"},
+        {"a: 1\n\tb: 2\n", "lamp.yaml:~: not valid YAML: ~"},
+        {"a: 1\n]\n", "lamp.yaml:~: not valid YAML: ~"},
+        {"a: 1\nb: *c\n", "lamp.yaml:2: not valid YAML: ~"},
+        {"a: 1\nb: @\n", "lamp.yaml:~: not valid YAML: ~"},
+        {"a: 1\nb: 2\na: 3\n",
+         "lamp.yaml:3: the key \"a\" is already used on line 1; allowed: each key once"},
+        {"? [a, b]\n: 1\n", "lamp.yaml:~: a key is not a text; allowed: keys that are single words"},
+        {"? \n: 1\n", "lamp.yaml:~: a key is not a text; allowed: keys that are single words"},
+        {"a: 1\n---\nb: 2\n", "lamp.yaml:~: a second document begins here; allowed: one document per file"},
+        {"a: !!int 1\n", "lamp.yaml:1: a value has the tag ~; allowed: values without tags"},
+        {"a: &x [1, *x]\n", "lamp.yaml:1: a value contains itself; allowed: an alias of a complete value"},
+        {multiplied_aliases(),
+         "lamp.yaml:~: there are too many values; allowed: up to 100000, with aliases expanded"},
+        {filled_with("1,").insert(0, "[") + "1]", "lamp.yaml:~: there are too many values~"},
+        {deep + std::string(deep.size(), ']'), ""},
+        {"[" + deep + std::string(deep.size() + 1, ']'),
+         "lamp.yaml:~: values are nested too deeply; allowed: up to 32 levels"},
+        {keys(100), ""},
+        {keys(200), "lamp.yaml:101: a section has too many keys; allowed: up to 100"},
+        {largest, ""},
+        {largest + "x", "lamp.yaml: the file is larger than 1 MiB; allowed: up to 1 MiB"},
+        {{"a: 1\nb: \0\n", 10}, "lamp.yaml:2: character 0 is not text; allowed: YAML in UTF-8"},
+        {"a: 1\nb: \x04\n", "lamp.yaml:2: character 4 is not text; allowed: YAML in UTF-8"},
+        {"a: 1\nb: \x1B\n", "lamp.yaml:2: character 27 is not text; allowed: YAML in UTF-8"},
+        {"a: 1\nb: \x7F\n", "lamp.yaml:2: character 127 is not text; allowed: YAML in UTF-8"},
+    };
+    for (const auto& [text, errors] : refusals)
+        EXPECT_THAT(errors_of(text), Like(errors)) << text.substr(0, 100);
 }
 
 TEST(YamlDocument, AliasesStandForTheirAnchors)
@@ -340,74 +339,10 @@ TEST(YamlDocument, AliasesStandForTheirAnchors)
     EXPECT_EQ(document.root().entries[0].second, document.root().entries[1].second);
 }
 
-TEST(YamlDocument, AliasOfWhatItIsInIsAnError)
+TEST(YamlDocument, EndlessNestingIsAnError)
 {
-    EXPECT_THAT(errors_of("a: &x [1, *x]\n"),
-                ElementsAre("lamp.yaml:1: a value contains itself; allowed: an alias of "
-                            "something that is complete"));
-}
-
-TEST(YamlDocument, AliasesThatMultiplyAreAnError)
-{
-    std::string text = "a0: &a0 [1, 1, 1, 1, 1, 1, 1, 1, 1, 1]\n";
-    for (int level = 1; level < 30; ++level) {
-        const std::string before = "*a" + std::to_string(level - 1);
-        text += "a" + std::to_string(level) + ": &a" + std::to_string(level) + " [" + before;
-        for (int copy = 0; copy < 9; ++copy)
-            text.append(", ").append(before);
-        text += "]\n";
-    }
-    EXPECT_THAT(errors_of(text),
-                ElementsAre(HasSubstr("too many values; allowed: up to 100000, aliases followed")));
-}
-
-TEST(YamlDocument, DeepNestingIsAnError)
-{
-    const size_t limit = YamlDocument::deepest;
-    EXPECT_THAT(errors_of(std::string(limit, '[') + std::string(limit, ']')), IsEmpty());
-    EXPECT_THAT(errors_of(std::string(limit + 1, '[') + std::string(limit + 1, ']')),
-                ElementsAre(HasSubstr("nested too deep; allowed: up to 32 levels")));
-    for (const char* const opener : {"[", "{", "{a: ", "- ", "? ", "[\n"}) {
-        std::string text;
-        while (text.size() < YamlDocument::largest_text - 10)
-            text += opener;
-        EXPECT_THAT(errors_of(text), ElementsAre(HasSubstr("lamp.yaml:"))) << opener;
-    }
-}
-
-TEST(YamlDocument, ManyValuesAreAnError)
-{
-    std::string text = "[";
-    while (text.size() < YamlDocument::largest_text - 10)
-        text += "1,";
-    EXPECT_THAT(errors_of(text + "1]"), ElementsAre(HasSubstr("too many values")));
-}
-
-TEST(YamlDocument, ManyKeysAreAnError)
-{
-    std::string text;
-    for (int key = 0; key < 200; ++key)
-        text += "k" + std::to_string(key) + ": 1\n";
-    EXPECT_THAT(errors_of(text),
-                ElementsAre("lamp.yaml:101: a section has too many keys; allowed: up to 100"));
-}
-
-TEST(YamlDocument, TextsBeyondTheLargestAreAnError)
-{
-    std::string text = "a: 1\n#";
-    text.resize(YamlDocument::largest_text, 'x');
-    EXPECT_THAT(errors_of(text), IsEmpty());
-    EXPECT_THAT(errors_of(text + "x"),
-                ElementsAre("lamp.yaml: the file has more than 1 MiB; allowed: up to 1 MiB"));
-}
-
-TEST(YamlDocument, ControlCharactersAreAnError)
-{
-    for (const char code : {'\0', '\x04', '\x1B', '\x7F'}) {
-        EXPECT_THAT(errors_of(std::string{"a: 1\nb: "} + code + "\n"),
-                    ElementsAre("lamp.yaml:2: character " + std::to_string(int{code}) +
-                                " belongs to no text; allowed: YAML in UTF-8"));
-    }
+    for (const char* const opener : {"[", "{", "{a: ", "- ", "? ", "[\n"})
+        EXPECT_THAT(errors_of(filled_with(opener)), Like("lamp.yaml:~")) << opener;
 }
 
 TEST(YamlDocument, GarbageOfAnyKindIsReportedOrRead)

@@ -3,14 +3,18 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include <gmock/gmock.h>
 
 #include "simulator/Configuration.h"
 
-// Configurations made of the texts of their files.
+// Configurations made from the text of a file.
 
 namespace zvsim_test {
 
-/// The path as an absolute one of this system: "/a" has no drive.
+/// An absolute path on either system: on Windows "/a" lacks a drive.
 inline std::string absolute_path(const std::string& path)
 {
 #ifdef _WIN32
@@ -20,13 +24,18 @@ inline std::string absolute_path(const std::string& path)
 #endif
 }
 
-/// What a file of this text leads to. The messages call it "grabbers.yaml".
-inline std::unique_ptr<const zvsim::Configuration> configured_by(const std::string& text)
+/// An environment with a file of this text. Messages call it "grabbers.yaml".
+inline zvsim::Environment environment_with(const std::string& text)
 {
     zvsim::Environment environment;
     environment.file.path = "grabbers.yaml";
     environment.file.text = text;
-    return zvsim::Configuration::make(environment);
+    return environment;
+}
+
+inline std::unique_ptr<const zvsim::Configuration> configured_by(const std::string& text)
+{
+    return zvsim::Configuration::make(environment_with(text));
 }
 
 /// A file with one grabber of one camera, without the demo grabber; `keys` are whole lines of the camera, the
@@ -44,5 +53,29 @@ inline std::string camera_text(const std::string& keys)
     }
     return text;
 }
+
+/// The lines as one text.
+inline std::string joined(const std::vector<std::string>& lines)
+{
+    std::string text;
+    for (const std::string& line : lines)
+        text.append(text.empty() ? "" : "\n").append(line);
+    return text;
+}
+
+/// Whether a text matches a pattern in which each ~ stands for anything.
+inline bool is_like(std::string_view text, std::string_view pattern)
+{
+    const size_t gap = pattern.find('~');
+    if (gap == std::string_view::npos || text.substr(0, gap) != pattern.substr(0, gap))
+        return text == pattern;
+    for (size_t at = gap; at <= text.size(); ++at) {
+        if (is_like(text.substr(at), pattern.substr(gap + 1)))
+            return true;
+    }
+    return false;
+}
+
+MATCHER_P(Like, pattern, "") { return is_like(arg, pattern); }
 
 } // namespace zvsim_test

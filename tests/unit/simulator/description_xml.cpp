@@ -1,8 +1,12 @@
 #include "unit/simulator/description_xml.h"
 
 #include <algorithm>
+#include <memory>
+#include <set>
 
+#include <gtest/gtest.h>
 #include <libxml/parser.h>
+#include <libxml/tree.h>
 
 namespace zvsim_test {
 
@@ -13,68 +17,117 @@ std::string text_of(const xmlChar* text)
     return text != nullptr ? reinterpret_cast<const char*>(text) : "";
 }
 
-std::map<std::string, std::string> attributes_of(const xmlNode& element)
+Element element_of(const xmlNode& xml)
 {
-    std::map<std::string, std::string> attributes;
-    for (const xmlAttr* at = element.properties; at != nullptr; at = at->next)
-        attributes[text_of(at->name)] = at->children != nullptr ? text_of(at->children->content) : "";
-    return attributes;
-}
-
-template <class Visit>
-void for_each_child(const xmlNode& element, const Visit& visit)
-{
-    for (const xmlNode* child = element.children; child != nullptr; child = child->next) {
+    Element element{text_of(xml.name), "", "", {}, {}};
+    for (const xmlAttr* at = xml.properties; at != nullptr; at = at->next)
+        element.attributes[text_of(at->name)] = at->children != nullptr ? text_of(at->children->content) : "";
+    element.name = element.attributes["Name"];
+    for (const xmlNode* child = xml.children; child != nullptr; child = child->next) {
         if (child->type == XML_ELEMENT_NODE)
-            visit(*child);
+            element.children.push_back(element_of(*child));
     }
+    if (element.children.empty() && xml.children != nullptr)
+        element.value = text_of(xml.children->content);
+    return element;
 }
 
-DescribedProperty property_of(const xmlNode& element)
+/// The elements of each kind of node, in the order in which the schema wants them.
+const std::map<std::string, std::vector<std::string>>& orders()
 {
-    DescribedProperty property{text_of(element.name), "", attributes_of(element), {}};
-    for_each_child(element, [&](const xmlNode& child) { property.children.push_back(property_of(child)); });
-    if (property.children.empty() && element.children != nullptr)
-        property.value = text_of(element.children->content);
-    return property;
+    static const std::vector<std::string> common{
+        "Extension",         "ToolTip", "Description",    "DisplayName",  "Visibility", "DocuURL",
+        "IsDeprecated",      "EventID", "pIsImplemented", "pIsAvailable", "pIsLocked",  "pBlockPolling",
+        "ImposedAccessMode", "pError",  "pAlias",         "pCastAlias"};
+    static const std::vector<std::string> in_register{"Address",  "pAddress",    "pIndex",
+                                                      "Length",   "AccessMode",  "pPort",
+                                                      "Cachable", "PollingTime", "pInvalidator"};
+    const auto after = [](std::initializer_list<std::vector<std::string>> lists) {
+        std::vector<std::string> all;
+        for (const auto& list : lists)
+            all.insert(all.end(), list.begin(), list.end());
+        return all;
+    };
+    static const std::map<std::string, std::vector<std::string>> table{
+        {"Category", after({common, {"pFeature"}})},
+        {"Integer", after({common,
+                           {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
+                            "Inc", "pInc", "Unit", "Representation", "pSelected"}})},
+        {"IntReg",
+         after({common, in_register, {"Sign", "Endianess", "Unit", "Representation", "pSelected"}})},
+        {"FloatReg", after({common,
+                            in_register,
+                            {"Endianess", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})},
+        {"StringReg", after({common, in_register})},
+        {"Float", after({common,
+                         {"pInvalidator", "Streamable", "Value", "pValue", "Min", "pMin", "Max", "pMax",
+                          "Inc", "Unit", "Representation", "DisplayNotation", "DisplayPrecision"}})},
+        {"Enumeration",
+         after({common,
+                {"pInvalidator", "Streamable", "EnumEntry", "Value", "pValue", "pSelected", "PollingTime"}})},
+        {"EnumEntry", after({common, {"Value", "NumericValue", "Symbolic", "IsSelfClearing"}})},
+        {"Command",
+         after(
+             {common, {"pInvalidator", "Value", "pValue", "CommandValue", "pCommandValue", "PollingTime"}})},
+        {"Boolean",
+         after({common, {"pInvalidator", "Streamable", "Value", "pValue", "OnValue", "OffValue"}})},
+        {"IntSwissKnife", after({common,
+                                 {"pInvalidator", "Streamable", "pVariable", "Constant", "Expression",
+                                  "Formula", "Unit", "Representation"}})},
+        {"Port", after({common, {"ChunkID", "pChunkID", "SwapEndianess"}})},
+    };
+    return table;
 }
 
 } // namespace
 
-const DescribedProperty* DescribedNode::find(const std::string& property) const
+const Element* Element::find(const std::string& of_kind) const
 {
-    const auto found = std::find_if(properties.begin(), properties.end(),
-                                    [&](const DescribedProperty& one) { return one.name == property; });
-    return found != properties.end() ? &*found : nullptr;
+    const auto found = std::find_if(children.begin(), children.end(),
+                                    [&](const Element& child) { return child.kind == of_kind; });
+    return found != children.end() ? &*found : nullptr;
 }
 
-std::string DescribedNode::value_of(const std::string& property) const
+const Element* Element::find_node(const std::string& of_name) const
 {
-    const DescribedProperty* const found = find(property);
+    const auto found = std::find_if(children.begin(), children.end(),
+                                    [&](const Element& child) { return child.name == of_name; });
+    return found != children.end() ? &*found : nullptr;
+}
+
+std::string Element::value_of(const std::string& of_kind) const
+{
+    const Element* const found = find(of_kind);
     return found != nullptr ? found->value : "";
 }
 
-DescriptionXml::DescriptionXml(const std::string& text)
-    : m_document{xmlReadMemory(text.data(), static_cast<int>(text.size()), "description.xml", nullptr,
-                               XML_PARSE_NONET)}
+Element read_description(const std::string& text)
 {
-    const xmlNode* const root = m_document != nullptr ? xmlDocGetRootElement(m_document.get()) : nullptr;
-    if (root == nullptr)
-        return;
-    m_root = text_of(root->name);
-    m_attributes = attributes_of(*root);
-    for_each_child(*root, [this](const xmlNode& element) {
-        DescribedNode node{text_of(element.name), attributes_of(element)["Name"], {}};
-        for_each_child(element, [&](const xmlNode& child) { node.properties.push_back(property_of(child)); });
-        m_nodes.push_back(std::move(node));
-    });
+    const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document{
+        xmlReadMemory(text.data(), static_cast<int>(text.size()), "description.xml", nullptr,
+                      XML_PARSE_NONET),
+        [](xmlDoc* read) { xmlFreeDoc(read); }};
+    const xmlNode* const root = document != nullptr ? xmlDocGetRootElement(document.get()) : nullptr;
+    return root != nullptr ? element_of(*root) : Element{};
 }
 
-const DescribedNode* DescriptionXml::find(const std::string& name) const
+void expect_order(const Element& node)
 {
-    const auto found = std::find_if(m_nodes.begin(), m_nodes.end(),
-                                    [&](const DescribedNode& node) { return node.name == name; });
-    return found != m_nodes.end() ? &*found : nullptr;
+    ASSERT_EQ(1U, orders().count(node.kind)) << node.kind << " " << node.name;
+    const auto& order = orders().at(node.kind);
+    static const std::set<std::string> several{"pFeature", "pSelected", "EnumEntry", "pVariable",
+                                               "pIndex",   "Address",   "pAddress",  "pInvalidator"};
+    auto place = order.begin();
+    std::string last;
+    for (const Element& element : node.children) {
+        place = std::find(place, order.end(), element.kind);
+        ASSERT_NE(order.end(), place) << element.kind << " of " << node.name << " is unknown or misplaced";
+        EXPECT_TRUE(element.kind != last || several.count(last) != 0)
+            << element.kind << " twice in " << node.name;
+        last = element.kind;
+        if (element.kind == "EnumEntry")
+            expect_order(element);
+    }
 }
 
 } // namespace zvsim_test

@@ -1,60 +1,39 @@
 #pragma once
 
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include <libxml/tree.h>
-
-// A register description as its nodes, read with libxml2.
+// A register description, read with libxml2.
 
 namespace zvsim_test {
 
-/// An element below a node.
-struct DescribedProperty {
+/// The description, a node of it, an element of a node, or an element of an enumeration's entry.
+struct Element {
+    /// "Integer", "pFeature".
+    std::string kind;
+    /// Its attribute "Name", if it has one.
     std::string name;
+    /// Without elements in it.
     std::string value;
     std::map<std::string, std::string> attributes;
-    /// Of an enumeration entry.
-    std::vector<DescribedProperty> children;
+    std::vector<Element> children;
 
-    /// Names another node.
     bool is_reference() const
     {
-        return name.size() > 1 && name[0] == 'p' && name[1] >= 'A' && name[1] <= 'Z';
+        return kind.size() > 1 && kind[0] == 'p' && kind[1] >= 'A' && kind[1] <= 'Z';
     }
+    /// The first element of a kind; null when there is none.
+    const Element* find(const std::string& of_kind) const;
+    const Element* find_node(const std::string& of_name) const;
+    /// The value of the first element of a kind, or nothing.
+    std::string value_of(const std::string& of_kind) const;
 };
 
-struct DescribedNode {
-    std::string kind;
-    std::string name;
-    std::vector<DescribedProperty> properties;
+/// Of no kind when the text is not well-formed.
+Element read_description(const std::string& text);
 
-    /// Empty when there is none.
-    std::string value_of(const std::string& property) const;
-    const DescribedProperty* find(const std::string& property) const;
-};
-
-class DescriptionXml {
-public:
-    /// Without a root when the text is not well-formed.
-    explicit DescriptionXml(const std::string& text);
-
-    bool is_well_formed() const { return m_document != nullptr; }
-    const std::string& root() const { return m_root; }
-    const std::map<std::string, std::string>& attributes() const { return m_attributes; }
-    const std::vector<DescribedNode>& nodes() const { return m_nodes; }
-    const DescribedNode* find(const std::string& name) const;
-
-private:
-    struct Free {
-        void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-    };
-    std::unique_ptr<xmlDoc, Free> m_document;
-    std::string m_root;
-    std::map<std::string, std::string> m_attributes;
-    std::vector<DescribedNode> m_nodes;
-};
+/// Expects that a node has only elements that its kind knows, in the order of the GenApi 1.1 schema.
+void expect_order(const Element& node);
 
 } // namespace zvsim_test

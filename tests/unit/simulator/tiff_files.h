@@ -10,8 +10,8 @@
 
 namespace zvsim_test {
 
-/// Writes a grey or colour picture; `mode` as TIFFOpen() has it. What `change` sets comes last, and may be
-/// wrong: the pixels are then those of the picture as far as there is a place for them.
+/// Writes a grey or colour picture; `mode` as TIFFOpen() has it. The fields that `change` sets
+/// come last and may be wrong; then as many of the pixels are written as the file has room for.
 void write_tiff(
     const std::filesystem::path& file, const TestPicture& picture, const char* mode = "w",
     const std::function<void(TIFF*)>& change = [](TIFF*) {});
