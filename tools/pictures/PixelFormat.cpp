@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace zvgentl::tool {
 

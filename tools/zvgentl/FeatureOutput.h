@@ -3,8 +3,6 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "genapi/Feature.h"
 
 namespace zvgentl::tool {
@@ -15,10 +13,14 @@ struct FeatureLine {
     Feature feature;
 };
 
-/// One line per feature, indented like the tree, in columns.
-std::string to_text(const std::vector<FeatureLine>& lines);
+/// What `zvgentl features` shows.
+struct FeatureTable {
+    std::string port;
+    std::string category;
+    std::vector<FeatureLine> lines;
+};
 
-nlohmann::ordered_json to_json(const Value& value);
-nlohmann::ordered_json to_json(const std::vector<FeatureLine>& lines);
+/// A heading, then one line per feature, indented like the tree, in columns.
+std::string to_text(const FeatureTable& table);
 
 } // namespace zvgentl::tool

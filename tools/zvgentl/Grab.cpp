@@ -4,7 +4,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "gentl/Error.h"
 #include "gentl/Stream.h"

@@ -1,14 +1,10 @@
 #pragma once
 
-#include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "pictures/PictureWriter.h"
-#include "zvgentl/Assignments.h"
+#include "zvgentl/PortOptions.h"
 
 namespace zvgentl::tool {
 
@@ -18,13 +14,10 @@ enum class StreamMode { queued, cyclic };
 const char* mode_name(StreamMode mode) noexcept;
 
 /// The options of `zvgentl grab` with their defaults.
-struct GrabOptions {
-    std::string cti;
-    std::string interface_id; // empty: any
-    std::string device;       // ID or serial number; empty: the first one found
+struct GrabOptions : DeviceOptions {
     Assignments settings;     // features of the camera that are set first
     std::uint64_t frames{10}; // 0: until interrupted
-    std::size_t buffers{8};
+    std::uint64_t buffers{8};
     StreamMode mode{StreamMode::queued};
     std::uint64_t timeout_ms{5000};
     std::string output; // folder for pictures; empty: none are saved
@@ -33,7 +26,7 @@ struct GrabOptions {
     bool verify{true};
 };
 
-/// Binds the command line to options, which must live as long as app.
-void add_grab_options(CLI::App& app, GrabOptions& options);
+/// Describes them to the command line.
+void describe_grab(OptionList& list, GrabOptions& options);
 
 } // namespace zvgentl::tool

@@ -1,67 +1,14 @@
 #include "zvgentl/GrabResult.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "pictures/PixelFormat.h"
 #include "platform/Interrupt.h"
-#include "zvgentl/Command.h"
+#include "zvgentl/Commands.h"
 
 namespace zvgentl::tool {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-template <class Value>
-Json or_null(const std::optional<Value>& value)
-{
-    return value ? Json(*value) : Json(nullptr);
-}
-
-const char* outcome_name(Outcome outcome) noexcept
-{
-    switch (outcome) {
-    case Outcome::complete:
-        return "complete";
-    case Outcome::interrupted:
-        return "interrupted";
-    default:
-        return "timed out";
-    }
-}
-
-Json source_json(LossSource source)
-{
-    switch (source) {
-    case LossSource::frame_ids:
-        return "frame ids";
-    case LossSource::frame_counter:
-        return "frame counter";
-    default:
-        return nullptr;
-    }
-}
-
-const char* format_name(FileFormat format) noexcept { return format == FileFormat::png ? "png" : "tiff"; }
-
-Json picture_json(const std::optional<PictureKind>& picture)
-{
-    if (!picture)
-        return nullptr;
-    return {{"width", picture->width},
-            {"height", picture->height},
-            {"pixel_format", pixel_format_name(picture->pixel_format)},
-            {"pixel_format_code", picture->pixel_format}};
-}
-
-Json saved_json(const GrabResult& result)
-{
-    if (result.options.output.empty())
-        return nullptr;
-    return {{"files", result.saved},
-            {"folder", result.options.output},
-            {"format", format_name(result.options.format)}};
-}
 
 std::string delivered_text(const GrabResult& result)
 {
@@ -142,34 +89,6 @@ int GrabResult::exit_code() const
     if (count.damaged() > 0 || outcome == Outcome::timed_out)
         return exit_failure;
     return outcome == Outcome::interrupted ? platform::exit_interrupted : exit_success;
-}
-
-Json to_json(const GrabResult& result)
-{
-    const FrameCount& count = result.count;
-    return {{"outcome", outcome_name(result.outcome)},
-            {"producer", result.producer},
-            {"interface", result.interface_id},
-            {"device", result.device_id},
-            {"vendor", result.vendor},
-            {"model", result.model},
-            {"serial_number", result.serial_number},
-            {"mode", mode_name(result.options.mode)},
-            {"buffers", result.options.buffers},
-            {"buffer_size", result.buffer_size},
-            {"picture", picture_json(result.picture)},
-            {"requested", result.options.frames},
-            {"delivered", count.delivered()},
-            {"lost", or_null(count.lost())},
-            {"lost_from", source_json(count.loss_source())},
-            {"out_of_order", count.late()},
-            {"repeated", count.repeated()},
-            {"seconds", result.seconds},
-            {"frames_per_second", or_null(result.rate(result.seconds))},
-            {"device_frames_per_second", or_null(result.rate(result.device_seconds))},
-            {"checksums",
-             {{"checked", count.stamps_checked()}, {"found", count.stamped()}, {"damaged", count.damaged()}}},
-            {"saved", saved_json(result)}};
 }
 
 std::string to_text(const GrabResult& result)

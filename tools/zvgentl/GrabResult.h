@@ -5,8 +5,6 @@
 #include <optional>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include "zvgentl/FrameCount.h"
 #include "zvgentl/GrabOptions.h"
 
@@ -46,7 +44,6 @@ struct GrabResult {
     int exit_code() const;
 };
 
-nlohmann::ordered_json to_json(const GrabResult& result);
 std::string to_text(const GrabResult& result);
 
 } // namespace zvgentl::tool

@@ -1,51 +1,53 @@
 #include "zvgentl/PortOptions.h"
 
-#include <map>
-
-#include "zvgentl/Command.h"
+#include "zvgentl/CommandLine.h"
 
 namespace zvgentl::tool {
 
-void add_selection_options(CLI::App& app, std::string& cti, std::string& interface_id, std::string& device)
+void describe_producer(OptionList& list, std::string& cti)
 {
-    add_producer_option(app, cti);
-    app.add_option("-i,--interface", interface_id, "Interface (frame grabber) to take the device from")
-        ->type_name("ID");
-    app.add_option(
-           "-d,--device", device,
-           "Device (camera), by ID or serial number as `zvgentl list` shows them [the first one found]")
-        ->type_name("ID");
+    list.text("--cti", "PATH",
+              "Producer to load (a .cti file, or a folder of them); without it those in the folders of "
+              "GENICAM_GENTL64_PATH, or else the one beside this program",
+              cti);
 }
 
-void add_port_options(CLI::App& app, PortOptions& options)
+void describe_device(OptionList& list, DeviceOptions& options)
 {
-    const std::map<std::string, PortKind> kinds{{"system", PortKind::system}, {"interface", PortKind::iface},
-                                                {"device", PortKind::device}, {"stream", PortKind::stream},
-                                                {"buffer", PortKind::buffer}, {"remote", PortKind::remote}};
-    add_selection_options(app, options.cti, options.interface_id, options.device);
-    app.add_option("-p,--port", options.port,
-                   "Whose features: remote (the camera itself), or the producer's module system, interface, "
-                   "device, stream or buffer [remote]")
-        ->type_name("PORT")
-        ->transform(CLI::CheckedTransformer(kinds).description(""));
+    describe_producer(list, options.cti);
+    list.text("-i,--interface", "ID", "Interface (frame grabber) to take the device from",
+              options.interface_id);
+    list.text("-d,--device", "ID",
+              "Device (camera), by ID or serial number as `zvgentl list` shows them [the first one found]",
+              options.device);
 }
 
-void add_set_option(CLI::App& app, Assignments& assignments)
+void describe_port(OptionList& list, PortOptions& options)
 {
-    app.add_option_function<std::vector<std::string>>(
-           "-s,--set",
-           [&assignments](const std::vector<std::string>& words) {
-               for (const auto& word : words)
-                   assignments.push_back(parse_assignment(word).value_or(Assignment{}));
-           },
-           "Set a feature first; repeat it for more, which are set in this order")
-        ->type_name("NAME=VALUE")
-        ->allow_extra_args(false)
-        ->check(CLI::Validator(
-            [](const std::string& word) {
-                return parse_assignment(word) ? std::string() : word + " is not of the form NAME=VALUE";
-            },
-            ""));
+    describe_device(list, options);
+    list.choice<PortKind>(
+        "-p,--port", "PORT",
+        "Whose features: remote (the camera itself), or the producer's module system, interface, "
+        "device, stream or buffer [remote]",
+        options.port,
+        {{"system", PortKind::system},
+         {"interface", PortKind::iface},
+         {"device", PortKind::device},
+         {"stream", PortKind::stream},
+         {"buffer", PortKind::buffer},
+         {"remote", PortKind::remote}});
+}
+
+void describe_settings(OptionList& list, Assignments& settings)
+{
+    list.repeated("-s,--set", "NAME=VALUE",
+                  "Set a feature first; repeat it for more, which are set in this order",
+                  [&settings](const std::string& word) {
+                      const auto assignment = parse_assignment(word);
+                      if (assignment)
+                          settings.push_back(*assignment);
+                      return assignment.has_value();
+                  });
 }
 
 } // namespace zvgentl::tool

@@ -2,30 +2,34 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "zvgentl/Assignments.h"
 
 namespace zvgentl::tool {
 
+class OptionList;
+
 /// The modules that have a port, and the camera itself.
 enum class PortKind { system, iface, device, stream, buffer, remote };
 
-/// Which port a command works on.
-struct PortOptions {
+/// Which device a command works on.
+struct DeviceOptions {
     std::string cti;
     std::string interface_id; // empty: any
     std::string device;       // ID or serial number; empty: the first one found
+};
+
+/// Which port a command works on.
+struct PortOptions : DeviceOptions {
     PortKind port{PortKind::remote};
 };
 
-/// Binds `--cti`, `--interface` and `--device`, which all commands that open a device share.
-void add_selection_options(CLI::App& app, std::string& cti, std::string& interface_id, std::string& device);
-
-/// Binds these and `--port`.
-void add_port_options(CLI::App& app, PortOptions& options);
-
-/// Binds `--set NAME=VALUE`, which may be repeated.
-void add_set_option(CLI::App& app, Assignments& assignments);
+/// `--cti`, which every command that loads a producer has.
+void describe_producer(OptionList& list, std::string& cti);
+/// `--cti`, `--interface` and `--device`, which all commands that open a device share.
+void describe_device(OptionList& list, DeviceOptions& options);
+/// These and `--port`.
+void describe_port(OptionList& list, PortOptions& options);
+/// `--set NAME=VALUE`, which may be repeated.
+void describe_settings(OptionList& list, Assignments& settings);
 
 } // namespace zvgentl::tool

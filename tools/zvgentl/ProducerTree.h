@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 namespace zvgentl::tool {
 
 /// What a producer offers, read out completely. A `problem` says why the rest of an entry could not be read.
@@ -51,7 +49,6 @@ enum class Streams { left_out, listed };
 /// Loads the producer and reads its tree. Does not throw for what a producer does: see `problem`.
 ProducerEntry read_producer(const std::filesystem::path& file, Streams streams);
 
-nlohmann::ordered_json to_json(const ProducerEntry& producer);
 std::string to_text(const ProducerEntry& producer);
 
 } // namespace zvgentl::tool

@@ -1,50 +1,16 @@
 #include <algorithm>
 #include <array>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
+#include "texts.h"
 #include "zvgentl/ProducerTree.h"
 
 namespace zvgentl::tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Row = std::vector<std::string>;
-
-Json device_json(const DeviceEntry& device)
-{
-    Json json{{"id", device.id},
-              {"vendor", device.vendor},
-              {"model", device.model},
-              {"display_name", device.display_name},
-              {"user_defined_name", device.user_defined_name},
-              {"serial_number", device.serial_number},
-              {"version", device.version},
-              {"transport", device.transport},
-              {"access", device.access},
-              {"timestamp_frequency", nullptr}};
-    if (device.timestamp_frequency)
-        json["timestamp_frequency"] = *device.timestamp_frequency;
-    if (!device.streams.empty())
-        json["streams"] = device.streams;
-    if (!device.problem.empty())
-        json["problem"] = device.problem;
-    return json;
-}
-
-Json interface_json(const InterfaceEntry& iface)
-{
-    Json json{{"id", iface.id},
-              {"display_name", iface.display_name},
-              {"transport", iface.transport},
-              {"devices", Json::array()}};
-    for (const auto& device : iface.devices)
-        json["devices"].push_back(device_json(device));
-    if (!iface.problem.empty())
-        json["problem"] = iface.problem;
-    return json;
-}
 
 std::string shown(const std::string& text) { return text.empty() ? "-" : text; }
 
@@ -53,7 +19,7 @@ Row device_row(const DeviceEntry& device)
     Row row{device.id,      shown(device.vendor),    shown(device.model), shown(device.serial_number),
             device.version, shown(device.transport), shown(device.access)};
     row[4] = shown(row[4]);
-    row.push_back(fmt::format("{}", fmt::join(device.streams, " ")));
+    row.push_back(joined(device.streams, " "));
     return row;
 }
 
@@ -107,19 +73,6 @@ std::string interface_text(const InterfaceEntry& iface, const std::vector<std::s
 }
 
 } // namespace
-
-Json to_json(const ProducerEntry& producer)
-{
-    Json json{{"file", producer.file},           {"display_name", producer.display_name},
-              {"vendor", producer.vendor},       {"model", producer.model},
-              {"version", producer.version},     {"gentl_version", producer.gentl_version},
-              {"transport", producer.transport}, {"interfaces", Json::array()}};
-    for (const auto& iface : producer.interfaces)
-        json["interfaces"].push_back(interface_json(iface));
-    if (!producer.problem.empty())
-        json["problem"] = producer.problem;
-    return json;
-}
 
 std::string to_text(const ProducerEntry& producer)
 {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "platform/terminal.h"
 

@@ -7,9 +7,10 @@
 #include <tuple>
 #include <utility>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "gentl/Error.h"
+#include "texts.h"
 
 namespace zvgentl::tool {
 
@@ -64,7 +65,7 @@ std::string not_found(const Search& search, const std::string& interface_id, con
     const std::string place = interface_id.empty() ? std::string() : " on interface " + interface_id;
     std::string text = wanted.empty() ? "no device found" + place : "no device " + wanted + place;
     if (!search.seen.empty())
-        text += fmt::format("; there are {}", fmt::join(search.seen, ", "));
+        text += fmt::format("; there are {}", joined(search.seen, ", "));
     for (const auto& problem : search.problems)
         text += "\n" + problem;
     return text + "\nRun `zvgentl list` to see what is connected.";
@@ -76,7 +77,7 @@ std::string ambiguous(const Search& search, const std::string& wanted)
     for (const auto& hit : search.hits)
         names.push_back(hit.interface_id + "/" + hit.id);
     return fmt::format("more than one device is called {}: {}; choose one with --interface", wanted,
-                       fmt::join(names, ", "));
+                       joined(names, ", "));
 }
 
 } // namespace
@@ -106,7 +107,7 @@ std::string select_interface(const System& system, const std::string& interface_
     if (!interface_id.empty() &&
         std::find(interfaces.begin(), interfaces.end(), interface_id) == interfaces.end())
         throw std::runtime_error(
-            fmt::format("no interface {}; there are {}", interface_id, fmt::join(interfaces, ", ")));
+            fmt::format("no interface {}; there are {}", interface_id, joined(interfaces, ", ")));
     return interface_id.empty() ? interfaces.front() : interface_id;
 }
 

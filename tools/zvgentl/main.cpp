@@ -1,3 +1,3 @@
-#include "zvgentl/Command.h"
+#include "zvgentl/CommandLine.h"
 
 int main(int argc, char** argv) { return zvgentl::tool::run_program(argc, argv); }

@@ -1,4 +1,4 @@
-#include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -41,36 +41,25 @@ TEST(FeatureOutput, ShowsATreeInColumns)
     gain.feature.problem = "the cable\nis out";
     FeatureLine again = line_of("Image", FeatureKind::category, {}, 0);
     again.entry.is_repeated = true;
-    EXPECT_EQ(
-        "Image\n"
-        "  Width        Integer      RW  640 px  [16 .. 1024, step 16]\n"
-        "  PixelFormat  Enumeration  RW  Mono8  (Mono8, Mono12)  selects PixelSize\n"
-        "  Model        String       RO  \"A \"B\"\"\n"
-        "  Start        Command      WO\n"
-        "  Gain         Float        RW  ! the cable.is out\n"
-        "Image                           (see above)\n",
-        to_text({line_of("Image", FeatureKind::category, {}, 0), width, format, model, start, gain, again}));
+    EXPECT_EQ("Device00 (remote): Root\n"
+              "Image\n"
+              "  Width        Integer      RW  640 px  [16 .. 1024, step 16]\n"
+              "  PixelFormat  Enumeration  RW  Mono8  (Mono8, Mono12)  selects PixelSize\n"
+              "  Model        String       RO  \"A \"B\"\"\n"
+              "  Start        Command      WO\n"
+              "  Gain         Float        RW  ! the cable.is out\n"
+              "Image                           (see above)\n",
+              to_text(FeatureTable{"Device00 (remote)",
+                                   "Root",
+                                   {line_of("Image", FeatureKind::category, {}, 0), width, format, model,
+                                    start, gain, again}}));
 }
 
 TEST(FeatureOutput, LetsNoDeviceWriteToTheTerminal)
 {
-    const std::string text = to_text({line_of("A", FeatureKind::string, std::string("\x1B[2J\n\t\x7F"))});
-    EXPECT_EQ("  A  String  RW  \".[2J...\"\n", text);
-}
-
-TEST(FeatureOutput, GivesProgramsTypedValues)
-{
-    FeatureLine width = line_of("Width", FeatureKind::integer, std::int64_t{640});
-    width.feature.minimum = std::int64_t{16};
-    const auto json = to_json({width, line_of("Gain", FeatureKind::floating_point, 1.5),
-                               line_of("On", FeatureKind::boolean, true)});
-    EXPECT_EQ(640, json[0]["value"]);
-    EXPECT_EQ(16, json[0]["minimum"]);
-    EXPECT_TRUE(json[0]["maximum"].is_null());
-    EXPECT_EQ("Integer", json[0]["type"]);
-    EXPECT_EQ(1.5, json[1]["value"]);
-    EXPECT_EQ(true, json[2]["value"]);
-    EXPECT_TRUE(to_json(Value(std::numeric_limits<double>::quiet_NaN())).is_null());
+    const std::string text =
+        to_text(FeatureTable{"A", "B", {line_of("A", FeatureKind::string, std::string("\x1B[2J\n\t\x7F"))}});
+    EXPECT_EQ("A: B\n  A  String  RW  \".[2J...\"\n", text);
 }
 
 TEST(Assignments, AreANameAndAValue)

@@ -101,39 +101,4 @@ TEST(GrabResultText, HasNoGoalWhenGrabbingWithoutEnd)
     EXPECT_TRUE(says(grabbed(endless, 7), "Delivered  7 frames in"));
 }
 
-TEST(GrabResultJson, HoldsAllNumbers)
-{
-    GrabOptions options;
-    options.output = "pictures";
-    GrabResult result = grabbed(options, 10);
-    result.saved = 10;
-    const auto json = to_json(result);
-    EXPECT_EQ("complete", json["outcome"]);
-    EXPECT_EQ("FG0", json["interface"]);
-    EXPECT_EQ("Device00", json["device"]);
-    EXPECT_EQ("queued", json["mode"]);
-    EXPECT_EQ(10, json["requested"]);
-    EXPECT_EQ(10, json["delivered"]);
-    EXPECT_EQ(0, json["lost"]);
-    EXPECT_EQ("frame ids", json["lost_from"]);
-    EXPECT_DOUBLE_EQ(4.5, json["frames_per_second"].get<double>());
-    EXPECT_EQ("Mono8", json["picture"]["pixel_format"]);
-    EXPECT_EQ(10, json["checksums"]["found"]);
-    EXPECT_EQ(0, json["checksums"]["damaged"]);
-    EXPECT_EQ(10, json["saved"]["files"]);
-    EXPECT_EQ("png", json["saved"]["format"]);
-}
-
-TEST(GrabResultJson, LeavesNullWhatIsNotKnown)
-{
-    GrabOptions options;
-    options.mode = StreamMode::cyclic;
-    const auto json = to_json(GrabResult(options));
-    EXPECT_TRUE(json["lost"].is_null());
-    EXPECT_TRUE(json["lost_from"].is_null());
-    EXPECT_TRUE(json["picture"].is_null());
-    EXPECT_TRUE(json["frames_per_second"].is_null());
-    EXPECT_TRUE(json["saved"].is_null());
-}
-
 } // namespace zvgentl::test

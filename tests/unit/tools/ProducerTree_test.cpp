@@ -70,46 +70,6 @@ std::string line_with(const std::string& text, const std::string& part)
 
 } // namespace
 
-TEST(ProducerJson, NestsInterfacesAndDevices)
-{
-    const auto json =
-        to_json(producer_with({interface_with("FG0", {device("Device00", "A"), device("Device01", "B")}),
-                               interface_with("FG1", {})}));
-    EXPECT_EQ("/opt/some.cti", json["file"]);
-    ASSERT_EQ(2U, json["interfaces"].size());
-    EXPECT_EQ("FG0", json["interfaces"][0]["id"]);
-    ASSERT_EQ(2U, json["interfaces"][0]["devices"].size());
-    EXPECT_EQ(0U, json["interfaces"][1]["devices"].size());
-    EXPECT_TRUE(json["interfaces"][1]["devices"].is_array());
-
-    const auto& first = json["interfaces"][0]["devices"][0];
-    EXPECT_EQ("Device00", first["id"]);
-    EXPECT_EQ("Maker", first["vendor"]);
-    EXPECT_EQ("A", first["model"]);
-    EXPECT_EQ("123", first["serial_number"]);
-    EXPECT_EQ("1.0", first["version"]);
-    EXPECT_EQ("CXP", first["transport"]);
-    EXPECT_EQ("read/write", first["access"]);
-    EXPECT_EQ(25000000, first["timestamp_frequency"]);
-    EXPECT_FALSE(first.contains("problem"));
-}
-
-TEST(ProducerJson, LeavesAnUnknownFrequencyNull)
-{
-    DeviceEntry entry = device("Device00", "A");
-    entry.timestamp_frequency.reset();
-    const auto json = to_json(producer_with({interface_with("FG0", {entry})}));
-    EXPECT_TRUE(json["interfaces"][0]["devices"][0]["timestamp_frequency"].is_null());
-}
-
-TEST(ProducerJson, TellsProblemsWhereTheyAre)
-{
-    ProducerEntry entry = producer_with({interface_with("FG0", {})});
-    entry.interfaces[0].problem = "in use";
-    EXPECT_EQ("in use", to_json(entry)["interfaces"][0]["problem"]);
-    EXPECT_FALSE(to_json(entry).contains("problem"));
-}
-
 TEST(ProducerText, LinesUpTheColumnsOfAllInterfaces)
 {
     const std::string text =

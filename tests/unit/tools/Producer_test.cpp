@@ -1,4 +1,3 @@
-#include <functional>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -7,6 +6,7 @@
 #include "gentl/Error.h"
 #include "gentl/Producer.h"
 #include "platform/environment.h"
+#include "support.h"
 #include "zvgentl/Selection.h"
 
 namespace zvgentl::test {
@@ -17,21 +17,6 @@ namespace fs = std::filesystem;
 namespace {
 
 using Files = std::vector<fs::path>;
-
-std::string error_of(const std::function<void()>& action)
-{
-    try {
-        action();
-    } catch (const std::runtime_error& reason) {
-        return reason.what();
-    }
-    return "no error";
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 } // namespace
 

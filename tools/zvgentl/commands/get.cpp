@@ -1,9 +1,10 @@
 #include <cstdio>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "zvgentl/Command.h"
-#include "zvgentl/FeatureOutput.h"
+#include "zvgentl/CommandLine.h"
+#include "zvgentl/Commands.h"
+#include "zvgentl/Json.h"
 #include "zvgentl/OpenPort.h"
 
 namespace zvgentl::tool {
@@ -21,48 +22,31 @@ constexpr const char* footer =
     "\n"
     "Exit codes: 0 all were read, 1 failed, 2 wrong command line.";
 
-class GetCommand final : public Command {
-public:
-    std::string name() const override { return "get"; }
-    std::string summary() const override { return "Print the values of features"; }
+void describe(OptionList& list, GetOptions& options)
+{
+    list.positional("NAME", "Features to read", options.names);
+    describe_port(list, options.port);
+    describe_settings(list, options.settings);
+    list.flag("--json", "Print a JSON object of names and values", options.json);
+}
 
-    void add_options(CLI::App& app) override
-    {
-        app.add_option("NAME", m_names, "Features to read")->required()->type_name("");
-        add_port_options(app, m_options);
-        add_set_option(app, m_settings);
-        app.add_flag("--json", m_json, "Print a JSON object of names and values");
-        app.footer(footer);
-    }
-
-    int run() override
-    {
-        const PortFeatures features(m_options);
-        set_all(m_settings, features.map());
-        nlohmann::ordered_json json = nlohmann::ordered_json::object();
-        std::string text;
-        for (const auto& feature : m_names) {
-            json[feature] = to_json(features.map().get(feature));
-            if (!m_json)
-                text += (m_names.size() > 1 ? feature + "=" : "") + features.map().get_text(feature) + "\n";
-        }
-        if (m_json)
-            text = json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-        fmt::print("{}", text);
-        return exit_success;
-    }
-
-private:
-    PortOptions m_options;
-    Assignments m_settings;
-    std::vector<std::string> m_names;
-    bool m_json{false};
-};
-
-const CommandRegistration registration([]() -> std::unique_ptr<Command> {
-    return std::make_unique<GetCommand>();
-});
+const CommandRegistration registration({"get", "Print the values of features", footer}, describe, run);
 
 } // namespace
+
+int run(const GetOptions& options)
+{
+    const PortFeatures features(options.port);
+    set_all(options.settings, features.map());
+    NamedValues values;
+    std::string text;
+    for (const auto& name : options.names) {
+        values.emplace_back(name, features.map().get(name));
+        if (!options.json)
+            text += (options.names.size() > 1 ? name + "=" : "") + features.map().get_text(name) + "\n";
+    }
+    fmt::print("{}", options.json ? json_text(values) : text);
+    return exit_success;
+}
 
 } // namespace zvgentl::tool

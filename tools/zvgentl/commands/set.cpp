@@ -1,8 +1,9 @@
 #include <cstdio>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include "zvgentl/Command.h"
+#include "zvgentl/CommandLine.h"
+#include "zvgentl/Commands.h"
 #include "zvgentl/OpenPort.h"
 
 namespace zvgentl::tool {
@@ -25,47 +26,31 @@ constexpr const char* footer =
     "\n"
     "Exit codes: 0 all are set, 1 failed, 2 wrong command line.";
 
-class SetCommand final : public Command {
-public:
-    std::string name() const override { return "set"; }
-    std::string summary() const override { return "Set features"; }
+void describe(OptionList& list, SetOptions& options)
+{
+    list.positional("NAME=VALUE", "Features and their values; or one name and one value", options.words);
+    describe_port(list, options.port);
+}
 
-    void add_options(CLI::App& app) override
-    {
-        app.add_option("NAME=VALUE", m_words, "Features and their values; or one name and one value")
-            ->required()
-            ->type_name("");
-        add_port_options(app, m_options);
-        app.footer(footer);
-    }
-
-    int run() override
-    {
-        const auto assignments = parse_assignments(m_words);
-        if (!assignments) {
-            fmt::print(stderr,
-                       "zvgentl set: expected NAME=VALUE for every feature, or one name and one value; "
-                       "see `zvgentl set --help`\n");
-            return exit_usage;
-        }
-        const PortFeatures features(m_options);
-        for (const auto& assignment : *assignments) {
-            features.map().set(assignment.name, assignment.value);
-            if (features.map().describe(assignment.name).access.is_readable)
-                fmt::print("{}={}\n", assignment.name, features.map().get_text(assignment.name));
-        }
-        return exit_success;
-    }
-
-private:
-    PortOptions m_options;
-    std::vector<std::string> m_words;
-};
-
-const CommandRegistration registration([]() -> std::unique_ptr<Command> {
-    return std::make_unique<SetCommand>();
-});
+const CommandRegistration registration({"set", "Set features", footer}, describe, run);
 
 } // namespace
+
+int run(const SetOptions& options)
+{
+    const auto assignments = parse_assignments(options.words);
+    if (!assignments) {
+        fmt::print(stderr, "zvgentl set: expected NAME=VALUE for every feature, or one name and one value; "
+                           "see `zvgentl set --help`\n");
+        return exit_usage;
+    }
+    const PortFeatures features(options.port);
+    for (const auto& assignment : *assignments) {
+        features.map().set(assignment.name, assignment.value);
+        if (features.map().describe(assignment.name).access.is_readable)
+            fmt::print("{}={}\n", assignment.name, features.map().get_text(assignment.name));
+    }
+    return exit_success;
+}
 
 } // namespace zvgentl::tool

@@ -3,10 +3,9 @@
 #include <fstream>
 #include <stdexcept>
 
-#include <fmt/format.h>
-
 #include "platform/terminal.h"
-#include "zvgentl/Command.h"
+#include "zvgentl/CommandLine.h"
+#include "zvgentl/Commands.h"
 #include "zvgentl/OpenPort.h"
 
 namespace zvgentl::tool {
@@ -23,55 +22,39 @@ constexpr const char* footer =
     "\n"
     "Exit codes: 0 saved, 1 failed, 2 wrong command line.";
 
-class XmlCommand final : public Command {
-public:
-    std::string name() const override { return "xml"; }
-    std::string summary() const override
-    {
-        return "Save the register description of a camera or of a module";
+void describe(OptionList& list, XmlOptions& options)
+{
+    describe_port(list, options.port);
+    list.text("-o,--output", "FILE", "File to write [the terminal]", options.output);
+    list.flag("--raw", "Save the file as it lies in the device, packed or not", options.raw);
+}
+
+const CommandRegistration
+    registration({"xml", "Save the register description of a camera or of a module", footer}, describe, run);
+
+void save(const std::string& data, const std::string& output)
+{
+    if (output.empty()) {
+        platform::keep_bytes(stdout);
+        if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size() || std::fflush(stdout) != 0)
+            throw std::runtime_error("the description cannot be written");
+        return;
     }
-
-    void add_options(CLI::App& app) override
-    {
-        add_port_options(app, m_options);
-        app.add_option("-o,--output", m_output, "File to write [the terminal]")->type_name("FILE");
-        app.add_flag("--raw", m_raw, "Save the file as it lies in the device, packed or not");
-        app.footer(footer);
-    }
-
-    int run() override
-    {
-        const OpenPort port(m_options);
-        const DescriptionFile file = port.description();
-        save(m_raw ? file.data : unpack(file));
-        return exit_success;
-    }
-
-private:
-    void save(const std::string& data) const
-    {
-        if (m_output.empty()) {
-            platform::keep_bytes(stdout);
-            if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size() || std::fflush(stdout) != 0)
-                throw std::runtime_error("the description cannot be written");
-            return;
-        }
-        std::ofstream stream(std::filesystem::u8path(m_output), std::ios::binary);
-        stream << data;
-        stream.close();
-        if (!stream)
-            throw std::runtime_error("cannot write " + m_output);
-    }
-
-    PortOptions m_options;
-    std::string m_output;
-    bool m_raw{false};
-};
-
-const CommandRegistration registration([]() -> std::unique_ptr<Command> {
-    return std::make_unique<XmlCommand>();
-});
+    std::ofstream stream(std::filesystem::u8path(output), std::ios::binary);
+    stream << data;
+    stream.close();
+    if (!stream)
+        throw std::runtime_error("cannot write " + output);
+}
 
 } // namespace
+
+int run(const XmlOptions& options)
+{
+    const OpenPort port(options.port);
+    const DescriptionFile file = port.description();
+    save(options.raw ? file.data : unpack(file), options.output);
+    return exit_success;
+}
 
 } // namespace zvgentl::tool

@@ -8,6 +8,8 @@
 
 #include "gentl/Registers.h"
 
+#include "unit/tools/support.h"
+
 namespace zvgentl::test {
 
 /// 4 KiB of register memory; beyond it lies nothing.
@@ -78,22 +80,6 @@ inline std::string register_of(const std::string& name, std::size_t address, con
            "</Address><Length>4</Length>" + "<AccessMode>" + mode +
            "</AccessMode><pPort>Device</pPort><Cachable>WriteThrough</Cachable>" +
            "<Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>\n";
-}
-
-/// What an action throws; "no error" when it does not.
-inline std::string error_of(const std::function<void()>& action)
-{
-    try {
-        action();
-    } catch (const std::exception& reason) {
-        return reason.what();
-    }
-    return "no error";
-}
-
-inline bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
 }
 
 } // namespace zvgentl::test

@@ -1,0 +1,169 @@
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support.h"
+#include "zvgentl/Commands.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+
+namespace {
+
+using Words = std::vector<const char*>;
+
+GrabOptions kept;
+
+int keep(const GrabOptions& options)
+{
+    kept = options;
+    return exit_success;
+}
+
+// A command like any other, with the options of `grab`.
+const CommandRegistration registration({"keep", "Keep the options for a test", "no footer"}, describe_grab,
+                                       keep);
+
+/// The options that a command line gives.
+GrabOptions parsed(Words words)
+{
+    words.insert(words.begin(), "keep");
+    const Ended ended = run_program_with(words);
+    EXPECT_EQ(0, ended.code) << ended.errors;
+    return kept;
+}
+
+} // namespace
+
+TEST(GrabOptions, GrabTenFramesInQueuedModeFromTheFirstDevice)
+{
+    const GrabOptions options = parsed({});
+    EXPECT_EQ("", options.cti + options.interface_id + options.device + options.output);
+    EXPECT_TRUE(options.settings.empty());
+    EXPECT_EQ(10U, options.frames);
+    EXPECT_EQ(8U, options.buffers);
+    EXPECT_EQ(StreamMode::queued, options.mode);
+    EXPECT_EQ(5000U, options.timeout_ms);
+    EXPECT_EQ(FileFormat::png, options.format);
+    EXPECT_FALSE(options.json);
+    EXPECT_TRUE(options.verify);
+}
+
+TEST(GrabOptions, AreAllTakenFromTheCommandLine)
+{
+    const GrabOptions options =
+        parsed({"--cti",    "a.cti",     "--interface", "FG1",    "--device", "Device10",   "--frames",
+                "0",        "--buffers", "16",          "--mode", "cyclic",   "--timeout",  "250",
+                "--output", "pictures",  "--format",    "tiff",   "--json",   "--no-verify"});
+    EXPECT_EQ("a.cti", options.cti);
+    EXPECT_EQ("FG1", options.interface_id);
+    EXPECT_EQ("Device10", options.device);
+    EXPECT_EQ(0U, options.frames);
+    EXPECT_EQ(16U, options.buffers);
+    EXPECT_EQ(StreamMode::cyclic, options.mode);
+    EXPECT_EQ(250U, options.timeout_ms);
+    EXPECT_EQ("pictures", options.output);
+    EXPECT_EQ(FileFormat::tiff, options.format);
+    EXPECT_TRUE(options.json);
+    EXPECT_FALSE(options.verify);
+}
+
+TEST(GrabOptions, KeepTheOrderInWhichFeaturesAreSet)
+{
+    const GrabOptions options =
+        parsed({"--set", "Width=320", "-s", "Name=a=b", "--frames", "5", "--set", "Width=640"});
+    ASSERT_EQ(3U, options.settings.size());
+    EXPECT_EQ("Width", options.settings[0].name);
+    EXPECT_EQ("a=b", options.settings[1].value);
+    EXPECT_EQ("640", options.settings[2].value);
+    EXPECT_EQ(5U, options.frames);
+}
+
+TEST(CommandLine, IsRefusedWithTheReason)
+{
+    const std::pair<Words, const char*> cases[] = {
+        {{}, "A subcommand is required"},
+        {{"grap"}, "A subcommand is required"},
+        {{"--no-such-option"}, "A subcommand is required"},
+        {{"list", "--frames", "1"}, "not expected"},
+        {{"list", "--no-such-option"}, "not expected: --no-such-option"},
+        {{"grab", "--unknown"}, "not expected: --unknown"},
+        {{"grab", "stray"}, "not expected: stray"},
+        {{"grab", "--frames", "-1"}, "--frames: Value -1 not in range 0 to 1000000000000"},
+        {{"grab", "--frames", "many"}, "--frames: Value many not in range"},
+        {{"grab", "--buffers", "0"}, "--buffers: Value 0 not in range 1 to 10000"},
+        {{"grab", "--buffers", "10001"}, "--buffers: Value 10001 not in range 1 to 10000"},
+        {{"grab", "--timeout", "0"}, "--timeout: Value 0 not in range 1 to 86400000"},
+        {{"grab", "--mode", "ring"}, "--mode: \"ring\" is not one of queued, cyclic"},
+        {{"grab", "--format", "jpeg", "--output", "x"}, "--format: \"jpeg\" is not one of png, tiff"},
+        {{"grab", "--format", "png"}, "--format requires --output"},
+        {{"grab", "--set", "Width"}, "--set: \"Width\" is not of the form NAME=VALUE"},
+        {{"grab", "--set", "=1"}, "--set: \"=1\" is not of the form NAME=VALUE"},
+        {{"grab", "--set"}, "--set: 1 required NAME=VALUE missing"},
+        {{"features", "--port", "camera"},
+         "--port: \"camera\" is not one of system, interface, device, stream, buffer, remote"},
+        {{"get"}, "NAME is required"},
+        {{"get", "--set", "Width", "Width"}, "--set: \"Width\" is not of the form NAME=VALUE"},
+        {{"set"}, "NAME=VALUE is required"},
+        {{"set", "Width"}, "expected NAME=VALUE for every feature, or one name and one value"},
+        {{"set", "Width=1", "Height"}, "expected NAME=VALUE for every feature, or one name and one value"},
+        {{"exec"}, "NAME is required"},
+        {{"exec", "A", "B"}, "not expected: B"},
+        {{"exec", "A", "--timeout", "0"}, "--timeout: Value 0 not in range 1 to 86400000"},
+        {{"xml", "stray"}, "not expected: stray"},
+    };
+    for (const auto& [words, reason] : cases) {
+        const Ended ended = run_program_with(words);
+        EXPECT_EQ(2, ended.code) << reason;
+        EXPECT_EQ("", ended.output) << reason;
+        EXPECT_TRUE(contains(ended.errors, reason)) << ended.errors << "instead of " << reason;
+    }
+}
+
+TEST(CommandLine, IsExplainedOnRequest)
+{
+    for (const Words& words : {Words{"--help"},
+                               {"list", "--help"},
+                               {"grab", "--help"},
+                               {"features", "--help"},
+                               {"get", "--help"},
+                               {"set", "--help"},
+                               {"exec", "--help"},
+                               {"xml", "--help"}}) {
+        const Ended ended = run_program_with(words);
+        EXPECT_EQ(0, ended.code);
+        for (const char* const part : {"Examples:", "Exit codes:", "GENICAM_GENTL64_PATH"})
+            EXPECT_TRUE(contains(ended.output, part)) << ended.output;
+    }
+}
+
+TEST(CommandLine, ListsTheCommandsByName)
+{
+    const std::string help = run_program_with({"--help"}).output;
+    std::size_t place = 0;
+    for (const char* const line : {"\n  exec  ", "\n  features  ", "\n  get  ", "\n  grab  ", "\n  keep  ",
+                                   "\n  list  ", "\n  set  ", "\n  xml  "}) {
+        place = help.find(line, place);
+        ASSERT_NE(std::string::npos, place) << line << " is missing from\n" << help;
+    }
+}
+
+TEST(CommandLine, AsksForTheVersion)
+{
+    const Ended ended = run_program_with({"--version"});
+    EXPECT_EQ(0, ended.code);
+    EXPECT_EQ(0U, ended.output.find("zvgentl ")) << ended.output;
+}
+
+TEST(CommandLine, NamesTheCommandThatFailed)
+{
+    const Ended ended = run_program_with({"list", "--cti", "/no/such.cti"});
+    EXPECT_EQ(1, ended.code);
+    EXPECT_EQ("", ended.output);
+    EXPECT_EQ(0U, ended.errors.find("zvgentl list: there is no file /no/such.cti")) << ended.errors;
+}
+
+} // namespace zvgentl::test

@@ -1,0 +1,198 @@
+#include <limits>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "zvgr/FrameStamp.h"
+
+#include "support.h"
+#include "zvgentl/FeatureOutput.h"
+#include "zvgentl/GrabResult.h"
+#include "zvgentl/Json.h"
+#include "zvgentl/ProducerTree.h"
+
+namespace zvgentl::test {
+
+using namespace tool;
+
+namespace {
+
+DeviceEntry device_of(const std::string& id)
+{
+    DeviceEntry device;
+    device.id = id;
+    device.vendor = "Maker";
+    device.model = "A";
+    device.display_name = "The A";
+    device.user_defined_name = "left";
+    device.serial_number = "123";
+    device.version = "1.0";
+    device.transport = "CXP";
+    device.access = "read/write";
+    return device;
+}
+
+FeatureLine line_of(const std::string& name, FeatureKind kind, Value value, int level = 1)
+{
+    FeatureLine line{{name, level, false}, {}};
+    line.feature.name = name;
+    line.feature.kind = kind;
+    line.feature.value = std::move(value);
+    return line;
+}
+
+/// Without the ends of lines and what indents the next one.
+std::string on_one_line(const std::string& text) { return std::regex_replace(text, std::regex("\n *"), ""); }
+
+} // namespace
+
+TEST(ProducerJson, NestsInterfacesAndDevices)
+{
+    ProducerEntry producer;
+    producer.file = "/opt/some.cti";
+    producer.display_name = "Some producer";
+    producer.vendor = "Maker";
+    producer.model = "P";
+    producer.version = "1.2.3";
+    producer.gentl_version = "1.5";
+    producer.transport = "Mixed";
+    producer.interfaces = {{"FG0", "Grabber", "CXP", {device_of("Device00"), device_of("Device01")}, ""},
+                           {"FG1", "Grabber", "CLHS", {}, "in use"}};
+    producer.interfaces[0].devices[0].timestamp_frequency = 25000000;
+    producer.interfaces[0].devices[0].streams = {"Stream000"};
+    producer.interfaces[0].devices[1].problem = "gone";
+    ProducerEntry other;
+    other.problem = "not loaded";
+    EXPECT_EQ(R"({"producers": [{"file": "/opt/some.cti","display_name": "Some producer","vendor": "Maker",)"
+              R"("model": "P","version": "1.2.3","gentl_version": "1.5","transport": "Mixed",)"
+              R"("interfaces": [{"id": "FG0","display_name": "Grabber","transport": "CXP",)"
+              R"("devices": [{"id": "Device00","vendor": "Maker","model": "A","display_name": "The A",)"
+              R"("user_defined_name": "left","serial_number": "123","version": "1.0","transport": "CXP",)"
+              R"("access": "read/write","timestamp_frequency": 25000000,"streams": ["Stream000"]},)"
+              R"({"id": "Device01","vendor": "Maker","model": "A","display_name": "The A",)"
+              R"("user_defined_name": "left","serial_number": "123","version": "1.0","transport": "CXP",)"
+              R"("access": "read/write","timestamp_frequency": null,"problem": "gone"}]},{"id": "FG1",)"
+              R"("display_name": "Grabber","transport": "CLHS","devices": [],"problem": "in use"}]},)"
+              R"({"file": "","display_name": "","vendor": "","model": "","version": "","gentl_version": "",)"
+              R"("transport": "","interfaces": [],"problem": "not loaded"}]})",
+              on_one_line(json_text({producer, other})));
+}
+
+TEST(FeatureJson, HasTypedValues)
+{
+    FeatureLine width = line_of("Width", FeatureKind::integer, std::int64_t{640});
+    width.feature.display_name = "The width";
+    width.feature.description = "Of the picture";
+    width.feature.visibility = "Beginner";
+    width.feature.unit = "px";
+    width.feature.minimum = std::int64_t{16};
+    width.feature.notation = Notation::hexadecimal;
+    FeatureLine image = line_of("Image", FeatureKind::category, {}, 0);
+    image.entry.is_repeated = true;
+    image.feature.problem = "the cable is out";
+    EXPECT_EQ(R"({"port": "Device00","category": "Root","features": [{"name": "Width","level": 1,)"
+              R"("type": "Integer","display_name": "The width","description": "Of the picture",)"
+              R"("visibility": "Beginner","access": "RW","value": 640,"text": "0x280","minimum": 16,)"
+              R"("maximum": null,"increment": null,"unit": "px"},{"name": "Image","level": 0,)"
+              R"("type": "Category","display_name": "","description": "","visibility": "","access": "RW",)"
+              R"("value": null,"repeated": true,"problem": "the cable is out"}]})",
+              on_one_line(json_text(FeatureTable{"Device00", "Root", {width, image}})));
+}
+
+TEST(FeatureJson, TellsWhatATextMayBe)
+{
+    FeatureLine format = line_of("PixelFormat", FeatureKind::enumeration, std::string("Mono8"));
+    format.feature.entries = {"Mono8"};
+    format.feature.selects = {"PixelSize"};
+    FeatureLine model = line_of("Model", FeatureKind::string, std::string("A"));
+    model.feature.maximum = std::int64_t{16};
+    const std::string json = json_text(FeatureTable{"", "", {format, model}});
+    for (const char* const part : {"\"entries\": [\n        \"Mono8\"\n      ]",
+                                   "\"selects\": [\n        \"PixelSize\"\n      ]", "\"longest\": 16\n"})
+        EXPECT_TRUE(contains(json, part)) << part << " is missing from\n" << json;
+}
+
+TEST(ValueJson, KeepsTypesAndOrder)
+{
+    EXPECT_EQ(R"({
+  "Width": 640,
+  "Gain": 1.5,
+  "On": true,
+  "Name": "a",
+  "Nothing": null,
+  "Infinite": null
+}
+)",
+              json_text(NamedValues{{"Width", std::int64_t{640}},
+                                    {"Gain", 1.5},
+                                    {"On", true},
+                                    {"Name", std::string("a")},
+                                    {"Nothing", Value()},
+                                    {"Infinite", std::numeric_limits<double>::infinity()}}));
+}
+
+TEST(ValueJson, ReplacesWhatIsNotUtf8)
+{
+    EXPECT_EQ(u8"{\n  \"Name\": \"a\uFFFDb\"\n}\n", json_text(NamedValues{{"Name", std::string("a\xFF"
+                                                                                               "b")}}));
+}
+
+TEST(GrabJson, HasAllNumbers)
+{
+    GrabOptions options;
+    options.output = "pictures";
+    GrabResult result(options);
+    result.producer = "/opt/some.cti";
+    result.interface_id = "FG0";
+    result.device_id = "Device00";
+    result.vendor = "Maker";
+    result.model = "A";
+    result.serial_number = "123";
+    result.buffer_size = 1000;
+    result.picture = PictureKind{100, 10, 0x01080001};
+    result.seconds = 2;
+    result.device_seconds = 1;
+    result.saved = 2;
+    for (const std::uint64_t id : {0U, 3U}) { // of which the second is damaged
+        std::vector<std::uint8_t> pixels(1000);
+        zvgr::write_stamp(pixels.data(), pixels.size(), id);
+        pixels.back() = static_cast<std::uint8_t>(id);
+        Frame frame;
+        frame.id = id;
+        frame.data = pixels.data();
+        frame.size = pixels.size();
+        result.count.add(frame);
+    }
+    EXPECT_EQ(R"({"outcome": "complete","producer": "/opt/some.cti","interface": "FG0",)"
+              R"("device": "Device00","vendor": "Maker","model": "A","serial_number": "123",)"
+              R"("mode": "queued","buffers": 8,"buffer_size": 1000,"picture": {"width": 100,"height": 10,)"
+              R"("pixel_format": "Mono8","pixel_format_code": 17301505},"requested": 10,"delivered": 2,)"
+              R"("lost": 2,"lost_from": "frame ids","out_of_order": 0,"repeated": 0,"seconds": 2.0,)"
+              R"("frames_per_second": 0.5,"device_frames_per_second": 1.0,"checksums": {"checked": true,)"
+              R"("found": 2,"damaged": 1},"saved": {"files": 2,"folder": "pictures","format": "png"}})",
+              on_one_line(json_text(result)));
+}
+
+TEST(GrabJson, HasNullForWhatIsNotKnown)
+{
+    GrabOptions options;
+    options.mode = StreamMode::cyclic;
+    const std::string json = json_text(GrabResult(options));
+    for (const char* const line :
+         {"\"picture\": null", "\"lost\": null", "\"lost_from\": null", "\"frames_per_second\": null",
+          "\"device_frames_per_second\": null", "\"saved\": null", "\"mode\": \"cyclic\""})
+        EXPECT_TRUE(contains(json, line)) << line << " is missing from\n" << json;
+}
+
+TEST(GrabJson, NamesOutcomeAndSource)
+{
+    GrabResult result{GrabOptions()};
+    result.outcome = Outcome::interrupted;
+    EXPECT_TRUE(contains(json_text(result), "\"outcome\": \"interrupted\""));
+    result.outcome = Outcome::timed_out;
+    EXPECT_TRUE(contains(json_text(result), "\"outcome\": \"timed out\""));
+}
+
+} // namespace zvgentl::test

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "zvgentl/CommandLine.h"
+
+namespace zvgentl::test {
+
+inline bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+/// What an action throws; "no error" when it does not.
+inline std::string error_of(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const std::exception& reason) {
+        return reason.what();
+    }
+    return "no error";
+}
+
+/// What a run of the whole program, in this process, left behind.
+struct Ended {
+    int code;
+    std::string output;
+    std::string errors;
+};
+
+inline Ended run_program_with(std::vector<const char*> words)
+{
+    words.insert(words.begin(), "zvgentl");
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int code = tool::run_program(static_cast<int>(words.size()), words.data());
+    const std::string output = testing::internal::GetCapturedStdout();
+    return {code, output, testing::internal::GetCapturedStderr()};
+}
+
+} // namespace zvgentl::test

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "zvgentl/Assignments.h"
+#include "zvgentl/GrabOptions.h"
+#include "zvgentl/PortOptions.h"
+
+// The commands as functions over their options. What is declared here is in commands/, one file for each
+// command; a command that no other code calls needs no declaration.
+
+namespace zvgentl::tool {
+
+/// What a command answers to the shell; platform/Interrupt.h has 130 (interrupted).
+constexpr int exit_success = 0;
+constexpr int exit_failure = 1; // something went wrong while running
+constexpr int exit_usage = 2;   // the command line is wrong
+
+struct ListOptions {
+    std::string cti;
+    bool streams{false};
+    bool json{false};
+};
+
+struct FeaturesOptions {
+    PortOptions port;
+    Assignments settings;
+    std::string category{"Root"};
+    bool json{false};
+};
+
+struct GetOptions {
+    PortOptions port;
+    Assignments settings;
+    std::vector<std::string> names;
+    bool json{false};
+};
+
+struct SetOptions {
+    PortOptions port;
+    std::vector<std::string> words; // each NAME=VALUE; or just a name and a value
+};
+
+struct ExecOptions {
+    PortOptions port;
+    Assignments settings;
+    std::string name;
+    std::uint64_t timeout_ms{5000};
+};
+
+struct XmlOptions {
+    PortOptions port;
+    std::string output; // a file; empty: the terminal
+    bool raw{false};
+};
+
+/// Each does its work and prints its results. Answers the exit code; throws std::exception when it fails.
+int run(const ListOptions& options);
+int run(const FeaturesOptions& options);
+int run(const GetOptions& options);
+int run(const SetOptions& options);
+int run(const ExecOptions& options);
+int run(const XmlOptions& options);
+int run(const GrabOptions& options);
+
+} // namespace zvgentl::tool
