@@ -1,14 +1,17 @@
 #include "genapi/NodeMap.h"
 
 #include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <set>
 #include <stdexcept>
 #include <thread>
 
 #include "genapi/Nodes.h"
 #include "genapi/describe.h"
-#include "genapi/names.h"
 #include "genapi/values.h"
+#include "gentl/texts.h"
 
 namespace zvgentl::tool {
 
@@ -18,12 +21,13 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds longest_pause{50}; // between two looks at a command
 
-std::string joined(const std::vector<std::string>& words, const char* separator)
+extern "C" void tell_and_end(int /*signal*/)
 {
-    std::string text;
-    for (const auto& word : words)
-        text += (text.empty() ? "" : separator) + word;
-    return text;
+    // The fault interrupts nothing but the parser, so that the stream can be written to.
+    std::fputs("zvgentl: a formula of the register description divides the smallest number by -1, which "
+               "has no result; the description is faulty\n",
+               stderr);
+    std::_Exit(EXIT_FAILURE);
 }
 
 [[noreturn]] void refuse_value(const Feature& feature, const std::string& text, const std::string& allowed)
@@ -98,6 +102,8 @@ public:
 };
 
 bool has_genapi_parser() noexcept { return true; }
+
+void end_on_arithmetic_fault() { std::signal(SIGFPE, &tell_and_end); }
 
 NodeMap::NodeMap(const std::string& description, const Registers& registers)
     : m_impl(std::make_unique<Impl>(description, registers))

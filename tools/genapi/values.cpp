@@ -1,10 +1,13 @@
 #include "genapi/values.h"
 
-#include <array>
-#include <cctype>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <numeric>
 #include <system_error>
+#include <utility>
+
+#include "gentl/texts.h"
 
 namespace zvgentl::tool {
 
@@ -38,11 +41,24 @@ std::optional<std::int64_t> address(const std::string& text, char separator, std
     return number;
 }
 
-std::string lower_case(std::string text)
+constexpr std::size_t most_names = 3;
+constexpr std::size_t longest_name = 100; // of those that are compared
+
+/// How many letters must be inserted, removed or replaced to get from one to the other.
+std::size_t distance(const std::string& from, const std::string& to)
 {
-    for (char& letter : text)
-        letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-    return text;
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
 }
 
 } // namespace
@@ -149,6 +165,33 @@ bool is_allowed(const Feature& feature, double number)
     const auto* const low = std::get_if<double>(&feature.minimum);
     const auto* const high = std::get_if<double>(&feature.maximum);
     return (low == nullptr || number >= *low) && (high == nullptr || number <= *high);
+}
+
+std::vector<std::string> near_names(const std::string& wanted, const std::vector<std::string>& names)
+{
+    if (wanted.empty() || wanted.size() > longest_name)
+        return {};
+    const std::string written = lower_case(wanted);
+    std::vector<std::pair<std::size_t, std::string>> near;
+    for (const auto& name : names) {
+        if (name.size() > longest_name)
+            continue;
+        const std::string candidate = lower_case(name);
+        const bool is_part = written.size() > 2 && candidate.find(written) != std::string::npos;
+        const std::size_t letters = distance(written, candidate);
+        if (letters <= std::max<std::size_t>(2, written.size() / 3))
+            near.emplace_back(letters, name);
+        else if (is_part)
+            near.emplace_back(longest_name + letters, name);
+    }
+    std::sort(near.begin(), near.end());
+    near.erase(std::unique(near.begin(), near.end()), near.end());
+    std::vector<std::string> best;
+    if (!near.empty() && near.front().first == 0)
+        return {near.front().second}; // only capital letters are wrong
+    for (std::size_t i = 0; i < std::min(near.size(), most_names); ++i)
+        best.push_back(near[i].second);
+    return best;
 }
 
 } // namespace zvgentl::tool

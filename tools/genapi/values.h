@@ -27,4 +27,7 @@ bool is_allowed(const Feature& feature, std::int64_t number);
 /// Whether a number lies within the feature's limits. Steps are the device's to round to.
 bool is_allowed(const Feature& feature, double number);
 
+/// Those of the names that somebody who wrote `wanted` may have meant, the nearest first; at most three.
+std::vector<std::string> near_names(const std::string& wanted, const std::vector<std::string>& names);
+
 } // namespace zvgentl::tool

@@ -3,9 +3,6 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "pictures/PngWriter.h"
-#include "pictures/TiffWriter.h"
-
 namespace zvgentl::tool {
 
 void PictureWriter::write(const std::filesystem::path& file, const Picture& picture) const

@@ -25,6 +25,24 @@ protected:
     virtual void write_to(const std::filesystem::path& file, const Picture& picture) const = 0;
 };
 
+/// PNG, compressed lightly: keeping up with the camera matters more than the last percent of size.
+class PngWriter final : public PictureWriter {
+public:
+    const char* extension() const noexcept override { return ".png"; }
+
+protected:
+    void write_to(const std::filesystem::path& file, const Picture& picture) const override;
+};
+
+/// TIFF without compression.
+class TiffWriter final : public PictureWriter {
+public:
+    const char* extension() const noexcept override { return ".tiff"; }
+
+protected:
+    void write_to(const std::filesystem::path& file, const Picture& picture) const override;
+};
+
 std::unique_ptr<PictureWriter> make_writer(FileFormat format);
 
 } // namespace zvgentl::tool

@@ -1,4 +1,4 @@
-#include "pictures/PngWriter.h"
+#include "pictures/PictureWriter.h"
 
 #include <cerrno>
 #include <csetjmp>

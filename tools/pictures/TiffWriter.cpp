@@ -1,4 +1,4 @@
-#include "pictures/TiffWriter.h"
+#include "pictures/PictureWriter.h"
 
 #include <array>
 #include <cstdarg>

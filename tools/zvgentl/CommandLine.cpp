@@ -10,7 +10,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "texts.h"
+#include "gentl/texts.h"
 #include "zvgentl/Commands.h"
 
 namespace zvgentl::tool {

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "zvgentl/Assignments.h"
 #include "zvgentl/GrabOptions.h"
 #include "zvgentl/PortOptions.h"
 

@@ -4,7 +4,7 @@
 
 #include <fmt/core.h>
 
-#include "texts.h"
+#include "gentl/texts.h"
 
 namespace zvgentl::tool {
 

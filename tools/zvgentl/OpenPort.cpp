@@ -85,6 +85,12 @@ std::unique_ptr<NodeMap> make_node_map(const Port& port)
     return std::make_unique<NodeMap>(unpack(read_description(port, port.urls())), port);
 }
 
+void set_all(const Assignments& assignments, const NodeMap& map)
+{
+    for (const auto& assignment : assignments)
+        map.set(assignment.name, assignment.value);
+}
+
 void require_genapi_parser()
 {
     if (!has_genapi_parser())

@@ -1,12 +1,26 @@
 #pragma once
 
+#include <optional>
 #include <string>
-
-#include "zvgentl/Assignments.h"
+#include <vector>
 
 namespace zvgentl::tool {
 
 class OptionList;
+
+/// A feature and the value that it is to get, as the user wrote both.
+struct Assignment {
+    std::string name;
+    std::string value;
+};
+
+using Assignments = std::vector<Assignment>;
+
+/// NAME=VALUE; the value may be empty and may hold more equal signs. Nothing for any other text.
+std::optional<Assignment> parse_assignment(const std::string& text);
+
+/// The words of `zvgentl set`: each NAME=VALUE, or else just two, a name and a value. Nothing for others.
+std::optional<Assignments> parse_assignments(const std::vector<std::string>& words);
 
 /// The modules that have a port, and the camera itself.
 enum class PortKind { system, iface, device, stream, buffer, remote };

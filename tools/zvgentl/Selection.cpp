@@ -10,7 +10,7 @@
 #include <fmt/core.h>
 
 #include "gentl/Error.h"
-#include "texts.h"
+#include "gentl/texts.h"
 
 namespace zvgentl::tool {
 

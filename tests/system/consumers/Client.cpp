@@ -5,7 +5,6 @@
 #include "zvgr/FrameStamp.h"
 
 #include "gentl/Description.h"
-#include "gentl/PortUrl.h"
 
 namespace zvclient {
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "zvgentl/Assignments.h"
 #include "zvgentl/FeatureOutput.h"
+#include "zvgentl/PortOptions.h"
 
 namespace zvgentl::test {
 

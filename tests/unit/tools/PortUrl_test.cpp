@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "genapi/FakeRegisters.h"
-#include "gentl/PortUrl.h"
+#include "gentl/Description.h"
 
 namespace zvgentl::test {
 

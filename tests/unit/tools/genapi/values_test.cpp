@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "genapi/names.h"
 #include "genapi/values.h"
 
 namespace zvgentl::test {

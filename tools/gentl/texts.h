@@ -24,4 +24,10 @@ inline std::string lower_case(std::string text)
     return text;
 }
 
+inline bool ends_in(const std::string& text, const std::string& ending)
+{
+    return text.size() >= ending.size() &&
+           text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
+}
+
 } // namespace zvgentl::tool
