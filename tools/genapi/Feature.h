@@ -22,7 +22,7 @@ enum class FeatureKind {
 
 const char* kind_name(FeatureKind kind) noexcept;
 
-/// What may be done with a feature just now.
+/// What may be done with a feature at the moment.
 struct Access {
     bool is_implemented{true};
     bool is_available{true};
@@ -31,7 +31,8 @@ struct Access {
     bool is_locked{false}; // it would be writable otherwise
 };
 
-/// RO, WO, RW, NA (not available), NI (not implemented); "RO locked" for one that cannot be written just now.
+/// RO, WO, RW, NA (not available), NI (not implemented); "RO locked" for one that cannot be written at the
+/// moment.
 std::string access_name(const Access& access);
 
 /// How the description wants whole numbers to be written.
@@ -58,14 +59,14 @@ struct Feature {
     Value increment;                  // nothing when every value in between is allowed
     std::vector<std::string> entries; // of an enumeration, that can be chosen now
     std::vector<std::string> selects; // features that this one chooses the meaning of
-    std::string problem;              // why it, or part of it, cannot be told
+    std::string problem;              // why it, or part of it, could not be read
 };
 
 /// A line of the feature tree.
 struct TreeEntry {
     std::string name;
     int level{0};            // below the category that the tree starts with
-    bool is_repeated{false}; // a category that already stands further up, features and all
+    bool is_repeated{false}; // a category that was listed before with its features
 };
 
 } // namespace zvgentl::tool

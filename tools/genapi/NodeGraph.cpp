@@ -65,9 +65,8 @@ Document parse(const std::string& description)
                                                                                : context->lastError.message));
     // No description needs one, and what it defines can make a small file huge.
     if (document->intSubset != nullptr || document->extSubset != nullptr)
-        throw std::runtime_error(
-            "the port's description holds a document type declaration, which no register "
-            "description needs");
+        throw std::runtime_error("the port's description contains a document type declaration, which no "
+                                 "register description needs");
     return document;
 }
 
@@ -135,8 +134,8 @@ NodeGraph::NodeGraph(const std::string& description)
     const xmlNode* const root = xmlDocGetRootElement(document.get());
     const std::string element = root == nullptr ? "" : text_of(root->name);
     if (element != "RegisterDescription")
-        throw std::runtime_error("the port's description is no register description: its root element is <" +
-                                 element + ">");
+        throw std::runtime_error(
+            "the port's description is not a register description: its root element is <" + element + ">");
     read_nodes(root, "", m_nodes);
     for (std::size_t i = 0; i < m_nodes.size(); ++i)
         if (m_nodes[i].element == "EnumEntry")

@@ -49,10 +49,9 @@ std::string why_not_writable(const Feature& feature)
     if (!feature.access.is_implemented)
         return "this device does not have it";
     if (!feature.access.is_available)
-        return "it is not available now; another feature may have to be set first";
+        return "it is not available at the moment; another feature may have to be set first";
     if (feature.access.is_locked)
-        return "it is locked now, as features are while the camera streams or while another feature controls "
-               "them";
+        return "it is locked at the moment: the camera is streaming, or another feature controls it";
     return "it is read only";
 }
 
@@ -61,8 +60,8 @@ std::string why_not_readable(const Access& access)
     if (!access.is_implemented)
         return "this device does not have it";
     if (!access.is_available)
-        return "it is not available now; another feature may have to be set first";
-    return "it can only be written";
+        return "it is not available at the moment; another feature may have to be set first";
+    return "it is write only";
 }
 
 } // namespace
@@ -78,7 +77,7 @@ public:
             return nodes.usable(name);
         const auto near = near_names(name, names());
         throw std::runtime_error("there is no feature " + name +
-                                 (near.empty() ? "; `zvgentl features` shows those that there are"
+                                 (near.empty() ? "; `zvgentl features` lists those that exist"
                                                : "; did you mean " + joined(near, " or ") + "?"));
     }
 
@@ -235,7 +234,8 @@ void NodeMap::Impl::write_entry(ArvGcNode* node, const Feature& feature, const s
 {
     const auto& entries = feature.entries;
     if (std::find(entries.begin(), entries.end(), text) == entries.end())
-        refuse_value(feature, text, entries.empty() ? "none of its entries now" : joined(entries, ", "));
+        refuse_value(feature, text,
+                     entries.empty() ? "none of its entries at the moment" : joined(entries, ", "));
     Failure failure;
     arv_gc_enumeration_set_string_value(ARV_GC_ENUMERATION(node), text.c_str(), failure);
     check_port(failure);
@@ -267,7 +267,7 @@ void NodeMap::execute(const std::string& name, std::chrono::milliseconds timeout
 {
     ArvGcNode* const node = m_impl->find(name);
     if (m_impl->nodes.kind(name) != FeatureKind::command)
-        throw std::runtime_error(name + " is no command; `zvgentl set " + name + "=VALUE` writes a value");
+        throw std::runtime_error(name + " is not a command; `zvgentl set " + name + "=VALUE` writes a value");
     const Feature feature = describe_for_writing(m_impl->nodes, name);
     if (!feature.access.is_writable)
         throw std::runtime_error(name + " cannot be executed: " + why_not_writable(feature));

@@ -17,8 +17,9 @@ bool has_genapi_parser() noexcept;
 /// with what the device sends, and the processor knows no answer to one such division.
 void end_on_arithmetic_fault();
 
-/// The features of a port, made of its description. Nothing is cached: every answer is the device's present
-/// one. All functions throw std::runtime_error that says what to do, or why the port refused. One thread.
+/// The features of a port, according to its description. Nothing is cached: every answer is the device's
+/// current one. All functions throw std::runtime_error that says what to do, or why the port refused. One
+/// thread.
 class NodeMap {
 public:
     /// `registers` must live as long as the object.
@@ -30,7 +31,7 @@ public:
     /// The categories and features below a category, in the description's order.
     std::vector<TreeEntry> tree(const std::string& category = "Root") const;
 
-    /// Everything about a feature. What cannot be read is left out and told in Feature::problem.
+    /// Everything about a feature. What cannot be read is left out, and Feature::problem says why.
     Feature describe(const std::string& name) const;
 
     Value get(const std::string& name) const;

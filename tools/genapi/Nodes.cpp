@@ -111,14 +111,14 @@ void restrict_to_mode(Access& access, const std::string& mode)
     access.is_writable = access.is_writable && mode != "RO";
 }
 
-/// Within the whole numbers, also for what is far outside of them or no number at all.
+/// A whole number, even for values far outside their range and for NaN.
 std::int64_t rounded(double number)
 {
     constexpr double farthest = 9.2e18;
     return std::isnan(number) ? 0 : static_cast<std::int64_t>(std::clamp(number, -farthest, farthest));
 }
 
-/// What the library prints about broken descriptions is told by exceptions.
+/// The library prints what it finds wrong with a description; exceptions report it instead.
 void silence_library()
 {
     const auto ignore = [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {};
@@ -168,8 +168,8 @@ void Nodes::collect_references(const GraphNode& node)
     m_has_variable_lengths = m_has_variable_lengths || node.find("pLength") != nullptr;
 }
 
-// A value that stands in the description could be changed in our copy of it, which no device ever sees. That
-// makes sense only for one that chooses what other nodes mean.
+// A value that is written in the description could be changed in our copy of it, which no device ever sees.
+// That makes sense only for one that chooses what other nodes mean.
 bool Nodes::is_constant(const GraphNode& node) const
 {
     return node.find("Value") != nullptr && node.find("pValue") == nullptr &&
@@ -260,7 +260,7 @@ std::int64_t Nodes::whole_number(const std::string& name) const
         number = rounded(arv_gc_float_get_value(ARV_GC_FLOAT(node), failure));
         break;
     default:
-        throw std::runtime_error(name + " is no number");
+        throw std::runtime_error(name + " is not a number");
     }
     failure.check();
     return number;
@@ -322,7 +322,7 @@ void Nodes::restrict_to(Access& access, const GraphNode& node) const
 void Nodes::apply_conditions(Access& access, const GraphNode& node) const
 {
     if (!access.is_implemented)
-        return; // the device need not have the registers that tell more
+        return; // the device need not have the registers of the other conditions
     access.is_implemented = is_on(node, "pIsImplemented", true);
     if (access.is_implemented && access.is_available)
         access.is_available = is_on(node, "pIsAvailable", true);

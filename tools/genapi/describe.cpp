@@ -131,7 +131,7 @@ std::string read_entry(ArvGcNode* node)
     Failure unknown; // the number was read: what fails now is the look-up of its name
     const char* const entry = arv_gc_enumeration_get_string_value(ARV_GC_ENUMERATION(node), unknown);
     if (entry == nullptr)
-        throw PortFailure("the device's value " + std::to_string(number) + " is none of its entries");
+        throw PortFailure("the device's value " + std::to_string(number) + " is not one of its entries");
     return entry;
 }
 

@@ -19,9 +19,9 @@ public:
 /// Throws PortFailure if the call failed.
 void check_port(const Failure& failure);
 
-/// Everything about a feature; what cannot be told goes into Feature::problem.
+/// Everything about a feature; Feature::problem says what could not be read.
 Feature describe_feature(const Nodes& nodes, const std::string& name);
-/// What must be known before a feature is written: everything but its value. Throws if it cannot be told.
+/// What must be known before a feature is written: everything but its value. Throws if it cannot be read.
 Feature describe_for_writing(const Nodes& nodes, const std::string& name);
 
 Notation notation_of(ArvGcNode* node);

@@ -21,7 +21,7 @@ constexpr std::size_t most_levels = 200;
 constexpr std::size_t most_steps = 10000;
 constexpr long long longest_register = 64LL << 20U;
 
-/// What of a node is asked for. Limits may depend on the value of a node whose limits depend on this one's
+/// What is asked about a node. Limits may depend on the value of a node whose limits depend on this one's
 /// value: only a circle through the same question has no end.
 enum class Aspect { value, limits, access };
 
@@ -181,8 +181,8 @@ private:
                 if (target != nullptr)
                     next.emplace_back(target, reference.to);
                 else if (objection.empty())
-                    objection =
-                        owner.name + " refers to " + property.text + ", which the description does not have";
+                    objection = owner.name + " refers to " + property.text +
+                                ", which the description does not contain";
             }
     }
 

@@ -9,7 +9,7 @@
 
 namespace zvgentl::tool {
 
-/// What a user wrote for a value, or nothing when it is no such value. Whole numbers are decimal or
+/// A value as a user wrote it; nothing when the text is not such a value. Whole numbers are decimal or
 /// hexadecimal (0x), or an address of the notation.
 std::optional<std::int64_t> parse_integer(const std::string& text, Notation notation);
 std::optional<double> parse_float(const std::string& text);

@@ -11,8 +11,8 @@ namespace {
 [[noreturn]] void refuse()
 {
     throw std::runtime_error(
-        "this build has no GenApi parser (libaravis was not there when it was built), so that it cannot read "
-        "features; `zvgentl xml` saves the description, which any GenICam consumer can open");
+        "this build has no GenApi parser, because libaravis was not installed when it was built, and cannot "
+        "read features; `zvgentl xml` saves the description, which any GenICam consumer can open");
 }
 
 } // namespace

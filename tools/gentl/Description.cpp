@@ -40,7 +40,7 @@ void check_scheme(const std::string& url)
     const std::string scheme = lower_case(url.substr(0, colon));
     if (scheme == "file" || scheme == "http" || scheme == "https")
         refuse_url(url,
-                   "descriptions of the kind " + scheme + ": are not supported, only those in the device");
+                   "descriptions at " + scheme + ": URLs are not supported, only those stored in the device");
     if (scheme != "local")
         refuse_url(url, "unknown scheme; expected Local:name;address;length");
 }
@@ -55,7 +55,7 @@ std::uint64_t number(const std::string& url, const char* what, std::string text)
     if (error == std::errc::result_out_of_range)
         refuse_url(url, std::string(what) + " does not fit into 64 bits");
     if (error != std::errc() || stopped != end)
-        refuse_url(url, std::string(what) + " is no hexadecimal number");
+        refuse_url(url, std::string(what) + " is not a hexadecimal number");
     return value;
 }
 
@@ -84,7 +84,7 @@ private:
 [[noreturn]] void refuse_file(const DescriptionFile& file, const std::string& reason)
 {
     throw std::runtime_error("the port's description " + file.name + " cannot be unpacked: " + reason +
-                             "; `zvgentl xml --raw` saves it as it is");
+                             "; `zvgentl xml --raw` saves it exactly as stored");
 }
 
 std::unique_ptr<zip_t, DiscardArchive> open_archive(const DescriptionFile& file)
@@ -111,7 +111,7 @@ zip_int64_t find_member(zip_t* archive, const DescriptionFile& file)
             return i;
     }
     if (count != 1)
-        refuse_file(file, "it holds no file whose name ends in .xml");
+        refuse_file(file, "it contains no file whose name ends in .xml");
     return 0;
 }
 
@@ -147,7 +147,7 @@ std::string without_zeros(std::string text)
 PortUrl parse_port_url(const std::string& url)
 {
     check_scheme(url);
-    const std::string place = url.substr(0, url.find('?')); // behind it stands the version of the schema
+    const std::string place = url.substr(0, url.find('?')); // what follows is the version of the schema
     const std::size_t start = std::min(place.find_first_not_of('/', place.find(':') + 1), place.size());
     const std::size_t first = place.find(';', start);
     const std::size_t second = first == std::string::npos ? first : place.find(';', first + 1);
@@ -174,7 +174,7 @@ DescriptionFile read_description(const Registers& port, const std::vector<std::s
 {
     if (urls.empty())
         throw std::runtime_error("the port has no description of its registers");
-    // Other kinds may stand beside the one that we read; if there is none, the first one says why.
+    // Some may be of other kinds. If all are, the first one gives the reason.
     const auto usable = std::find_if(urls.begin(), urls.end(), [](const std::string& url) {
         try {
             parse_port_url(url);

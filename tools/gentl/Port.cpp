@@ -35,7 +35,7 @@ Rest after(const char* function, const Rest& rest, std::size_t moved)
 {
     if (moved == 0 || moved > rest.size)
         throw Error(GC_ERR_IO, function,
-                    "it moved " + std::to_string(moved) + " of " + place(rest.address, rest.size));
+                    "it transferred " + std::to_string(moved) + " of " + place(rest.address, rest.size));
     return {rest.address + moved, rest.size - moved};
 }
 

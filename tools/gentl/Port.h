@@ -20,7 +20,7 @@ public:
     void read(std::uint64_t address, void* data, std::size_t size) const override;
     void write(std::uint64_t address, const void* data, std::size_t size) const override;
 
-    /// Where the port's descriptions lie, as the producer tells it.
+    /// The URLs of the port's descriptions, as the producer gives them.
     std::vector<std::string> urls() const;
 
 private:

@@ -20,7 +20,7 @@ namespace {
 std::vector<fs::path> producers_in(const fs::path& folder)
 {
     std::vector<fs::path> found;
-    std::error_code error; // a folder that cannot be read holds nothing for us
+    std::error_code error; // a folder that cannot be read counts as empty
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
         if (entry->path().extension() == ".cti")
             found.push_back(entry->path());
@@ -49,7 +49,7 @@ std::vector<fs::path> producers_at(const fs::path& wanted)
         return {wanted};
     auto found = producers_in(wanted);
     if (found.empty())
-        throw std::runtime_error("the folder " + wanted.u8string() + " holds no .cti file");
+        throw std::runtime_error("the folder " + wanted.u8string() + " contains no .cti file");
     return found;
 }
 
@@ -61,8 +61,9 @@ std::vector<fs::path> producers_of_list(const std::string& list)
             if (std::find(found.begin(), found.end(), file) == found.end())
                 found.push_back(file);
     if (found.empty())
-        throw std::runtime_error(std::string("the folders of ") + producer_path_variable + " (" + list +
-                                 ") hold no .cti file; correct the variable, or name a producer with --cti");
+        throw std::runtime_error(
+            std::string("the folders of ") + producer_path_variable + " (" + list +
+            ") contain no .cti file; correct the variable, or name a producer with --cti");
     return found;
 }
 
@@ -73,7 +74,7 @@ void load(std::optional<platform::DynamicLibrary>& library, const fs::path& file
     } catch (const std::runtime_error& reason) {
         throw std::runtime_error(
             "cannot load " + file.u8string() + ": " + reason.what() +
-            "\nThe libraries that a producer needs must lie beside it or on the library path.");
+            "\nThe libraries that a producer needs must be next to it or on the library path.");
     }
 }
 
@@ -205,7 +206,7 @@ std::optional<std::string> find_text(const Producer& producer, const char* funct
     producer.check(code, function);
     if (type != INFO_DATATYPE_STRING)
         throw std::runtime_error(std::string(function) + " answered with type " + std::to_string(type) +
-                                 " where a text was expected");
+                                 " where a string was expected");
     std::string text(size, '\0');
     producer.check(query(&type, text.data(), &size), function);
     text.resize(std::min(text.find('\0'), text.size())); // the size counts the terminating zero
@@ -229,7 +230,8 @@ std::uint64_t read_number(const Producer& producer, const char* function, const 
 {
     const auto number = find_number(producer, function, query);
     if (!number)
-        throw Error(GC_ERR_NOT_AVAILABLE, function, "the producer does not know a value that is needed here");
+        throw Error(GC_ERR_NOT_AVAILABLE, function,
+                    "the producer does not provide a value that is needed here");
     return *number;
 }
 

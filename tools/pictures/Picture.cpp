@@ -18,10 +18,10 @@ PixelLayout checked_layout(const PixelSource& source)
 {
     const PixelLayout layout = pixel_layout(source.pixel_format);
     if (!layout.is_known())
-        throw std::runtime_error(fmt::format(
-            "frames with pixel format {} (0x{:08X}) cannot be saved as pictures; formats that can are "
-            "Mono, Bayer, RGB, BGR and RGBa with 8 to 16 bits, not packed",
-            pixel_format_name(source.pixel_format), source.pixel_format));
+        throw std::runtime_error(
+            fmt::format("frames with pixel format {} (0x{:08X}) cannot be saved as pictures; supported are "
+                        "Mono, Bayer, RGB, BGR and RGBa with 8 to 16 bits, unpacked",
+                        pixel_format_name(source.pixel_format), source.pixel_format));
     if (source.width == 0 || source.height == 0 || source.width > largest_side ||
         source.height > largest_side)
         throw std::runtime_error(

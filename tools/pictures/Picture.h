@@ -6,7 +6,7 @@
 
 namespace zvgentl::tool {
 
-/// Pixels as they lie in a buffer.
+/// Pixels as they are in a buffer.
 struct PixelSource {
     const std::uint8_t* data{nullptr};
     std::size_t size{0}; // bytes at data
@@ -17,7 +17,7 @@ struct PixelSource {
 };
 
 /// A copy of a frame in the form of picture files: rows without padding, red first. Samples of 16 bits lie in
-/// the machine's byte order and keep the camera's value: 10, 12 and 14 bits stand in the low bits, nothing is
+/// the machine's byte order and keep the camera's value: 10, 12 and 14 bits are in the low bits, nothing is
 /// scaled.
 struct Picture {
     std::uint32_t width{0};

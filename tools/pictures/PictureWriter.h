@@ -14,7 +14,7 @@ class PictureWriter {
 public:
     virtual ~PictureWriter() = default;
 
-    /// What its files' names end in, with the dot.
+    /// The ending of its files' names, with the dot.
     virtual const char* extension() const noexcept = 0;
 
     /// Writes the file, in place of one of that name. Throws std::runtime_error, and leaves no part of a file

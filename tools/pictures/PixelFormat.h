@@ -5,7 +5,7 @@
 
 namespace zvgentl::tool {
 
-/// How the samples of a pixel format lie in memory, as far as picture files can hold them unchanged.
+/// How the samples of a pixel format are laid out in memory, as far as picture files can hold them unchanged.
 struct PixelLayout {
     unsigned channels{0};         // samples of a pixel: 1 grey (Bayer mosaics too), 3 RGB, 4 RGB and alpha
     unsigned bytes_per_sample{0}; // 1, or 2 with the value in the low bits
@@ -17,7 +17,7 @@ struct PixelLayout {
 /// The standard's (PFNC) name of a 32-bit pixel format, or its number in hexadecimal.
 std::string pixel_format_name(std::uint64_t format);
 
-/// How to read it; not known for packed, planar and YCbCr formats.
+/// Its layout; unknown for packed, planar and YCbCr formats.
 PixelLayout pixel_layout(std::uint64_t format) noexcept;
 
 } // namespace zvgentl::tool

@@ -29,8 +29,8 @@ constexpr const char* footer =
     "  zvgentl set ExposureTime=2500\n"
     "  zvgentl grab --help\n"
     "\n"
-    "Which producer is loaded: the one named with --cti; else those in the folders of\n"
-    "the variable GENICAM_GENTL64_PATH; else the .cti file beside this program.\n"
+    "The producer that is loaded is the one given with --cti; otherwise those in the folders of\n"
+    "the variable GENICAM_GENTL64_PATH; otherwise the .cti file next to this program.\n"
     "\n"
     "Exit codes: 0 done, 1 failed, 2 wrong command line, 130 interrupted (Ctrl-C).";
 

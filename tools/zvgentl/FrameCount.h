@@ -9,7 +9,7 @@
 
 namespace zvgentl::tool {
 
-/// Follows numbers that should rise by one and counts what is missing, late or there twice.
+/// Follows numbers that should rise by one and counts those that are missing, late or repeated.
 class Sequence {
 public:
     void add(std::uint64_t number);
@@ -47,7 +47,7 @@ public:
 
     std::uint64_t delivered() const noexcept { return m_delivered; }
     LossSource loss_source() const noexcept;
-    /// Nothing when neither ids nor counters tell.
+    /// Nothing when neither ids nor counters show it.
     std::optional<std::uint64_t> lost() const noexcept;
     std::uint64_t late() const noexcept;
     std::uint64_t repeated() const noexcept;

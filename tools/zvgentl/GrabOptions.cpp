@@ -20,19 +20,19 @@ void describe_grab(OptionList& list, GrabOptions& options)
     describe_settings(list, options.settings);
     list.number("-n,--frames", "N", "Frames to grab; 0 grabs until Ctrl-C [10]", options.frames,
                 {0, most_frames});
-    list.number("-b,--buffers", "N", "Buffers to give to the stream [8]", options.buffers, {1, most_buffers});
+    list.number("-b,--buffers", "N", "Number of buffers [8]", options.buffers, {1, most_buffers});
     list.choice<StreamMode>("-m,--mode", "MODE", "Stream mode: queued or cyclic [queued]", options.mode,
                             {{"queued", StreamMode::queued}, {"cyclic", StreamMode::cyclic}});
-    list.number("-t,--timeout", "MS", "Longest wait for a frame, in milliseconds [5000]", options.timeout_ms,
-                {1, longest_timeout_ms});
-    list.text("-o,--output", "DIR", "Folder in which to save every frame", options.output);
-    list.choice<FileFormat>("-f,--format", "FORMAT", "Picture files: png or tiff [png]", options.format,
-                            {{"png", FileFormat::png}, {"tiff", FileFormat::tiff}});
+    list.number("-t,--timeout", "MS", "How long to wait for a frame, in milliseconds [5000]",
+                options.timeout_ms, {1, longest_timeout_ms});
+    list.text("-o,--output", "DIR", "Folder to save all frames in", options.output);
+    list.choice<FileFormat>("-f,--format", "FORMAT", "Format of the pictures: png or tiff [png]",
+                            options.format, {{"png", FileFormat::png}, {"tiff", FileFormat::tiff}});
     list.needs("--format", "--output");
     list.flag("--no-verify",
               "Do not look for the counter and the checksum that some cameras write into the pixels",
               options.verify);
-    list.flag("--json", "Print the summary as JSON for programs", options.json);
+    list.flag("--json", "Print the summary as JSON", options.json);
 }
 
 } // namespace zvgentl::tool

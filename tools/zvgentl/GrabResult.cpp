@@ -27,18 +27,18 @@ std::string lost_text(const FrameCount& count)
 {
     const auto lost = count.lost();
     if (!lost && count.delivered() == 0)
-        return "not known, because no frame arrived";
+        return "unknown: no frame arrived";
     if (!lost && !count.stamps_checked())
-        return "not known, because frame counters are not read (--no-verify)";
+        return "unknown: frame counters are not read (--no-verify)";
     if (!lost)
-        return "not known, because the frames carry no number that tells";
+        return "unknown: the frames are not numbered";
     std::string text = fmt::format(
         "{} (from the {})", *lost,
         count.loss_source() == LossSource::frame_ids ? "frame ids" : "frame counter in the pixels");
     if (count.late() > 0)
-        text += fmt::format(", {} came out of order", count.late());
+        text += fmt::format(", {} arrived out of order", count.late());
     if (count.repeated() > 0)
-        text += fmt::format(", {} came twice", count.repeated());
+        text += fmt::format(", {} arrived twice", count.repeated());
     return text;
 }
 
@@ -47,7 +47,7 @@ std::string checked_text(const FrameCount& count)
     if (!count.stamps_checked())
         return "no (--no-verify)";
     if (count.stamped() == 0)
-        return "no, the frames carry no checksum";
+        return "no: the frames have no checksum";
     if (count.damaged() == 0)
         return fmt::format("all {} checksums are right", count.stamped());
     return fmt::format("{} of {} FRAMES ARE DAMAGED: their checksums are wrong or missing", count.damaged(),
@@ -58,12 +58,11 @@ std::string ending_text(const GrabResult& result)
 {
     switch (result.outcome) {
     case Outcome::interrupted:
-        return "\nInterrupted: stopped in good order.\n";
+        return "\nInterrupted: stopped cleanly.\n";
     case Outcome::timed_out:
-        return fmt::format(
-            "\nNo frame arrived within {} ms. Is the camera triggered, or slower than that? A longer "
-            "wait is set with --timeout.\n",
-            result.options.timeout_ms);
+        return fmt::format("\nNo frame arrived within {} ms. Does the camera wait for a trigger, or is it "
+                           "slower than that? --timeout sets how long to wait.\n",
+                           result.options.timeout_ms);
     default:
         return {};
     }

@@ -36,10 +36,10 @@ struct GrabResult {
     FrameCount count;
     std::optional<PictureKind> picture; // of the first frame
     double seconds{0};                  // from the first frame to the last, by the clock of this computer
-    double device_seconds{0};           // the same by the frames' time stamps; 0 when they do not tell
+    double device_seconds{0};           // the same by the frames' time stamps; 0 when there are none
     std::uint64_t saved{0};
 
-    /// Frames per second over a span that began with the first frame; nothing when that cannot be told.
+    /// Frames per second over a span that began with the first frame; nothing when it is unknown.
     std::optional<double> rate(double span) const;
     int exit_code() const;
 };

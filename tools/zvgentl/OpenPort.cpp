@@ -94,7 +94,7 @@ void set_all(const Assignments& assignments, const NodeMap& map)
 void require_genapi_parser()
 {
     if (!has_genapi_parser())
-        const NodeMap map("", NoRegisters()); // knows best what to say
+        const NodeMap map("", NoRegisters()); // throws the reason
 }
 
 } // namespace zvgentl::tool

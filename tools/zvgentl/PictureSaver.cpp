@@ -23,7 +23,7 @@ void create_folder(const std::filesystem::path& folder)
     std::filesystem::create_directories(folder, error);
     if (!std::filesystem::is_directory(folder))
         throw std::runtime_error(fmt::format("cannot create the folder {}: {}", folder.u8string(),
-                                             error ? error.message() : "a file is there"));
+                                             error ? error.message() : "a file has that name"));
 }
 
 } // namespace

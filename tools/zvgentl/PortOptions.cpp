@@ -29,16 +29,15 @@ std::optional<Assignments> parse_assignments(const std::vector<std::string>& wor
 void describe_producer(OptionList& list, std::string& cti)
 {
     list.text("--cti", "PATH",
-              "Producer to load (a .cti file, or a folder of them); without it those in the folders of "
-              "GENICAM_GENTL64_PATH, or else the one beside this program",
+              "Producer to load: a .cti file, or a folder of them [those in the folders of "
+              "GENICAM_GENTL64_PATH; without these, the one next to this program]",
               cti);
 }
 
 void describe_device(OptionList& list, DeviceOptions& options)
 {
     describe_producer(list, options.cti);
-    list.text("-i,--interface", "ID", "Interface (frame grabber) to take the device from",
-              options.interface_id);
+    list.text("-i,--interface", "ID", "Interface (frame grabber) of the device", options.interface_id);
     list.text("-d,--device", "ID",
               "Device (camera), by ID or serial number as `zvgentl list` shows them [the first one found]",
               options.device);
@@ -47,23 +46,22 @@ void describe_device(OptionList& list, DeviceOptions& options)
 void describe_port(OptionList& list, PortOptions& options)
 {
     describe_device(list, options);
-    list.choice<PortKind>(
-        "-p,--port", "PORT",
-        "Whose features: remote (the camera itself), or the producer's module system, interface, "
-        "device, stream or buffer [remote]",
-        options.port,
-        {{"system", PortKind::system},
-         {"interface", PortKind::iface},
-         {"device", PortKind::device},
-         {"stream", PortKind::stream},
-         {"buffer", PortKind::buffer},
-         {"remote", PortKind::remote}});
+    list.choice<PortKind>("-p,--port", "PORT",
+                          "Port to use: that of the camera itself (remote), or of the producer's system, "
+                          "interface, device, stream or buffer module [remote]",
+                          options.port,
+                          {{"system", PortKind::system},
+                           {"interface", PortKind::iface},
+                           {"device", PortKind::device},
+                           {"stream", PortKind::stream},
+                           {"buffer", PortKind::buffer},
+                           {"remote", PortKind::remote}});
 }
 
 void describe_settings(OptionList& list, Assignments& settings)
 {
     list.repeated("-s,--set", "NAME=VALUE",
-                  "Set a feature first; repeat it for more, which are set in this order",
+                  "Set a feature first; can be repeated, features are set in the order given",
                   [&settings](const std::string& word) {
                       const auto assignment = parse_assignment(word);
                       if (assignment)

@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* own_producer = "ZVGRLibGenTL.cti";
 
-/// What a search saw on its way, for the message when it ends without a device.
+/// What a search found, for the message when no device fits.
 struct Search {
     std::map<std::string, std::unique_ptr<Interface>> interfaces; // stay open until the choice is made
     std::vector<SelectedDevice> hits;

@@ -9,11 +9,11 @@
 
 namespace zvgentl::tool {
 
-/// The one producer to work with: an only one, or the project's own among several. Throws std::runtime_error
-/// when that leaves a choice.
+/// The producer to use: the only one, or the project's own among several. Throws std::runtime_error when
+/// neither decides it.
 std::filesystem::path select_producer(const std::vector<std::filesystem::path>& files);
 
-/// The interface with this ID; the first one for an empty text. Throws std::runtime_error, naming what there
+/// The interface with this ID; the first one for an empty text. Throws std::runtime_error, listing what there
 /// is, when there is none.
 std::string select_interface(const System& system, const std::string& interface_id);
 
@@ -29,7 +29,7 @@ struct SelectedDevice {
 };
 
 /// Finds the device with this ID or serial number, on this interface; an empty text stands for any. Throws
-/// std::runtime_error, naming what there is, when none or more than one fits.
+/// std::runtime_error, listing what there is, when none or more than one fits.
 SelectedDevice select_device(const System& system, const std::string& interface_id,
                              const std::string& device);
 

@@ -47,7 +47,7 @@ void write_file(const fs::path& file, const std::string& text)
 
 bool is_file(const fs::path& file)
 {
-    std::error_code error; // a path that cannot be looked at is none
+    std::error_code error; // a path that cannot be examined is not a file
     return !file.empty() && fs::is_regular_file(file, error);
 }
 

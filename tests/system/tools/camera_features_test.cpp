@@ -107,7 +107,8 @@ TEST(FeaturesOfACamera, AreLockedByTheTransportLayer)
     const Ended ended = run({"set", "TLParamsLocked=1", "Width=320"});
     EXPECT_EQ(1, ended.code);
     EXPECT_EQ("TLParamsLocked=1\n", ended.output) << "what came before is done";
-    EXPECT_TRUE(contains(ended.errors, "Width cannot be written: it is locked now")) << ended.errors;
+    EXPECT_TRUE(contains(ended.errors, "Width cannot be written: it is locked at the moment"))
+        << ended.errors;
 }
 
 TEST(CommandsOfACamera, AreExecuted)

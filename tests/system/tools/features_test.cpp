@@ -95,7 +95,7 @@ TEST(FeaturesOfTheSystem, AreSuggestedWhenANameIsWrong)
     EXPECT_EQ("zvgentl get: there is no feature TLModleName; did you mean TLModelName?\n", ended.errors);
     const Ended command = Program({"exec", "--port", "system", "TLVersion"}).run();
     EXPECT_EQ(1, command.code);
-    EXPECT_TRUE(contains(command.errors, "TLVersion is no command")) << command.errors;
+    EXPECT_TRUE(contains(command.errors, "TLVersion is not a command")) << command.errors;
 }
 
 TEST(FeaturesOfABuffer, AreThoseOfItsPackedDescription)

@@ -73,7 +73,7 @@ TEST(ReadDescription, SaysWhyNoneCanBeRead)
     const FakeRegisters port;
     EXPECT_TRUE(contains(error_of([&] { read_description(port, {}); }), "has no description"));
     const std::string reason = error_of([&] { read_description(port, {"File:///a.xml", "Local:b"}); });
-    EXPECT_TRUE(contains(reason, "file: are not supported")) << reason;
+    EXPECT_TRUE(contains(reason, "file: URLs are not supported")) << reason;
 }
 
 TEST(ReadDescription, PassesOnWhatThePortSays)

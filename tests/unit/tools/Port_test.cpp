@@ -150,14 +150,16 @@ TEST_F(PortOfAProducer, CallsNothingForNoBytes)
 TEST_F(PortOfAProducer, EndsWhenNothingMoves)
 {
     fake.most_at_once = 0;
-    EXPECT_EQ("GCReadPort failed with GC_ERR_IO (-1010): it moved 0 of 10 bytes at 0x0", error_of_read());
+    EXPECT_EQ("GCReadPort failed with GC_ERR_IO (-1010): it transferred 0 of 10 bytes at 0x0",
+              error_of_read());
     EXPECT_THROW(port.write(0, "1", 1), Error);
 }
 
 TEST_F(PortOfAProducer, DoesNotBelieveThatMoreMovedThanWasAskedFor)
 {
     fake.claimed = 11;
-    EXPECT_EQ("GCReadPort failed with GC_ERR_IO (-1010): it moved 11 of 10 bytes at 0x0", error_of_read());
+    EXPECT_EQ("GCReadPort failed with GC_ERR_IO (-1010): it transferred 11 of 10 bytes at 0x0",
+              error_of_read());
 }
 
 TEST_F(PortOfAProducer, FailsInTheProducersWords)

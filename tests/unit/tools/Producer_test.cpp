@@ -61,7 +61,7 @@ TEST(FindProducers, SaysWhereItLooked)
 {
     const TemporaryFolder folder;
     EXPECT_TRUE(contains(error_of([&] { find_producers(folder / "a.cti"); }), (folder / "a.cti").string()));
-    EXPECT_TRUE(contains(error_of([&] { find_producers(folder.path()); }), "holds no .cti file"));
+    EXPECT_TRUE(contains(error_of([&] { find_producers(folder.path()); }), "contains no .cti file"));
     const ScopedVariable variable(producer_path_variable, folder.path().string());
     EXPECT_TRUE(contains(error_of([&] { find_producers({}); }), "GENICAM_GENTL64_PATH"));
     EXPECT_TRUE(contains(error_of([&] { find_producers({}); }), "--cti"));

@@ -16,7 +16,7 @@ constexpr const char* footer =
     "  zvgentl exec TimestampLatch\n"
     "  zvgentl exec --device Device10 --set TriggerSelector=FrameStart TriggerSoftware\n"
     "\n"
-    "Returns when the device says that the command is done.\n"
+    "Returns when the device reports that the command is done.\n"
     "\n"
     "Exit codes: 0 done, 1 failed or not done in time, 2 wrong command line.";
 
@@ -25,7 +25,7 @@ void describe(OptionList& list, ExecOptions& options)
     list.positional("NAME", "Command to execute", options.name);
     describe_port(list, options.port);
     describe_settings(list, options.settings);
-    list.number("-t,--timeout", "MS", "Longest wait until the command is done, in milliseconds [5000]",
+    list.number("-t,--timeout", "MS", "How long to wait until the command is done, in milliseconds [5000]",
                 options.timeout_ms, {1, longest_timeout_ms});
 }
 

@@ -21,20 +21,19 @@ constexpr const char* footer =
     "  zvgentl features --set TriggerSelector=FrameStart --category AcquisitionControl\n"
     "  zvgentl features --json | jq '.features[] | select(.access == \"RW\") | .name'\n"
     "\n"
-    "Each line shows name, type, access, value and what else can be written. Access: RW read and write, RO "
-    "read "
-    "only,\n"
-    "WO write only, NA not available now, NI not implemented, `RO locked` not writable at the moment.\n"
+    "Each line shows the name, type, access and value of a feature, and the values that may be\n"
+    "written. Access: RW read and write, RO read only, WO write only, NA not available at the moment,\n"
+    "NI not implemented, `RO locked` read only at the moment.\n"
     "\n"
-    "Exit codes: 0 listed, 1 failed, or a feature could not be read (its line says why), 2 wrong command "
-    "line.";
+    "Exit codes: 0 listed, 1 failed, or a feature could not be read (its line says why), 2 wrong\n"
+    "command line.";
 
 void describe(OptionList& list, FeaturesOptions& options)
 {
     describe_port(list, options.port);
     describe_settings(list, options.settings);
     list.text("-c,--category", "NAME", "Only the features of this category", options.category);
-    list.flag("--json", "Print JSON for programs instead of text", options.json);
+    list.flag("--json", "Print JSON instead of text", options.json);
 }
 
 const CommandRegistration registration({"features", "Show the features of a camera or of a module", footer},

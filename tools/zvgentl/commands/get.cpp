@@ -18,7 +18,8 @@ constexpr const char* footer =
     "  zvgentl get --set TriggerSelector=FrameStart TriggerMode\n"
     "  zvgentl get --port system TLModelName\n"
     "\n"
-    "One feature gives its bare value, several give lines NAME=VALUE as `zvgentl set` takes them.\n"
+    "For one feature, only its value is printed; for several, lines NAME=VALUE that `zvgentl set`\n"
+    "accepts.\n"
     "\n"
     "Exit codes: 0 all were read, 1 failed, 2 wrong command line.";
 

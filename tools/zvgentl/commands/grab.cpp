@@ -32,32 +32,26 @@ constexpr const char* footer =
     "  zvgentl grab --set Width=320 --set ExposureTime=2000\n"
     "  zvgentl grab --frames 0            # until Ctrl-C\n"
     "\n"
-    "Modes: `queued` fills the buffers in place; `cyclic` copies each frame from a ring of the grabber "
-    "library. The\n"
-    "choice holds for this run only: it is made in a temporary copy of your settings file.\n"
+    "Modes: `queued` fills the buffers in place; `cyclic` copies each frame from a ring of the grabber\n"
+    "library. The mode applies to this run only: it is set in a temporary copy of your settings file.\n"
     "\n"
-    "Lost frames are those missing between the first and the last frame that arrived. They show in the frame "
-    "ids in\n"
-    "queued mode, and in the frame counter inside the pixels in cyclic mode, if the camera writes one.\n"
+    "Lost frames are those missing between the first and the last frame that arrived. Queued mode\n"
+    "counts them by the frame ids, cyclic mode by the frame counter in the pixels, if the camera writes\n"
+    "one.\n"
     "\n"
-    "Pictures: each frame is copied, its buffer goes back to the camera at once, and other threads write the "
-    "file\n"
-    "(frame_000000.png and so on, replacing files of that name). 8-bit formats give files of 8 bits, all "
-    "others of\n"
-    "16 bits with the values unchanged, so that a 12-bit picture looks dark until its range is stretched. "
-    "Bayer\n"
-    "mosaics are saved as grey.\n"
+    "Pictures: each frame is copied, its buffer is queued again at once, and other threads write the\n"
+    "file (frame_000000.png and so on, replacing files of that name). 8-bit formats become 8-bit files,\n"
+    "all others 16-bit files with the values unchanged: a 12-bit picture looks dark until its contrast\n"
+    "is stretched. Bayer mosaics are saved in shades of grey.\n"
     "\n"
-    "Ctrl-C stops in good order: what has arrived is saved and the summary printed; a second one gives up at "
-    "once.\n"
+    "Ctrl-C stops cleanly: the frames that have arrived are saved, and the summary is printed. A second\n"
+    "Ctrl-C ends the program at once.\n"
     "\n"
-    "Exit codes: 0 all frames arrived, 1 failed (no frame in time, a damaged frame, any other error), 2 "
-    "wrong\n"
-    "command line, 130 interrupted.";
+    "Exit codes: 0 all frames arrived, 1 failed (no frame in time, a damaged frame, any other error), 2\n"
+    "wrong command line, 130 interrupted.";
 
-const CommandRegistration registration({"grab", "Grab frames from a device, and save them as pictures",
-                                        footer},
-                                       describe_grab, run);
+const CommandRegistration
+    registration({"grab", "Grab frames from a device and save them as pictures", footer}, describe_grab, run);
 
 using Clock = std::chrono::steady_clock;
 

@@ -23,9 +23,9 @@ constexpr const char* footer = "Examples:\n"
 void describe(OptionList& list, ListOptions& options)
 {
     describe_producer(list, options.cti);
-    list.flag("--streams", "List the data streams too; this opens every device for a moment",
+    list.flag("--streams", "Also list the data streams; this opens each device for a moment",
               options.streams);
-    list.flag("--json", "Print JSON for programs instead of text", options.json);
+    list.flag("--json", "Print JSON instead of text", options.json);
 }
 
 const CommandRegistration registration({"list", "Show the producers' interfaces and devices", footer},
@@ -36,7 +36,7 @@ void print_text(const std::vector<ProducerEntry>& producers)
     const char* separator = "";
     for (const auto& producer : producers) {
         fmt::print("{}", separator);
-        // What went wrong is for whoever looks at the errors only, too.
+        // Errors go to the error output, where scripts look for them.
         fmt::print(producer.problem.empty() ? stdout : stderr, "{}", to_text(producer));
         separator = "\n";
     }
@@ -53,7 +53,7 @@ int run(const ListOptions& options)
         fmt::print("{}", json_text(producers));
     else
         print_text(producers);
-    // An interface that another program holds is no failure of the list: it is shown as what it is.
+    // An interface that another program uses is not a failure of the list, which shows why it cannot be read.
     const bool all_were_read = std::all_of(producers.begin(), producers.end(),
                                            [](const auto& producer) { return producer.problem.empty(); });
     return all_were_read ? exit_success : exit_failure;

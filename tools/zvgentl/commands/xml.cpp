@@ -18,15 +18,15 @@ constexpr const char* footer =
     "  zvgentl xml --port system --output system.xml\n"
     "  zvgentl xml --port buffer --raw --output buffer.zip\n"
     "\n"
-    "A packed description is unpacked; --raw saves the bytes that lie in the device.\n"
+    "A compressed description is unpacked; --raw saves it exactly as stored in the device.\n"
     "\n"
     "Exit codes: 0 saved, 1 failed, 2 wrong command line.";
 
 void describe(OptionList& list, XmlOptions& options)
 {
     describe_port(list, options.port);
-    list.text("-o,--output", "FILE", "File to write [the terminal]", options.output);
-    list.flag("--raw", "Save the file as it lies in the device, packed or not", options.raw);
+    list.text("-o,--output", "FILE", "File to write [standard output]", options.output);
+    list.flag("--raw", "Save the file exactly as stored in the device, compressed or not", options.raw);
 }
 
 const CommandRegistration

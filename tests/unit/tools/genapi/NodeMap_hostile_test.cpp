@@ -83,11 +83,12 @@ TEST(HostileDescription, MayHoldNoNodesAtAll)
 TEST(HostileDescription, HasUnusableFeaturesWhereReferencesLeadNowhere)
 {
     EXPECT_TRUE(contains(problem_of("A", integer("A", "<pValue>B</pValue>")),
-                         "description is faulty: A refers to B, which the description does not have"));
+                         "description is faulty: A refers to B, which the description does not contain"));
     for (const char* const content : {"<Value>1</Value><pMin>B</pMin>", "<Value>1</Value><pMax>B</pMax>",
                                       "<pIsAvailable>B</pIsAvailable>", "<pIsLocked>B</pIsLocked>",
                                       "<pIndex>B</pIndex>", "<pValue></pValue>"})
-        EXPECT_TRUE(contains(problem_of("A", integer("A", content)), "which the description does not have"))
+        EXPECT_TRUE(
+            contains(problem_of("A", integer("A", content)), "which the description does not contain"))
             << content;
     EXPECT_TRUE(contains(problem_of("A", integer("A", "<pValue>C</pValue>") +
                                              formula("C", "<pVariable Name=\"X\">B</pVariable>", "X")),
@@ -115,7 +116,7 @@ TEST(HostileDescription, MayLockAFeatureByItsOwnValue)
     const FakeRegisters registers;
     const NodeMap map(description_of(integer("A", "<Value>1</Value><pIsLocked>A</pIsLocked>")), registers);
     EXPECT_EQ("1", map.get_text("A"));
-    EXPECT_TRUE(contains(error_of([&] { map.set("A", "2"); }), "it is locked now"));
+    EXPECT_TRUE(contains(error_of([&] { map.set("A", "2"); }), "it is locked at the moment"));
 }
 
 TEST(HostileDescription, KeepsTheFeaturesThatAreSound)
@@ -243,7 +244,7 @@ TEST(HostileDescription, MayHoldReferencesToNodesOfTheWrongKind)
         error_of([&] { map.set(name, "1"); });
         error_of([&] { map.execute(name, std::chrono::milliseconds(1)); });
     }
-    EXPECT_EQ("Text is no number", map.describe("B").problem);
+    EXPECT_EQ("Text is not a number", map.describe("B").problem);
 }
 
 TEST(HostileDescriptionDeathTest, WithADivisionThatHasNoResultEndsTheProgramWithAMessage)

@@ -115,7 +115,7 @@ TEST_F(ReadFeatures, DescribesAnEnumerationWithWhatCanBeChosen)
 TEST_F(ReadFeatures, SaysThatAValueIsNoEntry)
 {
     registers.put<std::uint32_t>(0x08, 99);
-    EXPECT_EQ("PixelFormat cannot be read: the device's value 99 is none of its entries",
+    EXPECT_EQ("PixelFormat cannot be read: the device's value 99 is not one of its entries",
               feature("PixelFormat").problem);
 }
 
@@ -167,13 +167,13 @@ TEST_F(ReadFeatures, ChangesWhatMayBeDoneWithTheDevice)
     EXPECT_EQ("RO locked", access_name(feature("Width").access));
     EXPECT_EQ("NA", access_name(feature("Gain").access));
     EXPECT_EQ("", feature("Gain").problem);
-    EXPECT_TRUE(
-        contains(error_of([this] { map.get("Gain"); }), "Gain cannot be read: it is not available now"));
+    EXPECT_TRUE(contains(error_of([this] { map.get("Gain"); }),
+                         "Gain cannot be read: it is not available at the moment"));
 }
 
 TEST_F(ReadFeatures, DoesNotReadWhatCanOnlyBeWritten)
 {
-    EXPECT_EQ("ResetReg cannot be read: it can only be written", error_of([this] { map.get("ResetReg"); }));
+    EXPECT_EQ("ResetReg cannot be read: it is write only", error_of([this] { map.get("ResetReg"); }));
     EXPECT_EQ("AcquisitionStart is a command and has no value; `zvgentl exec AcquisitionStart` executes it",
               error_of([this] { map.get("AcquisitionStart"); }));
     EXPECT_TRUE(contains(error_of([this] { map.get("Root"); }), "is a category"));
@@ -184,7 +184,7 @@ TEST_F(ReadFeatures, SuggestsNamesForOneThatIsNotThere)
     EXPECT_EQ("there is no feature Wdith; did you mean Width?", error_of([this] { map.get("Wdith"); }));
     EXPECT_EQ("there is no feature exposure; did you mean ExposureTime?",
               error_of([this] { map.get("exposure"); }));
-    EXPECT_EQ("there is no feature Zoom; `zvgentl features` shows those that there are",
+    EXPECT_EQ("there is no feature Zoom; `zvgentl features` lists those that exist",
               error_of([this] { map.get("Zoom"); }));
     EXPECT_TRUE(contains(error_of([this] { map.get("Device"); }), "no feature Device")) << "it is a port";
     EXPECT_TRUE(contains(error_of([this] { map.get(""); }), "no feature"));

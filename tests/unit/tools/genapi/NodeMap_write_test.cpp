@@ -132,8 +132,10 @@ TEST_F(WriteFeatures, RefusesWhatCannotBeWritten)
     EXPECT_EQ("Vendor cannot be written: it is read only", refusal_of_set("Vendor", "x"));
     EXPECT_EQ("Ratio cannot be written: it is read only", refusal_of_set("Ratio", "1"));
     EXPECT_EQ("Temperature cannot be written: it is read only", refusal_of_set("Temperature", "1"));
-    EXPECT_TRUE(contains(refusal_of_set("Width", "320"), "Width cannot be written: it is locked now"));
-    EXPECT_TRUE(contains(refusal_of_set("Gain", "1"), "Gain cannot be written: it is not available now"));
+    EXPECT_TRUE(
+        contains(refusal_of_set("Width", "320"), "Width cannot be written: it is locked at the moment"));
+    EXPECT_TRUE(
+        contains(refusal_of_set("Gain", "1"), "Gain cannot be written: it is not available at the moment"));
     EXPECT_TRUE(contains(refusal_of_set("AcquisitionStart", "1"), "`zvgentl exec AcquisitionStart`"));
     EXPECT_TRUE(contains(refusal_of_set("Root", "1"), "Root is a category"));
     EXPECT_TRUE(contains(refusal_of_set("Widht", "1"), "did you mean Width?"));
@@ -173,7 +175,7 @@ TEST_F(WriteFeatures, WaitsNoLongerForACommandThanAllowed)
 
 TEST_F(WriteFeatures, ExecutesCommandsOnly)
 {
-    EXPECT_EQ("Width is no command; `zvgentl set Width=VALUE` writes a value",
+    EXPECT_EQ("Width is not a command; `zvgentl set Width=VALUE` writes a value",
               error_of([this] { map.execute("Width", milliseconds(1)); }));
     EXPECT_TRUE(contains(error_of([this] { map.execute("Rset", milliseconds(1)); }), "no feature Rset"));
     registers.refusal = "the cable is out";
