@@ -17,7 +17,7 @@ enum class FeatureKind {
     command,
     string,
     bytes,
-    other // a port or another node that holds no value
+    other // a port or another node without a value
 };
 
 const char* kind_name(FeatureKind kind) noexcept;

@@ -29,7 +29,7 @@ struct GraphNode {
 };
 
 /// The nodes of a register description by name, as written: nothing is evaluated. The parser of node maps
-/// answers 0 where a reference leads nowhere, and runs out of stack where references go round, so that we
+/// answers 0 where a reference leads nowhere, and runs out of stack where references go round. Therefore we
 /// look at the references first.
 class NodeGraph {
 public:

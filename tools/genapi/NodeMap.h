@@ -14,7 +14,7 @@ namespace zvgentl::tool {
 bool has_genapi_parser() noexcept;
 
 /// From now on a formula whose division has no result ends the program with a message. The parser computes
-/// with what the device sends, and the processor knows no answer to one such division.
+/// with what the device sends, and for one such division the processor has no result.
 void end_on_arithmetic_fault();
 
 /// The features of a port, according to its description. Nothing is cached: every answer is the device's

@@ -30,7 +30,7 @@ public:
     operator GError**() noexcept { return &m_error; }
     /// Throws std::runtime_error if the call failed.
     void check() const;
-    /// The same, but a missing element of the description is no failure. Whether the call succeeded.
+    /// The same, but a missing element of the description is not a failure. Whether the call succeeded.
     bool succeeded() const;
 
 private:

@@ -49,7 +49,7 @@ public:
     /// An option without a value; where it is given, the target becomes the opposite of what it was.
     void flag(const char* names, const char* help, bool& target);
 
-    /// An option that may be repeated. `add` receives each value in order; it answers false for one that does
+    /// An option that may be repeated. `add` receives each value in order; it returns false for one that does
     /// not have the form that `value` shows.
     void repeated(const char* names, const char* value, const char* help,
                   std::function<bool(const std::string&)> add);
@@ -74,7 +74,7 @@ public:
     virtual ~Command() = default;
     /// Called once, before run().
     virtual void describe(OptionList& list) = 0;
-    /// Answers the exit code. The caller reports exceptions and answers exit_failure for them.
+    /// Returns the exit code. The caller reports exceptions and returns exit_failure for them.
     virtual int run() const = 0;
 };
 

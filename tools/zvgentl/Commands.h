@@ -12,7 +12,7 @@
 
 namespace zvgentl::tool {
 
-/// What a command answers to the shell; platform/Interrupt.h has 130 (interrupted).
+/// The exit codes of the commands; platform/Interrupt.h has 130 (interrupted).
 constexpr int exit_success = 0;
 constexpr int exit_failure = 1; // something went wrong while running
 constexpr int exit_usage = 2;   // the command line is wrong

@@ -10,8 +10,8 @@ namespace zvgentl::test {
 
 using Variables = std::map<std::string, std::string>;
 
-/// The variables that tell programs of this system where the user's folders are, all below home, and where to
-/// put temporary files.
+/// The variables from which programs of this system learn where the user's folders are, all below home, and
+/// where to put temporary files.
 Variables folders_of_user(const std::filesystem::path& home, const std::filesystem::path& temporary);
 
 /// A way in which the system asks programs to end.
@@ -22,7 +22,7 @@ struct Interruption {
 
 extern const std::vector<Interruption> interruptions;
 
-/// How a program is started. Its variables are added to this process's; an empty one is taken away.
+/// How a program is started. Its variables are added to this process's; an empty one is removed.
 struct Start {
     std::filesystem::path program;
     std::vector<std::string> arguments;

@@ -11,7 +11,7 @@ const fs::path temporary_folder = fs::u8path(u8"files of J\u00f6rg \u0416");
 
 } // namespace
 
-Program::Program(const std::vector<std::string>& arguments)
+Program::Program(const Words& arguments)
 {
     fs::create_directory(m_folder.path() / temporary_folder);
     write_text(m_folder / "logger.properties", "logging.loggers.root.level = none\n");

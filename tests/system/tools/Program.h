@@ -1,15 +1,30 @@
 #pragma once
 
+#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
-#include "Folder.h"
 #include "Process.h"
+#include "unit/tools/TemporaryFolder.h"
 
 namespace zvgentl::test {
+
+using Words = std::vector<std::string>;
+
+inline bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+inline std::size_t count_files(const std::filesystem::path& folder)
+{
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()));
+}
 
 /// What a program left behind.
 struct Ended {
@@ -23,7 +38,7 @@ struct Ended {
 /// `zvgentl` as a process of its own, with settings, log and temporary files in a folder of its own.
 class Program {
 public:
-    explicit Program(const std::vector<std::string>& arguments);
+    explicit Program(const Words& arguments);
 
     /// For the process alone; an empty value removes the variable.
     Program& with(const std::string& variable, const std::string& value);
@@ -39,12 +54,12 @@ public:
         return wait();
     }
 
-    const Folder& folder() const { return m_folder; }
+    const TemporaryFolder& folder() const { return m_folder; }
     /// Whether everything that it created for temporary use is gone.
     bool left_nothing_temporary() const;
 
 private:
-    Folder m_folder;
+    TemporaryFolder m_folder;
     Start m_start;
     std::unique_ptr<Process> m_process;
 };

@@ -8,11 +8,6 @@ namespace zvgentl::test {
 
 namespace {
 
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 class DescriptionOfEveryPort : public testing::TestWithParam<const char*> {};
 
 } // namespace
@@ -32,7 +27,7 @@ INSTANTIATE_TEST_SUITE_P(Ports, DescriptionOfEveryPort,
 
 TEST(Descriptions, AreSavedAsTheyLieInTheDeviceOrUnpacked)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     const std::string file = (folder.path() / std::filesystem::u8path(u8"gro\u00df \u0416")).u8string();
     const auto saved = [&file] { return read_text(std::filesystem::u8path(file)); };
     EXPECT_EQ(0, Program({"xml", "--port", "system", "--output", file}).run().code);
@@ -50,7 +45,7 @@ TEST(Descriptions, AreSavedAsTheyLieInTheDeviceOrUnpacked)
 
 TEST(Descriptions, CannotBeSavedWhereNothingCanBeWritten)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     write_text(folder / "file", "");
     const std::string file = (folder / "file" / "system.xml").u8string();
     const Ended ended = Program({"xml", "--port", "system", "--output", file}).run();

@@ -1,4 +1,9 @@
 #include <algorithm>
+#include <iterator>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -8,117 +13,179 @@ namespace zvgentl::test {
 
 namespace {
 
-bool contains(const std::string& text, const std::string& part)
+/// A command line and what comes of it.
+struct Row {
+    const char* line;
+    const char* output;
+    const char* refusal; // part of the message; null: the command succeeds
+};
+
+std::ostream& operator<<(std::ostream& stream, const Row& row) { return stream << row.line; }
+
+Words words_of(const std::string& line)
 {
-    return text.find(part) != std::string::npos;
+    std::istringstream stream(line);
+    return {std::istream_iterator<std::string>(stream), {}};
 }
 
-/// The features that `zvgentl features --json` tells, by name.
-std::map<std::string, nlohmann::json> by_name(const nlohmann::json& tree)
+class FeatureCommand : public testing::TestWithParam<Row> {};
+
+struct PortRow {
+    const char* port;
+    const char* title;
+};
+
+class FeaturesOfEveryPort : public testing::TestWithParam<PortRow> {};
+
+const nlohmann::json& feature_in(const nlohmann::json& tree, const char* name)
 {
-    std::map<std::string, nlohmann::json> features;
-    for (const auto& feature : tree["features"])
-        features[feature["name"]] = feature;
-    return features;
+    return *std::find_if(tree["features"].begin(), tree["features"].end(),
+                         [name](const auto& feature) { return feature["name"] == name; });
 }
+
+constexpr const char* locked =
+    "zvgentl set: Width cannot be written: it is locked at the moment: the camera is "
+    "streaming, or another feature controls it\n";
+constexpr const char* read_only = "TLModelName cannot be written: it is read only\n";
+constexpr const char* no_interface = "no interface FG7; there are FG0, FG1\n";
+
+const Row rows[] = {
+    {"get DeviceModelName", "SoftCam CX 640\n", nullptr},
+    {"get --device Device10 DeviceModelName", "SoftCam HS 2048\n", nullptr},
+    {"get --device SCX800-0002 DeviceModelName", "SoftCam CX 800 HDR\n", nullptr},
+    {"get --interface FG1 DeviceModelName", "SoftCam HS 2048\n", nullptr},
+    {"get --port system TLModelName", "ZVGRLibGenTL\n", nullptr},
+    {"get --port system TLModelName GenTLVersionMajor", "TLModelName=ZVGRLibGenTL\nGenTLVersionMajor=1\n",
+     nullptr},
+    {"get --port system TLModelName --json", "{\n  \"TLModelName\": \"ZVGRLibGenTL\"\n}\n", nullptr},
+    {"get -s Width=320 -s OffsetX=64 Width OffsetX", "Width=320\nOffsetX=64\n", nullptr},
+    {"get --port system TLModleName", "",
+     "zvgentl get: there is no feature TLModleName; did you mean TLModelName?\n"},
+    {"get --port system --set TLModelName=x TLModelName", "", read_only},
+    {"get --device Device99 Width", "", "FG0/Device00, FG0/Device01, FG1/Device10"},
+    {"features --port system --category Camera", "", "no category Camera; there are Root, SystemInformation"},
+    {"features --port interface --interface FG7", "", no_interface},
+    {"features --port device --interface FG7", "", no_interface},
+    {"features --port stream --interface FG7", "", no_interface},
+    {"features --port buffer --interface FG7", "", no_interface},
+    {"features --port remote --interface FG7", "", no_interface},
+    {"set Width=320 OffsetX=320 ExposureTime=2500.5", "Width=320\nOffsetX=320\nExposureTime=2500.5\n",
+     nullptr},
+    {"set Width 320", "Width=320\n", nullptr},
+    {"set OffsetX=320 Width=320", "", "zvgentl set: OffsetX cannot be \"320\"; allowed: 0 to 0 px\n"},
+    {"set TLParamsLocked=1 Width=320", "TLParamsLocked=1\n", locked},
+    {"set Width=0", "", "Width cannot be \"0\"; allowed: 1 to 640 px\n"},
+    {"set Width=wide", "", "Width cannot be \"wide\"; allowed: a whole number, 1 to 640 px\n"},
+    {"set PixelFormat=Green", "", "PixelFormat cannot be \"Green\"; allowed: Mono8"},
+    {"set ExposureTime=-1", "", "ExposureTime cannot be \"-1\"; allowed: "},
+    {"set DeviceVendorName=", "", "DeviceVendorName cannot be written: it is read only\n"},
+    {"set TriggerSoftware=1", "", "TriggerSoftware is a command and has no value; `zvgentl exec"},
+    {"set Heigth=10", "", "there is no feature Heigth; did you mean Height"},
+    {"set --port system TLModelName x", "", read_only},
+    {"exec TimestampLatch", "", nullptr},
+    {"exec TriggerSoftware", "", nullptr},
+    {"exec AcquisitionStop", "", nullptr},
+    {"exec --port system TLVersion", "", "TLVersion is not a command"},
+};
 
 } // namespace
 
-TEST(FeaturesOfTheSystem, AreShownAsATree)
+TEST_P(FeatureCommand, DoesWhatItSays)
+{
+    const Row& row = GetParam();
+    const Ended ended = Program(words_of(row.line)).run();
+    EXPECT_EQ(row.refusal == nullptr ? 0 : 1, ended.code);
+    EXPECT_EQ(row.output, ended.output);
+    if (row.refusal == nullptr)
+        EXPECT_EQ("", ended.errors);
+    else
+        EXPECT_TRUE(contains(ended.errors, row.refusal)) << ended.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, FeatureCommand, testing::ValuesIn(rows));
+
+TEST_P(FeaturesOfEveryPort, CanAllBeRead)
+{
+    const Ended ended = Program({"features", "--port", GetParam().port, "--json"}).run();
+    ASSERT_EQ(0, ended.code) << ended.output << ended.errors;
+    EXPECT_EQ("", ended.errors);
+    const auto tree = ended.json();
+    EXPECT_EQ(GetParam().title, tree["port"]);
+    for (const auto& feature : tree["features"]) {
+        EXPECT_FALSE(feature.contains("problem")) << feature;
+        EXPECT_NE("Other", feature["type"]) << feature;
+        const std::string access = feature["access"];
+        const bool has_value = feature["type"] != "Category" && feature["type"] != "Command";
+        const bool is_readable = access != "NA" && access != "NI" && access != "WO";
+        EXPECT_EQ(has_value && is_readable, !feature["value"].is_null()) << feature;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Ports, FeaturesOfEveryPort,
+                         testing::Values(PortRow{"system", "system"}, PortRow{"interface", "FG0 (interface)"},
+                                         PortRow{"device", "Device00 (device)"},
+                                         PortRow{"stream", "Stream000 (stream)"},
+                                         PortRow{"buffer", "Stream000 (buffer)"},
+                                         PortRow{"remote", "Device00 (remote)"}),
+                         [](const auto& row) { return std::string(row.param.port); });
+
+TEST(Features, AreShownAsATree)
 {
     const Ended ended = Program({"features", "--port", "system"}).run();
     ASSERT_EQ(0, ended.code) << ended.errors;
-    EXPECT_EQ("", ended.errors);
     EXPECT_EQ(0U, ended.output.find("system: Root\nSystemInformation\n  TLVendorName ")) << ended.output;
     for (const char* const part : {"  TLModelName               String   RO  \"ZVGRLibGenTL\"\n",
                                    "  GenTLVersionMajor         Integer  RO  1\n"})
         EXPECT_TRUE(contains(ended.output, part)) << part << " is missing from\n" << ended.output;
 }
 
-TEST(FeaturesOfTheSystem, AreToldToProgramsToo)
+TEST(Features, AreTypedForPrograms)
 {
-    const Ended ended = Program({"features", "--port", "system", "--json"}).run();
-    ASSERT_EQ(0, ended.code) << ended.errors;
-    const auto tree = ended.json();
-    EXPECT_EQ("system", tree["port"]);
+    const auto tree = Program({"features", "--port", "system", "--json"}).run().json();
     EXPECT_EQ("Root", tree["category"]);
-    const auto features = by_name(tree);
-    EXPECT_EQ(10U, features.size());
-    EXPECT_EQ("Category", features.at("SystemInformation")["type"]);
-    EXPECT_EQ(5, features.at("GenTLVersionMinor")["value"]);
-    EXPECT_EQ("RO", features.at("TLVersion")["access"]);
-    EXPECT_EQ("Beginner", features.at("TLVersion")["visibility"]);
+    EXPECT_EQ(10U, tree["features"].size());
+    EXPECT_EQ("Category", feature_in(tree, "SystemInformation")["type"]);
+    EXPECT_EQ(5, feature_in(tree, "GenTLVersionMinor")["value"]);
+    EXPECT_EQ("RO", feature_in(tree, "TLVersion")["access"]);
+    EXPECT_EQ("Beginner", feature_in(tree, "TLVersion")["visibility"]);
 }
 
-TEST(FeaturesOfTheSystem, AreLimitedToACategory)
+TEST(Features, AreLimitedToACategoryAndFollowTheSettings)
 {
-    const Ended ended =
-        Program({"features", "--port", "system", "--category", "SystemInformation", "--json"}).run();
-    ASSERT_EQ(0, ended.code) << ended.errors;
-    EXPECT_EQ("TLVendorName", ended.json()["features"][0]["name"]);
-    const Ended wrong = Program({"features", "--port", "system", "--category", "Camera"}).run();
-    EXPECT_EQ(1, wrong.code);
-    EXPECT_TRUE(contains(wrong.errors, "no category Camera; there are Root, SystemInformation"))
-        << wrong.errors;
+    const auto tree =
+        Program({"features", "--set", "Width=320", "--category", "ImageFormatControl", "--json"})
+            .run()
+            .json();
+    EXPECT_EQ("SensorWidth", tree["features"][0]["name"]);
+    EXPECT_EQ(320, feature_in(tree, "OffsetX")["maximum"]) << "what the offset may be follows from the width";
 }
 
-TEST(FeaturesOfTheSystem, AreReadOneByOne)
+TEST(Features, MayBeTextsWithBlanks)
 {
-    const Ended one = Program({"get", "--port", "system", "TLModelName"}).run();
-    EXPECT_EQ(0, one.code) << one.errors;
-    EXPECT_EQ("ZVGRLibGenTL\n", one.output);
-    const Ended two = Program({"get", "--port", "system", "TLModelName", "GenTLVersionMajor"}).run();
-    EXPECT_EQ("TLModelName=ZVGRLibGenTL\nGenTLVersionMajor=1\n", two.output);
-    const Ended json =
-        Program({"get", "--port", "system", "TLModelName", "GenTLVersionMajor", "--json"}).run();
-    EXPECT_EQ(1, json.json()["GenTLVersionMajor"]);
-    EXPECT_EQ("ZVGRLibGenTL", json.json()["TLModelName"]);
+    EXPECT_EQ("DeviceUserID=left camera\n", Program({"set", "DeviceUserID=left camera"}).run().output);
 }
 
-TEST(FeaturesOfTheSystem, CannotBeSet)
+TEST(GrabWithFeatures, GrabsWhatTheFeaturesSay)
 {
-    for (const auto& words : std::vector<std::vector<std::string>>{
-             {"set", "--port", "system", "TLModelName=x"},
-             {"set", "--port", "system", "TLModelName", "x"},
-             {"get", "--port", "system", "--set", "TLModelName=x", "TLModelName"}}) {
-        const Ended ended = Program(words).run();
-        EXPECT_EQ(1, ended.code);
-        EXPECT_EQ("", ended.output);
-        EXPECT_TRUE(contains(ended.errors, "TLModelName cannot be written: it is read only")) << ended.errors;
-    }
+    Program program({"grab", "--frames", "5", "--json", "--set", "Width=320", "--set", "Height=240", "--set",
+                     "AcquisitionFrameRate=500"});
+    const Ended ended = program.run();
+    ASSERT_EQ(0, ended.code) << ended.output << ended.errors;
+    EXPECT_EQ(320, ended.json()["picture"]["width"]);
+    EXPECT_EQ(240, ended.json()["picture"]["height"]);
+    EXPECT_EQ(320 * 240, ended.json()["buffer_size"]);
+    EXPECT_EQ(0, ended.json()["checksums"]["damaged"]);
+    EXPECT_TRUE(program.left_nothing_temporary());
 }
 
-TEST(FeaturesOfTheSystem, AreSuggestedWhenANameIsWrong)
+TEST(GrabWithFeatures, GrabsNothingWhenOneIsRefused)
 {
-    const Ended ended = Program({"get", "--port", "system", "TLModleName"}).run();
+    Program program({"grab", "--frames", "5", "--set", "Width=0"});
+    const Ended ended = program.run();
     EXPECT_EQ(1, ended.code);
-    EXPECT_EQ("zvgentl get: there is no feature TLModleName; did you mean TLModelName?\n", ended.errors);
-    const Ended command = Program({"exec", "--port", "system", "TLVersion"}).run();
-    EXPECT_EQ(1, command.code);
-    EXPECT_TRUE(contains(command.errors, "TLVersion is not a command")) << command.errors;
-}
-
-TEST(FeaturesOfABuffer, AreThoseOfItsPackedDescription)
-{
-    const Ended ended = Program({"features", "--port", "buffer", "--json"}).run();
-    ASSERT_EQ(0, ended.code) << ended.errors;
-    EXPECT_EQ("Stream000 (buffer)", ended.json()["port"]);
-}
-
-TEST(PortSelection, SaysWhatThereIsWhenTheInterfaceIsNot)
-{
-    for (const char* const port : {"interface", "device", "stream", "buffer", "remote"}) {
-        const Ended ended = Program({"features", "--port", port, "--interface", "FG7"}).run();
-        EXPECT_EQ(1, ended.code);
-        EXPECT_TRUE(contains(ended.errors, "no interface FG7; there are FG0, FG1")) << ended.errors;
-    }
-}
-
-TEST(PortSelection, SaysWhatThereIsWhenTheDeviceIsNot)
-{
-    const Ended ended = Program({"get", "--device", "Device99", "Width"}).run();
-    EXPECT_EQ(1, ended.code);
-    EXPECT_TRUE(contains(ended.errors, "FG0/Device00, FG0/Device01, FG1/Device10")) << ended.errors;
+    EXPECT_EQ("", ended.output);
+    EXPECT_TRUE(contains(ended.errors, "zvgentl grab: Width cannot be \"0\"")) << ended.errors;
+    EXPECT_TRUE(program.left_nothing_temporary());
 }
 
 } // namespace zvgentl::test

@@ -7,12 +7,7 @@ namespace zvgentl::test {
 
 namespace {
 
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
-/// The IDs of the devices of each interface, as `list --json` tells them.
+/// The IDs of the devices of each interface, as `list --json` lists them.
 std::map<std::string, std::vector<std::string>> devices_in(const nlohmann::json& list)
 {
     std::map<std::string, std::vector<std::string>> devices;
@@ -40,7 +35,7 @@ TEST(List, ShowsTheTreeOfTheProducerBesideTheProgram)
         EXPECT_TRUE(contains(ended.output, part)) << part << " is missing from\n" << ended.output;
 }
 
-TEST(List, TellsProgramsTheSame)
+TEST(List, PrintsTheSameAsJson)
 {
     const Ended ended = Program({"list", "--json"}).run();
     ASSERT_EQ(0, ended.code) << ended.errors;
@@ -83,5 +78,42 @@ TEST(List, FollowsTheUsersSettings)
     ASSERT_EQ(0, ended.code) << ended.errors;
     EXPECT_EQ(1U, devices_in(ended.json()).count("FG2"));
 }
+
+TEST(List, NamesTheProducerThatIsNotThere)
+{
+    const std::string file = u8"/no such/gro\u00df \u0416.cti";
+    const Ended ended = Program({"list", "--cti", file}).run();
+    EXPECT_EQ(1, ended.code);
+    EXPECT_EQ("", ended.output);
+    EXPECT_TRUE(contains(ended.errors, file)) << ended.errors;
+}
+
+TEST(List, FollowsTheVariableToAFolderOfAnyName)
+{
+    const TemporaryFolder folder;
+    const auto file = folder.path() / std::filesystem::u8path(u8"gro\u00df \u0416") / "text.cti";
+    write_text(file, "not a library");
+    const Ended ended = Program({"list"}).with("GENICAM_GENTL64_PATH", file.parent_path().u8string()).run();
+    EXPECT_EQ(1, ended.code);
+    EXPECT_TRUE(contains(ended.errors, "cannot load " + file.u8string())) << ended.errors;
+}
+
+TEST(Program, AnswersTheShell)
+{
+    const Ended help = Program({"--help"}).run();
+    EXPECT_EQ(0, help.code);
+    EXPECT_EQ("", help.errors);
+    EXPECT_TRUE(contains(help.output, "Examples:")) << help.output;
+    EXPECT_EQ(2, Program({}).run().code);
+}
+
+#ifndef ZVGENTL_HAS_GENAPI
+TEST(Program, SaysThatItHasNoParser)
+{
+    const Ended ended = Program({"features"}).run();
+    EXPECT_EQ(1, ended.code);
+    EXPECT_TRUE(contains(ended.errors, "this build has no GenApi parser")) << ended.errors;
+}
+#endif
 
 } // namespace zvgentl::test

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "TemporaryFolder.h"
+#include "genapi/NodeMap.h"
+#include "platform/environment.h"
 #include "support.h"
 #include "zvgentl/Commands.h"
 
@@ -14,6 +17,9 @@ using namespace tool;
 namespace {
 
 using Words = std::vector<const char*>;
+
+/// A command with the arguments that it cannot do without.
+class AnyCommand : public testing::TestWithParam<Words> {};
 
 GrabOptions kept;
 
@@ -157,6 +163,36 @@ TEST(CommandLine, AsksForTheVersion)
     EXPECT_EQ(0, ended.code);
     EXPECT_EQ(0U, ended.output.find("zvgentl ")) << ended.output;
 }
+
+TEST_P(AnyCommand, NamesTheProducerThatItCannotUse)
+{
+    if (std::string("list grab xml").find(GetParam()[0]) == std::string::npos && !has_genapi_parser())
+        GTEST_SKIP() << "the command says that it has no parser, whatever the producer";
+    const TemporaryFolder folder;
+    const std::string text = (folder / "text.cti").u8string();
+    write_text(folder / "text.cti", "not a library");
+    const std::pair<std::string, std::string> cases[] = {
+        {"/no/such.cti", "there is no file /no/such.cti"},
+        {text, "cannot load " + text},
+        {ZV_GRABBER_LIBRARY, "is not a GenTL producer: it does not export GCInitLib"},
+    };
+    const std::string settings = platform::environment("ZV_SETTINGS_FILE");
+    for (const auto& [file, reason] : cases) {
+        Words words = GetParam();
+        words.insert(words.end(), {"--cti", file.c_str()});
+        const Ended ended = run_program_with(words);
+        EXPECT_EQ(1, ended.code);
+        EXPECT_EQ("", ended.output);
+        EXPECT_TRUE(contains(ended.errors, reason)) << ended.errors;
+        EXPECT_EQ(settings, platform::environment("ZV_SETTINGS_FILE"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, AnyCommand,
+                         testing::Values(Words{"list"}, Words{"grab"}, Words{"xml"}, Words{"features"},
+                                         Words{"get", "Width"}, Words{"set", "Width=16"},
+                                         Words{"exec", "AcquisitionStart"}),
+                         [](const auto& words) { return std::string(words.param.front()); });
 
 TEST(CommandLine, NamesTheCommandThatFailed)
 {

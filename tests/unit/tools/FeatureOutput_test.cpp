@@ -55,7 +55,7 @@ TEST(FeatureOutput, ShowsATreeInColumns)
                                     start, gain, again}}));
 }
 
-TEST(FeatureOutput, LetsNoDeviceWriteToTheTerminal)
+TEST(FeatureOutput, KeepsControlCharactersFromTheTerminal)
 {
     const std::string text =
         to_text(FeatureTable{"A", "B", {line_of("A", FeatureKind::string, std::string("\x1B[2J\n\t\x7F"))}});

@@ -1,4 +1,4 @@
-#include <initializer_list>
+#include <optional>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -15,14 +15,6 @@ namespace {
 
 using Stamps = FrameCount::Stamps;
 
-Sequence sequence_of(std::initializer_list<std::uint64_t> numbers)
-{
-    Sequence sequence;
-    for (const std::uint64_t number : numbers)
-        sequence.add(number);
-    return sequence;
-}
-
 Frame frame_with(std::uint64_t id, const std::vector<std::uint8_t>& pixels)
 {
     Frame frame;
@@ -32,7 +24,7 @@ Frame frame_with(std::uint64_t id, const std::vector<std::uint8_t>& pixels)
     return frame;
 }
 
-void add_ids(FrameCount& count, std::initializer_list<std::uint64_t> ids)
+void add_ids(FrameCount& count, const std::vector<std::uint64_t>& ids)
 {
     const std::vector<std::uint8_t> plain(100, 7);
     for (const std::uint64_t id : ids)
@@ -47,7 +39,7 @@ std::vector<std::uint8_t> stamped_pixels(std::uint64_t counter)
 }
 
 /// As cyclic mode delivers them: the id is a place in a ring of four.
-void add_counters(FrameCount& count, std::initializer_list<std::uint64_t> counters)
+void add_counters(FrameCount& count, const std::vector<std::uint64_t>& counters)
 {
     for (const std::uint64_t counter : counters)
         count.add(frame_with(counter % 4, stamped_pixels(counter)));
@@ -55,44 +47,29 @@ void add_counters(FrameCount& count, std::initializer_list<std::uint64_t> counte
 
 } // namespace
 
-TEST(Sequence, MissesNothingInARowThatBeginsAnywhere)
+TEST(Sequence, CountsWhatIsMissingLateAndRepeated)
 {
-    const Sequence sequence = sequence_of({1000, 1001, 1002});
-    EXPECT_EQ(0U, sequence.missing());
-    EXPECT_EQ(0U, sequence.late());
-    EXPECT_EQ(0U, sequence.repeated());
-}
-
-TEST(Sequence, CountsEveryNumberInAGap) { EXPECT_EQ(5U, sequence_of({0, 1, 4, 5, 9}).missing()); }
-
-TEST(Sequence, TakesALateNumberOffTheMissingOnes)
-{
-    const Sequence sequence = sequence_of({0, 5, 2});
-    EXPECT_EQ(3U, sequence.missing());
-    EXPECT_EQ(1U, sequence.late());
-    EXPECT_EQ(0U, sequence.repeated());
-}
-
-TEST(Sequence, RecognisesLateNumbersAtBothEndsOfAGap)
-{
-    const Sequence sequence = sequence_of({0, 5, 1, 4, 3, 2});
-    EXPECT_EQ(0U, sequence.missing());
-    EXPECT_EQ(4U, sequence.late());
-}
-
-TEST(Sequence, CountsANumberThatCameAgain)
-{
-    const Sequence sequence = sequence_of({0, 1, 1, 4, 3, 3, 0});
-    EXPECT_EQ(1U, sequence.missing());
-    EXPECT_EQ(1U, sequence.late());
-    EXPECT_EQ(3U, sequence.repeated());
-}
-
-TEST(Sequence, DoesNotCallANumberBelowTheFirstMissing)
-{
-    const Sequence sequence = sequence_of({10, 11, 3, 12});
-    EXPECT_EQ(0U, sequence.missing());
-    EXPECT_EQ(1U, sequence.repeated());
+    const struct {
+        const char* what;
+        std::vector<std::uint64_t> numbers;
+        std::uint64_t missing, late, repeated;
+    } cases[] = {
+        {"a row that begins anywhere", {1000, 1001, 1002}, 0, 0, 0},
+        {"every number in a gap", {0, 1, 4, 5, 9}, 5, 0, 0},
+        {"a late number is not missing", {0, 5, 2}, 3, 1, 0},
+        {"late numbers at both ends of a gap", {0, 5, 1, 4, 3, 2}, 0, 4, 0},
+        {"a number that came again", {0, 1, 1, 4, 3, 3, 0}, 1, 1, 3},
+        {"a number below the first", {10, 11, 3, 12}, 0, 0, 1},
+        {"a jump to the highest number", {0, ~std::uint64_t{0}}, ~std::uint64_t{0} - 1, 0, 0},
+    };
+    for (const auto& row : cases) {
+        Sequence sequence;
+        for (const std::uint64_t number : row.numbers)
+            sequence.add(number);
+        EXPECT_EQ(row.missing, sequence.missing()) << row.what;
+        EXPECT_EQ(row.late, sequence.late()) << row.what;
+        EXPECT_EQ(row.repeated, sequence.repeated()) << row.what;
+    }
 }
 
 TEST(Sequence, CountsOnWhenTheOldestGapsAreForgotten)
@@ -106,57 +83,35 @@ TEST(Sequence, CountsOnWhenTheOldestGapsAreForgotten)
     EXPECT_EQ(frames - 2, sequence.missing());
 }
 
-TEST(Sequence, SurvivesAJumpToTheHighestNumber)
+TEST(FrameCount, ReadsTheLossFromIdsInQueuedModeAndFromThePixelsInCyclicMode)
 {
-    EXPECT_EQ(~std::uint64_t{0} - 1, sequence_of({0, ~std::uint64_t{0}}).missing());
-}
-
-TEST(FrameCount, ReadsTheLossFromIdsInQueuedMode)
-{
-    FrameCount count(StreamMode::queued, Stamps::checked);
-    add_ids(count, {0, 1, 3, 6});
-    EXPECT_EQ(4U, count.delivered());
-    EXPECT_EQ(LossSource::frame_ids, count.loss_source());
-    EXPECT_EQ(std::uint64_t{3}, count.lost());
-}
-
-TEST(FrameCount, DoesNotMistakeRingPlacesForIdsInCyclicMode)
-{
-    FrameCount count(StreamMode::cyclic, Stamps::checked);
-    add_ids(count, {0, 1, 3, 0});
-    EXPECT_EQ(LossSource::unknown, count.loss_source());
-    EXPECT_EQ(std::nullopt, count.lost());
-}
-
-TEST(FrameCount, ReadsTheLossFromThePixelsInCyclicMode)
-{
-    FrameCount count(StreamMode::cyclic, Stamps::checked);
-    add_counters(count, {7, 8, 11});
-    EXPECT_EQ(LossSource::frame_counter, count.loss_source());
-    EXPECT_EQ(std::uint64_t{2}, count.lost());
-    EXPECT_EQ(3U, count.stamped());
-    EXPECT_EQ(0U, count.damaged());
-}
-
-TEST(FrameCount, KnowsNoLossInCyclicModeWhenStampsAreIgnored)
-{
-    FrameCount count(StreamMode::cyclic, Stamps::ignored);
-    add_counters(count, {7, 8, 11});
-    EXPECT_EQ(std::nullopt, count.lost());
-    EXPECT_EQ(0U, count.stamped());
-}
-
-TEST(FrameCount, KnowsNoLossBeforeTheFirstFrame)
-{
-    EXPECT_EQ(std::nullopt, FrameCount(StreamMode::queued, Stamps::checked).lost());
-}
-
-TEST(FrameCount, KnowsNoLossWhenTheLibraryDoesNotNumberItsFrames)
-{
-    FrameCount count(StreamMode::queued, Stamps::checked);
-    add_ids(count, {0, 0, 0});
-    EXPECT_EQ(std::nullopt, count.lost());
-    EXPECT_EQ(0U, count.repeated());
+    using Numbers = std::vector<std::uint64_t>;
+    const struct {
+        const char* what;
+        StreamMode mode;
+        Stamps stamps;
+        Numbers ids;      // of frames without a stamp
+        Numbers counters; // of frames with one
+        LossSource source;
+        std::optional<std::uint64_t> lost;
+    } cases[] = {
+        {"ids", StreamMode::queued, Stamps::checked, {0, 1, 3, 6}, {}, LossSource::frame_ids, 3},
+        {"places in a ring", StreamMode::cyclic, Stamps::checked, {0, 1, 3, 0}, {}, LossSource::unknown, {}},
+        {"counters", StreamMode::cyclic, Stamps::checked, {}, {7, 8, 11}, LossSource::frame_counter, 2},
+        {"ignored stamps", StreamMode::cyclic, Stamps::ignored, {}, {7, 8, 11}, LossSource::unknown, {}},
+        {"no frame yet", StreamMode::queued, Stamps::checked, {}, {}, LossSource::unknown, {}},
+        {"no numbers", StreamMode::queued, Stamps::checked, {0, 0, 0}, {}, LossSource::unknown, {}},
+    };
+    for (const auto& row : cases) {
+        FrameCount count(row.mode, row.stamps);
+        add_ids(count, row.ids);
+        add_counters(count, row.counters);
+        EXPECT_EQ(row.ids.size() + row.counters.size(), count.delivered()) << row.what;
+        EXPECT_EQ(row.source, count.loss_source()) << row.what;
+        EXPECT_EQ(row.lost, count.lost()) << row.what;
+        EXPECT_EQ(row.stamps == Stamps::checked ? row.counters.size() : 0U, count.stamped()) << row.what;
+        EXPECT_EQ(0U, count.damaged() + count.repeated()) << row.what;
+    }
 }
 
 TEST(FrameCount, FindsAFrameWithOneChangedByte)

@@ -101,7 +101,7 @@ TEST(FeatureJson, HasTypedValues)
               on_one_line(json_text(FeatureTable{"Device00", "Root", {width, image}})));
 }
 
-TEST(FeatureJson, TellsWhatATextMayBe)
+TEST(FeatureJson, ShowsWhatATextMayBe)
 {
     FeatureLine format = line_of("PixelFormat", FeatureKind::enumeration, std::string("Mono8"));
     format.feature.entries = {"Mono8"};

@@ -1,11 +1,13 @@
 #include <numeric>
-#include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "pictures/Picture.h"
 #include "pictures/PixelFormat.h"
+#include "support.h"
 
 namespace zvgentl::test {
 
@@ -19,105 +21,70 @@ constexpr std::uint64_t rgb8 = 0x02180014;
 constexpr std::uint64_t bgr8 = 0x02180015;
 constexpr std::uint64_t bgr16 = 0x0230004B;
 constexpr std::uint64_t mono12_packed = 0x010C0006;
+constexpr std::size_t huge = std::size_t{1} << 32U;
 
-std::vector<std::uint8_t> counted_bytes(std::size_t size)
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes counted_bytes(std::size_t size)
 {
-    std::vector<std::uint8_t> bytes(size);
+    Bytes bytes(size);
     std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
     return bytes;
 }
 
-std::string refusal(const PixelSource& source)
-{
-    try {
-        make_picture(source);
-    } catch (const std::runtime_error& reason) {
-        return reason.what();
-    }
-    return "no refusal";
-}
-
 } // namespace
 
-TEST(MakePicture, KeepsEveryByteOfAGreyFrame)
+TEST(MakePicture, CopiesRowsWithoutPaddingAndWithRedFirst)
 {
-    const auto bytes = counted_bytes(12);
-    const Picture picture = make_picture({bytes.data(), bytes.size(), 4, 3, 0, mono8});
-    EXPECT_EQ(4U, picture.width);
-    EXPECT_EQ(3U, picture.height);
-    EXPECT_EQ(1U, picture.channels);
-    EXPECT_EQ(8U, picture.bits);
-    EXPECT_EQ(bytes, picture.samples);
+    const struct {
+        const char* what;
+        PixelSource source; // its bytes are 0, 1, 2 and so on
+        unsigned channels, bits;
+        Bytes samples;
+    } cases[] = {
+        {"grey", {nullptr, 6, 3, 2, 0, mono8}, 1, 8, {0, 1, 2, 3, 4, 5}},
+        {"12 bits", {nullptr, 8, 2, 2, 0, mono12}, 1, 16, {0, 1, 2, 3, 4, 5, 6, 7}},
+        {"padding, not behind the last row",
+         {nullptr, 13, 3, 3, 2, mono8},
+         1,
+         8,
+         {0, 1, 2, 5, 6, 7, 10, 11, 12}},
+        {"more after the frame", {nullptr, 100, 2, 2, 0, mono8}, 1, 8, {0, 1, 2, 3}},
+        {"red first", {nullptr, 6, 2, 1, 0, rgb8}, 3, 8, {0, 1, 2, 3, 4, 5}},
+        {"blue first", {nullptr, 6, 2, 1, 0, bgr8}, 3, 8, {2, 1, 0, 5, 4, 3}},
+        {"blue first, 16 bits", {nullptr, 12, 2, 1, 0, bgr16}, 3, 16, {4, 5, 2, 3, 0, 1, 10, 11, 8, 9, 6, 7}},
+    };
+    for (const auto& row : cases) {
+        const Bytes bytes = counted_bytes(row.source.size);
+        PixelSource source = row.source;
+        source.data = bytes.data();
+        const Picture picture = make_picture(source);
+        EXPECT_EQ(row.source.width, picture.width) << row.what;
+        EXPECT_EQ(row.source.height, picture.height) << row.what;
+        EXPECT_EQ(row.channels, picture.channels) << row.what;
+        EXPECT_EQ(row.bits, picture.bits) << row.what;
+        EXPECT_EQ(row.samples, picture.samples) << row.what;
+    }
 }
 
-TEST(MakePicture, KeepsTheValuesOfTwelveBitSamples)
+TEST(MakePicture, SaysWhyItRefuses)
 {
-    const auto bytes = counted_bytes(8);
-    const Picture picture = make_picture({bytes.data(), bytes.size(), 2, 2, 0, mono12});
-    EXPECT_EQ(16U, picture.bits);
-    EXPECT_EQ(bytes, picture.samples);
-}
-
-TEST(MakePicture, LeavesOutThePaddingOfRows)
-{
-    const auto bytes = counted_bytes(2 * 5 + 3); // the last row may lack its padding
-    const Picture picture = make_picture({bytes.data(), bytes.size(), 3, 3, 2, mono8});
-    EXPECT_EQ((std::vector<std::uint8_t>{0, 1, 2, 5, 6, 7, 10, 11, 12}), picture.samples);
-}
-
-TEST(MakePicture, LeavesOutWhatFollowsTheFrame)
-{
-    const auto bytes = counted_bytes(100);
-    EXPECT_EQ(12U, make_picture({bytes.data(), bytes.size(), 4, 3, 0, mono8}).samples.size());
-}
-
-TEST(MakePicture, KeepsRedFirst)
-{
-    const auto bytes = counted_bytes(6);
-    EXPECT_EQ(bytes, make_picture({bytes.data(), bytes.size(), 2, 1, 0, rgb8}).samples);
-}
-
-TEST(MakePicture, PutsRedFirstWhenBlueWas)
-{
-    const auto bytes = counted_bytes(6);
-    EXPECT_EQ((std::vector<std::uint8_t>{2, 1, 0, 5, 4, 3}),
-              make_picture({bytes.data(), bytes.size(), 2, 1, 0, bgr8}).samples);
-}
-
-TEST(MakePicture, PutsWideRedFirstWhenBlueWas)
-{
-    const auto bytes = counted_bytes(12);
-    EXPECT_EQ((std::vector<std::uint8_t>{4, 5, 2, 3, 0, 1, 10, 11, 8, 9, 6, 7}),
-              make_picture({bytes.data(), bytes.size(), 2, 1, 0, bgr16}).samples);
-}
-
-TEST(MakePicture, NamesAFormatThatItCannotSave)
-{
-    const auto bytes = counted_bytes(100);
-    const std::string text = refusal({bytes.data(), bytes.size(), 4, 3, 0, mono12_packed});
-    EXPECT_NE(std::string::npos, text.find("Mono12Packed (0x010C0006)")) << text;
-}
-
-TEST(MakePicture, GivesTheNumberOfAFormatThatItDoesNotKnow)
-{
-    const auto bytes = counted_bytes(100);
-    const std::string text = refusal({bytes.data(), bytes.size(), 4, 3, 0, 0x101});
-    EXPECT_NE(std::string::npos, text.find("0x00000101")) << text;
-}
-
-TEST(MakePicture, RefusesABufferThatIsTooSmallByOneByte)
-{
-    const auto bytes = counted_bytes(11);
-    const std::string text = refusal({bytes.data(), bytes.size(), 4, 3, 0, mono8});
-    EXPECT_NE(std::string::npos, text.find("needs 12 bytes, but its buffer holds 11")) << text;
-}
-
-TEST(MakePicture, RefusesSizesThatOverflow)
-{
-    const auto bytes = counted_bytes(16);
-    for (const std::size_t side : {std::size_t{0}, std::size_t{1} << 32U, ~std::size_t{0}}) {
-        EXPECT_NE("no refusal", refusal({bytes.data(), bytes.size(), side, 1, 0, mono8})) << side;
-        EXPECT_NE("no refusal", refusal({bytes.data(), bytes.size(), 1, side, 0, mono8})) << side;
+    const std::pair<PixelSource, const char*> cases[] = {
+        {{nullptr, 100, 4, 3, 0, mono12_packed}, "Mono12Packed (0x010C0006)"},
+        {{nullptr, 100, 4, 3, 0, 0x101}, "0x00000101"},
+        {{nullptr, 11, 4, 3, 0, mono8}, "needs 12 bytes, but its buffer holds 11"},
+        {{nullptr, 16, 0, 1, 0, mono8}, "a frame of 0 x 1 pixels cannot be saved"},
+        {{nullptr, 16, 1, 0, 0, mono8}, "a frame of 1 x 0 pixels cannot be saved"},
+        {{nullptr, 16, huge, 1, 0, mono8}, "a frame of 4294967296 x 1 pixels cannot be saved"},
+        {{nullptr, 16, 1, huge, 0, mono8}, "a frame of 1 x 4294967296 pixels cannot be saved"},
+        {{nullptr, 16, ~std::size_t{0}, 1, 0, mono8}, " x 1 pixels cannot be saved"},
+        {{nullptr, 16, 1, ~std::size_t{0}, 0, mono8}, "a frame of 1 x "},
+    };
+    for (auto [source, reason] : cases) {
+        const Bytes bytes = counted_bytes(source.size);
+        source.data = bytes.data();
+        const std::string refusal = error_of([&source = source] { make_picture(source); });
+        EXPECT_TRUE(contains(refusal, reason)) << refusal;
     }
 }
 

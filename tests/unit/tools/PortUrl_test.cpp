@@ -16,43 +16,28 @@ std::string refusal_of(const std::string& url)
 
 } // namespace
 
-TEST(PortUrl, HasNameAddressAndLength)
+TEST(PortUrl, HasNameAddressAndLengthInHexadecimal)
 {
-    const PortUrl url = parse_port_url("Local:ZV_BufferGenTL.zip;0;280");
-    EXPECT_EQ("ZV_BufferGenTL.zip", url.file_name);
-    EXPECT_EQ(0U, url.address);
-    EXPECT_EQ(640U, url.length);
-}
-
-TEST(PortUrl, WritesNumbersInHexadecimalOfEitherCase)
-{
-    const PortUrl url = parse_port_url("local:a.xml;C0FFEE00aBcD;1f0");
-    EXPECT_EQ(0xC0FFEE00ABCDU, url.address);
-    EXPECT_EQ(0x1F0U, url.length);
-    EXPECT_EQ(0x10U, parse_port_url("Local:a.xml;0x10;0X20").address);
-    EXPECT_EQ(0x20U, parse_port_url("Local:a.xml;0x10;0X20").length);
-}
-
-TEST(PortUrl, MayTellTheVersionOfTheSchema)
-{
-    EXPECT_EQ(0xD3FU, parse_port_url("Local:a.xml;0;D3F?SchemaVersion=1.1.0").length);
-}
-
-TEST(PortUrl, MayHaveSlashesBehindTheScheme)
-{
-    EXPECT_EQ("a.xml", parse_port_url("Local:///a.xml;10;20").file_name);
-}
-
-TEST(PortUrl, ReachesTheLastAddress)
-{
-    EXPECT_EQ(0xFFFFFFFFFFFFFFF0U, parse_port_url("Local:a.xml;FFFFFFFFFFFFFFF0;10").address);
-    EXPECT_TRUE(contains(refusal_of("Local:a.xml;FFFFFFFFFFFFFFF0;11"), "beyond the last address"));
-}
-
-TEST(PortUrl, AllowsSixtyFourMebibytes)
-{
-    EXPECT_EQ(largest_description, parse_port_url("Local:a.xml;0;4000000").length);
-    EXPECT_TRUE(contains(refusal_of("Local:a.xml;0;4000001"), "above the limit of 64 MiB"));
+    const struct {
+        const char* url;
+        const char* file_name;
+        std::uint64_t address;
+        std::size_t length;
+    } cases[] = {
+        {"Local:ZV_BufferGenTL.zip;0;280", "ZV_BufferGenTL.zip", 0, 640},
+        {"local:a.xml;C0FFEE00aBcD;1f0", "a.xml", 0xC0FFEE00ABCD, 0x1F0},
+        {"Local:a.xml;0x10;0X20", "a.xml", 0x10, 0x20},
+        {"Local:a.xml;0;D3F?SchemaVersion=1.1.0", "a.xml", 0, 0xD3F},
+        {"Local:///a.xml;10;20", "a.xml", 0x10, 0x20},
+        {"Local:a.xml;FFFFFFFFFFFFFFF0;10", "a.xml", 0xFFFFFFFFFFFFFFF0, 0x10},
+        {"Local:a.xml;0;4000000", "a.xml", 0, std::size_t{64} << 20U},
+    };
+    for (const auto& row : cases) {
+        const PortUrl url = parse_port_url(row.url);
+        EXPECT_EQ(row.file_name, url.file_name) << row.url;
+        EXPECT_EQ(row.address, url.address) << row.url;
+        EXPECT_EQ(row.length, url.length) << row.url;
+    }
 }
 
 TEST(PortUrl, IsRefusedWithTheReason)
@@ -79,6 +64,8 @@ TEST(PortUrl, IsRefusedWithTheReason)
         {"Local:a.xml;0;FFFFFFFFFFFFFFFFF", "does not fit into 64 bits"},
         {"Local:a.xml;0;FFFFFFFFFFFFFFFF", "above the limit"},
         {"Local:a.xml;10;0", "the length is 0"},
+        {"Local:a.xml;FFFFFFFFFFFFFFF0;11", "beyond the last address"},
+        {"Local:a.xml;0;4000001", "above the limit of 64 MiB"},
     };
     for (const auto& [url, reason] : cases)
         EXPECT_TRUE(contains(refusal_of(url), reason)) << url << " -> " << refusal_of(url);

@@ -14,7 +14,7 @@ using namespace tool;
 
 namespace {
 
-/// What stands behind the functions of the fake producer; C functions have no other place for it.
+/// The state of the fake producer, global because C functions have no other place for it.
 struct FakeProducer {
     std::array<unsigned char, 256> memory{};
     std::size_t most_at_once{256};
@@ -165,11 +165,11 @@ TEST_F(PortOfAProducer, DoesNotBelieveThatMoreMovedThanWasAskedFor)
 TEST_F(PortOfAProducer, FailsInTheProducersWords)
 {
     fake.answer = GC_ERR_INVALID_ADDRESS;
-    fake.last_error = "nothing lies there";
-    EXPECT_EQ("GCReadPort failed with GC_ERR_INVALID_ADDRESS (-1015): nothing lies there", error_of_read());
+    fake.last_error = "nothing is there";
+    EXPECT_EQ("GCReadPort failed with GC_ERR_INVALID_ADDRESS (-1015): nothing is there", error_of_read());
 }
 
-TEST_F(PortOfAProducer, TellsAllItsUrls)
+TEST_F(PortOfAProducer, GivesAllItsUrls)
 {
     EXPECT_EQ(Calls{}, port.urls());
     fake.urls = {"Local:a.xml;0;10", "http://maker.example/a.xml"};

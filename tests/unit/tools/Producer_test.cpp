@@ -67,15 +67,6 @@ TEST(FindProducers, SaysWhereItLooked)
     EXPECT_TRUE(contains(error_of([&] { find_producers({}); }), "--cti"));
 }
 
-TEST(LoadProducer, TellsALibraryThatIsNoProducerFromOneThatCannotBeLoaded)
-{
-    const TemporaryFolder folder;
-    write_text(folder / "text.cti", "no library");
-    EXPECT_TRUE(contains(error_of([&] { const Producer producer(folder / "text.cti"); }), "cannot load"));
-    EXPECT_TRUE(contains(error_of([] { const Producer producer(ZV_GRABBER_LIBRARY); }),
-                         "is not a GenTL producer: it does not export GCInitLib"));
-}
-
 TEST(SelectProducer, TakesTheOnlyOne)
 {
     EXPECT_EQ(fs::path("/a/other.cti"), select_producer({"/a/other.cti"}));

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <list>
 #include <string>
 
 #include "platform/environment.h"
@@ -57,5 +58,21 @@ private:
     const char* m_name;
     std::string m_previous;
 };
+
+/// A user of this system whose folders are elsewhere, for one test. The bodies are in one folder per system.
+class UserFolders {
+public:
+    explicit UserFolders(const std::filesystem::path& home);
+
+    /// Where this user keeps the settings of the producer.
+    std::filesystem::path configuration() const;
+
+private:
+    std::filesystem::path m_home;
+    std::list<ScopedVariable> m_variables;
+};
+
+/// Whether only the user that created the file has access to it.
+bool is_for_its_owner_alone(const std::filesystem::path& file);
 
 } // namespace zvgentl::test

@@ -1,7 +1,8 @@
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "TemporaryFolder.h"
-#include "UserFolders.h"
 #include "platform/environment.h"
 #include "zvgentl/TemporarySettings.h"
 
@@ -27,22 +28,16 @@ protected:
 
 } // namespace
 
-TEST(WithSetting, AddsTheKeyToAnEmptyText) { EXPECT_EQ("a.b = 1\n", with_setting("", "a.b", "1")); }
-
-TEST(WithSetting, KeepsEverythingElse)
+TEST(WithSetting, ReplacesTheKeyAndKeepsEverythingElse)
 {
-    EXPECT_EQ("# comment\nx = 1\n\ny: 2\na.b = 1\n", with_setting("# comment\nx = 1\n\ny: 2", "a.b", "1"));
-}
-
-TEST(WithSetting, ReplacesEveryFormOfTheKey)
-{
-    EXPECT_EQ("a.b = 1\n", with_setting("a.b=0\n  a.b : 3\na.b\n\ta.b\t= 4\r\n", "a.b", "1"));
-}
-
-TEST(WithSetting, LeavesLongerKeysAndCommentsAlone)
-{
-    EXPECT_EQ("a.b.c = 1\n#a.b = 2\n!a.b = 2\na.b = 1\n",
-              with_setting("a.b.c = 1\n#a.b = 2\n!a.b = 2\n", "a.b", "1"));
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "a.b = 1\n"},
+        {"# comment\nx = 1\n\ny: 2", "# comment\nx = 1\n\ny: 2\na.b = 1\n"},
+        {"a.b=0\n  a.b : 3\na.b\n\ta.b\t= 4\r\n", "a.b = 1\n"},
+        {"a.b.c = 1\n#a.b = 2\n!a.b = 2\n", "a.b.c = 1\n#a.b = 2\n!a.b = 2\na.b = 1\n"},
+    };
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(expected, with_setting(text, "a.b", "1"));
 }
 
 TEST_F(Settings, ComeFromTheNamedFileFirst)

@@ -12,7 +12,7 @@
 
 namespace zvgentl::test {
 
-/// 4 KiB of register memory; beyond it lies nothing.
+/// 4 KiB of register memory; there is nothing beyond it.
 class FakeRegisters final : public tool::Registers {
 public:
     void read(std::uint64_t address, void* data, std::size_t size) const override

@@ -64,29 +64,22 @@ TEST_F(ReadFeatures, FollowsLimitsThatDependOnEachOther)
     EXPECT_EQ("16 to 724 in steps of 16", range_text(feature("Width")));
 }
 
-TEST_F(ReadFeatures, ReadsRegistersOfEveryKind)
+TEST_F(ReadFeatures, ReadsRegistersAndFormulasOfEveryKind)
 {
     registers.put<std::uint32_t>(0x10, 0xF08);
     registers.put<std::uint32_t>(0x310, 0xFEFFFFFF);
     registers.put<std::uint32_t>(0x300, 0x0A14);
     registers.put<std::uint32_t>(0x200, 0xD4C3B2A1);
-    EXPECT_EQ("640", text("WidthReg"));
-    EXPECT_EQ("15", text("Nibble"));
-    EXPECT_EQ("true", text("ReverseX"));
-    EXPECT_EQ("-2", text("BigEndian"));
-    EXPECT_EQ("20", text("Temperature"));
-    EXPECT_EQ("10", text("Voltage"));
-    EXPECT_EQ("A1 B2 C3 D4", text("Blob"));
-    EXPECT_EQ("1.5", text("Gain"));
-}
-
-TEST_F(ReadFeatures, EvaluatesFormulas)
-{
     registers.put<std::uint32_t>(0x3C, 21);
-    EXPECT_EQ("6.4", text("Ratio"));
-    EXPECT_EQ("100", text("ExposureTime"));
-    EXPECT_EQ("42", text("Doubled"));
-    EXPECT_EQ("1024", text("WidthMax"));
+    registers.put<std::uint32_t>(0x50, 0xC0A80001);
+    const std::pair<const char*, const char*> values[] = {
+        {"WidthReg", "640"},        {"Nibble", "15"},        {"ReverseX", "true"},    {"BigEndian", "-2"},
+        {"Temperature", "20"},      {"Voltage", "10"},       {"Blob", "A1 B2 C3 D4"}, {"Gain", "1.5"},
+        {"Ratio", "6.4"},           {"ExposureTime", "100"}, {"Doubled", "42"},       {"WidthMax", "1024"},
+        {"Address", "192.168.0.1"}, {"Mask", "0xC0A80001"},
+    };
+    for (const auto& [name, value] : values)
+        EXPECT_EQ(value, text(name)) << name;
 }
 
 TEST_F(ReadFeatures, ReadsTexts)
@@ -112,18 +105,11 @@ TEST_F(ReadFeatures, DescribesAnEnumerationWithWhatCanBeChosen)
     EXPECT_EQ((Names{"Mono8", "Mono12"}), format.entries) << "colour is not available";
 }
 
-TEST_F(ReadFeatures, SaysThatAValueIsNoEntry)
+TEST_F(ReadFeatures, SaysThatAValueIsNotAnEntry)
 {
     registers.put<std::uint32_t>(0x08, 99);
     EXPECT_EQ("PixelFormat cannot be read: the device's value 99 is not one of its entries",
               feature("PixelFormat").problem);
-}
-
-TEST_F(ReadFeatures, WritesAddressesAsTheDescriptionWants)
-{
-    registers.put<std::uint32_t>(0x50, 0xC0A80001);
-    EXPECT_EQ("192.168.0.1", text("Address"));
-    EXPECT_EQ("0xC0A80001", text("Mask"));
 }
 
 TEST_F(ReadFeatures, FollowsASelector)
@@ -181,13 +167,17 @@ TEST_F(ReadFeatures, DoesNotReadWhatCanOnlyBeWritten)
 
 TEST_F(ReadFeatures, SuggestsNamesForOneThatIsNotThere)
 {
-    EXPECT_EQ("there is no feature Wdith; did you mean Width?", error_of([this] { map.get("Wdith"); }));
-    EXPECT_EQ("there is no feature exposure; did you mean ExposureTime?",
-              error_of([this] { map.get("exposure"); }));
-    EXPECT_EQ("there is no feature Zoom; `zvgentl features` lists those that exist",
-              error_of([this] { map.get("Zoom"); }));
-    EXPECT_TRUE(contains(error_of([this] { map.get("Device"); }), "no feature Device")) << "it is a port";
-    EXPECT_TRUE(contains(error_of([this] { map.get(""); }), "no feature"));
+    const std::pair<const char*, const char*> cases[] = {
+        {"Wdith", "there is no feature Wdith; did you mean Width?"},
+        {"exposure", "there is no feature exposure; did you mean ExposureTime?"},
+        {"Zoom", "there is no feature Zoom; `zvgentl features` lists those that exist"},
+        {"Device", "there is no feature Device; "}, // it is a port
+        {"", "there is no feature ; "},
+    };
+    for (const auto& [name, refusal] : cases) {
+        const std::string error = error_of([this, name = name] { map.get(name); });
+        EXPECT_EQ(0U, error.find(refusal)) << error;
+    }
 }
 
 TEST_F(ReadFeatures, PassesOnWhatThePortSays)

@@ -21,13 +21,32 @@ TEST_F(WriteFeatures, SetsAnInteger)
     EXPECT_EQ(16U, registers.at<std::uint32_t>(0x00));
 }
 
-TEST_F(WriteFeatures, RefusesAnIntegerBeyondItsLimits)
+TEST_F(WriteFeatures, RefusesValuesThatAreNotAllowed)
 {
-    const std::string allowed = "; allowed: 16 to 1024 in steps of 16 px";
-    for (const char* const value : {"0", "1040", "-16", "650", "9223372036854775807"})
-        EXPECT_EQ("Width cannot be \"" + std::string(value) + "\"" + allowed, refusal_of_set("Width", value));
-    for (const char* const value : {"", "wide", "640.0", "640 ", " 640", "9223372036854775808", "0x", "1e3"})
-        EXPECT_TRUE(contains(refusal_of_set("Width", value), "a whole number, 16 to 1024")) << value;
+    const struct {
+        const char* name;
+        std::vector<const char*> values;
+        const char* allowed;
+    } cases[] = {
+        {"Width", {"0", "1040", "-16", "650", "9223372036854775807"}, "16 to 1024 in steps of 16 px"},
+        {"Width", {"", "wide", "640.0", "640 ", " 640", "0x", "1e3"}, "a whole number, 16 to 1024"},
+        {"Width", {"9223372036854775808"}, "a whole number, 16 to 1024"},
+        {"ExposureTime", {"9.5"}, "10 to 1000000 us"},
+        {"ExposureTime", {"", "long", "nan", "inf", "1e999", "10us", "1,5"}, "a number, 10 to 1000000"},
+        {"ReverseX", {"2"}, "true or false"},
+        {"Nibble", {"16"}, "0 to 15"},
+        {"PixelFormat", {"RGB8", "mono8", "Mono", "", "17825797"}, "Mono8, Mono12"},
+        {"DeviceUserID", {"0123456789abcdefg"}, "at most 16 characters"},
+        {"UserName", {"0123456789abcdefg"}, "at most 16 characters"},
+        {"Blob", {"", "01 02 03", "0102030405", "01 02 03 4", "01 02 03 0g"}, "4 bytes"},
+        {"Address", {"10.0.0", "10.0.0.256", "10.0.0.1.2", "10..0.1"}, "a whole number"},
+    };
+    for (const auto& row : cases)
+        for (const std::string value : row.values) {
+            const std::string refusal = refusal_of_set(row.name, value);
+            EXPECT_EQ(0U, refusal.find(row.name + (" cannot be \"" + value) + "\"; allowed: " + row.allowed))
+                << refusal;
+        }
 }
 
 TEST_F(WriteFeatures, ChecksAgainstTheLimitsOfTheMoment)
@@ -47,14 +66,6 @@ TEST_F(WriteFeatures, SetsANumberThroughItsConverter)
     EXPECT_EQ(-2.25, registers.at<double>(0x20));
 }
 
-TEST_F(WriteFeatures, RefusesANumberBeyondItsLimits)
-{
-    EXPECT_EQ("ExposureTime cannot be \"9.5\"; allowed: 10 to 1000000 us",
-              refusal_of_set("ExposureTime", "9.5"));
-    for (const char* const value : {"", "long", "nan", "inf", "1e999", "10us", "1,5"})
-        EXPECT_TRUE(contains(refusal_of_set("ExposureTime", value), "a number, 10 to 1000000")) << value;
-}
-
 TEST_F(WriteFeatures, SetsABooleanWithoutTouchingItsNeighbours)
 {
     registers.put<std::uint32_t>(0x10, 0xFFFFFFF7);
@@ -63,7 +74,6 @@ TEST_F(WriteFeatures, SetsABooleanWithoutTouchingItsNeighbours)
     EXPECT_EQ(0xFFFFFFFFU, registers.at<std::uint32_t>(0x10));
     map.set("ReverseX", "FALSE");
     EXPECT_EQ(0xFFFFFFF7U, registers.at<std::uint32_t>(0x10));
-    EXPECT_EQ("ReverseX cannot be \"2\"; allowed: true or false", refusal_of_set("ReverseX", "2"));
 }
 
 TEST_F(WriteFeatures, SetsPartsOfARegister)
@@ -71,16 +81,12 @@ TEST_F(WriteFeatures, SetsPartsOfARegister)
     registers.put<std::uint32_t>(0x10, 0xFFFFFFFF);
     map.set("Nibble", "5");
     EXPECT_EQ(0xFFFFF5FFU, registers.at<std::uint32_t>(0x10));
-    EXPECT_TRUE(contains(refusal_of_set("Nibble", "16"), "allowed: 0 to 15"));
 }
 
 TEST_F(WriteFeatures, SetsAnEnumerationByTheNamesOfItsEntries)
 {
     map.set("PixelFormat", "Mono12");
     EXPECT_EQ(0x01100005U, registers.at<std::uint32_t>(0x08));
-    for (const char* const value : {"RGB8", "mono8", "Mono", "", "17825797"})
-        EXPECT_EQ("PixelFormat cannot be \"" + std::string(value) + "\"; allowed: Mono8, Mono12",
-                  refusal_of_set("PixelFormat", value));
 }
 
 TEST_F(WriteFeatures, SetsATextAndFillsTheRestWithZeros)
@@ -95,26 +101,16 @@ TEST_F(WriteFeatures, SetsATextAndFillsTheRestWithZeros)
     EXPECT_EQ("", text("DeviceUserID"));
 }
 
-TEST_F(WriteFeatures, RefusesATextThatIsTooLong)
-{
-    for (const char* const name : {"DeviceUserID", "UserName"})
-        EXPECT_TRUE(contains(refusal_of_set(name, "0123456789abcdefg"), "at most 16 characters")) << name;
-}
-
 TEST_F(WriteFeatures, SetsBytes)
 {
     map.set("Blob", "01 02 0a FF");
     EXPECT_EQ(0xFF0A0201U, registers.at<std::uint32_t>(0x200));
-    for (const char* const value : {"", "01 02 03", "0102030405", "01 02 03 4", "01 02 03 0g"})
-        EXPECT_TRUE(contains(refusal_of_set("Blob", value), "4 bytes")) << value;
 }
 
 TEST_F(WriteFeatures, SetsAddressesAsTheDescriptionWritesThem)
 {
     map.set("Address", "10.0.0.1");
     EXPECT_EQ(0x0A000001U, registers.at<std::uint32_t>(0x50));
-    for (const char* const value : {"10.0.0", "10.0.0.256", "10.0.0.1.2", "10..0.1"})
-        EXPECT_TRUE(contains(refusal_of_set("Address", value), "a whole number")) << value;
 }
 
 TEST_F(WriteFeatures, FollowsASelector)
@@ -129,16 +125,18 @@ TEST_F(WriteFeatures, RefusesWhatCannotBeWritten)
 {
     registers.put<std::uint32_t>(0x14, 1); // Locked
     registers.put<std::uint32_t>(0x18, 0); // HasGain
-    EXPECT_EQ("Vendor cannot be written: it is read only", refusal_of_set("Vendor", "x"));
-    EXPECT_EQ("Ratio cannot be written: it is read only", refusal_of_set("Ratio", "1"));
-    EXPECT_EQ("Temperature cannot be written: it is read only", refusal_of_set("Temperature", "1"));
-    EXPECT_TRUE(
-        contains(refusal_of_set("Width", "320"), "Width cannot be written: it is locked at the moment"));
-    EXPECT_TRUE(
-        contains(refusal_of_set("Gain", "1"), "Gain cannot be written: it is not available at the moment"));
-    EXPECT_TRUE(contains(refusal_of_set("AcquisitionStart", "1"), "`zvgentl exec AcquisitionStart`"));
-    EXPECT_TRUE(contains(refusal_of_set("Root", "1"), "Root is a category"));
-    EXPECT_TRUE(contains(refusal_of_set("Widht", "1"), "did you mean Width?"));
+    const std::pair<const char*, const char*> cases[] = {
+        {"Vendor", "Vendor cannot be written: it is read only"},
+        {"Ratio", "Ratio cannot be written: it is read only"},
+        {"Temperature", "Temperature cannot be written: it is read only"},
+        {"Width", "Width cannot be written: it is locked at the moment"},
+        {"Gain", "Gain cannot be written: it is not available at the moment"},
+        {"AcquisitionStart", "`zvgentl exec AcquisitionStart`"},
+        {"Root", "Root is a category"},
+        {"Widht", "did you mean Width?"},
+    };
+    for (const auto& [name, refusal] : cases)
+        EXPECT_TRUE(contains(refusal_of_set(name, "1"), refusal)) << refusal_of_set(name, "1");
 }
 
 TEST_F(WriteFeatures, PassesOnWhatThePortSays)
@@ -158,7 +156,7 @@ TEST_F(WriteFeatures, ExecutesACommandThatClearsItself)
     EXPECT_EQ(1, registers.writes);
 }
 
-TEST_F(WriteFeatures, ExecutesACommandThatNeverTellsWhetherItIsDone)
+TEST_F(WriteFeatures, ExecutesACommandThatNeverSaysWhetherItIsDone)
 {
     map.execute("Reset", milliseconds(60000));
     EXPECT_EQ(7U, registers.at<std::uint32_t>(0x38));

@@ -52,7 +52,7 @@ TEST(Values, AreParsedInEveryNotation)
     EXPECT_EQ(std::nullopt, parse_float("+"));
 }
 
-TEST(Values, TellTheirRange)
+TEST(Values, ShowTheirRange)
 {
     EXPECT_EQ("", range_text(with_limits({}, {}, {})));
     EXPECT_EQ("from 1", range_text(with_limits(std::int64_t{1}, {}, {})));

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "unit/tools/TemporaryFolder.h"
-#include "unit/tools/UserFolders.h"
 #include "zvgentl/TemporarySettings.h"
 
 namespace zvgentl::test {

@@ -1,4 +1,4 @@
-#include "unit/tools/UserFolders.h"
+#include "unit/tools/TemporaryFolder.h"
 
 namespace zvgentl::test {
 

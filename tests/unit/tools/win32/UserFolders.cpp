@@ -1,4 +1,4 @@
-#include "unit/tools/UserFolders.h"
+#include "unit/tools/TemporaryFolder.h"
 
 #include <array>
 #include <memory>
