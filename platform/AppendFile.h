@@ -8,7 +8,7 @@
 namespace platform {
 
 /// Appends whole lines to a file that other processes append to and move away at the same time: every line
-/// goes to the file that bears the name at that moment, in one piece. Not for several threads at once.
+/// goes to the file that has the name at that moment, in one piece. Not for several threads at once.
 class AppendFile {
 public:
     /// Moves the file out of the way, for example by renaming it.
@@ -19,7 +19,7 @@ public:
     AppendFile(const AppendFile&) = delete;
     AppendFile& operator=(const AppendFile&) = delete;
 
-    /// Opens the file that bears the name now, and makes it when there is none. False when that fails.
+    /// Opens the file that has the name now, and makes it if there is none. False when that fails.
     bool open();
     /// The size of the file; 0 when it is not open.
     std::uint64_t size() const;
@@ -29,7 +29,7 @@ public:
     bool append(std::string_view text);
 
 private:
-    bool bears_the_name() const;
+    bool has_the_name() const;
     void close();
 
     std::string m_path;

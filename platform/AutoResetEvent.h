@@ -15,8 +15,9 @@ enum class WaitResult : uint32_t {
 /// The time-out in milliseconds that never ends.
 constexpr uint32_t wait_forever = 0xFFFFFFFF;
 
-/// An event object that releases one waiter per signal: a successful wait takes the signal with it, signals
-/// that find one pending collapse into it. Owned by an event module; set and waited for by any thread.
+/// An event object that releases one waiter per signal: a successful wait consumes the signal, and
+/// a signal has no effect while another one is pending. Owned by an event module; set and waited for by any
+/// thread.
 class AutoResetEvent {
 public:
     AutoResetEvent();

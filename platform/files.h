@@ -23,7 +23,7 @@ struct FileContent {
     std::uint64_t node{0};
 };
 
-/// Reads a regular file. Anything else under that name, or a file beyond all reason in size, is unreadable.
+/// Reads a regular file. Anything else under that name, or an unreasonably large file, is unreadable.
 FileContent read_file(const std::string& path);
 
 enum class Replacement {
@@ -34,17 +34,17 @@ enum class Replacement {
 };
 
 /// Puts `text` in place of the file that was read as `seen` (or makes it, when that is missing), all or
-/// nothing. Permissions and owner stay. Not fit for a symbolic link: see `resolve_links`.
+/// nothing. Permissions and owner stay. Not for symbolic links: see `resolve_links`.
 Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
                          std::string& reason);
 
 /// The file that a chain of symbolic links ends at, whether it exists or not.
 std::string resolve_links(const std::string& path);
 
-/// Renames a file over another; nothing happens when there is no such file.
+/// Renames a file over another; does nothing when there is no such file.
 void rename_file(const std::string& from, const std::string& to);
 
-/// True when something bears the name.
+/// True when there is something of that name.
 bool exists(const std::string& path);
 
 /// Opens a file of any name for reading as it is, for libraries in C; null when it cannot be opened. The

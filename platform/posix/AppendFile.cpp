@@ -16,10 +16,10 @@ AppendFile::~AppendFile() { close(); }
 
 bool AppendFile::open()
 {
-    if (m_handle != -1 && bears_the_name())
+    if (m_handle != -1 && has_the_name())
         return true;
     close();
-    // Without O_NONBLOCK a pipe that nobody reads would hold the writer up for good.
+    // Without O_NONBLOCK a pipe that nobody reads would block the writer for ever.
     m_handle =
         ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
     return m_handle != -1;
@@ -35,16 +35,16 @@ std::uint64_t AppendFile::size() const
 
 bool AppendFile::replace(const MoveAway& move_away)
 {
-    // The lock is on the file that is to go: whoever gets it second finds that the file has lost its name.
+    // The lock is on the file that is to be moved: who gets it second finds that the file has lost its name.
     while (flock(static_cast<int>(m_handle), LOCK_EX) != 0) {
         if (errno != EINTR)
             return true;
     }
-    if (bears_the_name())
+    if (has_the_name())
         move_away();
-    if (!bears_the_name())
+    if (!has_the_name())
         return open();
-    flock(static_cast<int>(m_handle), LOCK_UN); // it could not be moved: go on with it
+    flock(static_cast<int>(m_handle), LOCK_UN); // it could not be moved: keep using it
     return true;
 }
 
@@ -60,7 +60,7 @@ bool AppendFile::append(std::string_view text)
     return true;
 }
 
-bool AppendFile::bears_the_name() const
+bool AppendFile::has_the_name() const
 {
     struct stat named = {};
     struct stat opened = {};

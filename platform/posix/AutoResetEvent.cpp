@@ -24,7 +24,7 @@ void AutoResetEvent::set() noexcept
         return;
     const std::lock_guard lock(m_body->mutex);
     m_body->signalled = true;
-    // Under the lock: a waiter that leaves may be the last to need this object.
+    // Under the lock, because a waiter that returns may destroy this object.
     m_body->changed.notify_one();
 }
 

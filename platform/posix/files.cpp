@@ -79,7 +79,7 @@ void keep_permissions(int descriptor, const std::string& path)
         return;
     const bool same_owner = fchown(descriptor, old.st_uid, old.st_gid) == 0;
     const mode_t special = same_owner ? 0 : S_ISUID | S_ISGID;
-    std::ignore = fchmod(descriptor, old.st_mode & 07777 & ~special); // else the usual mode of a new file
+    std::ignore = fchmod(descriptor, old.st_mode & 07777 & ~special); // else that of a new file
 }
 
 bool write_new_file(const std::string& name, const std::string& path, const FileContent& seen,
@@ -144,7 +144,7 @@ Replacement swap_in(const std::string& name, const std::string& path, const File
 FileContent read_file(const std::string& path)
 {
     FileContent content;
-    // A pipe under that name must not hold the reader up.
+    // A pipe under that name must not block the reader.
     const Descriptor file{open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)};
     if (file.number() == -1 && (errno == ENOENT || errno == ENOTDIR))
         return content;

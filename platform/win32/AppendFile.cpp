@@ -11,7 +11,7 @@ namespace {
 
 HANDLE as_handle(std::intptr_t number) { return reinterpret_cast<HANDLE>(number); }
 
-/// While one lives, no other process that asks for its turn has it.
+/// While one lives, no other process has its turn.
 class Turn {
 public:
     explicit Turn(HANDLE file)
@@ -42,11 +42,11 @@ AppendFile::~AppendFile() { close(); }
 
 bool AppendFile::open()
 {
-    if (m_handle != -1 && bears_the_name())
+    if (m_handle != -1 && has_the_name())
         return true;
     close();
-    // Appending without the right to write anywhere else puts each line behind all others. Reading is for the
-    // lock of replace().
+    // Appending without the right to write anywhere else puts each line behind all others. The right to
+    // read is for the lock of replace().
     OpenFile file(m_path, FILE_APPEND_DATA | FILE_GENERIC_READ, OPEN_ALWAYS);
     if (!file.is_open() || GetFileType(file.handle()) != FILE_TYPE_DISK)
         return false;
@@ -58,17 +58,17 @@ std::uint64_t AppendFile::size() const { return m_handle == -1 ? 0 : identity_of
 
 bool AppendFile::replace(const MoveAway& move_away)
 {
-    // The lock is on the file that is to go: whoever gets it second finds that the file has lost its name.
+    // The lock is on the file that is to be moved: who gets it second finds that the file has lost its name.
     bool is_moved = false;
     {
         const Turn turn(as_handle(m_handle));
         if (!turn.is_taken())
             return true;
-        if (bears_the_name())
+        if (has_the_name())
             move_away();
-        is_moved = !bears_the_name();
+        is_moved = !has_the_name();
     }
-    return is_moved ? open() : true; // it could not be moved: go on with it
+    return is_moved ? open() : true; // it could not be moved: keep using it
 }
 
 bool AppendFile::append(std::string_view text)
@@ -85,7 +85,7 @@ bool AppendFile::append(std::string_view text)
     return true;
 }
 
-bool AppendFile::bears_the_name() const
+bool AppendFile::has_the_name() const
 {
     const OpenFile named(m_path, FILE_READ_ATTRIBUTES, OPEN_EXISTING);
     if (!named.is_open())

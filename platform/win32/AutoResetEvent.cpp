@@ -7,7 +7,7 @@
 
 namespace platform {
 
-// The numbers are printed, and the waits' own must be those.
+// These numbers are printed, so the system's must be the same.
 static_assert(static_cast<DWORD>(WaitResult::signalled) == WAIT_OBJECT_0);
 static_assert(static_cast<DWORD>(WaitResult::timed_out) == WAIT_TIMEOUT);
 static_assert(static_cast<DWORD>(WaitResult::failed) == WAIT_FAILED);

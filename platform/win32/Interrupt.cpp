@@ -43,8 +43,8 @@ void set_request(std::function<void()> request)
     request_stop = std::move(request);
 }
 
-// Once, and never taken out again: the system holds a lock while a handler runs, so that taking it out while
-// the console window is being closed would wait for the handler that does not return.
+// Once, and never removed: the system holds a lock while a handler runs, so removing it while the console
+// window is being closed would wait for the handler that does not return.
 void install_handler()
 {
     static std::once_flag installed;

@@ -53,7 +53,7 @@ std::string temporary_name(const std::string& path)
     return path + "." + std::to_string(GetCurrentProcessId()) + "." + std::to_string(serial++) + ".new";
 }
 
-// A file that was locked up by hand stays so; without rights of its own it has those of its folder anyway.
+// Rights that somebody restricted stay so; a file without rights of its own has those of its folder anyway.
 void keep_permissions(const std::string& name, const std::string& path)
 {
     DWORD size = 0;
@@ -104,7 +104,7 @@ Replacement swap_in(const std::string& name, const std::string& path, const File
 FileContent read_file(const std::string& path)
 {
     FileContent content;
-    // With the flag, folders open as well, so that they can be told from what may not be read.
+    // With the flag, folders open as well, so that they are not mistaken for files that may not be read.
     const OpenFile file(path, GENERIC_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
     const DWORD error = file.is_open() ? 0 : GetLastError();
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
