@@ -23,7 +23,7 @@ namespace zvlog {
 
 namespace {
 
-// Rotates by time, which needs what Poco's channel writes into the file.
+// Rotates by time. Poco's channel does that with the help of what it writes into the file.
 class TimedFileChannel final : public Poco::FileChannel {
 public:
     explicit TimedFileChannel(const FilePolicy& policy)
@@ -44,8 +44,8 @@ public:
         } catch (const Poco::WriteFileException&) {
             throw;
         } catch (...) {
-            // A rotation that fails leaves Poco's channel with a deleted file: it may neither be used nor
-            // destroyed any more.
+            // A rotation that fails leaves Poco's channel with a deleted file: from then on it may neither be
+            // used nor destroyed.
             m_is_broken = m_has_logged;
             if (m_is_broken)
                 duplicate();
@@ -227,7 +227,7 @@ ChannelPtr ChannelSet::make_file_channel(const std::string& key)
     else if (!kept.empty() && kept != "none")
         report(key, "has the invalid purgeCount '" + kept + "'");
     if (is_true(take(rest, "compress")))
-        report(key, "is not compressed, which would need a thread");
+        report(key, "is not compressed, because that would need a thread");
     for (const char* const known : {"path", "rotation", "times", "flush"}) // each line is flushed in any case
         take(rest, known);
     for (const auto& [name, value] : rest)
@@ -266,7 +266,7 @@ ChannelPtr ChannelSet::make_poco_file_channel(const std::string& key, const File
     Properties rest = channel_properties(key);
     take(rest, "path");
     if (is_true(take(rest, "compress")))
-        report(key, "is not compressed, which would need a thread");
+        report(key, "is not compressed, because that would need a thread");
     set_properties(*made, key, rest);
     return made;
 }
@@ -312,7 +312,7 @@ bool ChannelSet::choose_path(const std::string& key, FilePolicy& policy, const s
     }
     policy.archive = numbered_archives(policy.path);
     if (policy.path.empty())
-        report(key, wanted.empty() ? "has no path" : "has a path below a folder that does not exist");
+        report(key, wanted.empty() ? "has no path" : "is in a folder that does not exist");
     return !policy.path.empty();
 }
 
@@ -343,7 +343,7 @@ void ChannelSet::set_properties(Poco::Configurable& object, const std::string& k
         try {
             object.setProperty(name, value);
         } catch (const Poco::Exception& failure) {
-            report(key, "has the property '" + name + "' refused: " + failure.displayText());
+            report(key, "cannot use the property '" + name + "': " + failure.displayText());
         }
     }
 }

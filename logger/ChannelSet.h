@@ -16,9 +16,9 @@ namespace zvlog {
 using ChannelPtr = Poco::AutoPtr<Poco::Channel>;
 using FormatterPtr = Poco::AutoPtr<Poco::Formatter>;
 
-/// Makes the channels and formatters of a configuration. Everything is made here from classes known here:
-/// Poco's factory and registry belong to the application. Makes objects only, opens nothing. Whatever cannot
-/// be made is put into words and left out. One thread.
+/// Makes the channels and formatters of a configuration, without Poco's registry, which belongs to the
+/// application. Only makes objects and opens nothing. What cannot be made is reported as a problem and left
+/// out. For one thread.
 class ChannelSet {
 public:
     /// `log_folder` is where files without a folder of their own go; empty when there is no such place.

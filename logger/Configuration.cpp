@@ -9,7 +9,7 @@ namespace zvlog {
 
 namespace {
 
-constexpr int deepest_reference = 8; // whatever refers deeper refers to itself
+constexpr int deepest_reference = 8; // a longer chain refers to itself
 constexpr std::string_view environment_prefix = "system.env.";
 
 } // namespace

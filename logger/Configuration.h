@@ -8,11 +8,11 @@
 
 namespace zvlog {
 
-/// What is wrong with a configuration, in words; collected while it is read.
+/// What is wrong with a configuration, collected while it is read.
 using Problems = std::vector<std::string>;
 
-/// The values of a properties file, in the syntax of Poco's: "${key}" stands for the value of another key and
-/// "${system.env.NAME}" for an environment variable.
+/// The values of a properties file in Poco's syntax. "${key}" means the value of another key,
+/// "${system.env.NAME}" that of an environment variable.
 class Configuration {
 public:
     Configuration() = default;

@@ -4,18 +4,26 @@
 #include <array>
 #include <utility>
 
+#include <Poco/AutoPtr.h>
 #include <Poco/FormattingChannel.h>
 #include <Poco/Message.h>
 #include <Poco/NullChannel.h>
 #include <Poco/PatternFormatter.h>
 #include <Poco/String.h>
 
-#include "logger/GuardedChannel.h"
 #include "logger/RotatingFileChannel.h"
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/paths.h"
+
+// Poco 1.7 takes the channel as a bare pointer, later versions as a counted one: both accept this.
+ZVPocoLogger::ZVPocoLogger(const std::string& name, Poco::Channel* channel, int level)
+    : Poco::Logger(name, Poco::AutoPtr<Poco::Channel>(channel, true), level)
+{
+}
+
+ZVPocoLogger::~ZVPocoLogger() = default;
 
 namespace zvlog {
 
@@ -44,7 +52,7 @@ int parse_level(const std::string& text)
     return -1;
 }
 
-// Poco keeps the constructor of its loggers for derived classes.
+// The constructor of Poco's loggers is for derived classes only.
 class OwnedLogger final : public ZVPocoLogger {
 public:
     OwnedLogger(const std::string& name, Poco::Channel* channel, int level)
@@ -104,12 +112,12 @@ LoggerRegistry::LoggerRegistry(const LoggerPlaces& places)
     ChannelSet channels(configuration, places.log_folder, problems);
     read_rules(configuration, channels, problems);
     if (!problems.empty())
-        m_notices.post("the logging configuration is not fully usable: " + joined(problems));
+        m_notices.post("parts of the logging configuration cannot be used: " + joined(problems));
 }
 
 LoggerRegistry::~LoggerRegistry()
 {
-    m_notices.deliver(); // unless a line has taken them along
+    m_notices.deliver(); // unless a line came first
 }
 
 Configuration LoggerRegistry::read_configuration(const LoggerPlaces& places, Problems& problems)
@@ -149,8 +157,8 @@ void LoggerRegistry::read_rules(const Configuration& configuration, ChannelSet& 
 
 LoggerRegistry::Rule LoggerRegistry::rule_for(const std::string& name) const
 {
-    // As with Poco, "A.B" takes from "A", and that from the root, what is not said about it. A source file's
-    // extension comes off the same way.
+    // As with Poco, "A.B" inherits what is not configured for it from "A", and that from the root. The
+    // extension of a source file is treated the same way.
     Rule result;
     std::string current = name;
     for (;;) {

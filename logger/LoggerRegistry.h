@@ -13,7 +13,7 @@
 
 namespace zvlog {
 
-/// Where the configuration is looked for and where logs go. A text is empty when there is no such place.
+/// Where to look for the configuration, and where logs go. A text is empty if there is no such place.
 struct LoggerPlaces {
     /// Named by the environment.
     std::string chosen;
@@ -25,11 +25,11 @@ struct LoggerPlaces {
 /// The places as the environment gives them now.
 LoggerPlaces logger_places();
 
-/// The configured level means this to InitLogger.
+/// InitLogger takes this for the configured level.
 constexpr std::uint32_t configured_level = 0xFFFFFFFF;
 
-/// Reads the configuration once and makes the loggers asked for. Owns them until it goes. Opens nothing for
-/// writing before the first line. Any thread.
+/// Reads the configuration once, makes the loggers that are asked for and owns them. Opens nothing for
+/// writing before the first line. For any thread.
 class LoggerRegistry {
 public:
     explicit LoggerRegistry(const LoggerPlaces& places);
@@ -41,7 +41,7 @@ public:
     ZVPocoLogger* logger(const std::string& name, std::uint32_t priority);
 
 private:
-    /// What the configuration says about a logger. A null channel and a negative level say nothing.
+    /// What the configuration says about a logger: nothing if the channel is null or the level negative.
     struct Rule {
         ChannelPtr channel;
         int level{-1};

@@ -1,7 +1,9 @@
 #include "logger/Notices.h"
 
+#include <exception>
 #include <utility>
 
+#include <Poco/Exception.h>
 #include <Poco/Message.h>
 
 namespace zvlog {
@@ -28,7 +30,34 @@ try {
     for (const std::string& text : texts)
         m_log->log(Poco::Message("ZVLogger", text, Poco::Message::PRIO_WARNING));
 } catch (...) {
-    // Without a log there is nobody left to tell.
+    // Without a log, nothing can be reported.
+}
+
+GuardedChannel::GuardedChannel(std::string logger, Poco::AutoPtr<Poco::Channel> target, Notices& notices)
+    : m_logger(std::move(logger)), m_target(std::move(target)), m_notices(notices)
+{
+}
+
+void GuardedChannel::log(const Poco::Message& message)
+try {
+    m_notices.deliver();
+    m_target->log(message);
+} catch (const Poco::Exception& failure) {
+    report(failure.displayText());
+} catch (const std::exception& failure) {
+    report(failure.what());
+} catch (...) {
+    report("unknown error");
+}
+
+void GuardedChannel::report(const std::string& reason) noexcept
+try {
+    if (m_is_reported.exchange(true))
+        return;
+    m_notices.post("lines of the logger '" + m_logger + "' are lost: " + reason);
+    m_notices.deliver();
+} catch (...) {
+    // Without memory the report is lost as well.
 }
 
 } // namespace zvlog

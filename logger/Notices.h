@@ -10,13 +10,13 @@
 
 namespace zvlog {
 
-/// Keeps the library's own warnings until the first line is written, since nothing may open a file while the
-/// host loads the library, and then puts them into the default log. Any thread.
+/// The library's own warnings. Nothing may open a file while an application loads the library, so they are
+/// kept until the first line is written, and then go to the default log. For any thread.
 class Notices {
 public:
     explicit Notices(Poco::AutoPtr<Poco::Channel> log);
     void post(const std::string& text);
-    /// Writes what was posted since the last time.
+    /// Writes what was posted since the last call.
     void deliver() noexcept;
 
 private:
@@ -24,6 +24,22 @@ private:
     std::atomic<bool> m_is_waiting{false};
     std::mutex m_mutex;
     std::vector<std::string> m_texts;
+};
+
+/// Passes lines on, and keeps every failure from the application that logs: a channel that fails is reported
+/// once, as a notice. `notices` must outlive the channel. For any thread.
+class GuardedChannel final : public Poco::Channel {
+public:
+    GuardedChannel(std::string logger, Poco::AutoPtr<Poco::Channel> target, Notices& notices);
+    void log(const Poco::Message& message) override;
+
+private:
+    void report(const std::string& reason) noexcept;
+
+    const std::string m_logger;
+    Poco::AutoPtr<Poco::Channel> m_target;
+    Notices& m_notices;
+    std::atomic<bool> m_is_reported{false};
 };
 
 } // namespace zvlog

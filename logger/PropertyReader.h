@@ -6,19 +6,19 @@
 
 namespace zvlog {
 
-/// Walks the properties of a text in the syntax of Poco's property files: one "key = value" or "key: value" a
-/// line, comments begin with '#' or '!', a backslash in a value escapes (\\t, \\r, \\n, \\f, else the
+/// Walks the properties of a text in the syntax of Poco's property files: one "key = value" or "key: value"
+/// per line; comments begin with '#' or '!', a backslash in a value escapes (\\t, \\r, \\n, \\f, else the
 /// character itself) and at the end of a line continues it. The text must outlive the reader.
 class PropertyReader {
 public:
     explicit PropertyReader(std::string_view text);
-    /// Goes on to the next property; false at the end of the text.
+    /// Moves to the next property; false at the end of the text.
     bool next();
     /// The key of the property.
     std::string_view key() const { return m_key; }
     /// False when the line is a lone word.
     bool has_separator() const { return m_has_separator; }
-    /// The value of the property, worked out here: most readers want only one of many.
+    /// The value of the property, unescaped only now: most callers need one of many.
     std::string value() const;
 
 private:
@@ -33,7 +33,7 @@ private:
     bool m_has_separator{false};
 };
 
-/// Without the blanks at both ends.
+/// The text without the blanks at both ends.
 std::string_view trimmed(std::string_view text);
 
 } // namespace zvlog

@@ -11,12 +11,12 @@
 
 namespace zvlog {
 
-/// How a file grows and what becomes of it then.
+/// How far a file grows, and what happens then.
 struct FilePolicy {
     std::string path;
     /// The path of the n-th archive, the newest is 0.
     std::function<std::string(unsigned)> archive;
-    /// Bytes from which on it is archived; 0: it grows for ever.
+    /// The size in bytes at which it is archived; 0: it grows for ever.
     std::uint64_t limit{0};
     /// How many are kept; 0: all.
     unsigned archives{0};
@@ -26,12 +26,12 @@ struct FilePolicy {
     bool make_folder{false};
 };
 
-/// The path with ".0", ".1" and so on behind it.
+/// The path followed by ".0", ".1" and so on.
 std::function<std::string(unsigned)> numbered_archives(const std::string& path);
 
-/// Writes the text of each message as one line. Poco's own file channel does not survive another process that
-/// rotates the same file at the same moment, which is the usual case for a log that all applications share.
-/// Opens the file at the first line. Throws Poco exceptions from `log` when it cannot write. Any thread.
+/// Writes the text of each message as one line. Poco's own file channel fails when another process rotates
+/// the same file at the same moment, which is usual for a log that all applications share.
+/// Opens the file at the first line. `log` throws Poco's exceptions if it cannot write. For any thread.
 class RotatingFileChannel final : public Poco::Channel {
 public:
     explicit RotatingFileChannel(FilePolicy policy);

@@ -11,8 +11,8 @@ namespace {
 
 constexpr const char* settings_variable = "ZV_SETTINGS_FILE";
 constexpr const char* settings_name = "/settings.properties";
-constexpr int most_attempts = 100;           // against somebody who saves the file over and over
-constexpr std::size_t most_reported = 10000; // bounds the memory for what has been reported
+constexpr int most_attempts = 100;           // if somebody saves the file over and over
+constexpr std::size_t most_reported = 10000; // limits the memory for what has been reported
 
 const std::string& target_of(const SettingsPlaces& places)
 {
@@ -103,7 +103,7 @@ std::optional<std::uint32_t> SettingsStore::number_of(const SettingEntry& entry,
                                                       const ActiveFile& file, Warnings& warnings)
 {
     if (!entry.number)
-        warnings.push_back("the setting " + key + " in " + file.path + " is not a number of 32 bits: '" +
+        warnings.push_back("the setting " + key + " in " + file.path + " is not a 32-bit number: '" +
                            entry.text + "'; its default is used");
     return entry.number;
 }
@@ -121,7 +121,7 @@ SettingEntry SettingsStore::add(const SettingsPlaces& places, const std::string&
 {
     const std::string& target = target_of(places);
     const std::string path = platform::resolve_links(target);
-    // The folder of a chosen file is the business of whoever chose it.
+    // Whoever chooses a file makes its folder.
     if (!path.empty() && places.chosen.empty())
         platform::make_folders(platform::folder_of(path));
 
@@ -141,7 +141,7 @@ SettingEntry SettingsStore::add(const SettingsPlaces& places, const std::string&
             const std::string text = with_setting_added(file.content.text, key, default_value, description);
             const auto outcome = platform::replace_file(path, seen, text, reason);
             if (outcome == platform::Replacement::done)
-                return {}; // the default is what it holds
+                return {}; // the file has the default
             if (outcome == platform::Replacement::failed)
                 break;
             reason = "somebody else keeps changing it";

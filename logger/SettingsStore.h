@@ -15,8 +15,8 @@
 
 namespace zvlog {
 
-/// Where settings are looked for: the first file that exists counts. New keys go into the chosen file, else
-/// the user's. A text is empty when there is no such place.
+/// Where to look for settings: the first file that exists counts. New keys go into the chosen file, or else
+/// the user's. A text is empty if there is no such place.
 struct SettingsPlaces {
     /// Named by the environment.
     std::string chosen;
@@ -27,10 +27,10 @@ struct SettingsPlaces {
 /// The places as the environment gives them now.
 SettingsPlaces settings_places();
 
-/// Reads the file at every call, so that an edit counts from the next call on, whatever time stamp it leaves.
-/// Files change only as a whole, and one process at a time adds to them; a new file starts as a copy of the
-/// one that counted until then, so that no value changes by its appearance. When nothing can be written, keys
-/// live in memory. Each trouble is reported once. Any thread.
+/// Reads the file at every call, so that an edit takes effect at the next call, whatever its time stamp.
+/// Files only change as a whole, and one process at a time adds to them. A new file starts as a copy of the
+/// one that counted until then, so that no value changes because it appears. When nothing can be written,
+/// keys are kept in memory. Each problem is reported once. For any thread.
 class SettingsStore {
 public:
     using Places = std::function<SettingsPlaces()>;

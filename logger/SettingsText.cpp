@@ -10,12 +10,13 @@ namespace zvlog {
 
 namespace {
 
-constexpr std::string_view file_header = "# Settings of the GenTL producer, one \"key = value\" a line. They "
-                                         "can be edited while applications run.\n";
+constexpr std::string_view file_header =
+    "# Settings of the GenTL producer, one \"key = value\" per line. They "
+    "can be edited while applications run.\n";
 
 bool is_control(char letter) { return static_cast<unsigned char>(letter) < ' ' || letter == '\x7F'; }
 
-// Every line of the description becomes a comment; control characters would end or garble one.
+// Each line of the description becomes a comment; control characters would end or garble it.
 std::string as_comment(const std::string& description)
 {
     std::string comment;
@@ -39,9 +40,7 @@ std::string with_windows_line_ends(const std::string& text)
     return result;
 }
 
-} // namespace
-
-std::optional<std::uint32_t> parse_setting(std::string_view text)
+std::optional<std::uint32_t> parse_number(std::string_view text)
 {
     int base = 10;
     if (text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X") {
@@ -55,10 +54,12 @@ std::optional<std::uint32_t> parse_setting(std::string_view text)
     return number;
 }
 
+} // namespace
+
 SettingEntry find_setting(std::string_view settings, std::string_view key)
 {
     SettingEntry entry;
-    if (settings.find(key) == std::string_view::npos) // spares a new key the walk through a long file
+    if (settings.find(key) == std::string_view::npos) // so that a new key needs no walk through a long file
         return entry;
     PropertyReader reader(settings);
     while (reader.next()) {
@@ -68,7 +69,7 @@ SettingEntry find_setting(std::string_view settings, std::string_view key)
         }
     }
     if (entry.is_present)
-        entry.number = parse_setting(entry.text);
+        entry.number = parse_number(entry.text);
     return entry;
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 void warn_about_settings(const std::string& text);
 
-// Made with the library and gone with it: whatever is linked to the library is initialised later and
-// destroyed earlier, so its loggers are there for the whole of its life.
+// Lives as long as the library. What is linked to the library is initialised later and destroyed earlier, so
+// it has its loggers for the whole of its life.
 struct Library {
     std::mutex mutex; // guards the making of `loggers`
     std::unique_ptr<zvlog::LoggerRegistry> loggers;
@@ -46,7 +46,7 @@ try {
         return nullptr;
     return loggers().logger(name, priority);
 } catch (...) {
-    return nullptr; // out of memory: the caller goes without a log
+    return nullptr; // out of memory: the caller has no log
 }
 
 int64_t ZVTimeElapsedUs(const std::chrono::steady_clock::time_point& start)

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Out of memory leaves the text as it was: nothing here may throw into the caller.
+// Without memory the text stays as it was: nothing here may throw into the caller.
 void assign(std::string& target, const char* text) noexcept
 {
     try {

@@ -1,5 +1,7 @@
 #include <filesystem>
+#include <map>
 #include <string>
+#include <vector>
 
 #include <Poco/LoggingRegistry.h>
 #include <gmock/gmock.h>
@@ -9,6 +11,7 @@
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 namespace {
@@ -16,7 +19,7 @@ namespace {
 class Channel : public ConfiguredLoggers {
 protected:
     /// The root logger writes to the channel "c" with these properties (without their common part).
-    void channel(std::initializer_list<std::string> properties, const std::string& rest = "")
+    void channel(const std::vector<std::string>& properties, const std::string& rest = "")
     {
         std::string text = "logging.loggers.root.channel = c\n" + rest;
         for (const std::string& property : properties)
@@ -35,66 +38,133 @@ protected:
     }
 };
 
-TEST_F(Channel, FileWritesTheTextOfTheLine)
+/// What files the root logger's channel "c" writes. "${folder}" is the test's folder, which is also the home
+/// folder.
+struct Written {
+    const char* name;
+    std::vector<std::string> channel;
+    /// By their names in the folder; without content: missing.
+    std::map<std::string, std::string> files;
+    std::vector<std::string> lines{"text"};
+    /// More of the configuration, with whole keys.
+    std::string rest{};
+    /// What c.log holds before the first line.
+    std::string old{};
+};
+
+class WrittenChannel : public Channel, public ::testing::WithParamInterface<Written> {};
+
+TEST_P(WrittenChannel, WritesFilesOnlyWithTheFirstLine)
 {
-    channel({"class = FileChannel", path()});
-    EXPECT_FALSE(is_there(file()));
+    Environment environment;
+    environment.set_home(m_folder.path());
+    if (!GetParam().old.empty())
+        write_file(file(), GetParam().old);
+    channel(GetParam().channel, "folder = " + m_folder.path() + "\n" + GetParam().rest);
+    const auto before = names_in(m_folder.path());
+    for (const std::string& line : GetParam().lines)
+        write("A.cpp", line, Poco::Message::PRIO_DEBUG);
+    EXPECT_THAT(before, SizeIs(GetParam().old.empty() ? 1 : 2)); // the configuration, and the old file
+    for (const auto& [name, content] : GetParam().files) {
+        EXPECT_EQ(content, content_of(m_folder / name)) << name;
+        EXPECT_EQ(!content.empty(), is_there(m_folder / name)) << name;
+    }
+    EXPECT_EQ("", warning());
+}
+
+const std::string long_line(1000, 'x');
+const std::string to_d = "logging.channels.d.class = FileChannel\nlogging.channels.d.path = d.log\n";
+const std::string to_e = "logging.channels.e.class = FileChannel\nlogging.channels.e.path = e.log\n";
+constexpr const char* to_file = "class = FileChannel\nlogging.channels.c.path = ${folder}/c.log";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, WrittenChannel,
+    ::testing::Values(
+        Written{"TheText", {to_file}, {{"c.log", "text\n"}}},
+        Written{"BehindWhatWasThere", {to_file}, {{"c.log", "old\ntext\n"}}, {"text"}, "", "old\n"},
+        Written{"SoManyArchives",
+                {to_file, "rotation = 10", "archive = number", "purgeCount = 2"},
+                {{"c.log", "fourth line\n"},
+                 {"c.log.0", "third line\n"},
+                 {"c.log.1", "second line\n"},
+                 {"c.log.2", ""}},
+                {"first line", "second line", "third line", "fourth line"}},
+        Written{"AllArchives",
+                {to_file, "rotation = 1", "purgeCount = none"},
+                {{"c.log.0", "3\n"}, {"c.log.3", "0\n"}},
+                {"0", "1", "2", "3", "4"}},
+        Written{"Kilobytes",
+                {to_file, "rotation = 1 K"},
+                {{"c.log", "y\n"}, {"c.log.0", long_line + "\n" + long_line + "\n"}},
+                {long_line, long_line, "y"}},
+        Written{"Megabytes",
+                {to_file, "rotation = 1M"},
+                {{"c.log", long_line + "\n" + long_line + "\ny\n"}, {"c.log.0", ""}},
+                {long_line, long_line, "y"}},
+        Written{"RotatedWhenOpened",
+                {to_file, "rotateOnOpen = true"},
+                {{"c.log", "new\nnewer\n"}, {"c.log.0", "old\n"}},
+                {"new", "newer"},
+                "",
+                "old\n"},
+        Written{"WithoutAFolderInTheLogFolder",
+                {"class = FileChannel", "path = own.log"},
+                {{"logs/own.log", "text\n"}}},
+        Written{"InTheHomeFolder", {"class = FileChannel", "path = ~/c.log"}, {{"c.log", "text\n"}}},
+        Written{"TheSecondPath",
+                {"class = SimpleFileChannel", "path = ${folder}/c.log", "secondaryPath = ${folder}/old.log",
+                 "rotation = 1", "flush = true"},
+                {{"c.log", "three\n"}, {"old.log", "two\n"}},
+                {"one", "two", "three"}},
+        Written{"Nothing", {"class = NullChannel"}, {{"c.log", ""}, {"logs", ""}}},
+        Written{"APattern", {to_file, "pattern = %s|%p|%t"}, {{"c.log", "A.cpp|Debug|text\n"}}},
+        Written{"ANamedFormatter",
+                {to_file, "formatter = f"},
+                {{"c.log", "<text>\n"}},
+                {"text"},
+                "logging.formatters.f.class = PatternFormatter\nlogging.formatters.f.pattern = <%t>\n"
+                "logging.formatters.f.times = UTC\n"},
+        Written{"TheChannelsOwnFormatter",
+                {to_file, "formatter.class = PatternFormatter", "formatter.pattern = (%t)"},
+                {{"c.log", "(text)\n"}}},
+        Written{"AFormattingChannel",
+                {"class = FormattingChannel", "pattern = <%t>", "channel = d"},
+                {{"logs/d.log", "<text>\n"}},
+                {"text"},
+                to_d},
+        Written{"ASplitter",
+                {"class = SplitterChannel", "channels = d, e"},
+                {{"logs/d.log", "text\n"}, {"logs/e.log", "text\n"}},
+                {"text"},
+                to_d + to_e}),
+    [](const auto& test) { return test.param.name; });
+
+TEST_F(Channel, MayBeDescribedInTheLogger)
+{
+    configure("logging.loggers.root.channel.class = FileChannel\nlogging.loggers.root.channel." + path() +
+              "\nlogging.loggers.root.channel.pattern = %t!\n");
     write("A.cpp", "text");
-    EXPECT_EQ("text\n", content_of(file()));
-    EXPECT_EQ("", warning());
+    EXPECT_EQ("text!\n", content_of(file()));
 }
 
-TEST_F(Channel, FileAppends)
+TEST_F(Channel, ThatRotatesByTimeMayBeInTheLogFolder)
 {
-    write_file(file(), "old\n");
-    channel({"class = FileChannel", path()});
-    write("A.cpp", "new");
-    EXPECT_EQ("old\nnew\n", content_of(file()));
+    channel({"class = FileChannel", "path = timed.log", "rotation = daily"});
+    write("A.cpp", "text");
+    EXPECT_THAT(content_of(m_folder / "logs/timed.log"), HasSubstr("text"));
 }
 
-TEST_F(Channel, FileRotatesBySizeAndKeepsSoMany)
+TEST_F(Channel, InAFolderOfTheUserThatIsMissingLosesLinesWithOneWarning)
 {
-    channel({"class = FileChannel", path(), "rotation = 10", "archive = number", "purgeCount = 2"});
-    for (const char* const text : {"first line", "second line", "third line", "fourth line"})
-        write("A.cpp", text);
-    EXPECT_EQ("fourth line\n", content_of(file()));
-    EXPECT_EQ("third line\n", content_of(file() + ".0"));
-    EXPECT_EQ("second line\n", content_of(file() + ".1"));
-    EXPECT_FALSE(is_there(file() + ".2"));
-    EXPECT_EQ("", warning());
-}
-
-TEST_F(Channel, FileKeepsAllArchivesUnlessToldOtherwise)
-{
-    channel({"class = FileChannel", path(), "rotation = 1", "purgeCount = none"});
-    for (int line = 0; line < 5; ++line)
-        write("A.cpp", std::to_string(line));
-    EXPECT_EQ("0\n", content_of(file() + ".3"));
-    EXPECT_EQ("3\n", content_of(file() + ".0"));
-}
-
-TEST_F(Channel, FileRotatesByUnitsOfSize)
-{
-    channel({"class = FileChannel", path(), "rotation = 1 K"});
-    write("A.cpp", std::string(1000, 'x'));
-    write("A.cpp", std::string(1000, 'x'));
-    EXPECT_FALSE(is_there(file() + ".0"));
-    write("A.cpp", "y");
-    EXPECT_TRUE(is_there(file() + ".0"));
-    channel({"class = FileChannel", path(), "rotation = 1M"});
-    write("A.cpp", std::string(2000, 'x'));
-    write("A.cpp", "z");
-    EXPECT_FALSE(is_there(file() + ".1"));
-}
-
-TEST_F(Channel, FileRotatesWhenOpenedIfAskedTo)
-{
-    write_file(file(), "old\n");
-    channel({"class = FileChannel", path(), "rotateOnOpen = true"});
-    write("A.cpp", "new");
-    write("A.cpp", "newer");
-    EXPECT_EQ("new\nnewer\n", content_of(file()));
-    EXPECT_EQ("old\n", content_of(file() + ".0"));
+    for (const char* const rotation : {"rotation = never", "rotation = daily"}) {
+        channel({"class = FileChannel", rotation, "path = " + m_folder / "missing/c.log"});
+        for (int line = 0; line < 3; ++line)
+            write("A.cpp", "text");
+        EXPECT_THAT(lines_of(default_log()), ElementsAre(HasSubstr("'A.cpp' are lost"))) << rotation;
+        EXPECT_FALSE(is_there(m_folder / "missing"));
+        m_registry.reset();
+        std::filesystem::remove(default_log());
+    }
 }
 
 TEST_F(Channel, FileRotatesByTimeAsPocoDoes)
@@ -104,36 +174,6 @@ TEST_F(Channel, FileRotatesByTimeAsPocoDoes)
     EXPECT_FALSE(is_there(file()));
     write("A.cpp", "text");
     EXPECT_THAT(lines_of(file()), Contains(StartsWith("text"))); // lines end as the system's do
-    EXPECT_EQ("", warning());
-}
-
-TEST_F(Channel, AFileWithoutAFolderGoesToTheLogFolder)
-{
-    channel({"class = FileChannel", "path = own.log"});
-    write("A.cpp", "text");
-    EXPECT_EQ("text\n", content_of(m_folder / "logs/own.log"));
-    channel({"class = FileChannel", "path = timed.log", "rotation = daily"});
-    write("A.cpp", "text");
-    EXPECT_THAT(content_of(m_folder / "logs/timed.log"), HasSubstr("text"));
-}
-
-TEST_F(Channel, AFileMayBeBelowTheHomeFolder)
-{
-    Environment environment;
-    environment.set_home(m_folder.path());
-    channel({"class = FileChannel", "path = ~/c.log"});
-    write("A.cpp", "text");
-    EXPECT_EQ("text\n", content_of(file()));
-}
-
-TEST_F(Channel, SimpleFileRotatesIntoItsSecondPath)
-{
-    channel({"class = SimpleFileChannel", path(), "secondaryPath = " + m_folder / "old.log", "rotation = 1",
-             "flush = true"});
-    for (const char* const text : {"one", "two", "three"})
-        write("A.cpp", text);
-    EXPECT_EQ("three\n", content_of(file()));
-    EXPECT_EQ("two\n", content_of(m_folder / "old.log"));
     EXPECT_EQ("", warning());
 }
 
@@ -148,13 +188,6 @@ TEST_F(Channel, ConsoleIsTheErrorOutput)
         EXPECT_EQ("", testing::internal::GetCapturedStdout());
     }
     channel({"class = ColorConsoleChannel", "enableColors = false"});
-    EXPECT_EQ("", warning());
-}
-
-TEST_F(Channel, NullSwallowsEverything)
-{
-    channel({"class = NullChannel"});
-    write("A.cpp", "text");
     EXPECT_EQ("", warning());
 }
 
@@ -187,79 +220,6 @@ TEST_F(Channel, SystemLogOfAnotherSystemIsUnknown)
     EXPECT_THAT(warning(), HasSubstr("unknown class '" + name + "'"));
 }
 
-TEST_F(Channel, APatternFormatsTheLine)
-{
-    channel({"class = FileChannel", path(), "pattern = %s|%p|%t"});
-    write("A.cpp", "text", Poco::Message::PRIO_DEBUG);
-    EXPECT_EQ("A.cpp|Debug|text\n", content_of(file()));
-}
-
-TEST_F(Channel, ANamedFormatterFormatsTheLine)
-{
-    channel({"class = FileChannel", path(), "formatter = f"},
-            "logging.formatters.f.class = PatternFormatter\n"
-            "logging.formatters.f.pattern = <%t>\n"
-            "logging.formatters.f.times = UTC\n");
-    write("A.cpp", "text");
-    EXPECT_EQ("<text>\n", content_of(file()));
-    EXPECT_EQ("", warning());
-}
-
-TEST_F(Channel, AFormatterMayStandInTheChannel)
-{
-    channel(
-        {"class = FileChannel", path(), "formatter.class = PatternFormatter", "formatter.pattern = (%t)"});
-    write("A.cpp", "text");
-    EXPECT_EQ("(text)\n", content_of(file()));
-    EXPECT_EQ("", warning());
-}
-
-TEST_F(Channel, AFormattingChannelFormatsForAnother)
-{
-    channel({"class = FormattingChannel", "pattern = <%t>", "channel = d"},
-            "logging.channels.d.class = FileChannel\nlogging.channels.d.path = " + file() + "\n");
-    write("A.cpp", "text");
-    EXPECT_EQ("<text>\n", content_of(file()));
-    EXPECT_EQ("", warning());
-}
-
-TEST_F(Channel, ASplitterWritesToEach)
-{
-    channel({"class = SplitterChannel", "channels = d, e"},
-            "logging.channels.d.class = FileChannel\nlogging.channels.d.path = d.log\n"
-            "logging.channels.e.class = FileChannel\nlogging.channels.e.path = e.log\n");
-    write("A.cpp", "text");
-    EXPECT_EQ("text\n", content_of(m_folder / "logs/d.log"));
-    EXPECT_EQ("text\n", content_of(m_folder / "logs/e.log"));
-    EXPECT_EQ("", warning());
-}
-
-TEST_F(Channel, MayStandInTheLogger)
-{
-    configure("logging.loggers.root.channel.class = FileChannel\nlogging.loggers.root.channel." + path() +
-              "\nlogging.loggers.root.channel.pattern = %t!\n");
-    write("A.cpp", "text");
-    EXPECT_EQ("text!\n", content_of(file()));
-}
-
-TEST_F(Channel, WithAThreadOfItsOwnIsRefusedWithAWarning)
-{
-    channel({"class = AsyncChannel", "channel = d"},
-            "logging.channels.d.class = FileChannel\nlogging.channels.d.path = " + file() + "\n");
-    write("A.cpp", "text");
-    EXPECT_THAT(lines_of(default_log()), ElementsAre(HasSubstr("AsyncChannel"), HasSubstr("text")));
-    EXPECT_FALSE(is_there(file()));
-}
-
-TEST_F(Channel, ThatCompressesDoesSoNotAndWarns)
-{
-    for (const std::string rotation : {"rotation = 1", "rotation = daily"}) {
-        channel({"class = FileChannel", path(), rotation, "compress = true"});
-        write("A.cpp", "text");
-        EXPECT_THAT(warning(), HasSubstr("not compressed"));
-    }
-}
-
 struct Fault {
     const char* properties;
     const char* warning;
@@ -285,7 +245,10 @@ INSTANTIATE_TEST_SUITE_P(
                             "refers to itself"},
                       Fault{"logging.channels.c.class = FormattingChannel\nlogging.channels.c.channel = c\n",
                             "refers to itself"},
-                      Fault{"logging.channels.c.class = FormattingChannel\n", "has no channel"}));
+                      Fault{"logging.channels.c.class = FormattingChannel\n", "has no channel"},
+                      Fault{"logging.channels.c.class = AsyncChannel\nlogging.channels.c.channel = d\n"
+                            "logging.channels.d.class = FileChannel\nlogging.channels.d.path = d.log\n",
+                            "AsyncChannel"}));
 
 class SloppyChannel : public ConfiguredLoggers, public ::testing::WithParamInterface<Fault> {};
 
@@ -301,35 +264,20 @@ TEST_P(SloppyChannel, IsUsedWithoutWhatIsWrongAboutIt)
 
 INSTANTIATE_TEST_SUITE_P(
     All, SloppyChannel,
-    ::testing::Values(Fault{"logging.channels.c.colour = red\n", "unknown property 'colour'"},
-                      Fault{"logging.channels.c.purgeCount = few\n", "invalid purgeCount 'few'"},
-                      Fault{"logging.channels.c.purgeCount = 0\n", "invalid purgeCount '0'"},
-                      Fault{"logging.channels.c.rotation = sometimes\n", "'rotation' refused"},
-                      Fault{"logging.channels.c.rotation = 0\n", "'rotation' refused"},
-                      Fault{"logging.channels.c.formatter = f\n", "logging.formatters.f does not exist"},
-                      Fault{"logging.channels.c.formatter = f\nlogging.formatters.f.class = Typewriter\n",
-                            "unknown class 'Typewriter'"},
-                      Fault{
-                          "logging.channels.c.formatter = f\nlogging.formatters.f.class = PatternFormatter\n"
-                          "logging.formatters.f.pattern = %t\nlogging.formatters.f.ink = blue\n",
-                          "'ink' refused"}));
-
-TEST_F(Channel, AFolderOfTheUserThatIsMissingLosesLinesWithOneWarning)
-{
-    channel({"class = FileChannel", "path = " + m_folder / "missing/c.log"});
-    for (int line = 0; line < 3; ++line)
-        write("A.cpp", "text");
-    EXPECT_THAT(lines_of(default_log()), ElementsAre(HasSubstr("'A.cpp' are lost")));
-    EXPECT_FALSE(is_there(m_folder / "missing"));
-}
-
-TEST_F(Channel, ATimedFileThatCannotBeOpenedLosesLinesWithOneWarning)
-{
-    channel({"class = FileChannel", "rotation = daily", "path = " + m_folder / "missing/c.log"});
-    for (int line = 0; line < 3; ++line)
-        write("A.cpp", "text");
-    EXPECT_THAT(lines_of(default_log()), ElementsAre(HasSubstr("'A.cpp' are lost")));
-}
+    ::testing::Values(
+        Fault{"logging.channels.c.colour = red\n", "unknown property 'colour'"},
+        Fault{"logging.channels.c.purgeCount = few\n", "invalid purgeCount 'few'"},
+        Fault{"logging.channels.c.purgeCount = 0\n", "invalid purgeCount '0'"},
+        Fault{"logging.channels.c.rotation = sometimes\n", "cannot use the property 'rotation'"},
+        Fault{"logging.channels.c.rotation = 0\n", "cannot use the property 'rotation'"},
+        Fault{"logging.channels.c.rotation = 1\nlogging.channels.c.compress = true\n", "not compressed"},
+        Fault{"logging.channels.c.rotation = daily\nlogging.channels.c.compress = true\n", "not compressed"},
+        Fault{"logging.channels.c.formatter = f\n", "logging.formatters.f does not exist"},
+        Fault{"logging.channels.c.formatter = f\nlogging.formatters.f.class = Typewriter\n",
+              "unknown class 'Typewriter'"},
+        Fault{"logging.channels.c.formatter = f\nlogging.formatters.f.class = PatternFormatter\n"
+              "logging.formatters.f.pattern = %t\nlogging.formatters.f.ink = blue\n",
+              "cannot use the property 'ink'"}));
 
 TEST_F(Channel, IsNotRegisteredWithPoco)
 {

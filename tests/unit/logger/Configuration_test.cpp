@@ -1,3 +1,4 @@
+#include <optional>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -7,20 +8,40 @@
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Optional;
 using zvlog::Configuration;
 using zvlog::Problems;
 
 namespace {
 
-TEST(Configuration, GivesTheLastValueOfAKey)
+struct Value {
+    const char* name;
+    const char* text;
+    const char* key;
+    std::optional<std::string> value;
+};
+
+class ConfiguredValue : public ::testing::TestWithParam<Value> {};
+
+TEST_P(ConfiguredValue, HasItsReferencesReplaced)
 {
+    Environment environment;
+    environment.set("ZV_TEST_FOLDER", "/somewhere");
     Problems problems;
-    const Configuration configuration("a = 1\na = 2", problems);
-    EXPECT_THAT(configuration.value("a"), Optional(std::string("2")));
-    EXPECT_EQ(std::nullopt, configuration.value("b"));
+    EXPECT_EQ(GetParam().value, Configuration(GetParam().text, problems).value(GetParam().key));
     EXPECT_THAT(problems, IsEmpty());
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ConfiguredValue,
+    ::testing::Values(Value{"TheLastOneCounts", "a = 1\na = 2", "a", "2"},
+                      Value{"Missing", "a = 1\na = 2", "b", std::nullopt},
+                      Value{"FromOtherKeys", "folder = /var/log\npath = ${folder}/a-${name}.log\nname = x",
+                            "path", "/var/log/a-x.log"},
+                      Value{"FromTheEnvironment", "path = ${system.env.ZV_TEST_FOLDER}/x", "path",
+                            "/somewhere/x"},
+                      Value{"ReferenceToNothing", "a = ${b} ${", "a", "${b} ${"},
+                      Value{"ReferenceToItself", "c = ${c}", "c", "${c}"}),
+    [](const auto& test) { return test.param.name; });
 
 TEST(Configuration, NamesTheChildrenOfAKeyOnce)
 {
@@ -30,32 +51,7 @@ TEST(Configuration, NamesTheChildrenOfAKeyOnce)
     EXPECT_THAT(configuration.children("c"), IsEmpty());
 }
 
-TEST(Configuration, ReplacesReferencesToOtherKeys)
-{
-    Problems problems;
-    const Configuration configuration("folder = /var/log\npath = ${folder}/a-${name}.log\nname = x",
-                                      problems);
-    EXPECT_THAT(configuration.value("path"), Optional(std::string("/var/log/a-x.log")));
-}
-
-TEST(Configuration, ReplacesReferencesToTheEnvironment)
-{
-    Environment environment;
-    environment.set("ZV_TEST_FOLDER", "/somewhere");
-    Problems problems;
-    const Configuration configuration("path = ${system.env.ZV_TEST_FOLDER}/x", problems);
-    EXPECT_THAT(configuration.value("path"), Optional(std::string("/somewhere/x")));
-}
-
-TEST(Configuration, LeavesReferencesThatLeadNowhere)
-{
-    Problems problems;
-    const Configuration configuration("a = ${b} ${\nc = ${c}", problems);
-    EXPECT_THAT(configuration.value("a"), Optional(std::string("${b} ${")));
-    EXPECT_THAT(configuration.value("c"), Optional(std::string("${c}")));
-}
-
-TEST(Configuration, ReportsLinesThatAreNoProperties)
+TEST(Configuration, ReportsLinesThatAreNotProperties)
 {
     Problems problems;
     const Configuration configuration("a = 1\nnonsense\n", problems);

@@ -1,6 +1,7 @@
 #include <memory>
 #include <regex>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -24,12 +25,6 @@ protected:
     }
 };
 
-TEST_F(UnconfiguredRegistry, LogsWarningsAndWorse)
-{
-    EXPECT_EQ(Poco::Message::PRIO_WARNING, logger("A.cpp").getLevel());
-    EXPECT_EQ("A.cpp", logger("A.cpp").name());
-}
-
 TEST_F(UnconfiguredRegistry, WritesToTheDefaultLogWithTimeProcessAndPriority)
 {
     write("A.cpp", "thr00000001:A::{f}[1]: text", Poco::Message::PRIO_WARNING);
@@ -39,12 +34,13 @@ TEST_F(UnconfiguredRegistry, WritesToTheDefaultLogWithTimeProcessAndPriority)
     EXPECT_TRUE(std::regex_match(lines_of(default_log())[0], whole_line)) << lines_of(default_log())[0];
 }
 
-TEST_F(UnconfiguredRegistry, OpensNoFileBeforeTheFirstLine)
+TEST_F(UnconfiguredRegistry, WritesAllLoggersToTheDefaultLogFromTheFirstLineOn)
 {
-    logger("A.cpp");
+    EXPECT_EQ("A.cpp", logger("A.cpp").name());
     EXPECT_FALSE(is_there(m_folder / "logs"));
-    write("A.cpp", "text");
-    EXPECT_TRUE(is_there(default_log()));
+    write("A.cpp", "one");
+    write("B.cpp", "two");
+    EXPECT_THAT(lines_of(default_log()), ::testing::ElementsAre(EndsWith("one"), EndsWith("two")));
 }
 
 TEST_F(UnconfiguredRegistry, GivesTheSameLoggerForTheSameName)
@@ -68,13 +64,6 @@ TEST_F(UnconfiguredRegistry, TakesALevelBeyondTraceAsTraceAndZeroAsOff)
     EXPECT_EQ(0, m_registry->logger("B", 0)->getLevel());
 }
 
-TEST_F(UnconfiguredRegistry, ManyLoggersShareTheDefaultLog)
-{
-    write("A.cpp", "one");
-    write("B.cpp", "two");
-    EXPECT_THAT(lines_of(default_log()), ::testing::ElementsAre(EndsWith("one"), EndsWith("two")));
-}
-
 TEST(UserWithoutHome, LogsNowhereWithoutTrouble)
 {
     LoggerRegistry registry({"", "", "", ""});
@@ -93,45 +82,53 @@ TEST_F(UnconfiguredRegistry, AFolderThatCannotBeMadeLosesLinesOnly)
     EXPECT_EQ("", content_of(m_folder / "file"));
 }
 
-TEST_F(Registry, TakesTheLevelOfTheRootForAllOthers)
+/// The level of a logger under a configuration that leaves no warning.
+struct Level {
+    const char* name;
+    const char* configuration;
+    const char* logger;
+    int level;
+};
+
+class ConfiguredLevel : public ConfiguredLoggers, public ::testing::WithParamInterface<Level> {};
+
+TEST_P(ConfiguredLevel, IsTheLoggers)
 {
-    configure("logging.loggers.root.level = debug\n");
-    EXPECT_EQ(Poco::Message::PRIO_DEBUG, logger("A.cpp").getLevel());
+    configure(GetParam().configuration);
+    EXPECT_EQ(GetParam().level, logger(GetParam().logger).getLevel());
+    m_registry.reset();
+    EXPECT_FALSE(is_there(default_log()));
 }
 
-TEST_F(Registry, ASectionWithoutANameIsTheRoot)
-{
-    configure("logging.loggers.x.name =\nlogging.loggers.x.level = notice\n");
-    EXPECT_EQ(Poco::Message::PRIO_NOTICE, logger("A.cpp").getLevel());
-}
+constexpr const char* with_and_without_extension =
+    "logging.loggers.a.name = StreamModule\nlogging.loggers.a.level = trace\n"
+    "logging.loggers.b.name = BufferModule\nlogging.loggers.b.level = trace\n"
+    "logging.loggers.c.name = BufferModule.cpp\nlogging.loggers.c.level = fatal\n";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ConfiguredLevel,
+    ::testing::Values(Level{"Nothing", "", "A.cpp", 4},
+                      Level{"TheRootIsForAllOthers", "logging.loggers.root.level = debug\n", "A.cpp", 7},
+                      Level{"ASectionWithoutANameIsTheRoot",
+                            "logging.loggers.x.name =\nlogging.loggers.x.level = notice\n", "A.cpp", 5},
+                      Level{"TheExtensionMayBeMissing", with_and_without_extension, "StreamModule.cpp", 8},
+                      Level{"TheExtensionComesFirst", with_and_without_extension, "BufferModule.cpp", 1},
+                      Level{"AnotherLogger", with_and_without_extension, "SystemModule.cpp", 4}),
+    [](const auto& test) { return test.param.name; });
 
 TEST_F(Registry, KnowsEveryNameOfALevelAndItsNumber)
 {
     const char* const names[] = {"none",   "fatal",       "critical", "error", "warning",
                                  "notice", "information", "Debug",    "TRACE"};
     for (int level = 0; level < 9; ++level) {
-        configure(std::string("logging.loggers.root.level = ") + names[level] + "\n");
-        EXPECT_EQ(level, logger("A").getLevel()) << names[level];
-        configure("logging.loggers.root.level = " + std::to_string(level) + "\n");
-        EXPECT_EQ(level, logger("A").getLevel());
+        for (const std::string& text : {std::string(names[level]), std::to_string(level)}) {
+            configure("logging.loggers.root.level = " + text + "\n");
+            EXPECT_EQ(level, logger("A").getLevel()) << text;
+        }
     }
 }
 
-TEST_F(Registry, ALoggerMayBeNamedWithoutItsExtension)
-{
-    configure("logging.loggers.a.name = StreamModule\nlogging.loggers.a.level = trace\n");
-    EXPECT_EQ(Poco::Message::PRIO_TRACE, logger("StreamModule.cpp").getLevel());
-    EXPECT_EQ(Poco::Message::PRIO_WARNING, logger("BufferModule.cpp").getLevel());
-}
-
-TEST_F(Registry, TheNameWithTheExtensionComesFirst)
-{
-    configure("logging.loggers.a.name = StreamModule\nlogging.loggers.a.level = trace\n"
-              "logging.loggers.b.name = StreamModule.cpp\nlogging.loggers.b.level = fatal\n");
-    EXPECT_EQ(Poco::Message::PRIO_FATAL, logger("StreamModule.cpp").getLevel());
-}
-
-TEST_F(Registry, ALoggerTakesFromItsParentsWhatIsNotSaidAboutIt)
+TEST_F(Registry, ALoggerInheritsWhatIsNotConfiguredForIt)
 {
     configure("logging.loggers.root.channel.class = FileChannel\n"
               "logging.loggers.root.channel.path = root.log\n"
@@ -185,21 +182,7 @@ TEST_F(Registry, AnUnknownLevelIsTheDefaultAndOneWarningInTheDefaultLog)
     EXPECT_THAT(lines[0], HasSubstr("unknown level 'loud'"));
 }
 
-TEST_F(Registry, AWarningThatNoLineTookAlongIsWrittenInTheEnd)
-{
-    configure("logging.loggers.root.level = loud\n");
-    m_registry.reset();
-    EXPECT_THAT(lines_of(default_log()), SizeIs(1));
-}
-
-TEST_F(Registry, AGoodConfigurationLeavesNoWarning)
-{
-    configure("logging.loggers.root.level = error\n");
-    m_registry.reset();
-    EXPECT_FALSE(is_there(default_log()));
-}
-
-TEST_F(Registry, SeveralFaultsAreOneWarning)
+TEST_F(Registry, SeveralFaultsAreOneWarningEvenWithoutALine)
 {
     configure("nonsense\nlogging.loggers.root.level = loud\nlogging.loggers.root.channel = nowhere\n");
     m_registry.reset();
@@ -218,31 +201,19 @@ TEST_F(Registry, AWarningIsOneLineOfBoundedLength)
     EXPECT_LT(content_of(default_log()).size(), 2500u);
 }
 
-TEST_F(Registry, AMissingChosenFileIsReportedAndTheNextOneCounts)
+TEST_F(Registry, AnUnusableFileIsReportedAndTheNextOneCounts)
 {
     m_places.user = m_folder / "user";
     write_file(m_places.user, "logging.loggers.root.level = debug\n");
-    configure_nothing();
-    EXPECT_EQ(Poco::Message::PRIO_DEBUG, logger("A").getLevel());
-    write("A", "text");
-    EXPECT_THAT(content_of(default_log()), HasSubstr("does not exist"));
-}
-
-TEST_F(Registry, AFileThatIsNoFileIsReportedAndTheNextOneCounts)
-{
-    m_places.chosen = m_folder.path();
-    configure_nothing();
-    EXPECT_EQ(Poco::Message::PRIO_WARNING, logger("A").getLevel());
-    write("A", "text");
-    EXPECT_THAT(content_of(default_log()), HasSubstr("cannot be read"));
-}
-
-TEST_F(Registry, NeverReadsFromTheWorkingDirectory)
-{
-    m_places.chosen = "relative.properties";
-    configure_nothing();
-    write("A", "text");
-    EXPECT_THAT(content_of(default_log()), HasSubstr("not an absolute path"));
+    for (const auto& [chosen, problem] :
+         {std::pair(m_folder / "missing", "does not exist"), std::pair(m_folder.path(), "cannot be read"),
+          std::pair(std::string("relative"), "not an absolute path")}) {
+        m_places.chosen = chosen;
+        configure_nothing();
+        EXPECT_EQ(Poco::Message::PRIO_DEBUG, logger("A").getLevel()) << problem;
+        m_registry.reset();
+        EXPECT_THAT(lines_of(default_log()).back(), HasSubstr(problem));
+    }
 }
 
 TEST_F(Registry, SurvivesAnyBytes)

@@ -1,12 +1,12 @@
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
 
 #include "logger/PropertyReader.h"
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using ::testing::ElementsAreArray;
 using zvlog::PropertyReader;
 
 namespace {
@@ -20,59 +20,39 @@ std::vector<std::string> read(std::string_view text)
     return found;
 }
 
-TEST(PropertyReader, SplitsAtTheFirstEqualsSignOrColon)
+struct Reading {
+    const char* name;
+    std::string_view text;
+    /// "key|value", or a lone word.
+    std::vector<std::string> found;
+};
+
+class PropertyText : public ::testing::TestWithParam<Reading> {};
+
+TEST_P(PropertyText, IsReadAsItsProperties)
 {
-    EXPECT_THAT(read("a = b\nc: d=e\nf=g:h"), ElementsAre("a|b", "c|d=e", "f|g:h"));
+    EXPECT_THAT(read(GetParam().text), ElementsAreArray(GetParam().found));
 }
 
-TEST(PropertyReader, TakesBlanksOffKeysAndValues)
-{
-    EXPECT_THAT(read("  some key \t=\t a value  \r\n"), ElementsAre("some key|a value"));
-}
-
-TEST(PropertyReader, SkipsCommentsAndEmptyLines)
-{
-    EXPECT_THAT(read("# a = 1\n\n  ! b = 2\n\r\n"), IsEmpty());
-}
-
-TEST(PropertyReader, ACommentSignInsideAValueIsPartOfIt)
-{
-    EXPECT_THAT(read("a = 1 # one"), ElementsAre("a|1 # one"));
-}
-
-TEST(PropertyReader, KnowsTheEscapesOfPropertyFiles)
-{
-    EXPECT_THAT(read("a = x\\ty\\nz\\r\\f\\\\ \\q"), ElementsAre("a|x\ty\nz\r\f\\ q"));
-}
-
-TEST(PropertyReader, ABackslashAtTheEndOfALineContinuesIt)
-{
-    EXPECT_THAT(read("a = 1,\\\n2,\\\r\n3\nb = 4"), ElementsAre("a|1,2,3", "b|4"));
-    EXPECT_THAT(read("a = 1\\\\\nb = 2\n"), ElementsAre("a|1\\", "b|2"));
-}
-
-TEST(PropertyReader, GivesALoneWordWithoutAValue)
-{
-    EXPECT_THAT(read("word\nkey ="), ElementsAre("word", "key|"));
-}
-
-TEST(PropertyReader, EndsWithATextThatEndsInTheMiddleOfAnything)
-{
-    EXPECT_THAT(read(""), IsEmpty());
-    EXPECT_THAT(read("   "), IsEmpty());
-    EXPECT_THAT(read("#"), IsEmpty());
-    EXPECT_THAT(read("a"), ElementsAre("a"));
-    EXPECT_THAT(read("a="), ElementsAre("a|"));
-    EXPECT_THAT(read("a=\\"), ElementsAre("a|"));
-    EXPECT_THAT(read("a=b\\\r"), ElementsAre("a|b"));
-    EXPECT_THAT(read("=b"), ElementsAre("|b"));
-}
-
-TEST(PropertyReader, IgnoresAByteOrderMark)
-{
-    EXPECT_THAT(read("\xEF\xBB\xBF"
-                     "a = 1"),
-                ElementsAre("a|1"));
-}
+INSTANTIATE_TEST_SUITE_P(
+    All, PropertyText,
+    ::testing::Values(
+        Reading{"TheFirstEqualsSignOrColonSeparates", "a = b\nc: d=e\nf=g:h", {"a|b", "c|d=e", "f|g:h"}},
+        Reading{"BlanksAroundAreLeftOut", "  some key \t=\t a value  \r\n", {"some key|a value"}},
+        Reading{"CommentsAndEmptyLinesAreLeftOut", "# a = 1\n\n  ! b = 2\n\r\n", {}},
+        Reading{"ACommentSignMayBeInAValue", "a = 1 # one", {"a|1 # one"}},
+        Reading{"Escapes", "a = x\\ty\\nz\\r\\f\\\\ \\q", {"a|x\ty\nz\r\f\\ q"}},
+        Reading{"ABackslashContinuesALine", "a = 1,\\\n2,\\\r\n3\nb = 4", {"a|1,2,3", "b|4"}},
+        Reading{"AnEscapedBackslashDoesNot", "a = 1\\\\\nb = 2\n", {"a|1\\", "b|2"}},
+        Reading{"ALoneWordHasNoValue", "word\nkey =", {"word", "key|"}}, Reading{"Nothing", "", {}},
+        Reading{"Blanks", "   ", {}}, Reading{"AnEmptyComment", "#", {}},
+        Reading{"AWordAtTheEnd", "a", {"a"}}, Reading{"ASeparatorAtTheEnd", "a=", {"a|"}},
+        Reading{"ABackslashAtTheEnd", "a=\\", {"a|"}}, Reading{"HalfALineEndAtTheEnd", "a=b\\\r", {"a|b"}},
+        Reading{"AnEmptyKey", "=b", {"|b"}},
+        Reading{"AByteOrderMarkIsLeftOut",
+                "\xEF\xBB\xBF"
+                "a = 1",
+                {"a|1"}}),
+    [](const auto& test) { return test.param.name; });
 
 } // namespace

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-// A folder and an environment of the test's own.
+// A folder and an environment for one test.
 
-/// A folder that is gone, with all it holds, when the test ends.
+/// A folder that is removed with everything in it when the test ends.
 class Folder {
 public:
     Folder();
@@ -30,7 +30,7 @@ public:
     Environment(const Environment&) = delete;
     Environment& operator=(const Environment&) = delete;
     void set(const std::string& name, const std::string& value);
-    /// Under the names that systems give it.
+    /// Under the name that each system has for it.
     void set_home(const std::string& folder);
     void unset(const std::string& name);
 
@@ -39,7 +39,7 @@ private:
     std::map<std::string, std::optional<std::string>> m_old;
 };
 
-/// A user without any files: an empty home, and nothing in the environment that leads out of it.
+/// A user without any files: an empty home, and an environment that does not lead out of it.
 class EmptyHome {
 public:
     EmptyHome();
@@ -50,7 +50,8 @@ public:
     std::string default_log() const { return folder / ".local/state/zvgentl/zvgentl.log"; }
 };
 
-/// Root may write anywhere; while this lives, the test may not. Files of the test must be open to all.
+/// Root may write anywhere; while this object lives, the test may not. The files of the test must be open to
+/// all.
 class Unprivileged {
 public:
     Unprivileged();
@@ -62,10 +63,10 @@ private:
     bool m_was_root;
 };
 
-/// The content; empty when there is no such file.
+/// The content; empty if there is no such file.
 std::string content_of(const std::string& path);
 std::vector<std::string> lines_of(const std::string& path);
-/// Writes a file as it stands, making its folder.
+/// Writes a file exactly as given, and makes its folder.
 void write_file(const std::string& path, const std::string& text);
 bool is_there(const std::string& path);
 std::vector<std::string> names_in(const std::string& folder);

@@ -10,6 +10,7 @@
 #include "unit/logger/Sandbox.h"
 
 namespace fs = std::filesystem;
+using platform::Replacement;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -31,7 +32,7 @@ protected:
 
     std::string file() const { return m_places.chosen; }
 
-    /// Puts a text of the same length into the same file and gives it the old time back.
+    /// Puts a text of the same length into the same file and restores its time.
     void edit_without_a_trace(const std::string& text)
     {
         ASSERT_EQ(text.size(), fs::file_size(file()));
@@ -72,21 +73,14 @@ TEST_F(Settings, ReadingAloneAddsNothing)
     EXPECT_EQ("b = 1\n", content_of(file()));
 }
 
-TEST_F(Settings, AnEditIsNoticedAtTheNextRead)
-{
-    read_or_add("a", 4);
-    write_file(file(), "a = 17\n");
-    EXPECT_EQ(17u, read_or_add("a", 4));
-    EXPECT_THAT(m_store.value("a"), Optional(17u));
-}
-
-TEST_F(Settings, AnEditIsNoticedThatLeavesSizeAndTimeAsTheyWere)
+TEST_F(Settings, AnEditThatKeepsSizeAndTimeIsNoticed)
 {
     write_file(file(), "a = 1\n");
     EXPECT_EQ(1u, read_or_add("a", 4));
     for (std::uint32_t value = 2; value < 10; ++value) {
         edit_without_a_trace("a = " + std::to_string(value) + "\n");
         EXPECT_EQ(value, read_or_add("a", 4));
+        EXPECT_THAT(m_store.value("a"), Optional(value));
     }
 }
 
@@ -163,21 +157,15 @@ TEST_F(Settings, AMalformedValueIsTheDefaultAndOneWarning)
     EXPECT_EQ("a = many\nb = -1\n", content_of(file()));
 }
 
-TEST_F(Settings, TheChosenFileComesFirstThenTheUsersThenTheSystems)
+TEST_F(Settings, OnlyTheFirstFileIsReadOfTheChosenTheUsersAndTheSystems)
 {
-    write_file(m_places.system, "a = 3\n");
+    write_file(m_places.system, "a = 3\nb = 4\n");
     EXPECT_EQ(3u, read_or_add("a", 0));
     write_file(m_places.user, "a = 2\n");
     EXPECT_EQ(2u, read_or_add("a", 0));
     write_file(m_places.chosen, "a = 1\n");
     EXPECT_EQ(1u, read_or_add("a", 0));
-}
-
-TEST_F(Settings, OnlyTheFirstFileThatExistsIsRead)
-{
-    write_file(m_places.system, "a = 3\n");
-    write_file(m_places.user, "b = 2\n");
-    EXPECT_EQ(std::nullopt, m_store.value("a"));
+    EXPECT_EQ(std::nullopt, m_store.value("b"));
 }
 
 TEST_F(Settings, WithoutAChosenFileKeysGoToTheUsers)
@@ -198,7 +186,7 @@ TEST_F(Settings, ANewFileTakesOverTheOneThatCountedBefore)
     EXPECT_EQ("# for all\na = 3\n", content_of(m_places.system));
 }
 
-TEST_F(Settings, AChosenFileThatDisappearsIsMadeAnew)
+TEST_F(Settings, AChosenFileThatDisappearsIsMadeAgain)
 {
     read_or_add("a", 1);
     fs::remove(file());
@@ -303,11 +291,11 @@ TEST_F(Settings, AnotherChosenFileCountsFromTheNextRead)
     EXPECT_EQ(9u, read_or_add("a", 4));
 }
 
-// The store knows nothing of the editor, and the editor nothing of its lock: an edit that comes between the
-// store's look at the file and its replacement must survive.
+// An editor knows nothing of the store's lock: an edit must survive if it comes after the store has read the
+// file and before it replaces it.
 class EditedFile : public ::testing::Test {
 protected:
-    platform::Replacement replace(const platform::FileContent& seen)
+    Replacement replace(const platform::FileContent& seen)
     {
         return platform::replace_file(m_file, seen, "a = 1\nb = 2\n", m_reason);
     }
@@ -317,46 +305,39 @@ protected:
     std::string m_reason;
 };
 
-TEST_F(EditedFile, IsReplacedWhenNobodyTouchedIt)
+TEST_F(EditedFile, IsReplacedIfNobodyTouchedIt)
 {
     write_file(m_file, "a = 1\n");
-    EXPECT_EQ(platform::Replacement::done, replace(platform::read_file(m_file)));
+    EXPECT_EQ(Replacement::done, replace(platform::read_file(m_file)));
     EXPECT_EQ("a = 1\nb = 2\n", content_of(m_file));
 }
 
-TEST_F(EditedFile, SurvivesWhenItWasReplacedMeanwhile)
+TEST_F(EditedFile, SurvivesIfItWasReplacedOrWrittenMeanwhile)
 {
-    write_file(m_file, "a = 1\n");
-    const auto seen = platform::read_file(m_file);
-    write_file(m_folder / "edited", "a = 3\n");
-    fs::rename(m_folder / "edited", m_file);
-    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
-    EXPECT_EQ("a = 3\n", content_of(m_file));
+    for (const char* const name : {"settings.properties", "edited"}) {
+        write_file(m_file, "a = 1\n");
+        const auto seen = platform::read_file(m_file);
+        write_file(m_folder / name, "a = 3\n");
+        fs::rename(m_folder / name, m_file);
+        EXPECT_EQ(Replacement::outdated, replace(seen));
+        EXPECT_EQ("a = 3\n", content_of(m_file)) << name;
+    }
 }
 
-TEST_F(EditedFile, SurvivesWhenItWasWrittenMeanwhile)
-{
-    write_file(m_file, "a = 1\n");
-    const auto seen = platform::read_file(m_file);
-    write_file(m_file, "a = 3\n");
-    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
-    EXPECT_EQ("a = 3\n", content_of(m_file));
-}
-
-TEST_F(EditedFile, SurvivesWhenItWasMadeMeanwhile)
+TEST_F(EditedFile, SurvivesIfItWasMadeMeanwhile)
 {
     const auto seen = platform::read_file(m_file);
     write_file(m_file, "a = 3\n");
-    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ(Replacement::outdated, replace(seen));
     EXPECT_EQ("a = 3\n", content_of(m_file));
 }
 
-TEST_F(EditedFile, IsNotMadeAnewOverADeletion)
+TEST_F(EditedFile, StaysDeletedIfItWasDeletedMeanwhile)
 {
     write_file(m_file, "a = 1\n");
     const auto seen = platform::read_file(m_file);
     fs::remove(m_file);
-    EXPECT_EQ(platform::Replacement::outdated, replace(seen));
+    EXPECT_EQ(Replacement::outdated, replace(seen));
     EXPECT_THAT(names_in(m_folder.path()), IsEmpty());
 }
 

@@ -15,8 +15,7 @@
 
 #include "unit/logger/Sandbox.h"
 
-// The built library as it is loaded into an application and unloaded again: every test starts with a library
-// that has no past.
+// The built library, loaded into an application and unloaded again: every test starts with a fresh library.
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -145,7 +144,7 @@ TEST_F(Library, IgnoresRelativeFoldersOfTheEnvironment)
     std::filesystem::current_path(old_folder);
 }
 
-TEST_F(Library, DoesNotBringAMissingHomeIntoBeing)
+TEST_F(Library, DoesNotCreateAMissingHome)
 {
     m_home.environment.set("HOME", m_home.folder / "missing");
     const LoadedLibrary library;

@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/FileLock.h"
 #include "unit/logger/Sandbox.h"
 
 using ::testing::Each;
@@ -16,17 +18,22 @@ using ::testing::SizeIs;
 
 namespace {
 
-/// Runs `count` workers at once and gives their exit codes.
+/// Runs `count` workers that start together, and gives their exit codes.
 std::vector<int> run_workers(int count, const std::string& task, int rounds)
 {
+    const Folder folder;
+    const std::string gate = folder / "gate";
+    auto closed = std::make_unique<platform::FileLock>(gate);
     std::vector<pid_t> workers;
     for (int number = 0; number < count; ++number) {
-        std::string words[] = {ZV_LOGGER_WORKER, task, std::to_string(number), std::to_string(rounds)};
-        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
+        std::string words[] = {ZV_LOGGER_WORKER, task, std::to_string(number), std::to_string(rounds), gate};
+        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(),
+                             words[3].data(), words[4].data(), nullptr};
         pid_t worker = -1;
         EXPECT_EQ(0, posix_spawn(&worker, ZV_LOGGER_WORKER, nullptr, nullptr, arguments, environ));
         workers.push_back(worker);
     }
+    closed.reset();
     std::vector<int> codes;
     for (const pid_t worker : workers) {
         int status = -1;
@@ -39,17 +46,14 @@ std::vector<int> run_workers(int count, const std::string& task, int rounds)
 /// What a worker leaves behind of its key of a round.
 std::string edited_entry(int number, int round)
 {
-    std::string entry = "Worker" + std::to_string(number);
-    return entry.append(".Key")
-        .append(std::to_string(round))
-        .append(" = ")
-        .append(std::to_string(round + 1000));
+    return "Worker" + std::to_string(number) + ".Key" + std::to_string(round) + " = " +
+           std::to_string(round + 1000);
 }
 
 TEST(Processes, LoseNoSettingAndTearNoFile)
 {
     constexpr int processes = 8;
-    constexpr int rounds = 500;
+    constexpr int rounds = 60;
     EmptyHome home;
     const std::string file = home.folder / "settings.properties";
     home.environment.set("ZV_SETTINGS_FILE", file);

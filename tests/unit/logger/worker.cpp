@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string>
 #include <system_error>
+#include <tuple>
 
 #include <Poco/Message.h>
 #include <fcntl.h>
@@ -13,11 +14,13 @@
 #include "zvlog/ZVLogger.h"
 #include "zvlog/ZVSettings.h"
 
+#include "platform/FileLock.h"
 #include "unit/logger/Sandbox.h"
 
-// One of several processes that use the library at the same time.
-//   worker settings NUMBER ROUNDS   adds a key of its own in each round and edits an older one
-//   worker log NUMBER LINES         writes lines to the default log
+// One of several processes that use the library at the same time. It starts work when it gets the lock GATE,
+// so that all begin together.
+//   worker settings NUMBER ROUNDS GATE   adds a key of its own in each round, and edits it
+//   worker log NUMBER LINES GATE         writes lines to the default log
 
 namespace {
 
@@ -26,7 +29,7 @@ std::string key_name(const std::string& number, unsigned round)
     return "Worker" + number + ".Key" + std::to_string(round);
 }
 
-// As a careful script edits: under the lock that flock(1) takes, and all or nothing.
+// The way a careful script edits: under the lock that flock(1) takes, and as a whole.
 void edit(const std::string& file, const std::string& key, std::uint32_t value)
 {
     const int lock = open((file + ".lock").c_str(), O_RDONLY);
@@ -37,7 +40,7 @@ void edit(const std::string& file, const std::string& key, std::uint32_t value)
     text.replace(start, text.find('\n', start) - start, key + " = " + std::to_string(value));
     const std::string edited = file + "." + key;
     write_file(edited, text);
-    std::error_code denied; // by systems that replace no file that somebody reads at that moment
+    std::error_code denied; // by systems that do not replace a file while somebody reads it
     do
         std::filesystem::rename(edited, file, denied);
     while (denied == std::errc::permission_denied);
@@ -85,11 +88,12 @@ int write_lines(const std::string& number, unsigned lines)
 
 int main(int count, char** arguments)
 {
-    if (count != 4) {
-        std::cerr << "worker settings|log NUMBER ROUNDS\n";
+    if (count != 5) {
+        std::cerr << "worker settings|log NUMBER ROUNDS GATE\n";
         return 64;
     }
     const std::string task = arguments[1];
+    std::ignore = platform::FileLock(arguments[4]); // waits for the lock, and gives it up at once
     const auto rounds = static_cast<unsigned>(std::atoi(arguments[3]));
     return task == "log" ? write_lines(arguments[2], rounds) : use_settings(arguments[2], rounds);
 }
