@@ -12,10 +12,9 @@ class App;
 
 namespace zvgentl::tool {
 
-/// The options of one command, as it describes them: names ("-n,--frames"), what stands for the value in the
-/// help
-/// ("N"), a sentence of help, and the variable that receives the value. A variable keeps its value when the
-/// option is not given, and must live as long as the list.
+/// The options of one command, as it describes them: names ("-n,--frames"), the placeholder of the value in
+/// the help ("N"), a sentence of help, and the variable that receives the value. A variable keeps its value
+/// when the option is not given, and must live as long as the list.
 class OptionList {
 public:
     explicit OptionList(CLI::App& parser) : m_parser(parser) {}
