@@ -327,6 +327,14 @@ TEST(ConfigurationVariables, TakeTheirLimits)
     }
 }
 
+TEST(ConfigurationVariables, SetTheSizeOfCamerasThatKeepTheirFormats)
+{
+    Environment environment;
+    environment.size = "2x16384"; // one step of Mono12p, which the first camera offers
+    for (const auto& camera : cameras_of(*Configuration::make(environment)))
+        EXPECT_EQ(2U, camera.start.width);
+}
+
 TEST(ConfigurationVariables, LetPicturesSetSizeAndFormat)
 {
     const zvsim_test::Folder folder;

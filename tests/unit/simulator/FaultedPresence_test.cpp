@@ -105,6 +105,8 @@ TEST(FaultedPresence, EndsAtAnEventAndComesBackAtTheNext)
 {
     const Presence by_scan{grabbers, {at_scan(2, false, camera), at_scan(4, true, camera)}};
     EXPECT_EQ("+---+", presence_of(camera, by_scan, "sslss"));
+    const Presence in_reverse{grabbers, {at_scan(3, true, camera), at_scan(2, false, camera)}};
+    EXPECT_EQ("+-++", presence_of(camera, in_reverse, "ssss"));
     const Presence by_time{grabbers, {at_time(1s, false, grabber), at_time(3s, true, grabber)}};
     EXPECT_EQ("+--+", presence_of(grabber, by_time, "0123"));
 }
