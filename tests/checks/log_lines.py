@@ -1,8 +1,8 @@
-"""Holds the table of log lines against the producer's source, or writes it anew.
+"""Holds the table of log lines against the producer's source, or writes a new one.
 
 A row stands for a call site: logger, number, function in braces, priorities, message with printf placeholders.
 The source says most of it; what it cannot say (a priority chosen at run time) is written in the table by hand
-and kept when the table is written anew. So is a sixth field, the reason why a line that is contract cannot be reached.
+and kept when a new table is written. So is a sixth field, the reason why a line that is contract cannot be reached.
 """
 
 import argparse

@@ -165,7 +165,7 @@ check "a removal ends with 0" same 0 "$(line_code "$remove")"
 check "what only begins like our folder stays" same "REG_SZ C:\\Program Files\\ZVGenTL\\bin2" \
     "$(value GENICAM_GENTL64_PATH)"
 set_value GENICAM_GENTL64_PATH REG_BINARY 414243
-check "a variable that is no text is reported with code 3" same 3 "$(code_of "$new" /S)"
+check "a variable that is not text is reported with code 3" same 3 "$(code_of "$new" /S)"
 check "and left alone" same "REG_BINARY 414243" "$(value GENICAM_GENTL64_PATH)"
 windows reg delete "$environment" /f /v GENICAM_GENTL64_PATH >/dev/null
 # One character longer than what leaves room for our folder: the system allows 32766.

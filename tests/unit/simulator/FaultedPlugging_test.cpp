@@ -83,7 +83,7 @@ TEST_F(FaultedPlugging, TheAcquisitionOfAnUnpluggedCameraEndsByItself)
 
 TEST_F(FaultedPlugging, ACableCanBePulledAtATime)
 {
-    plan("events: [{at: 200 ms, do: unplug, grabber: 0, camera: 0}]");
+    plan("events: [{at: 2 s, do: unplug, grabber: 0, camera: 0}]"); // long after the start, on any machine
     Acquired acquired{open_camera(), 1};
     ASSERT_EQ(success, acquired.start());
     ASSERT_TRUE(acquired.receiver.wait_for(2)) << "nobody calls, and it ends anyway";
