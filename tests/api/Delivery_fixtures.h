@@ -24,7 +24,7 @@ protected:
 
     static bool is_filled_with(const std::vector<uint8_t>& memory, uint8_t value)
     {
-        return std::all_of(memory.begin(), memory.end(), [value](uint8_t byte) { return byte == value; });
+        return std::all_of(memory.begin(), memory.end(), [value](uint8_t each) { return each == value; });
     }
 
 private:
