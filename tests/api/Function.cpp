@@ -45,7 +45,7 @@ Refusal refusal_of_device(const std::string& name, HandleState state)
 /// The ID of what is open in every fixture.
 const char* id_for(Kind kind)
 {
-    return kind == Kind::system ? "FG0" : kind == Kind::interface ? "Device00" : "Stream000";
+    return kind == Kind::system ? "FG0" : kind == Kind::iface ? "Device00" : "Stream000";
 }
 
 uint8_t pixels[64];
@@ -139,7 +139,7 @@ Refusal Function::refusal(HandleState state) const
     const std::string text = std::string(name) + " - GC_ERR_INVALID_HANDLE";
     const bool is_closed = state == HandleState::closed;
     switch (kind) {
-    case Kind::interface:
+    case Kind::iface:
         return invalid_handle(info_line(is_closed ? text + ", grabber is closed" : text));
     case Kind::device:
         return refusal_of_device(name, state);
@@ -225,7 +225,7 @@ void* handle_of(Kind kind, const Handles& handles)
     switch (kind) {
     case Kind::system:
         return handles.tl;
-    case Kind::interface:
+    case Kind::iface:
         return handles.iface;
     case Kind::device:
         return handles.dev;

@@ -28,7 +28,7 @@ struct Handles {
 
 /// What a function's handle names. A port is a module of any kind; a source of events too, but only a stream
 /// has events.
-enum class Kind { none, system, interface, device, stream, event, port, source };
+enum class Kind { none, system, iface, device, stream, event, port, source };
 
 /// Arguments that a function insists on. All are pointers but the last two, which must not be 0.
 enum class Needed { code, id, memory, text, size, type, number, handle, entries, room, frames };

@@ -331,7 +331,7 @@ std::vector<HandleAfter> handles_after(const Ending& ending, const Function& fun
         return {};
     case Kind::system:
         return {{handles.tl, ending.tl}};
-    case Kind::interface:
+    case Kind::iface:
         // Contract: a second close has an answer of its own. Pinned by
         // IFClose.CallsTheLibraryBeforeItLooksAtTheFlag.
         return {{handles.iface,

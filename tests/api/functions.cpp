@@ -209,33 +209,32 @@ const std::vector<Function> functions = {
         .after(find_another_grabber),
 
     // Interfaces.
-    function("IFClose", Kind::interface, "Enter IFClose", [](A& a) { return IFClose(a.handle); }),
-    function("IFGetInfo", Kind::interface, "Enter IFGetInfo info= 1 ",
+    function("IFClose", Kind::iface, "Enter IFClose", [](A& a) { return IFClose(a.handle); }),
+    function("IFGetInfo", Kind::iface, "Enter IFGetInfo info= 1 ",
              [](A& a) { return IFGetInfo(a.handle, a.command, a.type, a.text, a.size); })
         .with_command(INTERFACE_INFO_DISPLAYNAME)
         .needs(all_of_a_query, Order::before_handle),
-    function("IFGetNumDevices", Kind::interface, "Enter IFGetNumDevices",
+    function("IFGetNumDevices", Kind::iface, "Enter IFGetNumDevices",
              [](A& a) { return IFGetNumDevices(a.handle, a.number); })
         .needs_silently({Needed::number}, Order::before_handle),
-    function("IFGetDeviceID", Kind::interface,
-             "Enter IFGetDeviceID, handle=0x{handle16}, index=99, size={size}",
+    function("IFGetDeviceID", Kind::iface, "Enter IFGetDeviceID, handle=0x{handle16}, index=99, size={size}",
              [](A& a) { return IFGetDeviceID(a.handle, 99, a.text, a.size); })
         .needs({Needed::size}, Order::before_handle)
         .answers_missing(missing_with_text("GC_ERR_INVALID_PARAMETER: piSize invalid parameter")),
-    function("IFUpdateDeviceList", Kind::interface, "Enter IFUpdateDeviceList",
+    function("IFUpdateDeviceList", Kind::iface, "Enter IFUpdateDeviceList",
              [](A& a) { return IFUpdateDeviceList(a.handle, a.changed, 0); })
         .timed()
         .after(find_another_camera),
-    function("IFGetDeviceInfo", Kind::interface, "Enter IFGetDeviceInfo handle=0x{handle16}, info=2 ",
+    function("IFGetDeviceInfo", Kind::iface, "Enter IFGetDeviceInfo handle=0x{handle16}, info=2 ",
              [](A& a) { return IFGetDeviceInfo(a.handle, a.id, a.command, a.type, a.text, a.size); })
         .with_command(DEVICE_INFO_MODEL)
         .needs({Needed::id, Needed::type, Needed::size, Needed::room}, Order::before_handle),
-    function("IFOpenDevice", Kind::interface, "Enter IFOpenDevice handle = 0x{handle16}, flags=0x4",
+    function("IFOpenDevice", Kind::iface, "Enter IFOpenDevice handle = 0x{handle16}, flags=0x4",
              [](A& a) { return IFOpenDevice(a.handle, a.id, DEVICE_ACCESS_EXCLUSIVE, a.handle_out); })
         .timed()
         .needs({Needed::id, Needed::handle}, Order::before_handle)
         .after(ask_for_a_strange_device),
-    function("IFGetParentTL", Kind::interface, "Enter IFGetParentTL",
+    function("IFGetParentTL", Kind::iface, "Enter IFGetParentTL",
              [](A& a) { return IFGetParentTL(a.handle, a.handle_out); })
         .needs_silently({Needed::handle}, Order::before_handle),
 
