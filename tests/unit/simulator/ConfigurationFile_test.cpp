@@ -81,16 +81,19 @@ TEST_F(AUser, HasAFileOfTheirOwn)
     EXPECT_EQ("", file.problem);
 }
 
-TEST_F(AUser, ChoosesAnotherFolderByAnAbsolutePath)
+TEST_F(AUser, ChoosesAnotherFolder)
 {
     write(usual_file, "usual");
     write(home.path() / "chosen/zvgentl/grabbers.yaml", "chosen");
-    const auto text_with = [](const std::string& folder) {
-        const Variable variable{folder_variable, folder};
-        return ConfigurationFile::find().text;
-    };
-    EXPECT_EQ("chosen", text_with(home.file("chosen").string()));
-    EXPECT_EQ("usual", text_with("chosen"));
+    const Variable variable{folder_variable, home.file("chosen").string()};
+    EXPECT_EQ("chosen", ConfigurationFile::find().text);
+}
+
+TEST_F(AUser, KeepsTheUsualFolderWhenTheChosenOneIsRelative)
+{
+    write(usual_file, "usual");
+    const Variable variable{folder_variable, "chosen"};
+    EXPECT_EQ("usual", ConfigurationFile::find().text);
 }
 
 TEST_F(AUser, CanNameAnyFile)
@@ -120,15 +123,19 @@ TEST_F(AnUnreadableFile, IsReportedWithItsReason)
     expect_problem("any.yaml", " ZV_GRABBER_CONFIG must be an absolute path");
     expect_problem(home.file("none.yaml"), " cannot be found: No such file~");
     expect_problem(home.path(), " not a regular file");
+    write(home.file("long.yaml"), std::string(3 * zvsim::YamlDocument::largest_text, '#'));
+    expect_problem(home.file("long.yaml"), " the file is larger than 1 MiB; allowed: up to 1 MiB");
+    write(home.file("binary.yaml"), {"\x7F\x45LF\0\0", 6});
+    expect_problem(home.file("binary.yaml"), "1: character 127 is not text; allowed: YAML in UTF-8");
+}
+
+TEST_F(AnUnreadableFile, MayBeADeviceAPipeOrALinkToItself)
+{
     expect_problem("/dev/zero", " not a regular file");
     ASSERT_EQ(0, mkfifo(home.file("pipe").string().c_str(), 0600));
     expect_problem(home.file("pipe"), " not a regular file");
     fs::create_symlink("loop", home.file("loop"));
     expect_problem(home.file("loop"), " cannot be found: Too many levels of symbolic links~");
-    write(home.file("long.yaml"), std::string(3 * zvsim::YamlDocument::largest_text, '#'));
-    expect_problem(home.file("long.yaml"), " the file is larger than 1 MiB; allowed: up to 1 MiB");
-    write(home.file("binary.yaml"), {"\x7F\x45LF\0\0", 6});
-    expect_problem(home.file("binary.yaml"), "1: character 127 is not text; allowed: YAML in UTF-8");
 }
 
 TEST_F(AnUnreadableFile, MayBeOneThatItsOwnerKeepsPrivate)
