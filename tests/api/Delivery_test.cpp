@@ -62,7 +62,7 @@ TEST_P(Delivery, IgnoresFramesOfAnIdleStream)
 {
     stop();
     forget();
-    for (const uint64_t time : {1, 2})
+    for (const uint64_t time : {1U, 2U})
         deliver(*buffers[0], Frame{time, 0, 0, -1});
     EXPECT_EQ(Calls{}, fake.calls());
     EXPECT_EQ(0U, num_delivered());

@@ -112,7 +112,7 @@ TEST_F(IFGetDeviceInfo, RefusesUnknownIDsBeforeUnknownCommands)
 
 TEST_F(IFGetDeviceInfo, RefusesIDsOfAnEarlierList)
 {
-    for (const uint32_t cameras : {2, 1}) {
+    for (const uint32_t cameras : {2U, 1U}) {
         fake.grabber(0).has_cameras(cameras);
         ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
     }

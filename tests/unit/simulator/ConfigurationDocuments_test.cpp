@@ -190,8 +190,8 @@ TEST(FaultPage, NamesEveryKindOnceWithAnExampleThatIsRead)
     for (const std::string& row :
          found_in(text_of("docs/faults.md"), "\n\\| `([^\n]*\\| `\\{kind: [^\n]*)")) {
         documented.push_back(row.substr(0, row.find('`')));
-        const auto examples = found_in(row, "(\\{kind: [^`]*)");
-        const auto configuration = configured_by("faults: [" + examples.at(0) + "]");
+        const auto faults = found_in(row, "(\\{kind: [^`]*)");
+        const auto configuration = configured_by("faults: [" + faults.at(0) + "]");
         EXPECT_THAT(configuration->errors, IsEmpty()) << row;
         ASSERT_EQ(1U, configuration->faults.faults.size()) << row;
         EXPECT_EQ(documented.back(), row_of(configuration->faults.faults.front().kind).name);
