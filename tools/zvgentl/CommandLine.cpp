@@ -109,7 +109,8 @@ void OptionList::repeated(const char* names, const char* value, const char* help
              add = std::move(add)](const std::vector<std::string>& words) {
                 for (const auto& word : words)
                     if (!add(word))
-                        throw CLI::ValidationError(name, "\"" + word + "\" is not of the form " + form);
+                        throw CLI::ValidationError(name,
+                                                   fmt::format("\"{}\" is not of the form {}", word, form));
             },
             help)
         ->type_name(value)

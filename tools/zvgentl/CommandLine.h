@@ -39,6 +39,7 @@ public:
                 const std::vector<Choice<Value>>& choices)
     {
         std::vector<std::string> words;
+        words.reserve(choices.size());
         for (const auto& choice : choices)
             words.push_back(choice.word);
         word_of(names, value, help, words,
