@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the packages of the same commit a second time, in a clone in another folder, without the compiler cache and with
-# newly built libraries for Windows, and compares them byte by byte. With local changes there is no
-# commit to compare with, which is a failure.
+# newly built libraries for Windows, and compares them byte by byte. With local changes there is no commit to compare
+# with, which is a failure.
 #
 #     tests/packages/check_same_bytes.sh PACKAGES-FOLDER
 set -euo pipefail
