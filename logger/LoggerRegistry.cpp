@@ -14,7 +14,6 @@
 #include "logger/RotatingFileChannel.h"
 #include "platform/environment.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/paths.h"
 
 // Poco 1.7 takes the channel as a bare pointer, later versions as a counted one: both accept this.

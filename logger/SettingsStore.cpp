@@ -2,7 +2,6 @@
 
 #include "platform/FileLock.h"
 #include "platform/environment.h"
-#include "platform/folders.h"
 #include "platform/paths.h"
 
 namespace zvlog {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 
@@ -14,8 +15,8 @@ public:
     /// Moves the file out of the way, for example by renaming it.
     using MoveAway = std::function<void()>;
 
-    explicit AppendFile(std::string path);
-    ~AppendFile();
+    explicit AppendFile(std::string path) : m_path{std::move(path)} {}
+    ~AppendFile() { close(); }
     AppendFile(const AppendFile&) = delete;
     AppendFile& operator=(const AppendFile&) = delete;
 

@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "platform/process_end.h"
+#include "platform/unloading.h"
 #include "simulator/CyclicStream.h"
 #include "simulator/Log.h"
 #include "simulator/QueuedStream.h"

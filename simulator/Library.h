@@ -12,7 +12,7 @@
 
 #include "zvgr/ZVGRLib.h"
 
-#include "platform/LoadedModule.h"
+#include "platform/unloading.h"
 #include "simulator/Configuration.h"
 #include "simulator/Devices.h"
 #include "simulator/Stream.h"

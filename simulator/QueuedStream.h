@@ -6,7 +6,7 @@
 
 #include "zvgr/ZVGRLib.h"
 
-#include "platform/LoadedModule.h"
+#include "platform/unloading.h"
 #include "simulator/Stream.h"
 
 namespace zvsim {

@@ -7,7 +7,7 @@
 #include <optional>
 #include <thread>
 
-#include "platform/LoadedModule.h"
+#include "platform/unloading.h"
 #include "simulator/Pacer.h"
 #include "simulator/PictureSource.h"
 #include "simulator/faults/FrameFaults.h"

@@ -1,7 +1,6 @@
 #include "platform/AppendFile.h"
 
 #include <cerrno>
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -9,10 +8,6 @@
 #include <unistd.h>
 
 namespace platform {
-
-AppendFile::AppendFile(std::string path) : m_path(std::move(path)) {}
-
-AppendFile::~AppendFile() { close(); }
 
 bool AppendFile::open()
 {

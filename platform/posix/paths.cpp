@@ -1,10 +1,16 @@
 #include "platform/paths.h"
 
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
 #include <sys/stat.h>
 
-#include "platform/folders.h"
+#include "platform/environment.h"
 
 namespace platform {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -12,6 +18,15 @@ bool is_folder(const std::string& path)
 {
     struct stat state = {};
     return stat(path.c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+}
+
+fs::path product_folder(const char* variable, const char* below_home)
+{
+    const fs::path chosen = environment(variable);
+    if (chosen.is_absolute())
+        return chosen / "zvgentl";
+    const fs::path home = home_folder();
+    return home.empty() ? fs::path() : home / below_home / "zvgentl";
 }
 
 } // namespace
@@ -41,6 +56,29 @@ bool make_folders(const std::string& folder)
     if (!make_folders(folder_of(folder)))
         return false;
     return mkdir(folder.c_str(), 0700) == 0 || is_folder(folder);
+}
+
+fs::path home_folder()
+{
+    const fs::path home = environment("HOME");
+    std::error_code error; // a folder that cannot be looked at is none
+    return home.is_absolute() && fs::is_directory(home, error) ? home : fs::path();
+}
+
+fs::path user_configuration_folder() { return product_folder("XDG_CONFIG_HOME", ".config"); }
+
+fs::path machine_configuration_folder() { return "/etc/zvgentl"; }
+
+fs::path user_state_folder() { return product_folder("XDG_STATE_HOME", ".local/state"); }
+
+fs::path program_folder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+
+fs::path make_private_folder(const std::string& prefix)
+{
+    std::string name = (fs::temp_directory_path() / (prefix + "XXXXXX")).string();
+    if (mkdtemp(name.data()) == nullptr)
+        throw std::system_error(errno, std::generic_category(), "cannot create the folder " + name);
+    return name;
 }
 
 } // namespace platform

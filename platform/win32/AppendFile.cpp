@@ -1,7 +1,6 @@
 #include "platform/AppendFile.h"
 
 #include <tuple>
-#include <utility>
 
 #include "platform/win32/OpenFile.h"
 
@@ -35,10 +34,6 @@ private:
 };
 
 } // namespace
-
-AppendFile::AppendFile(std::string path) : m_path(std::move(path)) {}
-
-AppendFile::~AppendFile() { close(); }
 
 bool AppendFile::open()
 {

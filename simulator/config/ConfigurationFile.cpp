@@ -7,7 +7,7 @@
 #include <tuple>
 
 #include "platform/environment.h"
-#include "platform/folders.h"
+#include "platform/paths.h"
 #include "simulator/config/YamlDocument.h"
 
 namespace zvsim {

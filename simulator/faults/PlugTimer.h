@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/LoadedModule.h"
+#include "platform/unloading.h"
 #include "simulator/Pacer.h"
 
 namespace zvsim {

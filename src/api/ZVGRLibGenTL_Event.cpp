@@ -11,7 +11,7 @@
 #include "log/Log.h"
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
-#include "platform/monotonic_clock.h"
+#include "platform/process.h"
 
 // Event functions: GCRegisterEvent, GCUnregisterEvent and Event*.
 

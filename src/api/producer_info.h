@@ -5,7 +5,7 @@
 #include "GenTL/GenTL.h"
 
 #include "api/InfoTable.h"
-#include "platform/module_path.h"
+#include "platform/process.h"
 
 namespace zvgentl {
 

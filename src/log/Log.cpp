@@ -8,7 +8,7 @@
 
 #include "zvlog/ZVLogger.h"
 
-#include "platform/thread_id.h"
+#include "platform/process.h"
 
 namespace zvgentl {
 

@@ -169,7 +169,7 @@ class StagesForAChange(unittest.TestCase):
         (["tools/zvgentl/commands/get.cpp"], "release asan lint"),
         (["tests/unit/tools/Port_test.cpp"], "release asan"),
         (["tests/api/DS_queue_test.cpp"], "release asan tsan coverage"),
-        (["platform/win32/module_path.cpp"], "release windows asan tsan coverage lint"),
+        (["platform/win32/process.cpp"], "release windows asan tsan coverage lint"),
         (["tests/CMakeLists.txt"], "release windows packages"),
         (["tests/packages/check_zip.sh"], "release packages"),
         (["docs/testing.md", "scripts/wine.sh", "logger/Notices.h"], "release windows asan tsan lint"),

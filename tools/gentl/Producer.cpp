@@ -8,7 +8,7 @@
 
 #include "gentl/Error.h"
 #include "platform/environment.h"
-#include "platform/folders.h"
+#include "platform/paths.h"
 
 namespace zvgentl::tool {
 

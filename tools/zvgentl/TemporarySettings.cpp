@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "platform/environment.h"
-#include "platform/folders.h"
+#include "platform/paths.h"
 
 namespace zvgentl::tool {
 

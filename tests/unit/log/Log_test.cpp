@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "log/Log.h"
-#include "platform/thread_id.h"
+#include "platform/process.h"
 #include "support/FakeLoggerLibrary.h"
 #include "support/log_expectations.h"
 #include "support/on_threads.h"

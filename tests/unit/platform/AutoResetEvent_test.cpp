@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/AutoResetEvent.h"
-#include "platform/monotonic_clock.h"
+#include "platform/process.h"
 #include "support/FailingAllocations.h"
 
 using platform::AutoResetEvent;

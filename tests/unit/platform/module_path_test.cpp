@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/module_path.h"
+#include "platform/process.h"
 
 // Linked into this program, the code was loaded from it.
 TEST(ModulePath, IsTheFullPathOfTheFileThatHoldsTheCode)

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/monotonic_clock.h"
+#include "platform/process.h"
 
 using platform::monotonic_milliseconds;
 

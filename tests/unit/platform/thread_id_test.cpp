@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/thread_id.h"
+#include "platform/process.h"
 
 using platform::thread_id;
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/environment.h"
-#include "platform/folders.h"
+#include "platform/paths.h"
 
 namespace zvgentl::test {
 

@@ -1,10 +1,13 @@
-#include "platform/module_path.h"
+#include "platform/process.h"
 
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include <dlfcn.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace platform {
 
@@ -40,6 +43,15 @@ private:
 const PathAtLoad path_at_load;
 
 } // namespace
+
+uint32_t thread_id() noexcept { return static_cast<uint32_t>(::syscall(SYS_gettid)); }
+
+uint64_t monotonic_milliseconds() noexcept
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_nsec) / 1000000;
+}
 
 std::optional<std::string> module_path()
 {

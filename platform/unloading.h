@@ -1,5 +1,7 @@
 #pragma once
 
+// What a library with threads of its own needs so that it can be unloaded.
+
 namespace platform {
 
 /// Keeps the module that holds a function loaded, from construction to destruction, on systems where its
@@ -18,5 +20,9 @@ public:
 private:
     void* m_module{nullptr};
 };
+
+/// True once the system has stopped all other threads because the process ends, wherever they were: a lock
+/// may be held for good, and nothing can be waited for. Only Windows does so before it unloads a library.
+bool other_threads_were_stopped() noexcept;
 
 } // namespace platform

@@ -1,4 +1,4 @@
-#include "platform/LoadedModule.h"
+#include "platform/unloading.h"
 
 namespace platform {
 
@@ -6,5 +6,7 @@ namespace platform {
 LoadedModule::LoadedModule(const void* /*function*/) noexcept {}
 
 LoadedModule::~LoadedModule() = default;
+
+bool other_threads_were_stopped() noexcept { return false; }
 
 } // namespace platform

@@ -1,4 +1,4 @@
-#include "platform/LoadedModule.h"
+#include "platform/unloading.h"
 
 #include <utility>
 

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+// What the system knows about the code that is running.
+
+namespace platform {
+
+/// The operating system's id of the calling thread, as log lines print it.
+uint32_t thread_id() noexcept;
+
+/// Whole milliseconds of a clock that never goes back. Only differences mean something.
+uint64_t monotonic_milliseconds() noexcept;
+
+/// The full path of the file that this code was loaded from, cut at 260 characters; nothing when the system
+/// does not know it. Asking does not keep the module loaded.
+std::optional<std::string> module_path();
+
+} // namespace platform
