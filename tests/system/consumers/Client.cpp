@@ -58,6 +58,94 @@ void FrameCheck::expect_newer(const void* frame, std::size_t size)
     ++m_frames;
 }
 
+std::string Client::text(const char* call, const TextQuery& query) const
+{
+    char text[512] = {};
+    std::size_t size = sizeof text;
+    need(query(text, &size), call);
+    return text;
+}
+
+std::string Client::text_after_its_size(const char* call, const TextQuery& query, std::size_t held)
+{
+    std::size_t size = held;
+    need(query(nullptr, &size), call);
+    std::string text(size, '?');
+    need(query(text.data(), &size), call);
+    need_true(size == text.size() && text.back() == '\0', std::string(call) + " gave another size");
+    text.pop_back();
+    return text;
+}
+
+std::vector<std::string> Client::interface_ids() const
+{
+    return ids("TLGetInterfaceID", gentl.TLGetNumInterfaces, gentl.TLGetInterfaceID, m_system);
+}
+
+std::vector<std::string> Client::device_ids() const
+{
+    return ids("IFGetDeviceID", gentl.IFGetNumDevices, gentl.IFGetDeviceID, m_interface);
+}
+
+std::string Client::stream_id() const
+{
+    return id("DevGetDataStreamID", gentl.DevGetDataStreamID, m_device, 0U);
+}
+
+std::string Client::describe(const ExactPort& port) const
+{
+    return description_of(port,
+                          info("GCGetPortURLInfo", gentl.GCGetPortURLInfo, port.handle(), 0U, URL_INFO_URL));
+}
+
+void Client::open_system(std::uint64_t timeout_ms)
+{
+    bool8_t has_changed = 0;
+    need(gentl.TLOpen(&m_system), "TLOpen");
+    need(gentl.TLUpdateInterfaceList(m_system, &has_changed, timeout_ms), "TLUpdateInterfaceList");
+}
+
+void Client::open_interface(const std::string& id, std::uint64_t timeout_ms)
+{
+    bool8_t has_changed = 0;
+    need(gentl.TLOpenInterface(m_system, id.c_str(), &m_interface), "TLOpenInterface");
+    need(gentl.IFUpdateDeviceList(m_interface, &has_changed, timeout_ms), "IFUpdateDeviceList");
+}
+
+void Client::open_device(const std::string& id, DEVICE_ACCESS_FLAGS access)
+{
+    need(gentl.IFOpenDevice(m_interface, id.c_str(), access, &m_device), "IFOpenDevice");
+    need(gentl.DevGetPort(m_device, &m_remote), "DevGetPort");
+}
+
+void Client::open_stream(const std::string& id)
+{
+    need(gentl.DevOpenDataStream(m_device, id.c_str(), &m_stream), "DevOpenDataStream");
+}
+
+void Client::read_features()
+{
+    for (const PORT_HANDLE handle : {m_system, m_interface, m_device, m_stream}) {
+        const ExactPort port{gentl, handle};
+        Features{describe(port), port}.read_every();
+    }
+    m_port = std::make_unique<ExactPort>(gentl, m_remote);
+    m_features = std::make_unique<Features>(describe(*m_port), *m_port);
+    m_features->read_every();
+}
+
+void Client::take_payload(std::size_t expected)
+{
+    m_payload = static_cast<std::size_t>(m_features->integer("PayloadSize"));
+    need_true(m_payload == expected, "the payload does not fit the new size");
+}
+
+std::vector<std::vector<unsigned char>>& Client::make_memory(std::size_t frames)
+{
+    m_memory.assign(frames, std::vector<unsigned char>(m_payload));
+    return m_memory;
+}
+
 BUFFER_HANDLE Client::announce(std::vector<unsigned char>& memory, void* user) const
 {
     BUFFER_HANDLE buffer = nullptr;
@@ -87,6 +175,21 @@ void Client::stop() const
     need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
 }
 
+void Client::receive(int buffers, EVENT_HANDLE event, std::uint64_t timeout_ms, const Look& look) const
+{
+    for (int received = 0; received < buffers;) {
+        EVENT_NEW_BUFFER_DATA data{};
+        std::size_t size = sizeof data;
+        const GC_ERROR code = gentl.EventGetData(event, &data, &size, timeout_ms);
+        if (code == GC_ERR_TIMEOUT)
+            continue;
+        need(code, "EventGetData");
+        look(data);
+        queue(data.BufferHandle);
+        ++received;
+    }
+}
+
 void Client::unregister_event() const
 {
     need(gentl.GCUnregisterEvent(m_stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
@@ -97,12 +200,17 @@ void Client::flush(ACQ_QUEUE_TYPE operation) const
     need(gentl.DSFlushQueue(m_stream, operation), "DSFlushQueue");
 }
 
+void Client::revoke(BUFFER_HANDLE buffer) const
+{
+    need(gentl.DSRevokeBuffer(m_stream, buffer, nullptr, nullptr), "DSRevokeBuffer");
+}
+
 int Client::revoke_the_first_until_none_is_left() const
 {
     int revoked = 0;
     BUFFER_HANDLE buffer = nullptr;
     for (; gentl.DSGetBufferID(m_stream, 0, &buffer) == GC_ERR_SUCCESS; ++revoked)
-        need(gentl.DSRevokeBuffer(m_stream, buffer, nullptr, nullptr), "DSRevokeBuffer");
+        revoke(buffer);
     return revoked;
 }
 

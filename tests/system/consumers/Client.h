@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,7 +13,7 @@
 #include "system/consumers/features.h"
 
 // What the replayed consumers have in common: a producer that is loaded by hand, and answers that must be
-// right. In which order they call it, and with which arguments, is their own.
+// right. Each has its own order of calls, and its own arguments.
 
 namespace zvclient {
 
@@ -58,23 +59,62 @@ private:
 class Client {
 public:
     explicit Client(const Functions& functions) : gentl{functions} {}
+    virtual ~Client() = default;
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
 
 protected:
-    /// Reads every feature of the four modules of the producer and of the camera. `describe` gives the
-    /// description of a port.
-    template <class Describe>
-    void read_features(const Describe& describe)
-    {
-        for (const GenTL::PORT_HANDLE handle : {m_system, m_interface, m_device, m_stream}) {
-            const ExactPort port{gentl, handle};
-            Features{describe(port), port}.read_every();
-        }
-        m_port = std::make_unique<ExactPort>(gentl, m_remote);
-        m_features = std::make_unique<Features>(describe(*m_port), *m_port);
-        m_features->read_every();
-    }
+    /// How the client asks for texts: here in one call, with plenty of room.
+    using TextQuery = std::function<GenTL::GC_ERROR(char*, std::size_t*)>;
+    virtual std::string text(const char* call, const TextQuery& query) const;
+    /// The other way: first asks for the size, without room and with whatever the size variable holds.
+    static std::string text_after_its_size(const char* call, const TextQuery& query, std::size_t held);
 
-    /// Announces memory of the client's own.
+    template <class Query, class... Which>
+    std::string id(const char* call, const Query& query, Which... which) const
+    {
+        return text(call, [&](char* room, std::size_t* size) { return query(which..., room, size); });
+    }
+    template <class Count, class Query>
+    std::vector<std::string> ids(const char* call, const Count& count, const Query& query, void* module) const
+    {
+        std::uint32_t number = 0;
+        need(count(module, &number), call);
+        std::vector<std::string> found;
+        for (std::uint32_t index = 0; index < number; ++index)
+            found.push_back(id(call, query, module, index));
+        return found;
+    }
+    template <class Query, class... Which>
+    std::string info(const char* call, const Query& query, Which... which) const
+    {
+        GenTL::INFO_DATATYPE type = GenTL::INFO_DATATYPE_UNKNOWN;
+        const std::string answer =
+            text(call, [&](char* room, std::size_t* size) { return query(which..., &type, room, size); });
+        need_true(type == GenTL::INFO_DATATYPE_STRING, std::string(call) + " did not give a string");
+        return answer;
+    }
+    std::vector<std::string> interface_ids() const;
+    std::vector<std::string> device_ids() const;
+    std::string stream_id() const;
+    /// How the client finds the description of a port.
+    virtual std::string describe(const ExactPort& port) const;
+
+    /// Opens the system and looks for interfaces.
+    void open_system(std::uint64_t timeout_ms);
+    /// Opens an interface and looks for devices.
+    void open_interface(const std::string& id, std::uint64_t timeout_ms);
+    /// Opens a device and asks for its port.
+    void open_device(const std::string& id, GenTL::DEVICE_ACCESS_FLAGS access);
+    void open_stream(const std::string& id);
+
+    /// Reads every feature of the four modules of the producer and of the camera.
+    void read_features();
+    /// Takes the payload size that the camera says, which must be this one.
+    void take_payload(std::size_t expected);
+
+    /// Memory of the client's own for so many frames.
+    std::vector<std::vector<unsigned char>>& make_memory(std::size_t frames);
     GenTL::BUFFER_HANDLE announce(std::vector<unsigned char>& memory, void* user) const;
     void queue(GenTL::BUFFER_HANDLE buffer) const;
     GenTL::EVENT_HANDLE register_event() const;
@@ -82,25 +122,13 @@ protected:
     void stop() const;
 
     /// Waits for one buffer after the other and queues it again, until there were so many. A time-out means
-    /// that the wait was ended for a frame that had been taken already, or a slow machine.
-    template <class Look>
-    void receive(int buffers, GenTL::EVENT_HANDLE event, std::uint64_t timeout_ms, const Look& look) const
-    {
-        for (int received = 0; received < buffers;) {
-            GenTL::EVENT_NEW_BUFFER_DATA data{};
-            std::size_t size = sizeof data;
-            const GenTL::GC_ERROR code = gentl.EventGetData(event, &data, &size, timeout_ms);
-            if (code == GenTL::GC_ERR_TIMEOUT)
-                continue;
-            need(code, "EventGetData");
-            look(data);
-            queue(data.BufferHandle);
-            ++received;
-        }
-    }
+    /// that the wait ended for a frame that had been taken already, or a slow machine.
+    using Look = std::function<void(const GenTL::EVENT_NEW_BUFFER_DATA&)>;
+    void receive(int buffers, GenTL::EVENT_HANDLE event, std::uint64_t timeout_ms, const Look& look) const;
 
     void unregister_event() const;
     void flush(GenTL::ACQ_QUEUE_TYPE operation) const;
+    void revoke(GenTL::BUFFER_HANDLE buffer) const;
     /// Revokes the first buffer as long as there is one; their number.
     int revoke_the_first_until_none_is_left() const;
     /// Closes stream, device, interface and system, in this order.
@@ -115,6 +143,9 @@ protected:
     std::unique_ptr<ExactPort> m_port;
     std::unique_ptr<Features> m_features;
     std::size_t m_payload{0};
+
+private:
+    std::vector<std::vector<unsigned char>> m_memory;
 };
 
 void run_client_a(const Functions& gentl);

@@ -1,6 +1,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "system/consumers/Client.h"
@@ -17,7 +18,6 @@ using namespace zvclient;
 constexpr std::uint64_t patience_ms = 3000;
 constexpr int buffer_count = 6;
 constexpr int wanted_frames = 25;
-constexpr std::size_t room = 512;
 
 struct OpenInterface {
     IF_HANDLE handle{nullptr};
@@ -31,54 +31,33 @@ public:
     void run()
     {
         open_everything();
-        m_interface = m_interfaces.back().handle;
-        read_features([this](const ExactPort& port) { return description_of_port(port); });
+        read_features();
         configure();
         stream();
         close_from_the_device_on();
     }
 
 private:
-    template <class Query>
-    static std::string text_in_a_large_buffer(const Query& query, const char* call)
-    {
-        char text[room] = {};
-        std::size_t size = sizeof text;
-        need(query(text, &size), call);
-        return text;
-    }
-
     void open_everything()
     {
-        need(gentl.TLOpen(&m_system), "TLOpen");
+        open_system(1000);
         ask_for_system_information();
-        need(gentl.TLUpdateInterfaceList(m_system, nullptr, 1000), "TLUpdateInterfaceList");
-        std::uint32_t count = 0;
-        need(gentl.TLGetNumInterfaces(m_system, &count), "TLGetNumInterfaces");
-        for (std::uint32_t index = 0; index < count; ++index)
-            open_interface(text_in_a_large_buffer(
-                [&](char* id, std::size_t* size) {
-                    return gentl.TLGetInterfaceID(m_system, index, id, size);
-                },
-                "TLGetInterfaceID"));
+        for (const std::string& id : interface_ids()) {
+            open_interface(id, 1000);
+            m_interfaces.push_back({m_interface, device_ids()});
+        }
         need_true(m_interfaces.size() == 2, "there are not two interfaces");
-        const OpenInterface& last = m_interfaces.back();
-        need(gentl.IFOpenDevice(last.handle, last.devices.front().c_str(), DEVICE_ACCESS_CONTROL, &m_device),
-             "IFOpenDevice");
-        need(gentl.DevGetPort(m_device, &m_remote), "DevGetPort");
+        open_device(m_interfaces.back().devices.front(), DEVICE_ACCESS_CONTROL);
         std::uint32_t streams = 0;
         need(gentl.DevGetNumDataStreams(m_device, &streams), "DevGetNumDataStreams");
         need_true(streams == 1, "there is not one stream");
-        const std::string stream = text_in_a_large_buffer(
-            [&](char* id, std::size_t* size) { return gentl.DevGetDataStreamID(m_device, 0, id, size); },
-            "DevGetDataStreamID");
-        need(gentl.DevOpenDataStream(m_device, stream.c_str(), &m_stream), "DevOpenDataStream");
+        open_stream(stream_id());
     }
 
     void ask_for_system_information() const
     {
         for (const TL_INFO_CMD command : {0, 1, 2, 3, 4, 5, 6, 7, 9, 10}) {
-            char text[room] = {};
+            char text[512] = {};
             std::size_t size = sizeof text;
             INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
             const GC_ERROR code = gentl.TLGetInfo(m_system, command, &type, text, &size);
@@ -88,41 +67,16 @@ private:
         }
     }
 
-    void open_interface(const std::string& id)
-    {
-        OpenInterface opened;
-        need(gentl.TLOpenInterface(m_system, id.c_str(), &opened.handle), "TLOpenInterface");
-        need(gentl.IFUpdateDeviceList(opened.handle, nullptr, 1000), "IFUpdateDeviceList");
-        std::uint32_t count = 0;
-        need(gentl.IFGetNumDevices(opened.handle, &count), "IFGetNumDevices");
-        for (std::uint32_t index = 0; index < count; ++index)
-            opened.devices.push_back(text_in_a_large_buffer(
-                [&](char* text, std::size_t* size) {
-                    return gentl.IFGetDeviceID(opened.handle, index, text, size);
-                },
-                "IFGetDeviceID"));
-        m_interfaces.push_back(opened);
-    }
-
-    std::string description_of_port(const ExactPort& port) const
+    std::string describe(const ExactPort& port) const override
     {
         std::uint32_t urls = 0;
         need(gentl.GCGetNumPortURLs(port.handle(), &urls), "GCGetNumPortURLs");
         need_true(urls == 1, "there is not one URL");
-        INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
-        const std::string url = text_in_a_large_buffer(
-            [&](char* text, std::size_t* size) {
-                return gentl.GCGetPortURLInfo(port.handle(), 0, URL_INFO_URL, &type, text, size);
-            },
-            "GCGetPortURLInfo");
-        const std::string name = text_in_a_large_buffer(
-            [&](char* text, std::size_t* size) {
-                return gentl.GCGetPortInfo(port.handle(), PORT_INFO_PORTNAME, &type, text, size);
-            },
-            "GCGetPortInfo");
-        const std::string description = description_of(port, url);
+        const std::string name =
+            info("GCGetPortInfo", gentl.GCGetPortInfo, port.handle(), PORT_INFO_PORTNAME);
+        const std::string description = Client::describe(port);
         need_true(description.find("<Port Name=\"" + name + '"') != std::string::npos,
-                  "the description of " + url + " has no port " + name);
+                  "the description has no port " + name);
         return description;
     }
 
@@ -132,9 +86,10 @@ private:
         m_features->set("Width", "200");
         m_features->set("Gain", "0");
         m_features->set("DeviceUserID", "client B");
-        m_payload = static_cast<std::size_t>(m_features->integer("PayloadSize"));
+        take_payload(std::size_t{200} * 48);
     }
 
+    /// Nothing if the producer does not implement the query.
     template <class Type>
     std::optional<Type> buffer_info(BUFFER_HANDLE buffer, BUFFER_INFO_CMD command) const
     {
@@ -150,33 +105,41 @@ private:
         return value;
     }
 
+    template <class Type>
+    void expect_info(BUFFER_HANDLE buffer, BUFFER_INFO_CMD command, Type expected) const
+    {
+        need_true(buffer_info<Type>(buffer, command) == expected,
+                  "buffer information " + std::to_string(command));
+    }
+
     void look_at(BUFFER_HANDLE buffer)
     {
-        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_PAYLOADTYPE) == PAYLOAD_TYPE_IMAGE,
-                  "payload type");
-        need_true(buffer_info<bool8_t>(buffer, BUFFER_INFO_IS_INCOMPLETE) == 0, "an incomplete frame");
-        need_true(buffer_info<bool8_t>(buffer, BUFFER_INFO_IMAGEPRESENT) == 1, "no image");
-        need_true(buffer_info<std::uint64_t>(buffer, BUFFER_INFO_PIXELFORMAT) == 0x01080001, "pixel format");
-        const std::vector<std::size_t> sizes{200, 48, 0, 0, 0, 0};
-        for (std::size_t at = 0; at < sizes.size(); ++at) {
-            const auto command = static_cast<BUFFER_INFO_CMD>(BUFFER_INFO_WIDTH + static_cast<int>(at));
-            need_true(buffer_info<std::size_t>(buffer, command) == sizes[at],
-                      "buffer information " + std::to_string(command));
-        }
+        const std::pair<BUFFER_INFO_CMD, std::size_t> sizes[] = {
+            {BUFFER_INFO_PAYLOADTYPE, PAYLOAD_TYPE_IMAGE},
+            {BUFFER_INFO_WIDTH, 200},
+            {BUFFER_INFO_HEIGHT, 48},
+            {BUFFER_INFO_XOFFSET, 0},
+            {BUFFER_INFO_YOFFSET, 0},
+            {BUFFER_INFO_XPADDING, 0},
+            {BUFFER_INFO_YPADDING, 0},
+            {BUFFER_INFO_SIZE_FILLED, m_payload},
+            {BUFFER_INFO_SIZE, m_payload},
+            {BUFFER_INFO_IMAGEOFFSET, 0},
+        };
+        for (const auto& [command, expected] : sizes)
+            expect_info(buffer, command, expected);
+        expect_info<bool8_t>(buffer, BUFFER_INFO_IS_INCOMPLETE, 0);
+        expect_info<bool8_t>(buffer, BUFFER_INFO_IMAGEPRESENT, 1);
+        expect_info<std::uint64_t>(buffer, BUFFER_INFO_PIXELFORMAT, 0x01080001);
+        expect_info<std::int32_t>(buffer, BUFFER_INFO_PIXEL_ENDIANNESS, PIXELENDIANNESS_LITTLE);
         need_true(buffer_info<std::uint64_t>(buffer, BUFFER_INFO_FRAMEID).has_value(), "no frame id");
-        need_true(buffer_info<std::int32_t>(buffer, BUFFER_INFO_PIXEL_ENDIANNESS) == PIXELENDIANNESS_LITTLE,
-                  "endianness");
-        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_SIZE_FILLED) == m_payload, "filled size");
-        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_SIZE) == m_payload, "size");
-        need_true(buffer_info<std::size_t>(buffer, BUFFER_INFO_IMAGEOFFSET) == 0U, "image offset");
-        void* const base = buffer_info<void*>(buffer, BUFFER_INFO_BASE).value();
         // Nanoseconds are not offered: they follow from the ticks of 25 MHz.
-        need_true(!buffer_info<std::uint64_t>(buffer, 28).has_value(), "buffer information 28");
-        const std::uint64_t ticks = buffer_info<std::uint64_t>(buffer, BUFFER_INFO_TIMESTAMP).value();
-        const std::uint64_t nanoseconds = ticks * 40;
+        need_true(!buffer_info<std::uint64_t>(buffer, BUFFER_INFO_TIMESTAMP_NS).has_value(), "nanoseconds");
+        const std::uint64_t nanoseconds =
+            buffer_info<std::uint64_t>(buffer, BUFFER_INFO_TIMESTAMP).value() * 40;
         need_true(nanoseconds > m_last_time, "time goes backwards");
         m_last_time = nanoseconds;
-        m_check.expect_newer(base, m_payload);
+        m_check.expect_newer(buffer_info<void*>(buffer, BUFFER_INFO_BASE).value(), m_payload);
     }
 
     void stream()

@@ -41,13 +41,9 @@ public:
 private:
     void open()
     {
-        need(gentl.TLOpen(&m_system), "TLOpen");
-        bool8_t has_changed = 0;
-        need(gentl.TLUpdateInterfaceList(m_system, &has_changed, 500), "TLUpdateInterfaceList");
-        need(gentl.TLOpenInterface(m_system, "FG0", &m_interface), "TLOpenInterface");
-        need(gentl.IFUpdateDeviceList(m_interface, &has_changed, 500), "IFUpdateDeviceList");
-        need(gentl.IFOpenDevice(m_interface, "Device00", DEVICE_ACCESS_CONTROL, &m_device), "IFOpenDevice");
-        need(gentl.DevGetPort(m_device, &m_remote), "DevGetPort");
+        open_system(500);
+        open_interface("FG0", 500);
+        open_device("Device00", DEVICE_ACCESS_CONTROL);
     }
 
     std::uint64_t read(std::uint64_t address, std::size_t length) const
@@ -84,9 +80,8 @@ private:
 
     void stream()
     {
-        need(gentl.DevOpenDataStream(m_device, "Stream000", &m_stream), "DevOpenDataStream");
-        m_memory.assign(buffer_count, std::vector<unsigned char>(m_payload));
-        for (auto& memory : m_memory)
+        open_stream("Stream000");
+        for (auto& memory : make_memory(buffer_count))
             announce(memory, memory.data());
         const EVENT_HANDLE event = register_event();
         flush(ACQ_QUEUE_ALL_TO_INPUT);
@@ -101,8 +96,6 @@ private:
         flush(ACQ_QUEUE_INPUT_TO_OUTPUT);
         flush(ACQ_QUEUE_OUTPUT_DISCARD);
     }
-
-    std::vector<std::vector<unsigned char>> m_memory;
 };
 
 } // namespace

@@ -24,7 +24,7 @@ public:
     void run()
     {
         open();
-        read_features([this](const ExactPort& port) { return description_of_port(port); });
+        read_features();
         configure();
         stream();
         close();
@@ -33,24 +33,14 @@ public:
 private:
     void open()
     {
-        need(gentl.TLOpen(&m_system), "TLOpen");
-        need(gentl.TLUpdateInterfaceList(m_system, nullptr, 0), "TLUpdateInterfaceList");
-        char id[64] = {};
-        std::size_t size = sizeof id;
-        need(gentl.TLGetInterfaceID(m_system, 0, id, &size), "TLGetInterfaceID");
-        need(gentl.TLOpenInterface(m_system, id, &m_interface), "TLOpenInterface");
-        need(gentl.IFUpdateDeviceList(m_interface, nullptr, 0), "IFUpdateDeviceList");
-        size = sizeof id;
-        need(gentl.IFGetDeviceID(m_interface, 1, id, &size), "IFGetDeviceID");
-        need(gentl.IFOpenDevice(m_interface, id, DEVICE_ACCESS_EXCLUSIVE, &m_device), "IFOpenDevice");
-        need(gentl.DevGetPort(m_device, &m_remote), "DevGetPort");
-        size = sizeof id;
-        need(gentl.DevGetDataStreamID(m_device, 0, id, &size), "DevGetDataStreamID");
-        need(gentl.DevOpenDataStream(m_device, id, &m_stream), "DevOpenDataStream");
+        open_system(0);
+        open_interface(id("TLGetInterfaceID", gentl.TLGetInterfaceID, m_system, 0U), 0);
+        open_device(id("IFGetDeviceID", gentl.IFGetDeviceID, m_interface, 1U), DEVICE_ACCESS_EXCLUSIVE);
+        open_stream(stream_id());
         m_event = register_event();
     }
 
-    std::string description_of_port(const ExactPort& port) const
+    std::string describe(const ExactPort& port) const override
     {
         char url[256] = {};
         std::size_t size = sizeof url;
@@ -63,23 +53,16 @@ private:
         m_features->set("Width", "96");
         m_features->set("Height", "64");
         m_features->set("PixelFormat", "Mono16");
-        m_payload = static_cast<std::size_t>(m_features->integer("PayloadSize"));
-        need_true(m_payload == std::size_t{96} * 64 * 2, "the payload does not fit the new size");
-    }
-
-    void announce_and_queue()
-    {
-        m_memory.assign(buffer_count, std::vector<unsigned char>(m_payload));
-        for (auto& memory : m_memory) {
-            const BUFFER_HANDLE buffer = announce(memory, nullptr);
-            queue(buffer);
-            m_buffers[buffer] = memory.data();
-        }
+        take_payload(std::size_t{96} * 64 * 2);
     }
 
     void stream()
     {
-        announce_and_queue();
+        for (auto& memory : make_memory(buffer_count)) {
+            const BUFFER_HANDLE buffer = announce(memory, nullptr);
+            queue(buffer);
+            m_buffers[buffer] = memory.data();
+        }
         start();
         FrameCheck check;
         for (std::uint64_t polls = 0; check.frames() < wanted_frames; ++polls) {
@@ -97,12 +80,11 @@ private:
         need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_KILL), "DSStopAcquisition");
         flush(ACQ_QUEUE_ALL_DISCARD);
         for (const auto& buffer : m_buffers)
-            need(gentl.DSRevokeBuffer(m_stream, buffer.first, nullptr, nullptr), "DSRevokeBuffer");
+            revoke(buffer.first);
         unregister_event();
     }
 
     EVENT_HANDLE m_event{nullptr};
-    std::vector<std::vector<unsigned char>> m_memory;
     std::map<BUFFER_HANDLE, const unsigned char*> m_buffers;
 };
 

@@ -27,8 +27,8 @@ public:
     /// write-only.
     int read_every() const;
 
-    /// Writes each that is writable, compares it with what is read then, and writes its old value again.
-    /// Executes commands. Returns the number of both.
+    /// Executes commands. A parser also writes each feature that is writable, compares it with what is read
+    /// then, and writes its old value again. Returns the number of both.
     int write_every() const;
 
     std::int64_t integer(const std::string& name) const;

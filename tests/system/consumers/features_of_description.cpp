@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
-#include <utility>
 #include <vector>
 
 #include <libxml/parser.h>
@@ -33,28 +32,6 @@ struct Node {
         const auto found = properties.find(property);
         return found != properties.end() ? found->second : "";
     }
-};
-
-/// A value for each writable feature of a camera, in an order in which the camera takes all of them.
-constexpr std::pair<const char*, const char*> samples[] = {
-    {"DeviceUserID", "a name as long as its register, which leaves no place for a zero"},
-    {"PixelFormat", "Mono8"},
-    {"Width", "96"},
-    {"Height", "48"},
-    {"OffsetX", "32"},
-    {"OffsetY", "16"},
-    {"TestPattern", "13"},
-    {"AcquisitionMode", "MultiFrame"},
-    {"AcquisitionFrameCount", "65535"},
-    {"AcquisitionFrameRateEnable", "0"},
-    {"AcquisitionFrameRate", "0.001"},
-    {"ExposureTime", "2500.5"},
-    {"TriggerSelector", "0"},
-    {"TriggerMode", "1"},
-    {"TriggerSource", "2"},
-    {"TriggerActivation", "4"},
-    {"Gain", "-12"},
-    {"TLParamsLocked", "1"},
 };
 
 std::string text_of(const xmlChar* text)
@@ -184,12 +161,6 @@ public:
         m_port.write(std::stoull(place.value_of("Address"), nullptr, 0), bytes.data(), bytes.size());
     }
 
-    void write_and_compare(const Node& place, const Bytes& bytes) const
-    {
-        write(place, bytes);
-        need_true(read(place) == bytes, place.name + " is not what was written");
-    }
-
     void execute(const Node& command, std::chrono::milliseconds timeout) const
     {
         const Node& place = place_of(command);
@@ -231,7 +202,7 @@ int Features::read_every() const
     return count;
 }
 
-/// One value each. All keep it until the last is written, because some values need those of others.
+/// Only the commands: which values a feature takes is for a parser to find out.
 int Features::write_every() const
 {
     int count = 0;
@@ -241,18 +212,6 @@ int Features::write_every() const
             ++count;
         }
     }
-    if (m_impl->find("DeviceControl") == nullptr) // of the cameras alone
-        return count;
-    std::vector<std::pair<const Node*, Bytes>> before;
-    for (const auto& [name, value] : samples) {
-        const Node& feature = m_impl->at(name);
-        const Node& place = m_impl->place_of(feature);
-        before.emplace_back(&place, m_impl->read(place));
-        m_impl->write_and_compare(place, bytes_of(feature, place, value));
-        ++count;
-    }
-    for (auto one = before.rbegin(); one != before.rend(); ++one)
-        m_impl->write_and_compare(*one->first, one->second);
     return count;
 }
 
