@@ -21,16 +21,16 @@ struct FaultRow {
     const char* fault;
     Answers answers;
     Mode mode;
-    Life::Frames frames;
+    Frames frames;
 };
 
 std::ostream& operator<<(std::ostream& out, const FaultRow& row) { return out << row.fault; }
 
 constexpr Mode queued = Mode::queued;
 constexpr Mode cyclic = Mode::cyclic;
-constexpr auto never = Life::Frames::never_come;
+constexpr auto never = Frames::never_come;
 
-FaultRow row(const char* fault, Answers answers, Mode mode = queued, Life::Frames frames = Life::Frames::come)
+FaultRow row(const char* fault, Answers answers, Mode mode = queued, Frames frames = Frames::come)
 {
     return {fault, std::move(answers), mode, frames};
 }
@@ -218,11 +218,11 @@ grabbers:
 class FaultMatrix : public testing::TestWithParam<FaultRow> {
 protected:
     /// A consumer's life with these faults.
-    Answers life_with(const std::string& faults, Life::Frames frames = Life::Frames::come)
+    Answers life_with(const std::string& faults, Frames frames = Frames::come)
     {
         static int lives = 0; // another text each time, so that each life counts its calls from the start
         const GrabberFile file{"# " + std::to_string(++lives) + "\n" + grabbers + faults};
-        return Life{m_producer.functions(), GetParam().mode, frames}.live();
+        return live(m_producer.functions(), GetParam().mode, frames);
     }
 
 private:
