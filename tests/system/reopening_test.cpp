@@ -46,10 +46,8 @@ TEST_P(Reopening, ADeviceWorks)
 TEST_P(Reopening, AnInterfaceWorksBeforeItsDevicesAreKnown)
 {
     IF_HANDLE iface = nullptr;
-    for (int round = 0; round < rounds; ++round) {
-        ASSERT_EQ(GC_ERR_SUCCESS, gentl.TLOpenInterface(system->handle(), "FG0", &iface));
-        ASSERT_EQ(GC_ERR_SUCCESS, gentl.IFClose(iface));
-    }
+    ASSERT_EQ(GC_ERR_SUCCESS, gentl.TLOpenInterface(system->handle(), "FG0", &iface));
+    ASSERT_EQ(GC_ERR_SUCCESS, gentl.IFClose(iface));
     Camera camera(gentl, system->open_interface("FG0"), "Device00");
     expect_frames(camera);
 }
@@ -71,18 +69,9 @@ TEST_P(Reopening, AnInterfaceKeepsItsDeadDevicesUntilTheSystemIsReopened)
         DEV_HANDLE device = nullptr;
         EXPECT_EQ(GC_ERR_ACCESS_DENIED,
                   gentl.IFOpenDevice(iface, "Device00", DEVICE_ACCESS_CONTROL, &device));
-        system.emplace(gentl);
-    }
-    Camera camera(gentl, system->open_interface("FG0"), "Device00");
-    expect_frames(camera);
-}
-
-TEST_P(Reopening, ASystemWorks)
-{
-    for (int round = 0; round < rounds; ++round) {
-        Camera camera(gentl, system->open_interface("FG1"), "Device10");
-        expect_frames(camera);
-        camera.abandon();
+        Camera other(gentl, system->open_interface("FG1"), "Device10");
+        expect_frames(other);
+        other.abandon();
         system.emplace(gentl); // closes the old one, with everything open
     }
 }

@@ -86,28 +86,6 @@ TEST_P(Threads, KillAndFlushWhileFramesArrive)
     recycling.get();
 }
 
-TEST_P(Threads, ConsumeTogether)
-{
-    camera.start_and_queue();
-    std::atomic<uint64_t> received{0};
-    std::vector<std::future<void>> consumers;
-    for (int i = 0; i < 3; ++i) {
-        consumers.push_back(std::async(std::launch::async, [this, &received] {
-            FrameCheck check(camera); // each sees its share in order
-            while (received < frames) {
-                Filled filled{};
-                if (camera.get(filled, 10) != GC_ERR_SUCCESS)
-                    continue; // somebody else was faster
-                check.expect_good(filled);
-                camera.queue(filled.buffer);
-                ++received;
-            }
-        }));
-    }
-    for (auto& consumer : consumers)
-        consumer.get();
-}
-
 // A frame that the library finishes while the stream stops is not delivered, and its buffer stays where it
 // is: so every cycle begins with all buffers queued again.
 TEST_P(Threads, StartAndStopWhileConsuming)
@@ -174,28 +152,6 @@ TEST_P(Threads, StreamFromTwoCameras)
     camera.start_and_queue();
     FrameCheck{camera}.stream(frames);
     streaming.get();
-}
-
-TEST_P(Threads, CloseWhileOthersWait)
-{
-    camera.start();
-    std::vector<std::future<GC_ERROR>> waiters;
-    std::atomic<int> waiting{0};
-    for (int i = 0; i < 3; ++i) {
-        waiters.push_back(std::async(std::launch::async, [event = camera.event(), this, &waiting] {
-            EVENT_NEW_BUFFER_DATA data{};
-            size_t size = sizeof data;
-            ++waiting;
-            return gentl.EventGetData(event, &data, &size, GENTL_INFINITE);
-        }));
-    }
-    ASSERT_TRUE(eventually([&] { return waiting == 3; }));
-    camera.close_stream();
-    for (auto& waiter : waiters) {
-        const GC_ERROR code = waiter.get();
-        // One that had not got so far finds no such event.
-        EXPECT_TRUE(code == GC_ERR_ABORT || code == GC_ERR_INVALID_HANDLE) << code;
-    }
 }
 
 } // namespace

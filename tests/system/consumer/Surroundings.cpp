@@ -54,8 +54,6 @@ void Surroundings::set_mode(Mode mode) const
 
 void Surroundings::expose_demo_grabber() const { write_setting("GenTL.Interface.ExposeDemoGrabber", "1"); }
 
-void Surroundings::hide_demo_grabber() const { write_setting("GenTL.Interface.ExposeDemoGrabber", "0"); }
-
 void Surroundings::set_frame_size(const std::string& size) { set_variable("ZV_GRABBER_SIZE", size); }
 
 void Surroundings::set_frame_rate(const std::string& rate) { set_variable("ZV_GRABBER_RATE", rate); }

@@ -21,9 +21,8 @@ public:
 
     /// The mode of the streams that will be opened.
     void set_mode(Mode mode) const;
-    /// Whether the demo grabber is listed too; for the next system that is opened.
+    /// Lists the demo grabber too; for the next system that is opened.
     void expose_demo_grabber() const;
-    void hide_demo_grabber() const;
     /// The size of the frames of every camera ("640x480"; empty: each its own); takes effect at the next
     /// scan while no grabber is open.
     static void set_frame_size(const std::string& size);
