@@ -11,7 +11,7 @@ const fs::path temporary_folder = fs::u8path(u8"files of J\u00f6rg \u0416");
 
 } // namespace
 
-Program::Program(const Words& arguments)
+Program::Program(const Words& arguments, const Variables& variables)
 {
     fs::create_directory(m_folder.path() / temporary_folder);
     write_text(m_folder / "logger.properties", "logging.loggers.root.level = none\n");
@@ -26,6 +26,8 @@ Program::Program(const Words& arguments)
     for (const char* const variable : {"ZV_GRABBER_CONFIG", "ZV_GRABBER_PICTURES", "ZV_GRABBER_RATE",
                                        "ZV_GRABBER_PIXEL_FORMAT", "ZV_GRABBER_SIZE"})
         with(variable, "");
+    for (const auto& [variable, value] : variables)
+        with(variable, value);
 }
 
 Program& Program::with(const std::string& variable, const std::string& value)

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include "Process.h"
@@ -15,10 +16,8 @@ namespace zvgentl::test {
 
 using Words = std::vector<std::string>;
 
-inline bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using testing::HasSubstr;
+using testing::StartsWith;
 
 inline std::size_t count_files(const std::filesystem::path& folder)
 {
@@ -38,9 +37,9 @@ struct Ended {
 /// `zvgentl` as a process of its own, with settings, log and temporary files in a folder of its own.
 class Program {
 public:
-    explicit Program(const Words& arguments);
+    explicit Program(const Words& arguments, const Variables& variables = {});
 
-    /// For the process alone; an empty value removes the variable.
+    /// For the process only; an empty value removes the variable.
     Program& with(const std::string& variable, const std::string& value);
     /// Shows its errors on a terminal instead of a file.
     Program& on_terminal();

@@ -29,17 +29,6 @@ protected:
 
 } // namespace
 
-TEST_F(OpenStream, DeliversFramesThatCanBeQueuedAgain)
-{
-    stream.start();
-    for (int i = 0; i < 10; ++i) {
-        const auto buffer = event.wait(milliseconds(5000));
-        ASSERT_TRUE(buffer);
-        EXPECT_EQ(640U, stream.frame(*buffer).width);
-        stream.queue(*buffer);
-    }
-}
-
 TEST_F(OpenStream, WaitsItsTimeOutAlthoughAnOldSignalIsPending)
 {
     stream.start();
@@ -51,17 +40,6 @@ TEST_F(OpenStream, WaitsItsTimeOutAlthoughAnOldSignalIsPending)
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(event.wait(milliseconds(50)));
     EXPECT_LE(milliseconds(50), std::chrono::steady_clock::now() - start);
-}
-
-TEST_F(OpenStream, LetsAWaitBeKilled)
-{
-    event.kill();
-    try {
-        event.wait(milliseconds(3600000));
-        FAIL() << "nothing to wait for";
-    } catch (const Error& error) {
-        EXPECT_EQ(GC_ERR_ABORT, error.code());
-    }
 }
 
 TEST_F(OpenStream, ExplainsWhatTheProducerRefuses)

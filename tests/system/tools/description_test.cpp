@@ -1,6 +1,6 @@
 #include <string>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "Program.h"
 
@@ -16,9 +16,9 @@ TEST_P(DescriptionOfEveryPort, CanBeSaved)
 {
     const Ended ended = Program({"xml", "--port", GetParam()}).run();
     ASSERT_EQ(0, ended.code) << ended.errors;
-    EXPECT_EQ(0U, ended.output.find("<?xml")) << ended.output.substr(0, 100);
-    EXPECT_TRUE(contains(ended.output, "Name=\"Device\"")) << "the port's node";
-    EXPECT_TRUE(contains(ended.output, "</RegisterDescription>"));
+    EXPECT_THAT(ended.output, StartsWith("<?xml"));
+    EXPECT_THAT(ended.output, HasSubstr("Name=\"Device\"")) << "the port's node";
+    EXPECT_THAT(ended.output, HasSubstr("</RegisterDescription>"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ports, DescriptionOfEveryPort,
@@ -40,7 +40,7 @@ TEST(Descriptions, AreSavedAsTheyLieInTheDeviceOrUnpacked)
 
     EXPECT_EQ(0, Program({"xml", "--port", "buffer", "-o", file}).run().code);
     EXPECT_EQ("<?xml", saved().substr(0, 5));
-    EXPECT_TRUE(contains(saved(), "</RegisterDescription>"));
+    EXPECT_THAT(saved(), HasSubstr("</RegisterDescription>"));
 }
 
 TEST(Descriptions, CannotBeSavedWhereNothingCanBeWritten)
@@ -50,7 +50,7 @@ TEST(Descriptions, CannotBeSavedWhereNothingCanBeWritten)
     const std::string file = (folder / "file" / "system.xml").u8string();
     const Ended ended = Program({"xml", "--port", "system", "--output", file}).run();
     EXPECT_EQ(1, ended.code);
-    EXPECT_TRUE(contains(ended.errors, "zvgentl xml: cannot write " + file)) << ended.errors;
+    EXPECT_THAT(ended.errors, HasSubstr("zvgentl xml: cannot write " + file));
 }
 
 } // namespace zvgentl::test

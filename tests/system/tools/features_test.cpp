@@ -3,9 +3,10 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "Program.h"
 
@@ -30,12 +31,9 @@ Words words_of(const std::string& line)
 
 class FeatureCommand : public testing::TestWithParam<Row> {};
 
-struct PortRow {
-    const char* port;
-    const char* title;
-};
+using PortAndTitle = std::pair<const char*, const char*>;
 
-class FeaturesOfEveryPort : public testing::TestWithParam<PortRow> {};
+class FeaturesOfEveryPort : public testing::TestWithParam<PortAndTitle> {};
 
 const nlohmann::json& feature_in(const nlohmann::json& tree, const char* name)
 {
@@ -62,29 +60,17 @@ const Row rows[] = {
     {"get --port system TLModleName", "",
      "zvgentl get: there is no feature TLModleName; did you mean TLModelName?\n"},
     {"get --port system --set TLModelName=x TLModelName", "", read_only},
-    {"get --device Device99 Width", "", "FG0/Device00, FG0/Device01, FG1/Device10"},
     {"features --port system --category Camera", "", "no category Camera; there are Root, SystemInformation"},
     {"features --port interface --interface FG7", "", no_interface},
-    {"features --port device --interface FG7", "", no_interface},
-    {"features --port stream --interface FG7", "", no_interface},
-    {"features --port buffer --interface FG7", "", no_interface},
     {"features --port remote --interface FG7", "", no_interface},
     {"set Width=320 OffsetX=320 ExposureTime=2500.5", "Width=320\nOffsetX=320\nExposureTime=2500.5\n",
      nullptr},
     {"set Width 320", "Width=320\n", nullptr},
     {"set OffsetX=320 Width=320", "", "zvgentl set: OffsetX cannot be \"320\"; allowed: 0 to 0 px\n"},
     {"set TLParamsLocked=1 Width=320", "TLParamsLocked=1\n", locked},
-    {"set Width=0", "", "Width cannot be \"0\"; allowed: 1 to 640 px\n"},
-    {"set Width=wide", "", "Width cannot be \"wide\"; allowed: a whole number, 1 to 640 px\n"},
-    {"set PixelFormat=Green", "", "PixelFormat cannot be \"Green\"; allowed: Mono8"},
-    {"set ExposureTime=-1", "", "ExposureTime cannot be \"-1\"; allowed: "},
-    {"set DeviceVendorName=", "", "DeviceVendorName cannot be written: it is read only\n"},
-    {"set TriggerSoftware=1", "", "TriggerSoftware is a command and has no value; `zvgentl exec"},
-    {"set Heigth=10", "", "there is no feature Heigth; did you mean Height"},
     {"set --port system TLModelName x", "", read_only},
     {"exec TimestampLatch", "", nullptr},
     {"exec TriggerSoftware", "", nullptr},
-    {"exec AcquisitionStop", "", nullptr},
     {"exec --port system TLVersion", "", "TLVersion is not a command"},
 };
 
@@ -99,18 +85,18 @@ TEST_P(FeatureCommand, DoesWhatItSays)
     if (row.refusal == nullptr)
         EXPECT_EQ("", ended.errors);
     else
-        EXPECT_TRUE(contains(ended.errors, row.refusal)) << ended.errors;
+        EXPECT_THAT(ended.errors, HasSubstr(row.refusal));
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, FeatureCommand, testing::ValuesIn(rows));
 
 TEST_P(FeaturesOfEveryPort, CanAllBeRead)
 {
-    const Ended ended = Program({"features", "--port", GetParam().port, "--json"}).run();
+    const Ended ended = Program({"features", "--port", GetParam().first, "--json"}).run();
     ASSERT_EQ(0, ended.code) << ended.output << ended.errors;
     EXPECT_EQ("", ended.errors);
     const auto tree = ended.json();
-    EXPECT_EQ(GetParam().title, tree["port"]);
+    EXPECT_EQ(GetParam().second, tree["port"]);
     for (const auto& feature : tree["features"]) {
         EXPECT_FALSE(feature.contains("problem")) << feature;
         EXPECT_NE("Other", feature["type"]) << feature;
@@ -122,32 +108,22 @@ TEST_P(FeaturesOfEveryPort, CanAllBeRead)
 }
 
 INSTANTIATE_TEST_SUITE_P(Ports, FeaturesOfEveryPort,
-                         testing::Values(PortRow{"system", "system"}, PortRow{"interface", "FG0 (interface)"},
-                                         PortRow{"device", "Device00 (device)"},
-                                         PortRow{"stream", "Stream000 (stream)"},
-                                         PortRow{"buffer", "Stream000 (buffer)"},
-                                         PortRow{"remote", "Device00 (remote)"}),
-                         [](const auto& row) { return std::string(row.param.port); });
+                         testing::Values(PortAndTitle{"system", "system"},
+                                         PortAndTitle{"interface", "FG0 (interface)"},
+                                         PortAndTitle{"device", "Device00 (device)"},
+                                         PortAndTitle{"stream", "Stream000 (stream)"},
+                                         PortAndTitle{"buffer", "Stream000 (buffer)"},
+                                         PortAndTitle{"remote", "Device00 (remote)"}),
+                         [](const auto& row) { return std::string(row.param.first); });
 
 TEST(Features, AreShownAsATree)
 {
     const Ended ended = Program({"features", "--port", "system"}).run();
     ASSERT_EQ(0, ended.code) << ended.errors;
-    EXPECT_EQ(0U, ended.output.find("system: Root\nSystemInformation\n  TLVendorName ")) << ended.output;
+    EXPECT_THAT(ended.output, StartsWith("system: Root\nSystemInformation\n  TLVendorName "));
     for (const char* const part : {"  TLModelName               String   RO  \"ZVGRLibGenTL\"\n",
                                    "  GenTLVersionMajor         Integer  RO  1\n"})
-        EXPECT_TRUE(contains(ended.output, part)) << part << " is missing from\n" << ended.output;
-}
-
-TEST(Features, AreTypedForPrograms)
-{
-    const auto tree = Program({"features", "--port", "system", "--json"}).run().json();
-    EXPECT_EQ("Root", tree["category"]);
-    EXPECT_EQ(10U, tree["features"].size());
-    EXPECT_EQ("Category", feature_in(tree, "SystemInformation")["type"]);
-    EXPECT_EQ(5, feature_in(tree, "GenTLVersionMinor")["value"]);
-    EXPECT_EQ("RO", feature_in(tree, "TLVersion")["access"]);
-    EXPECT_EQ("Beginner", feature_in(tree, "TLVersion")["visibility"]);
+        EXPECT_THAT(ended.output, HasSubstr(part));
 }
 
 TEST(Features, AreLimitedToACategoryAndFollowTheSettings)
@@ -184,7 +160,7 @@ TEST(GrabWithFeatures, GrabsNothingWhenOneIsRefused)
     const Ended ended = program.run();
     EXPECT_EQ(1, ended.code);
     EXPECT_EQ("", ended.output);
-    EXPECT_TRUE(contains(ended.errors, "zvgentl grab: Width cannot be \"0\"")) << ended.errors;
+    EXPECT_THAT(ended.errors, HasSubstr("zvgentl grab: Width cannot be \"0\""));
     EXPECT_TRUE(program.left_nothing_temporary());
 }
 

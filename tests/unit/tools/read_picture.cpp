@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
-#include <vector>
 
 #include <png.h>
 #include <tiffio.h>
@@ -29,24 +28,13 @@ struct PngReader {
     ~PngReader() { png_destroy_read_struct(&png, &info, nullptr); }
 };
 
-// libpng leaves by longjmp when it fails: nothing that needs a destructor may live in these two.
-bool read_header(const PngReader& reader, std::FILE* file)
+// libpng leaves by longjmp when it fails: nothing that needs a destructor may live here.
+bool read_all(const PngReader& reader, std::FILE* file)
 {
     if (setjmp(png_jmpbuf(reader.png)) != 0)
         return false;
     png_init_io(reader.png, file);
-    png_read_info(reader.png, reader.info);
-    png_set_swap(reader.png);
-    png_read_update_info(reader.png, reader.info);
-    return true;
-}
-
-bool read_rows(const PngReader& reader, png_bytepp rows)
-{
-    if (setjmp(png_jmpbuf(reader.png)) != 0)
-        return false;
-    png_read_image(reader.png, rows);
-    png_read_end(reader.png, nullptr);
+    png_read_png(reader.png, reader.info, PNG_TRANSFORM_SWAP_ENDIAN, nullptr);
     return true;
 }
 
@@ -64,19 +52,16 @@ Picture read_png(const std::filesystem::path& file)
 {
     const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.string().c_str(), "rb"));
     const PngReader reader;
-    if (!stream || !read_header(reader, stream.get()))
-        throw std::runtime_error("no PNG file: " + file.string());
+    if (!stream || !read_all(reader, stream.get()))
+        throw std::runtime_error("not a PNG file: " + file.string());
     Picture picture;
     picture.width = png_get_image_width(reader.png, reader.info);
     picture.height = png_get_image_height(reader.png, reader.info);
     picture.channels = png_get_channels(reader.png, reader.info);
     picture.bits = png_get_bit_depth(reader.png, reader.info);
-    picture.samples.resize(picture.row_size() * picture.height);
-    std::vector<png_bytep> rows(picture.height);
-    for (std::size_t y = 0; y < rows.size(); ++y)
-        rows[y] = picture.samples.data() + y * picture.row_size();
-    if (!read_rows(reader, rows.data()))
-        throw std::runtime_error("a damaged PNG file: " + file.string());
+    const png_bytepp rows = png_get_rows(reader.png, reader.info);
+    for (std::uint32_t y = 0; y < picture.height; ++y)
+        picture.samples.insert(picture.samples.end(), rows[y], rows[y] + picture.row_size());
     return picture;
 }
 
@@ -84,7 +69,7 @@ Picture read_tiff(const std::filesystem::path& file)
 {
     const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpen(file.string().c_str(), "r"));
     if (!tiff)
-        throw std::runtime_error("no TIFF file: " + file.string());
+        throw std::runtime_error("not a TIFF file: " + file.string());
     Picture picture;
     TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &picture.width);
     TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &picture.height);
