@@ -2,7 +2,7 @@
 #include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "TemporaryFolder.h"
 #include "genapi/NodeMap.h"
@@ -125,7 +125,7 @@ TEST(CommandLine, IsRefusedWithTheReason)
         const Ended ended = run_program_with(words);
         EXPECT_EQ(2, ended.code) << reason;
         EXPECT_EQ("", ended.output) << reason;
-        EXPECT_TRUE(contains(ended.errors, reason)) << ended.errors << "instead of " << reason;
+        EXPECT_THAT(ended.errors, HasSubstr(reason));
     }
 }
 
@@ -142,7 +142,7 @@ TEST(CommandLine, IsExplainedOnRequest)
         const Ended ended = run_program_with(words);
         EXPECT_EQ(0, ended.code);
         for (const char* const part : {"Examples:", "Exit codes:", "GENICAM_GENTL64_PATH"})
-            EXPECT_TRUE(contains(ended.output, part)) << ended.output;
+            EXPECT_THAT(ended.output, HasSubstr(part));
     }
 }
 
@@ -161,7 +161,7 @@ TEST(CommandLine, AsksForTheVersion)
 {
     const Ended ended = run_program_with({"--version"});
     EXPECT_EQ(0, ended.code);
-    EXPECT_EQ(0U, ended.output.find("zvgentl ")) << ended.output;
+    EXPECT_THAT(ended.output, StartsWith("zvgentl "));
 }
 
 TEST_P(AnyCommand, NamesTheProducerThatItCannotUse)
@@ -172,7 +172,7 @@ TEST_P(AnyCommand, NamesTheProducerThatItCannotUse)
     const std::string text = (folder / "text.cti").u8string();
     write_text(folder / "text.cti", "not a library");
     const std::pair<std::string, std::string> cases[] = {
-        {"/no/such.cti", "there is no file /no/such.cti"},
+        {"/no/such.cti", std::string("zvgentl ") + GetParam()[0] + ": there is no file /no/such.cti"},
         {text, "cannot load " + text},
         {ZV_GRABBER_LIBRARY, "is not a GenTL producer: it does not export GCInitLib"},
     };
@@ -183,7 +183,7 @@ TEST_P(AnyCommand, NamesTheProducerThatItCannotUse)
         const Ended ended = run_program_with(words);
         EXPECT_EQ(1, ended.code);
         EXPECT_EQ("", ended.output);
-        EXPECT_TRUE(contains(ended.errors, reason)) << ended.errors;
+        EXPECT_THAT(ended.errors, HasSubstr(reason));
         EXPECT_EQ(settings, platform::environment("ZV_SETTINGS_FILE"));
     }
 }
@@ -193,13 +193,5 @@ INSTANTIATE_TEST_SUITE_P(Commands, AnyCommand,
                                          Words{"get", "Width"}, Words{"set", "Width=16"},
                                          Words{"exec", "AcquisitionStart"}),
                          [](const auto& words) { return std::string(words.param.front()); });
-
-TEST(CommandLine, NamesTheCommandThatFailed)
-{
-    const Ended ended = run_program_with({"list", "--cti", "/no/such.cti"});
-    EXPECT_EQ(1, ended.code);
-    EXPECT_EQ("", ended.output);
-    EXPECT_EQ(0U, ended.errors.find("zvgentl list: there is no file /no/such.cti")) << ended.errors;
-}
 
 } // namespace zvgentl::test

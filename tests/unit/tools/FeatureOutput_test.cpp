@@ -1,26 +1,11 @@
-#include <utility>
-
 #include <gtest/gtest.h>
 
-#include "zvgentl/FeatureOutput.h"
+#include "examples.h"
 #include "zvgentl/PortOptions.h"
 
 namespace zvgentl::test {
 
 using namespace tool;
-
-namespace {
-
-FeatureLine line_of(const std::string& name, FeatureKind kind, Value value, int level = 1)
-{
-    FeatureLine line{{name, level, false}, {}};
-    line.feature.name = name;
-    line.feature.kind = kind;
-    line.feature.value = std::move(value);
-    return line;
-}
-
-} // namespace
 
 TEST(FeatureOutput, ShowsATreeInColumns)
 {

@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "zvgr/FrameStamp.h"
-
+#include "examples.h"
 #include "zvgentl/FrameCount.h"
 
 namespace zvgentl::test {
@@ -15,27 +14,11 @@ namespace {
 
 using Stamps = FrameCount::Stamps;
 
-Frame frame_with(std::uint64_t id, const std::vector<std::uint8_t>& pixels)
-{
-    Frame frame;
-    frame.id = id;
-    frame.data = pixels.data();
-    frame.size = pixels.size();
-    return frame;
-}
-
 void add_ids(FrameCount& count, const std::vector<std::uint64_t>& ids)
 {
     const std::vector<std::uint8_t> plain(100, 7);
     for (const std::uint64_t id : ids)
         count.add(frame_with(id, plain));
-}
-
-std::vector<std::uint8_t> stamped_pixels(std::uint64_t counter)
-{
-    std::vector<std::uint8_t> pixels(100, 7);
-    zvgr::write_stamp(pixels.data(), pixels.size(), counter);
-    return pixels;
 }
 
 /// As cyclic mode delivers them: the id is a place in a ring of four.

@@ -1,10 +1,9 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include "zvgr/FrameStamp.h"
-
+#include "examples.h"
 #include "support.h"
 #include "zvgentl/GrabResult.h"
 
@@ -23,15 +22,10 @@ GrabResult grabbed(const GrabOptions& options, std::uint64_t frames, std::uint64
     result.buffer_size = 1000;
     result.picture = PictureKind{100, 10, 0x01080001};
     for (std::uint64_t i = 0; i < frames; ++i) {
-        std::vector<std::uint8_t> pixels(1000);
-        zvgr::write_stamp(pixels.data(), pixels.size(), i);
+        std::vector<std::uint8_t> pixels = stamped_pixels(i);
         if (i < damaged)
-            pixels.back() = 1;
-        Frame frame;
-        frame.id = i;
-        frame.data = pixels.data();
-        frame.size = pixels.size();
-        result.count.add(frame);
+            pixels.back() ^= 1U;
+        result.count.add(frame_with(i, pixels));
     }
     result.seconds = 2;
     return result;
@@ -68,25 +62,26 @@ TEST(GrabResult, HasAnExitCodeAndAnEnding)
         GrabResult result = grabbed({}, 10, row.damaged);
         result.outcome = row.outcome;
         EXPECT_EQ(row.code, result.exit_code()) << row.text;
-        EXPECT_TRUE(contains(to_text(result), row.text)) << to_text(result);
+        EXPECT_THAT(to_text(result), HasSubstr(row.text));
     }
 }
 
 TEST(GrabResultText, SaysWhereTheLossIsReadFrom)
 {
-    EXPECT_TRUE(contains(to_text(grabbed({}, 10)), "0 (from the frame ids)"));
+    EXPECT_THAT(to_text(grabbed({}, 10)), HasSubstr("0 (from the frame ids)"));
     GrabOptions cyclic;
     cyclic.mode = StreamMode::cyclic;
-    EXPECT_TRUE(contains(to_text(grabbed(cyclic, 10)), "0 (from the frame counter in the pixels)"));
+    EXPECT_THAT(to_text(grabbed(cyclic, 10)), HasSubstr("0 (from the frame counter in the pixels)"));
     cyclic.verify = false;
-    EXPECT_TRUE(contains(to_text(grabbed(cyclic, 10)), "unknown: frame counters are not read (--no-verify)"));
+    EXPECT_THAT(to_text(grabbed(cyclic, 10)),
+                HasSubstr("unknown: frame counters are not read (--no-verify)"));
 }
 
 TEST(GrabResultText, HasNoGoalWhenGrabbingWithoutEnd)
 {
     GrabOptions endless;
     endless.frames = 0;
-    EXPECT_TRUE(contains(to_text(grabbed(endless, 7)), "Delivered  7 frames in"));
+    EXPECT_THAT(to_text(grabbed(endless, 7)), HasSubstr("Delivered  7 frames in"));
 }
 
 } // namespace zvgentl::test

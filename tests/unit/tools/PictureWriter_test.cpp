@@ -3,7 +3,7 @@
 #include <memory>
 #include <random>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "TemporaryFolder.h"
 #include "pictures/PictureWriter.h"
@@ -46,12 +46,8 @@ TEST_P(EitherFormat, ReadsBackBitForBit)
         for (const unsigned bits : {8U, 16U}) {
             const Picture written = random_picture(37, 23, channels, bits);
             writer->write(file, written);
-            const Picture read = read_back(GetParam(), file);
-            EXPECT_EQ(written.width, read.width);
-            EXPECT_EQ(written.height, read.height);
-            EXPECT_EQ(channels, read.channels);
-            EXPECT_EQ(bits, read.bits);
-            EXPECT_EQ(written.samples, read.samples) << channels << " channels of " << bits << " bits";
+            EXPECT_THAT(read_back(GetParam(), file),
+                        testing::FieldsAre(37, 23, channels, bits, written.samples));
         }
 }
 
@@ -66,8 +62,8 @@ TEST_P(EitherFormat, ReplacesAFileOfThatName)
 TEST_P(EitherFormat, NamesTheFileThatCannotBeWritten)
 {
     const fs::path missing = folder.path() / "missing" / "picture";
-    const std::string error = error_of([&] { writer->write(missing, random_picture(5, 4, 1, 8)); });
-    EXPECT_TRUE(contains(error, missing.string())) << error;
+    EXPECT_THAT(error_of([&] { writer->write(missing, random_picture(5, 4, 1, 8)); }),
+                HasSubstr(missing.string()));
 }
 
 TEST_P(EitherFormat, LeavesNothingBehindWhenTheTargetCannotBeReplaced)

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "pictures/Picture.h"
 #include "pictures/PixelFormat.h"
@@ -58,12 +58,9 @@ TEST(MakePicture, CopiesRowsWithoutPaddingAndWithRedFirst)
         const Bytes bytes = counted_bytes(row.source.size);
         PixelSource source = row.source;
         source.data = bytes.data();
-        const Picture picture = make_picture(source);
-        EXPECT_EQ(row.source.width, picture.width) << row.what;
-        EXPECT_EQ(row.source.height, picture.height) << row.what;
-        EXPECT_EQ(row.channels, picture.channels) << row.what;
-        EXPECT_EQ(row.bits, picture.bits) << row.what;
-        EXPECT_EQ(row.samples, picture.samples) << row.what;
+        EXPECT_THAT(make_picture(source),
+                    testing::FieldsAre(source.width, source.height, row.channels, row.bits, row.samples))
+            << row.what;
     }
 }
 
@@ -83,8 +80,7 @@ TEST(MakePicture, SaysWhyItRefuses)
     for (auto [source, reason] : cases) {
         const Bytes bytes = counted_bytes(source.size);
         source.data = bytes.data();
-        const std::string refusal = error_of([&source = source] { make_picture(source); });
-        EXPECT_TRUE(contains(refusal, reason)) << refusal;
+        EXPECT_THAT(error_of([&source = source] { make_picture(source); }), HasSubstr(reason));
     }
 }
 

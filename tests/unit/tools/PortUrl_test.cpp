@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "genapi/FakeRegisters.h"
 #include "gentl/Description.h"
@@ -33,10 +33,8 @@ TEST(PortUrl, HasNameAddressAndLengthInHexadecimal)
         {"Local:a.xml;0;4000000", "a.xml", 0, std::size_t{64} << 20U},
     };
     for (const auto& row : cases) {
-        const PortUrl url = parse_port_url(row.url);
-        EXPECT_EQ(row.file_name, url.file_name) << row.url;
-        EXPECT_EQ(row.address, url.address) << row.url;
-        EXPECT_EQ(row.length, url.length) << row.url;
+        EXPECT_THAT(parse_port_url(row.url), testing::FieldsAre(row.file_name, row.address, row.length))
+            << row.url;
     }
 }
 
@@ -68,14 +66,13 @@ TEST(PortUrl, IsRefusedWithTheReason)
         {"Local:a.xml;0;4000001", "above the limit of 64 MiB"},
     };
     for (const auto& [url, reason] : cases)
-        EXPECT_TRUE(contains(refusal_of(url), reason)) << url << " -> " << refusal_of(url);
+        EXPECT_THAT(refusal_of(url), HasSubstr(reason)) << url;
 }
 
 TEST(PortUrl, IsShownOnOneLineOfBoundedLength)
 {
     const std::string refusal = refusal_of("Local:\n\x1B[2J" + std::string(100000, 'x'));
-    EXPECT_EQ(std::string::npos, refusal.find('\n'));
-    EXPECT_EQ(std::string::npos, refusal.find('\x1B'));
+    EXPECT_EQ(std::string::npos, refusal.find_first_of("\n\x1B"));
     EXPECT_GT(500U, refusal.size());
 }
 

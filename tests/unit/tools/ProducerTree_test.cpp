@@ -1,9 +1,9 @@
-#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "zvgentl/ProducerTree.h"
+#include "examples.h"
 
 namespace zvgentl::test {
 
@@ -11,28 +11,9 @@ using namespace tool;
 
 namespace {
 
-DeviceEntry device_of(const std::string& id, const std::string& model)
-{
-    DeviceEntry device;
-    device.id = id;
-    device.vendor = "Maker";
-    device.model = model;
-    device.serial_number = "123";
-    device.transport = "CXP";
-    device.access = "read/write";
-    return device;
-}
-
 ProducerEntry producer_with(std::vector<InterfaceEntry> interfaces)
 {
-    ProducerEntry producer;
-    producer.file = "/opt/some.cti";
-    producer.display_name = "Some producer";
-    producer.vendor = "Maker";
-    producer.version = "1.2.3";
-    producer.gentl_version = "1.5";
-    producer.interfaces = std::move(interfaces);
-    return producer;
+    return {"/opt/some.cti", "Some producer", "Maker", "", "1.2.3", "1.5", "", std::move(interfaces), ""};
 }
 
 } // namespace
@@ -46,11 +27,11 @@ TEST(ProducerText, LinesUpTheColumnsOfAllInterfaces)
               "\n"
               "FG0  CXP  Grabber\n"
               "  Device     Vendor  Model        Serial  Version  Transport  Access\n"
-              "  Device00   Maker   A            123     -        CXP        read/write\n"
+              "  Device00   Maker   A            123     1.0      CXP        read/write\n"
               "\n"
               "FG10  CLHS  -\n"
               "  Device     Vendor  Model        Serial  Version  Transport  Access\n"
-              "  Device100  Maker   A long name  123     -        CXP        read/write\n"
+              "  Device100  Maker   A long name  123     1.0      CXP        read/write\n"
               "    Device100: gone\n"
               "\n"
               "FG20  -  Busy\n"
@@ -73,7 +54,7 @@ TEST(ProducerText, ShowsStreamsWhenTheyWereRead)
               "\n"
               "FG0  CXP  Grabber\n"
               "  Device    Vendor  Model  Serial  Version  Transport  Access      Streams\n"
-              "  Device00  Maker   A      123     -        CXP        read/write  Stream000 Stream001\n",
+              "  Device00  Maker   A      123     1.0      CXP        read/write  Stream000 Stream001\n",
               to_text(producer_with({{"FG0", "Grabber", "CXP", {device}, ""}})));
 }
 

@@ -49,15 +49,10 @@ TEST_F(Settings, ComeFromTheNamedFileFirst)
     EXPECT_EQ(file, current_settings_file());
 }
 
-TEST_F(Settings, ComeFromTheUsersFileWhenTheNamedOneDoesNotExist)
-{
-    write_text(user_file(), "x = 1\n");
-    const ScopedVariable set(variable, (folder / "missing").string());
-    EXPECT_EQ(user_file(), current_settings_file());
-}
-
 TEST_F(Settings, AreCopiedWithTheModeAndTakenAwayAgain)
 {
+    const std::string missing = (folder / "missing").string(); // so that the user's file counts
+    const ScopedVariable set(variable, missing);
     write_text(user_file(), std::string("x = 1\n") + mode_key + " = 1\n");
     fs::path copy;
     {
@@ -67,30 +62,17 @@ TEST_F(Settings, AreCopiedWithTheModeAndTakenAwayAgain)
         EXPECT_EQ(std::string("x = 1\n") + mode_key + " = 0\n", read_text(copy));
         write_text(copy.parent_path() / "lock", "what the settings store may put beside it");
     }
-    EXPECT_EQ("", platform::environment(variable));
+    EXPECT_EQ(missing, platform::environment(variable));
     EXPECT_FALSE(fs::exists(copy.parent_path()));
     EXPECT_EQ(std::string("x = 1\n") + mode_key + " = 1\n", read_text(user_file()));
 }
 
-TEST_F(Settings, HoldOnlyTheModeWhenThereAreNone)
+TEST_F(Settings, HoldOnlyTheModeWhenThereAreNoneAndAreForTheUserAlone)
 {
     const TemporarySettings settings(StreamMode::queued);
-    EXPECT_EQ(std::string(mode_key) + " = 1\n", read_text(platform::environment(variable)));
-}
-
-TEST_F(Settings, AreForTheUserAlone)
-{
-    const TemporarySettings settings(StreamMode::queued);
-    EXPECT_TRUE(is_for_its_owner_alone(fs::path(platform::environment(variable)).parent_path()));
-}
-
-TEST_F(Settings, PutTheVariableBack)
-{
-    const ScopedVariable set(variable, "/some/file");
-    {
-        const TemporarySettings settings(StreamMode::queued);
-    }
-    EXPECT_EQ("/some/file", platform::environment(variable));
+    const fs::path file = platform::environment(variable);
+    EXPECT_EQ(std::string(mode_key) + " = 1\n", read_text(file));
+    EXPECT_TRUE(is_for_its_owner_alone(file.parent_path()));
 }
 
 } // namespace zvgentl::test

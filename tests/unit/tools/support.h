@@ -5,16 +5,15 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "zvgentl/CommandLine.h"
 
 namespace zvgentl::test {
 
-inline bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
 
 /// What an action throws; "no error" when it does not.
 inline std::string error_of(const std::function<void()>& action)
