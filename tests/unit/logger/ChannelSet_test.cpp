@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include <Poco/LoggingRegistry.h>
 #include <gmock/gmock.h>
 
 #include "unit/logger/ConfiguredLoggers.h"
@@ -38,8 +37,8 @@ protected:
     }
 };
 
-/// What files the root logger's channel "c" writes. "${folder}" is the test's folder, which is also the home
-/// folder.
+/// The files that the root logger's channel "c" writes. "${folder}" is the test's folder, which is also the
+/// home folder.
 struct Written {
     const char* name;
     std::vector<std::string> channel;
@@ -147,13 +146,6 @@ TEST_F(Channel, MayBeDescribedInTheLogger)
     EXPECT_EQ("text!\n", content_of(file()));
 }
 
-TEST_F(Channel, ThatRotatesByTimeMayBeInTheLogFolder)
-{
-    channel({"class = FileChannel", "path = timed.log", "rotation = daily"});
-    write("A.cpp", "text");
-    EXPECT_THAT(content_of(m_folder / "logs/timed.log"), HasSubstr("text"));
-}
-
 TEST_F(Channel, InAFolderOfTheUserThatIsMissingLosesLinesWithOneWarning)
 {
     for (const char* const rotation : {"rotation = never", "rotation = daily"}) {
@@ -167,14 +159,17 @@ TEST_F(Channel, InAFolderOfTheUserThatIsMissingLosesLinesWithOneWarning)
     }
 }
 
-TEST_F(Channel, FileRotatesByTimeAsPocoDoes)
+TEST_F(Channel, FileRotatesByTimeAsPocoDoesAlsoInTheLogFolder)
 {
-    channel({"class = FileChannel", path(), "rotation = daily", "archive = timestamp", "purgeAge = 2 days",
-             "times = local"});
-    EXPECT_FALSE(is_there(file()));
-    write("A.cpp", "text");
-    EXPECT_THAT(lines_of(file()), Contains(StartsWith("text"))); // lines end as the system's do
-    EXPECT_EQ("", warning());
+    for (const std::string& file : {file(), std::string("timed.log")}) {
+        channel({"class = FileChannel", "path = " + file, "rotation = daily", "archive = timestamp",
+                 "purgeAge = 2 days", "times = local"});
+        const std::string written = file == "timed.log" ? m_folder / "logs/timed.log" : file;
+        EXPECT_FALSE(is_there(written));
+        write("A.cpp", "text");
+        EXPECT_THAT(lines_of(written), Contains(StartsWith("text"))); // lines end as the system's do
+        EXPECT_EQ("", warning());
+    }
 }
 
 TEST_F(Channel, ConsoleIsTheErrorOutput)
@@ -191,33 +186,21 @@ TEST_F(Channel, ConsoleIsTheErrorOutput)
     EXPECT_EQ("", warning());
 }
 
-#ifdef _WIN32
 TEST_F(Channel, SystemLogTakesItsProperties)
 {
-    channel({"class = EventLogChannel", "name = zvgentl", "logFile = Application"});
-    EXPECT_EQ("", warning());
-    channel({"class = EventLogChannel", "facility = LOG_LOCAL3"});
-    EXPECT_THAT(warning(), HasSubstr("facility"));
-}
-#else
-TEST_F(Channel, SystemLogTakesItsProperties)
-{
-    channel({"class = SyslogChannel", "name = zvgentl", "facility = LOG_LOCAL3"});
-    EXPECT_EQ("", warning());
-    channel({"class = SyslogChannel", "facility = LOG_NOWHERE"});
-    EXPECT_THAT(warning(), HasSubstr("LOG_NOWHERE"));
-}
-#endif
-
-TEST_F(Channel, SystemLogOfAnotherSystemIsUnknown)
-{
 #ifdef _WIN32
-    const std::string name = "SyslogChannel";
+    const std::string own = "EventLogChannel", property = "logFile = Application", other = "SyslogChannel";
+    const std::string refused = "facility = LOG_LOCAL3", reason = "facility";
 #else
-    const std::string name = "EventLogChannel";
+    const std::string own = "SyslogChannel", property = "facility = LOG_LOCAL3", other = "EventLogChannel";
+    const std::string refused = "facility = LOG_NOWHERE", reason = "LOG_NOWHERE";
 #endif
-    channel({"class = " + name});
-    EXPECT_THAT(warning(), HasSubstr("unknown class '" + name + "'"));
+    channel({"class = " + own, "name = zvgentl", property});
+    EXPECT_EQ("", warning());
+    channel({"class = " + own, refused});
+    EXPECT_THAT(warning(), HasSubstr(reason));
+    channel({"class = " + other});
+    EXPECT_THAT(warning(), HasSubstr("unknown class '" + other + "'"));
 }
 
 struct Fault {
@@ -278,13 +261,5 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"logging.channels.c.formatter = f\nlogging.formatters.f.class = PatternFormatter\n"
               "logging.formatters.f.pattern = %t\nlogging.formatters.f.ink = blue\n",
               "cannot use the property 'ink'"}));
-
-TEST_F(Channel, IsNotRegisteredWithPoco)
-{
-    channel({"class = FileChannel", path(), "formatter = f"},
-            "logging.formatters.f.class = PatternFormatter\n");
-    EXPECT_THROW(Poco::LoggingRegistry::defaultRegistry().channelForName("c"), Poco::NotFoundException);
-    EXPECT_THROW(Poco::LoggingRegistry::defaultRegistry().formatterForName("f"), Poco::NotFoundException);
-}
 
 } // namespace

@@ -6,17 +6,16 @@
 #include <sstream>
 #include <stdexcept>
 
-#include <sys/stat.h>
 #include <unistd.h>
+
+#include "platform/environment.h"
+#include "platform/folders.h"
 
 namespace fs = std::filesystem;
 
-Folder::Folder()
+Folder::Folder() : m_path(platform::make_private_folder("zvlogger-").generic_string())
 {
-    std::string name = (fs::temp_directory_path() / "zvlogger-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr || chmod(name.c_str(), 0755) != 0)
-        throw std::runtime_error("no temporary folder");
-    m_path = fs::path(name).generic_string(); // in the files of tests, a backslash would begin an escape
+    fs::permissions(m_path, static_cast<fs::perms>(0755)); // for tests that give up the rights of root
 }
 
 Folder::~Folder()
@@ -25,22 +24,16 @@ Folder::~Folder()
     fs::remove_all(m_path, ignored);
 }
 
-// NOLINTBEGIN(concurrency-mt-unsafe): tests set the environment before they start threads
-
 Environment::~Environment()
 {
-    for (const auto& [name, value] : m_old) {
-        if (value)
-            setenv(name.c_str(), value->c_str(), 1);
-        else
-            unsetenv(name.c_str());
-    }
+    for (const auto& [name, value] : m_old)
+        platform::set_environment(name.c_str(), value);
 }
 
 void Environment::set(const std::string& name, const std::string& value)
 {
-    remember(name);
-    setenv(name.c_str(), value.c_str(), 1);
+    m_old.emplace(name, platform::environment(name.c_str()));
+    platform::set_environment(name.c_str(), value);
 }
 
 void Environment::set_home(const std::string& folder)
@@ -49,19 +42,7 @@ void Environment::set_home(const std::string& folder)
     set("USERPROFILE", folder);
 }
 
-void Environment::unset(const std::string& name)
-{
-    remember(name);
-    unsetenv(name.c_str());
-}
-
-void Environment::remember(const std::string& name)
-{
-    const char* const old = std::getenv(name.c_str());
-    m_old.emplace(name, old == nullptr ? std::nullopt : std::optional<std::string>(old));
-}
-
-// NOLINTEND(concurrency-mt-unsafe)
+void Environment::unset(const std::string& name) { set(name, ""); }
 
 EmptyHome::EmptyHome()
 {

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
 // A folder and an environment for one test.
 
-/// A folder that is removed with everything in it when the test ends.
+/// A folder that is removed with everything in it when the test ends. Its path has no backslashes, which
+/// would begin escapes in the files of tests.
 class Folder {
 public:
     Folder();
@@ -35,8 +34,7 @@ public:
     void unset(const std::string& name);
 
 private:
-    void remember(const std::string& name);
-    std::map<std::string, std::optional<std::string>> m_old;
+    std::map<std::string, std::string> m_old; // empty: not set
 };
 
 /// A user without any files: an empty home, and an environment that does not lead out of it.

@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -11,6 +12,7 @@
 
 namespace fs = std::filesystem;
 using platform::Replacement;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -32,7 +34,7 @@ protected:
 
     std::string file() const { return m_places.chosen; }
 
-    /// Puts a text of the same length into the same file and restores its time.
+    /// Puts a text of the same length into the same file, and restores its time.
     void edit_without_a_trace(const std::string& text)
     {
         ASSERT_EQ(text.size(), fs::file_size(file()));
@@ -56,20 +58,14 @@ TEST_F(Settings, AMissingKeyIsAddedWithItsDefaultAndDescription)
     EXPECT_THAT(m_warnings, IsEmpty());
 }
 
-TEST_F(Settings, AStoredValueBeatsTheDefault)
-{
-    write_file(file(), "a = 5\n");
-    EXPECT_EQ(5u, read_or_add("a", 4));
-    EXPECT_EQ("a = 5\n", content_of(file()));
-}
-
-TEST_F(Settings, ReadingAloneAddsNothing)
+TEST_F(Settings, OnlyReadingAddsNothing)
 {
     EXPECT_EQ(std::nullopt, m_store.value("a"));
     EXPECT_FALSE(is_there(file()));
     write_file(file(), "b = 1\n");
     EXPECT_EQ(std::nullopt, m_store.value("a"));
     EXPECT_THAT(m_store.value("b"), Optional(1u));
+    EXPECT_EQ(1u, read_or_add("b", 4));
     EXPECT_EQ("b = 1\n", content_of(file()));
 }
 
@@ -118,22 +114,14 @@ TEST_F(Settings, AddingAsRootLeavesTheFileToItsOwner)
 }
 #endif
 
-TEST_F(Settings, AddingFollowsALinkToTheFile)
+TEST_F(Settings, AddingFollowsLinksToAFileThatExistsOrNot)
 {
-    write_file(m_folder / "real/file", "a = 1\n");
     fs::create_symlink("second", file());
-    fs::create_symlink(m_folder / "real/file", m_folder / "second");
+    fs::create_symlink(m_folder / "promised", m_folder / "second");
+    read_or_add("a", 1);
     read_or_add("b", 2);
     EXPECT_TRUE(fs::is_symlink(file()));
-    EXPECT_THAT(content_of(m_folder / "real/file"), HasSubstr("b = 2\n"));
-}
-
-TEST_F(Settings, AddingMakesTheFileThatALinkPromises)
-{
-    fs::create_symlink(m_folder / "promised", file());
-    read_or_add("b", 2);
-    EXPECT_TRUE(fs::is_symlink(file()));
-    EXPECT_THAT(content_of(m_folder / "promised"), HasSubstr("b = 2\n"));
+    EXPECT_THAT(content_of(m_folder / "promised"), AllOf(HasSubstr("a = 1\n"), HasSubstr("b = 2\n")));
 }
 
 TEST_F(Settings, AddingLeavesNothingBehindButTheLockFile)
@@ -168,20 +156,13 @@ TEST_F(Settings, OnlyTheFirstFileIsReadOfTheChosenTheUsersAndTheSystems)
     EXPECT_EQ(std::nullopt, m_store.value("b"));
 }
 
-TEST_F(Settings, WithoutAChosenFileKeysGoToTheUsers)
-{
-    m_places.chosen.clear();
-    EXPECT_EQ(4u, read_or_add("a", 4));
-    EXPECT_THAT(content_of(m_places.user), HasSubstr("a = 4\n"));
-    EXPECT_THAT(m_warnings, IsEmpty());
-}
-
 TEST_F(Settings, ANewFileTakesOverTheOneThatCountedBefore)
 {
     m_places.chosen.clear();
     write_file(m_places.system, "# for all\na = 3\n");
     EXPECT_EQ(4u, read_or_add("b", 4));
     EXPECT_THAT(content_of(m_places.user), StartsWith("# for all\na = 3\n"));
+    EXPECT_THAT(m_warnings, IsEmpty());
     EXPECT_EQ(3u, read_or_add("a", 0));
     EXPECT_EQ("# for all\na = 3\n", content_of(m_places.system));
 }
@@ -194,14 +175,21 @@ TEST_F(Settings, AChosenFileThatDisappearsIsMadeAgain)
     EXPECT_THAT(content_of(file()), HasSubstr("a = 2\n"));
 }
 
-TEST_F(Settings, AMissingFolderWorksInMemoryWithOneWarning)
+TEST_F(Settings, AMissingFolderOrNoneWorksInMemoryWithOneWarning)
 {
-    m_places.chosen = m_folder / "missing/settings.properties";
-    EXPECT_EQ(4u, read_or_add("a", 4));
-    EXPECT_EQ(4u, read_or_add("a", 9));
-    EXPECT_EQ(5u, read_or_add("b", 5));
-    EXPECT_THAT(m_store.value("b"), Optional(5u));
-    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("kept in memory")));
+    const std::string missing = m_folder / "missing/settings.properties";
+    for (const auto& [places, warning] : {std::pair{SettingsPlaces{missing, "", ""}, "kept in memory"},
+                                          std::pair{SettingsPlaces{}, "no configuration folder"}}) {
+        m_places = places;
+        m_warnings.clear();
+        SettingsStore store{[this] { return m_places; },
+                            [this](const std::string& text) { m_warnings.push_back(text); }};
+        EXPECT_EQ(4u, store.value_or_add("a", 4, ""));
+        EXPECT_EQ(4u, store.value_or_add("a", 9, ""));
+        EXPECT_EQ(5u, store.value_or_add("b", 5, ""));
+        EXPECT_THAT(store.value("b"), Optional(5u));
+        EXPECT_THAT(m_warnings, ElementsAre(HasSubstr(warning)));
+    }
     EXPECT_FALSE(is_there(m_folder / "missing"));
 }
 
@@ -267,15 +255,6 @@ TEST_F(Settings, ARelativeChosenFileIsRefusedWithOneWarning)
     EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("not an absolute path")));
 }
 
-TEST_F(Settings, AUserWithoutAFolderWorksInMemoryWithOneWarning)
-{
-    m_places = {};
-    EXPECT_EQ(4u, read_or_add("a", 4));
-    EXPECT_EQ(4u, read_or_add("a", 5));
-    EXPECT_EQ(6u, read_or_add("b", 6));
-    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("no configuration folder")));
-}
-
 TEST_F(Settings, AKeyThatNoFileCanHoldIsItsDefault)
 {
     for (const char* const key : {"", "a=b", "#a", "a\nb"})
@@ -283,62 +262,49 @@ TEST_F(Settings, AKeyThatNoFileCanHoldIsItsDefault)
     EXPECT_FALSE(is_there(file()));
 }
 
-TEST_F(Settings, AnotherChosenFileCountsFromTheNextRead)
-{
-    EXPECT_EQ(4u, read_or_add("a", 4));
-    m_places.chosen = m_folder / "other.properties";
-    write_file(m_places.chosen, "a = 9\n");
-    EXPECT_EQ(9u, read_or_add("a", 4));
-}
-
 // An editor knows nothing of the store's lock: an edit must survive if it comes after the store has read the
 // file and before it replaces it.
-class EditedFile : public ::testing::Test {
-protected:
-    Replacement replace(const platform::FileContent& seen)
-    {
-        return platform::replace_file(m_file, seen, "a = 1\nb = 2\n", m_reason);
-    }
-
-    Folder m_folder;
-    std::string m_file{m_folder / "settings.properties"};
-    std::string m_reason;
+struct Edit {
+    const char* name;
+    const char* before; // empty: there is no file
+    void (*edit)(const std::string& file);
+    Replacement replacement;
+    const char* after; // as before
 };
 
-TEST_F(EditedFile, IsReplacedIfNobodyTouchedIt)
+class EditedFile : public ::testing::TestWithParam<Edit> {};
+
+TEST_P(EditedFile, IsReplacedOnlyIfNobodyTouchedIt)
 {
-    write_file(m_file, "a = 1\n");
-    EXPECT_EQ(Replacement::done, replace(platform::read_file(m_file)));
-    EXPECT_EQ("a = 1\nb = 2\n", content_of(m_file));
+    const Folder folder;
+    const std::string file = folder / "settings.properties";
+    const std::string before = GetParam().before;
+    if (!before.empty())
+        write_file(file, before);
+    const auto seen = platform::read_file(file);
+    GetParam().edit(file);
+    std::string reason;
+    EXPECT_EQ(GetParam().replacement, platform::replace_file(file, seen, "a = 1\nb = 2\n", reason));
+    EXPECT_EQ(GetParam().after, content_of(file));
+    EXPECT_THAT(names_in(folder.path()), SizeIs(*GetParam().after == '\0' ? 0 : 1));
 }
 
-TEST_F(EditedFile, SurvivesIfItWasReplacedOrWrittenMeanwhile)
-{
-    for (const char* const name : {"settings.properties", "edited"}) {
-        write_file(m_file, "a = 1\n");
-        const auto seen = platform::read_file(m_file);
-        write_file(m_folder / name, "a = 3\n");
-        fs::rename(m_folder / name, m_file);
-        EXPECT_EQ(Replacement::outdated, replace(seen));
-        EXPECT_EQ("a = 3\n", content_of(m_file)) << name;
-    }
-}
+void write_three(const std::string& file) { write_file(file, "a = 3\n"); }
 
-TEST_F(EditedFile, SurvivesIfItWasMadeMeanwhile)
-{
-    const auto seen = platform::read_file(m_file);
-    write_file(m_file, "a = 3\n");
-    EXPECT_EQ(Replacement::outdated, replace(seen));
-    EXPECT_EQ("a = 3\n", content_of(m_file));
-}
-
-TEST_F(EditedFile, StaysDeletedIfItWasDeletedMeanwhile)
-{
-    write_file(m_file, "a = 1\n");
-    const auto seen = platform::read_file(m_file);
-    fs::remove(m_file);
-    EXPECT_EQ(Replacement::outdated, replace(seen));
-    EXPECT_THAT(names_in(m_folder.path()), IsEmpty());
-}
+INSTANTIATE_TEST_SUITE_P(
+    All, EditedFile,
+    ::testing::Values(Edit{"Untouched", "a = 1\n", [](const std::string&) {}, Replacement::done,
+                           "a = 1\nb = 2\n"},
+                      Edit{"Written", "a = 1\n", write_three, Replacement::outdated, "a = 3\n"},
+                      Edit{"Replaced", "a = 1\n",
+                           [](const std::string& file) {
+                               write_three(file + ".new");
+                               fs::rename(file + ".new", file);
+                           },
+                           Replacement::outdated, "a = 3\n"},
+                      Edit{"Made", "", write_three, Replacement::outdated, "a = 3\n"},
+                      Edit{"Deleted", "a = 1\n", [](const std::string& file) { fs::remove(file); },
+                           Replacement::outdated, ""}),
+    [](const auto& test) { return test.param.name; });
 
 } // namespace

@@ -15,16 +15,14 @@ namespace {
 
 TEST(Text, IsCopiedAndJoined)
 {
-    const zvstring empty;
     const zvstring base("GenTL.Stream.QueuedBufferMode");
     zvstring copy(base);
-    EXPECT_STREQ("", empty.c_str());
+    EXPECT_STREQ("", zvstring().c_str());
     EXPECT_STREQ("GenTL.Stream.QueuedBufferMode-Overwrite", (base + "-Overwrite").c_str());
     copy += "!";
     EXPECT_STREQ("GenTL.Stream.QueuedBufferMode!", copy.c_str());
     EXPECT_STREQ("GenTL.Stream.QueuedBufferMode", base.c_str());
     copy = base;
-    EXPECT_STREQ(base.c_str(), copy.c_str());
     const zvstring& same = copy;
     copy = same;
     EXPECT_STREQ(base.c_str(), copy.c_str());
@@ -34,7 +32,6 @@ TEST(Text, TakesNullAsEmpty)
 {
     const char* const nothing = nullptr;
     zvstring text(nothing);
-    EXPECT_STREQ("", text.c_str());
     text += nothing;
     EXPECT_STREQ("", (text + nothing).c_str());
 }
@@ -47,19 +44,14 @@ TEST(Timer, CountsMicroseconds)
     EXPECT_LT(ZVTimeElapsedUs(now + std::chrono::hours(1)), 0);
 }
 
-TEST(Logger, NeedsAName)
-{
-    EXPECT_EQ(nullptr, InitLogger(nullptr, nullptr, 0xFFFFFFFF));
-    EXPECT_EQ(nullptr, InitLogger(nullptr, "", 0xFFFFFFFF));
-}
-
-TEST(Logger, IsTheSameForTheSameName)
+TEST(Logger, HasItsNameAndTheLevelOfTheFirstCall)
 {
     const EmptyHome home;
+    EXPECT_EQ(nullptr, InitLogger(nullptr, nullptr, 0xFFFFFFFF));
+    EXPECT_EQ(nullptr, InitLogger(nullptr, "", 0xFFFFFFFF));
     ZVPocoLogger* const logger = InitLogger(nullptr, "Interface.cpp", 5);
     ASSERT_NE(nullptr, logger);
     EXPECT_EQ("Interface.cpp", logger->name());
-    EXPECT_EQ(5, logger->getLevel());
     EXPECT_FALSE(logger->getChannel().isNull());
     EXPECT_EQ(logger, InitLogger("text", "Interface.cpp", 0xFFFFFFFF));
     EXPECT_EQ(5, logger->getLevel());
@@ -72,16 +64,11 @@ protected:
     EmptyHome m_home;
 };
 
-TEST_F(StoredSettings, AreMadeWithTheirDefaults)
+TEST_F(StoredSettings, AreMadeAndReadWhereTheEnvironmentPointsAtThatMoment)
 {
     EXPECT_EQ(2u, ZVSettings::InitInteger(3, "A", 2, "first"));
     EXPECT_EQ(4u, ZVSettings::InitInteger(3, "B", 4, nullptr));
     EXPECT_THAT(content_of(file()), HasSubstr("# first\n# Default: 2\nA = 2\n\n# Default: 4\nB = 4\n"));
-}
-
-TEST_F(StoredSettings, AreReadWhereTheEnvironmentPointsAtThatMoment)
-{
-    EXPECT_EQ(2u, ZVSettings::InitInteger(3, "A", 2, nullptr));
     m_home.environment.set("ZV_SETTINGS_FILE", m_home.folder / "other.properties");
     write_file(m_home.folder / "other.properties", "A = 0x20\n");
     EXPECT_EQ(32u, ZVSettings::InitInteger(3, "A", 2, nullptr));
@@ -107,16 +94,18 @@ TEST_F(StoredSettings, AreGivenWithoutBeingMade)
 TEST_F(StoredSettings, OfAnotherTypeOrScopeOrWithoutAKeyAreTheDefault)
 {
     write_file(file(), "A = 1\n");
-    std::uint32_t value = 99;
     EXPECT_EQ(4u, ZVSettings::InitInteger(2, "A", 4, nullptr));
-    EXPECT_EQ(4u, ZVSettings::InitInteger(3, nullptr, 4, nullptr));
-    EXPECT_EQ(4u, ZVSettings::InitInteger(3, "", 4, nullptr));
-    EXPECT_FALSE(ZVSettings::Get(1, 2, zvstring("A"), value, 5, true, nullptr));
-    EXPECT_EQ(5u, value);
-    EXPECT_FALSE(ZVSettings::Get(0, 3, zvstring("A"), value, 6, true, nullptr));
-    EXPECT_EQ(6u, value);
-    EXPECT_FALSE(ZVSettings::Get(1, 3, zvstring(), value, 7, true, nullptr));
-    EXPECT_EQ(7u, value);
+    for (const char* const key : {static_cast<const char*>(nullptr), ""})
+        EXPECT_EQ(4u, ZVSettings::InitInteger(3, key, 4, nullptr));
+    const struct {
+        std::uint32_t scope, type;
+        const char* key;
+    } refused[] = {{1, 2, "A"}, {0, 3, "A"}, {1, 3, ""}};
+    for (const auto& row : refused) {
+        std::uint32_t value = 99;
+        EXPECT_FALSE(ZVSettings::Get(row.scope, row.type, zvstring(row.key), value, 5, true, nullptr));
+        EXPECT_EQ(5u, value);
+    }
     EXPECT_EQ("A = 1\n", content_of(file()));
 }
 

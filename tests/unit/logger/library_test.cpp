@@ -67,15 +67,6 @@ protected:
     EmptyHome m_home;
 };
 
-TEST_F(Library, WithoutConfigurationLogsWarningsToTheUsersStateFolder)
-{
-    const LoadedLibrary library;
-    Poco::Logger& logger = library.logger("A.cpp");
-    EXPECT_EQ(Poco::Message::PRIO_WARNING, logger.getLevel());
-    write(logger, "text");
-    EXPECT_THAT(lines_of(m_home.default_log()), ElementsAre(HasSubstr("text")));
-}
-
 TEST_F(Library, LeavesTheOutputsOfTheApplicationClean)
 {
     testing::internal::CaptureStdout();
@@ -162,7 +153,9 @@ TEST_F(Library, LeavesTheLoggersOfTheApplicationAlone)
     write_file(m_home.user_logger_config(), "logging.loggers.root.level = trace\n"
                                             "logging.loggers.root.channel = c\n"
                                             "logging.channels.c.class = FileChannel\n"
-                                            "logging.channels.c.path = c.log\n");
+                                            "logging.channels.c.path = c.log\n"
+                                            "logging.channels.c.formatter = f\n"
+                                            "logging.formatters.f.class = PatternFormatter\n");
     {
         const LoadedLibrary library;
         Poco::Logger& theirs = library.logger("A.cpp");
@@ -175,33 +168,30 @@ TEST_F(Library, LeavesTheLoggersOfTheApplicationAlone)
         EXPECT_EQ(before, after);
         EXPECT_EQ(Poco::Message::PRIO_NOTICE, mine.getLevel());
         EXPECT_EQ(channel, mine.getChannel());
-        EXPECT_THROW(Poco::LoggingRegistry::defaultRegistry().channelForName("c"), Poco::NotFoundException);
+        auto& registry = Poco::LoggingRegistry::defaultRegistry();
+        EXPECT_THROW(registry.channelForName("c"), Poco::NotFoundException);
+        EXPECT_THROW(registry.formatterForName("f"), Poco::NotFoundException);
     }
     EXPECT_EQ(&mine, Poco::Logger::has("A.cpp"));
     Poco::Logger::destroy("A.cpp");
 }
 
-TEST_F(Library, WarnsAboutSettingsInItsLog)
+TEST_F(Library, WarnsAboutSettingsInItsLogUnlessTheirLoggerIsOff)
 {
     m_home.environment.set("ZV_SETTINGS_FILE", m_home.folder / "s.properties");
     write_file(m_home.folder / "s.properties", "A = x\n");
-    const LoadedLibrary library;
-    EXPECT_EQ(4u, library.setting("A", 4));
-    EXPECT_EQ(4u, library.setting("A", 4));
-    EXPECT_THAT(lines_of(m_home.default_log()),
-                ElementsAre(HasSubstr(" Warning ZVSettings::the setting A ")));
-}
-
-TEST_F(Library, SaysNothingAboutSettingsWhenItsLoggerIsOff)
-{
-    write_file(m_home.user_logger_config(),
-               "logging.loggers.s.name = ZVSettings\nlogging.loggers.s.level = none\n");
-    m_home.environment.set("ZV_SETTINGS_FILE", "relative");
     {
         const LoadedLibrary library;
-        library.setting("A", 4);
+        EXPECT_EQ(Poco::Message::PRIO_WARNING, library.logger("A.cpp").getLevel());
+        EXPECT_EQ(4u, library.setting("A", 4));
+        EXPECT_EQ(4u, library.setting("A", 4));
     }
-    EXPECT_FALSE(is_there(m_home.default_log()));
+    const auto one_warning = ElementsAre(HasSubstr(" Warning ZVSettings::the setting A "));
+    EXPECT_THAT(lines_of(m_home.default_log()), one_warning);
+    write_file(m_home.user_logger_config(),
+               "logging.loggers.s.name = ZVSettings\nlogging.loggers.s.level = none\n");
+    LoadedLibrary().setting("A", 4);
+    EXPECT_THAT(lines_of(m_home.default_log()), one_warning);
 }
 
 TEST_F(Library, IsGoneWhenItIsUnloaded)
