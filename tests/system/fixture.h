@@ -41,11 +41,6 @@ inline std::ostream& operator<<(std::ostream& out, Mode mode)
     return out << (mode == Mode::queued ? "Queued" : "Cyclic");
 }
 
-inline std::ostream& operator<<(std::ostream& out, Memory memory)
-{
-    return out << (memory == Memory::of_consumer ? "OwnMemory" : "ProducerMemory");
-}
-
 inline const auto both_modes = testing::Values(Mode::queued, Mode::cyclic);
 
 /// The stamp in the pixels of a filled buffer; nothing if there is none.

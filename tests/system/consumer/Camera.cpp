@@ -2,8 +2,6 @@
 
 #include <array>
 #include <chrono>
-#include <cstring>
-#include <stdexcept>
 
 namespace zvsystem {
 
@@ -14,16 +12,14 @@ namespace {
 constexpr uint64_t scan_timeout_ms = 1000;
 constexpr std::chrono::seconds longest_wait{60};
 
-/// The value of a typed query: `query` is called with the three output arguments.
-template <class Query>
-uint64_t number_of(const char* function, const Query& query)
+/// The value of a typed query; `which` are its arguments before the outputs.
+template <class Query, class... Which>
+uint64_t number_of(const char* function, const Query& query, Which... which)
 {
-    INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
-    std::array<unsigned char, sizeof(uint64_t)> bytes{};
-    size_t size = bytes.size();
-    check(query(&type, bytes.data(), &size), function);
     uint64_t value = 0; // little-endian: narrower types fill the low bytes
-    std::memcpy(&value, bytes.data(), size);
+    size_t size = sizeof value;
+    INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
+    check(query(which..., &type, &value, &size), function);
     return value;
 }
 
@@ -122,38 +118,6 @@ void Camera::revoke_all()
     m_memory.clear();
 }
 
-void Camera::queue(BUFFER_HANDLE buffer) const
-{
-    check(m_gentl.DSQueueBuffer(m_stream, buffer), "DSQueueBuffer");
-}
-
-void Camera::queue_all() const
-{
-    for (const BUFFER_HANDLE buffer : m_buffers)
-        queue(buffer);
-}
-
-void Camera::flush(ACQ_QUEUE_TYPE operation) const
-{
-    check(m_gentl.DSFlushQueue(m_stream, operation), "DSFlushQueue");
-}
-
-void Camera::start(uint64_t frames) const
-{
-    check(m_gentl.DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, frames), "DSStartAcquisition");
-}
-
-void Camera::start_and_queue(uint64_t frames) const
-{
-    start(frames);
-    queue_all();
-}
-
-void Camera::stop() const
-{
-    check(m_gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
-}
-
 GC_ERROR Camera::get(Filled& filled, uint64_t timeout_ms) const
 {
     EVENT_NEW_BUFFER_DATA data{};
@@ -180,23 +144,17 @@ Filled Camera::next() const
 
 uint64_t Camera::stream_number(STREAM_INFO_CMD command) const
 {
-    return number_of("DSGetInfo", [&](INFO_DATATYPE* type, void* value, size_t* size) {
-        return m_gentl.DSGetInfo(m_stream, command, type, value, size);
-    });
+    return number_of("DSGetInfo", m_gentl.DSGetInfo, m_stream, command);
 }
 
 uint64_t Camera::event_number(EVENT_INFO_CMD command) const
 {
-    return number_of("EventGetInfo", [&](INFO_DATATYPE* type, void* value, size_t* size) {
-        return m_gentl.EventGetInfo(m_event, command, type, value, size);
-    });
+    return number_of("EventGetInfo", m_gentl.EventGetInfo, m_event, command);
 }
 
 uint64_t Camera::buffer_number(BUFFER_HANDLE buffer, BUFFER_INFO_CMD command) const
 {
-    return number_of("DSGetBufferInfo", [&](INFO_DATATYPE* type, void* value, size_t* size) {
-        return m_gentl.DSGetBufferInfo(m_stream, buffer, command, type, value, size);
-    });
+    return number_of("DSGetBufferInfo", m_gentl.DSGetBufferInfo, m_stream, buffer, command);
 }
 
 const void* Camera::memory(BUFFER_HANDLE buffer) const

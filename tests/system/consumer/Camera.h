@@ -69,15 +69,36 @@ public:
     void announce(size_t count, Memory memory = Memory::of_producer, size_t extra = 0);
     void revoke_all();
 
-    void queue(GenTL::BUFFER_HANDLE buffer) const;
-    void queue_all() const;
-    void flush(GenTL::ACQ_QUEUE_TYPE operation) const;
+    void queue(GenTL::BUFFER_HANDLE buffer) const
+    {
+        check(m_gentl.DSQueueBuffer(m_stream, buffer), "DSQueueBuffer");
+    }
+    void queue_all() const
+    {
+        for (const GenTL::BUFFER_HANDLE buffer : m_buffers)
+            queue(buffer);
+    }
+    void flush(GenTL::ACQ_QUEUE_TYPE operation) const
+    {
+        check(m_gentl.DSFlushQueue(m_stream, operation), "DSFlushQueue");
+    }
     /// Starts with what is in the input queue. A frame that arrives before the call has returned may be lost,
     /// and its buffer with it; see start_and_queue().
-    void start(uint64_t frames = GENTL_INFINITE) const;
+    void start(uint64_t frames = GENTL_INFINITE) const
+    {
+        check(m_gentl.DSStartAcquisition(m_stream, GenTL::ACQ_START_FLAGS_DEFAULT, frames),
+              "DSStartAcquisition");
+    }
     /// Starts, then queues all buffers: nothing can arrive too early.
-    void start_and_queue(uint64_t frames = GENTL_INFINITE) const;
-    void stop() const;
+    void start_and_queue(uint64_t frames = GENTL_INFINITE) const
+    {
+        start(frames);
+        queue_all();
+    }
+    void stop() const
+    {
+        check(m_gentl.DSStopAcquisition(m_stream, GenTL::ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
+    }
 
     /// The next filled buffer; throws when none comes in a time that is long enough for any machine.
     Filled next() const;

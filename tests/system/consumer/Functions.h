@@ -19,73 +19,68 @@ inline void check(GenTL::GC_ERROR code, const char* function)
 /// The functions of a loaded producer that the system tests and the benchmarks call.
 class Functions {
     /// An exported function, as a pointer of the type that is asked for.
-    class Symbol {
-    public:
-        Symbol(void* library, const char* name) : m_address{dlsym(library, name)}
-        {
-            if (m_address == nullptr)
-                throw std::runtime_error(std::string(name) + " is not exported");
-        }
+    struct Symbol {
+        void* address;
         template <class Function>
         operator Function*() const // NOLINT(google-explicit-constructor): converting is all that it does
         {
-            return reinterpret_cast<Function*>(m_address);
+            return reinterpret_cast<Function*>(address);
         }
-
-    private:
-        void* m_address;
     };
 
-    struct Find {
-        void* library;
-        Symbol operator()(const char* name) const { return {library, name}; }
-    };
-    Find m_find;
+    Symbol find(const char* name) const
+    {
+        void* const address = dlsym(m_library, name);
+        if (address == nullptr)
+            throw std::runtime_error(std::string(name) + " is not exported");
+        return {address};
+    }
+    void* m_library;
 
 public:
     /// Throws std::runtime_error that names a function that is missing.
-    explicit Functions(void* library) : m_find{library} {}
+    explicit Functions(void* library) : m_library{library} {}
 
-    GenTL::PGCInitLib GCInitLib{m_find("GCInitLib")};
-    GenTL::PGCCloseLib GCCloseLib{m_find("GCCloseLib")};
-    GenTL::PGCGetInfo GCGetInfo{m_find("GCGetInfo")};
-    GenTL::PGCGetLastError GCGetLastError{m_find("GCGetLastError")};
-    GenTL::PGCReadPort GCReadPort{m_find("GCReadPort")};
-    GenTL::PGCWritePort GCWritePort{m_find("GCWritePort")};
-    GenTL::PGCGetPortURLInfo GCGetPortURLInfo{m_find("GCGetPortURLInfo")};
-    GenTL::PGCRegisterEvent GCRegisterEvent{m_find("GCRegisterEvent")};
-    GenTL::PGCUnregisterEvent GCUnregisterEvent{m_find("GCUnregisterEvent")};
-    GenTL::PEventGetData EventGetData{m_find("EventGetData")};
-    GenTL::PEventGetInfo EventGetInfo{m_find("EventGetInfo")};
-    GenTL::PEventFlush EventFlush{m_find("EventFlush")};
-    GenTL::PEventKill EventKill{m_find("EventKill")};
-    GenTL::PTLOpen TLOpen{m_find("TLOpen")};
-    GenTL::PTLClose TLClose{m_find("TLClose")};
-    GenTL::PTLGetInfo TLGetInfo{m_find("TLGetInfo")};
-    GenTL::PTLGetNumInterfaces TLGetNumInterfaces{m_find("TLGetNumInterfaces")};
-    GenTL::PTLGetInterfaceInfo TLGetInterfaceInfo{m_find("TLGetInterfaceInfo")};
-    GenTL::PTLOpenInterface TLOpenInterface{m_find("TLOpenInterface")};
-    GenTL::PTLUpdateInterfaceList TLUpdateInterfaceList{m_find("TLUpdateInterfaceList")};
-    GenTL::PIFClose IFClose{m_find("IFClose")};
-    GenTL::PIFGetNumDevices IFGetNumDevices{m_find("IFGetNumDevices")};
-    GenTL::PIFUpdateDeviceList IFUpdateDeviceList{m_find("IFUpdateDeviceList")};
-    GenTL::PIFGetDeviceInfo IFGetDeviceInfo{m_find("IFGetDeviceInfo")};
-    GenTL::PIFOpenDevice IFOpenDevice{m_find("IFOpenDevice")};
-    GenTL::PDevGetDataStreamID DevGetDataStreamID{m_find("DevGetDataStreamID")};
-    GenTL::PDevOpenDataStream DevOpenDataStream{m_find("DevOpenDataStream")};
-    GenTL::PDevGetPort DevGetPort{m_find("DevGetPort")};
-    GenTL::PDevClose DevClose{m_find("DevClose")};
-    GenTL::PDSAnnounceBuffer DSAnnounceBuffer{m_find("DSAnnounceBuffer")};
-    GenTL::PDSAllocAndAnnounceBuffer DSAllocAndAnnounceBuffer{m_find("DSAllocAndAnnounceBuffer")};
-    GenTL::PDSFlushQueue DSFlushQueue{m_find("DSFlushQueue")};
-    GenTL::PDSStartAcquisition DSStartAcquisition{m_find("DSStartAcquisition")};
-    GenTL::PDSStopAcquisition DSStopAcquisition{m_find("DSStopAcquisition")};
-    GenTL::PDSGetInfo DSGetInfo{m_find("DSGetInfo")};
-    GenTL::PDSClose DSClose{m_find("DSClose")};
-    GenTL::PDSRevokeBuffer DSRevokeBuffer{m_find("DSRevokeBuffer")};
-    GenTL::PDSQueueBuffer DSQueueBuffer{m_find("DSQueueBuffer")};
-    GenTL::PDSGetBufferInfo DSGetBufferInfo{m_find("DSGetBufferInfo")};
-    GenTL::PDSGetBufferPartInfo DSGetBufferPartInfo{m_find("DSGetBufferPartInfo")};
+    GenTL::PGCInitLib GCInitLib{find("GCInitLib")};
+    GenTL::PGCCloseLib GCCloseLib{find("GCCloseLib")};
+    GenTL::PGCGetInfo GCGetInfo{find("GCGetInfo")};
+    GenTL::PGCGetLastError GCGetLastError{find("GCGetLastError")};
+    GenTL::PGCReadPort GCReadPort{find("GCReadPort")};
+    GenTL::PGCWritePort GCWritePort{find("GCWritePort")};
+    GenTL::PGCGetPortURLInfo GCGetPortURLInfo{find("GCGetPortURLInfo")};
+    GenTL::PGCRegisterEvent GCRegisterEvent{find("GCRegisterEvent")};
+    GenTL::PGCUnregisterEvent GCUnregisterEvent{find("GCUnregisterEvent")};
+    GenTL::PEventGetData EventGetData{find("EventGetData")};
+    GenTL::PEventGetInfo EventGetInfo{find("EventGetInfo")};
+    GenTL::PEventFlush EventFlush{find("EventFlush")};
+    GenTL::PEventKill EventKill{find("EventKill")};
+    GenTL::PTLOpen TLOpen{find("TLOpen")};
+    GenTL::PTLClose TLClose{find("TLClose")};
+    GenTL::PTLGetInfo TLGetInfo{find("TLGetInfo")};
+    GenTL::PTLGetNumInterfaces TLGetNumInterfaces{find("TLGetNumInterfaces")};
+    GenTL::PTLGetInterfaceInfo TLGetInterfaceInfo{find("TLGetInterfaceInfo")};
+    GenTL::PTLOpenInterface TLOpenInterface{find("TLOpenInterface")};
+    GenTL::PTLUpdateInterfaceList TLUpdateInterfaceList{find("TLUpdateInterfaceList")};
+    GenTL::PIFClose IFClose{find("IFClose")};
+    GenTL::PIFGetNumDevices IFGetNumDevices{find("IFGetNumDevices")};
+    GenTL::PIFUpdateDeviceList IFUpdateDeviceList{find("IFUpdateDeviceList")};
+    GenTL::PIFGetDeviceInfo IFGetDeviceInfo{find("IFGetDeviceInfo")};
+    GenTL::PIFOpenDevice IFOpenDevice{find("IFOpenDevice")};
+    GenTL::PDevGetDataStreamID DevGetDataStreamID{find("DevGetDataStreamID")};
+    GenTL::PDevOpenDataStream DevOpenDataStream{find("DevOpenDataStream")};
+    GenTL::PDevGetPort DevGetPort{find("DevGetPort")};
+    GenTL::PDevClose DevClose{find("DevClose")};
+    GenTL::PDSAnnounceBuffer DSAnnounceBuffer{find("DSAnnounceBuffer")};
+    GenTL::PDSAllocAndAnnounceBuffer DSAllocAndAnnounceBuffer{find("DSAllocAndAnnounceBuffer")};
+    GenTL::PDSFlushQueue DSFlushQueue{find("DSFlushQueue")};
+    GenTL::PDSStartAcquisition DSStartAcquisition{find("DSStartAcquisition")};
+    GenTL::PDSStopAcquisition DSStopAcquisition{find("DSStopAcquisition")};
+    GenTL::PDSGetInfo DSGetInfo{find("DSGetInfo")};
+    GenTL::PDSClose DSClose{find("DSClose")};
+    GenTL::PDSRevokeBuffer DSRevokeBuffer{find("DSRevokeBuffer")};
+    GenTL::PDSQueueBuffer DSQueueBuffer{find("DSQueueBuffer")};
+    GenTL::PDSGetBufferInfo DSGetBufferInfo{find("DSGetBufferInfo")};
+    GenTL::PDSGetBufferPartInfo DSGetBufferPartInfo{find("DSGetBufferPartInfo")};
 };
 
 } // namespace zvsystem

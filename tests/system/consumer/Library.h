@@ -10,15 +10,24 @@ namespace zvsystem {
 class Library {
 public:
     /// Throws std::runtime_error with the loader's words when the file cannot be loaded.
-    explicit Library(const std::filesystem::path& file);
+    explicit Library(const std::filesystem::path& file) : m_library(load(file)), m_functions(m_library) {}
     /// Unloads it.
-    ~Library();
+    ~Library() { dlclose(m_library); }
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 
     const Functions& functions() const noexcept { return m_functions; }
 
 private:
+    static void* load(const std::filesystem::path& file)
+    {
+        void* const library = dlopen(file.string().c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr)
+            throw std::runtime_error(
+                dlerror()); // NOLINT(concurrency-mt-unsafe): the text is this thread's own
+        return library;
+    }
+
     void* m_library;
     Functions m_functions;
 };
@@ -26,9 +35,12 @@ private:
 /// A loaded and initialised producer.
 class Producer {
 public:
-    explicit Producer(const std::filesystem::path& file);
+    explicit Producer(const std::filesystem::path& file) : m_library(file)
+    {
+        check(functions().GCInitLib(), "GCInitLib");
+    }
     /// Ends it, whatever is still open, and unloads it.
-    ~Producer();
+    ~Producer() { functions().GCCloseLib(); }
     Producer(const Producer&) = delete;
     Producer& operator=(const Producer&) = delete;
 

@@ -77,21 +77,6 @@ std::string Client::text_after_its_size(const char* call, const TextQuery& query
     return text;
 }
 
-std::vector<std::string> Client::interface_ids() const
-{
-    return ids("TLGetInterfaceID", gentl.TLGetNumInterfaces, gentl.TLGetInterfaceID, m_system);
-}
-
-std::vector<std::string> Client::device_ids() const
-{
-    return ids("IFGetDeviceID", gentl.IFGetNumDevices, gentl.IFGetDeviceID, m_interface);
-}
-
-std::string Client::stream_id() const
-{
-    return id("DevGetDataStreamID", gentl.DevGetDataStreamID, m_device, 0U);
-}
-
 std::string Client::describe(const ExactPort& port) const
 {
     return description_of(port,
@@ -118,19 +103,14 @@ void Client::open_device(const std::string& id, DEVICE_ACCESS_FLAGS access)
     need(gentl.DevGetPort(m_device, &m_remote), "DevGetPort");
 }
 
-void Client::open_stream(const std::string& id)
-{
-    need(gentl.DevOpenDataStream(m_device, id.c_str(), &m_stream), "DevOpenDataStream");
-}
-
 void Client::read_features()
 {
     for (const PORT_HANDLE handle : {m_system, m_interface, m_device, m_stream}) {
         const ExactPort port{gentl, handle};
-        Features{describe(port), port}.read_every();
+        features_of(describe(port), port)->read_every();
     }
     m_port = std::make_unique<ExactPort>(gentl, m_remote);
-    m_features = std::make_unique<Features>(describe(*m_port), *m_port);
+    m_features = features_of(describe(*m_port), *m_port);
     m_features->read_every();
 }
 
@@ -146,35 +126,6 @@ std::vector<std::vector<unsigned char>>& Client::make_memory(std::size_t frames)
     return m_memory;
 }
 
-BUFFER_HANDLE Client::announce(std::vector<unsigned char>& memory, void* user) const
-{
-    BUFFER_HANDLE buffer = nullptr;
-    need(gentl.DSAnnounceBuffer(m_stream, memory.data(), memory.size(), user, &buffer), "DSAnnounceBuffer");
-    return buffer;
-}
-
-void Client::queue(BUFFER_HANDLE buffer) const
-{
-    need(gentl.DSQueueBuffer(m_stream, buffer), "DSQueueBuffer");
-}
-
-EVENT_HANDLE Client::register_event() const
-{
-    EVENT_HANDLE event = nullptr;
-    need(gentl.GCRegisterEvent(m_stream, EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
-    return event;
-}
-
-void Client::start() const
-{
-    need(gentl.DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE), "DSStartAcquisition");
-}
-
-void Client::stop() const
-{
-    need(gentl.DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
-}
-
 void Client::receive(int buffers, EVENT_HANDLE event, std::uint64_t timeout_ms, const Look& look) const
 {
     for (int received = 0; received < buffers;) {
@@ -188,21 +139,6 @@ void Client::receive(int buffers, EVENT_HANDLE event, std::uint64_t timeout_ms, 
         queue(data.BufferHandle);
         ++received;
     }
-}
-
-void Client::unregister_event() const
-{
-    need(gentl.GCUnregisterEvent(m_stream, EVENT_NEW_BUFFER), "GCUnregisterEvent");
-}
-
-void Client::flush(ACQ_QUEUE_TYPE operation) const
-{
-    need(gentl.DSFlushQueue(m_stream, operation), "DSFlushQueue");
-}
-
-void Client::revoke(BUFFER_HANDLE buffer) const
-{
-    need(gentl.DSRevokeBuffer(m_stream, buffer, nullptr, nullptr), "DSRevokeBuffer");
 }
 
 int Client::revoke_the_first_until_none_is_left() const

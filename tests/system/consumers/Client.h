@@ -94,9 +94,15 @@ protected:
         need_true(type == GenTL::INFO_DATATYPE_STRING, std::string(call) + " did not give a string");
         return answer;
     }
-    std::vector<std::string> interface_ids() const;
-    std::vector<std::string> device_ids() const;
-    std::string stream_id() const;
+    std::vector<std::string> interface_ids() const
+    {
+        return ids("TLGetInterfaceID", gentl.TLGetNumInterfaces, gentl.TLGetInterfaceID, m_system);
+    }
+    std::vector<std::string> device_ids() const
+    {
+        return ids("IFGetDeviceID", gentl.IFGetNumDevices, gentl.IFGetDeviceID, m_interface);
+    }
+    std::string stream_id() const { return id("DevGetDataStreamID", gentl.DevGetDataStreamID, m_device, 0U); }
     /// How the client finds the description of a port.
     virtual std::string describe(const ExactPort& port) const;
 
@@ -106,7 +112,10 @@ protected:
     void open_interface(const std::string& id, std::uint64_t timeout_ms);
     /// Opens a device and asks for its port.
     void open_device(const std::string& id, GenTL::DEVICE_ACCESS_FLAGS access);
-    void open_stream(const std::string& id);
+    void open_stream(const std::string& id)
+    {
+        need(gentl.DevOpenDataStream(m_device, id.c_str(), &m_stream), "DevOpenDataStream");
+    }
 
     /// Reads every feature of the four modules of the producer and of the camera.
     void read_features();
@@ -115,20 +124,50 @@ protected:
 
     /// Memory of the client's own for so many frames.
     std::vector<std::vector<unsigned char>>& make_memory(std::size_t frames);
-    GenTL::BUFFER_HANDLE announce(std::vector<unsigned char>& memory, void* user) const;
-    void queue(GenTL::BUFFER_HANDLE buffer) const;
-    GenTL::EVENT_HANDLE register_event() const;
-    void start() const;
-    void stop() const;
+    GenTL::BUFFER_HANDLE announce(std::vector<unsigned char>& memory, void* user) const
+    {
+        GenTL::BUFFER_HANDLE buffer = nullptr;
+        need(gentl.DSAnnounceBuffer(m_stream, memory.data(), memory.size(), user, &buffer),
+             "DSAnnounceBuffer");
+        return buffer;
+    }
+    void queue(GenTL::BUFFER_HANDLE buffer) const
+    {
+        need(gentl.DSQueueBuffer(m_stream, buffer), "DSQueueBuffer");
+    }
+    GenTL::EVENT_HANDLE register_event() const
+    {
+        GenTL::EVENT_HANDLE event = nullptr;
+        need(gentl.GCRegisterEvent(m_stream, GenTL::EVENT_NEW_BUFFER, &event), "GCRegisterEvent");
+        return event;
+    }
+    void start() const
+    {
+        need(gentl.DSStartAcquisition(m_stream, GenTL::ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE),
+             "DSStartAcquisition");
+    }
+    void stop() const
+    {
+        need(gentl.DSStopAcquisition(m_stream, GenTL::ACQ_STOP_FLAGS_DEFAULT), "DSStopAcquisition");
+    }
 
     /// Waits for one buffer after the other and queues it again, until there were so many. A time-out means
     /// that the wait ended for a frame that had been taken already, or a slow machine.
     using Look = std::function<void(const GenTL::EVENT_NEW_BUFFER_DATA&)>;
     void receive(int buffers, GenTL::EVENT_HANDLE event, std::uint64_t timeout_ms, const Look& look) const;
 
-    void unregister_event() const;
-    void flush(GenTL::ACQ_QUEUE_TYPE operation) const;
-    void revoke(GenTL::BUFFER_HANDLE buffer) const;
+    void unregister_event() const
+    {
+        need(gentl.GCUnregisterEvent(m_stream, GenTL::EVENT_NEW_BUFFER), "GCUnregisterEvent");
+    }
+    void flush(GenTL::ACQ_QUEUE_TYPE operation) const
+    {
+        need(gentl.DSFlushQueue(m_stream, operation), "DSFlushQueue");
+    }
+    void revoke(GenTL::BUFFER_HANDLE buffer) const
+    {
+        need(gentl.DSRevokeBuffer(m_stream, buffer, nullptr, nullptr), "DSRevokeBuffer");
+    }
     /// Revokes the first buffer as long as there is one; their number.
     int revoke_the_first_until_none_is_left() const;
     /// Closes stream, device, interface and system, in this order.

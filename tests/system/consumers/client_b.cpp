@@ -90,32 +90,26 @@ private:
     }
 
     /// Nothing if the producer does not implement the query.
-    template <class Type>
-    std::optional<Type> buffer_info(BUFFER_HANDLE buffer, BUFFER_INFO_CMD command) const
+    std::optional<std::uint64_t> buffer_info(BUFFER_HANDLE buffer, BUFFER_INFO_CMD command) const
     {
         INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
-        Type value{};
+        std::uint64_t value = 0; // little-endian: narrower types fill the low bytes
         std::size_t size = sizeof value;
         const GC_ERROR code = gentl.DSGetBufferInfo(m_stream, buffer, command, &type, &value, &size);
         if (code == GC_ERR_NOT_IMPLEMENTED)
             return std::nullopt;
         need(code, "DSGetBufferInfo");
-        need_true(size == sizeof value,
-                  "buffer information " + std::to_string(command) + " of " + std::to_string(size) + " bytes");
         return value;
-    }
-
-    template <class Type>
-    void expect_info(BUFFER_HANDLE buffer, BUFFER_INFO_CMD command, Type expected) const
-    {
-        need_true(buffer_info<Type>(buffer, command) == expected,
-                  "buffer information " + std::to_string(command));
     }
 
     void look_at(BUFFER_HANDLE buffer)
     {
-        const std::pair<BUFFER_INFO_CMD, std::size_t> sizes[] = {
+        const std::pair<BUFFER_INFO_CMD, std::optional<std::uint64_t>> expectations[] = {
             {BUFFER_INFO_PAYLOADTYPE, PAYLOAD_TYPE_IMAGE},
+            {BUFFER_INFO_IS_INCOMPLETE, 0},
+            {BUFFER_INFO_IMAGEPRESENT, 1},
+            {BUFFER_INFO_PIXELFORMAT, 0x01080001},
+            {BUFFER_INFO_PIXEL_ENDIANNESS, PIXELENDIANNESS_LITTLE},
             {BUFFER_INFO_WIDTH, 200},
             {BUFFER_INFO_HEIGHT, 48},
             {BUFFER_INFO_XOFFSET, 0},
@@ -125,21 +119,19 @@ private:
             {BUFFER_INFO_SIZE_FILLED, m_payload},
             {BUFFER_INFO_SIZE, m_payload},
             {BUFFER_INFO_IMAGEOFFSET, 0},
+            // Nanoseconds are not offered: they follow from the ticks of 25 MHz.
+            {BUFFER_INFO_TIMESTAMP_NS, std::nullopt},
         };
-        for (const auto& [command, expected] : sizes)
-            expect_info(buffer, command, expected);
-        expect_info<bool8_t>(buffer, BUFFER_INFO_IS_INCOMPLETE, 0);
-        expect_info<bool8_t>(buffer, BUFFER_INFO_IMAGEPRESENT, 1);
-        expect_info<std::uint64_t>(buffer, BUFFER_INFO_PIXELFORMAT, 0x01080001);
-        expect_info<std::int32_t>(buffer, BUFFER_INFO_PIXEL_ENDIANNESS, PIXELENDIANNESS_LITTLE);
-        need_true(buffer_info<std::uint64_t>(buffer, BUFFER_INFO_FRAMEID).has_value(), "no frame id");
-        // Nanoseconds are not offered: they follow from the ticks of 25 MHz.
-        need_true(!buffer_info<std::uint64_t>(buffer, BUFFER_INFO_TIMESTAMP_NS).has_value(), "nanoseconds");
-        const std::uint64_t nanoseconds =
-            buffer_info<std::uint64_t>(buffer, BUFFER_INFO_TIMESTAMP).value() * 40;
+        for (const auto& [command, expected] : expectations)
+            need_true(buffer_info(buffer, command) == expected,
+                      "buffer information " + std::to_string(command));
+        need_true(buffer_info(buffer, BUFFER_INFO_FRAMEID).has_value(), "no frame id");
+        const std::uint64_t nanoseconds = buffer_info(buffer, BUFFER_INFO_TIMESTAMP).value() * 40;
         need_true(nanoseconds > m_last_time, "time goes backwards");
         m_last_time = nanoseconds;
-        m_check.expect_newer(buffer_info<void*>(buffer, BUFFER_INFO_BASE).value(), m_payload);
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the query hands the address out as a number
+        m_check.expect_newer(reinterpret_cast<const void*>(buffer_info(buffer, BUFFER_INFO_BASE).value()),
+                             m_payload);
     }
 
     void stream()

@@ -41,9 +41,9 @@ private:
     void use_features(const char* name, PORT_HANDLE handle) const
     {
         const ExactPort port{gentl, handle};
-        const Features features{describe(port), port};
-        const int read = features.read_every();
-        const int written = features.write_every();
+        const auto features = features_of(describe(port), port);
+        const int read = features->read_every();
+        const int written = features->write_every();
         std::cout << name << ": " << read << " features read, " << written << " written\n";
     }
 
@@ -63,13 +63,14 @@ private:
     void acquire()
     {
         const ExactPort port{gentl, m_remote};
-        const Features camera{describe(port), port};
-        camera.set("ExposureTime", "10000");
-        m_payload = static_cast<std::size_t>(camera.integer("PayloadSize"));
+        const auto camera = features_of(describe(port), port);
+        camera->set("ExposureTime", "10000");
+        m_payload = static_cast<std::size_t>(camera->integer("PayloadSize"));
         for (auto& frame : make_memory(4)) {
             const BUFFER_HANDLE buffer = announce(frame, frame.data());
             const ExactPort port_of_buffer{gentl, buffer};
-            need_true(Features(describe(port_of_buffer), port_of_buffer).is_empty(), "a buffer has features");
+            need_true(features_of(describe(port_of_buffer), port_of_buffer)->is_empty(),
+                      "a buffer has features");
             queue(buffer);
         }
         const EVENT_HANDLE event = register_event();

@@ -14,31 +14,26 @@ class ExactPort;
 /// answer cannot be right.
 class Features {
 public:
-    /// Of the port with this description; the port must live as long as the object.
-    Features(const std::string& description, const ExactPort& port);
-    ~Features();
-    Features(const Features&) = delete;
-    Features& operator=(const Features&) = delete;
+    virtual ~Features() = default;
 
     /// Whether the port has none.
-    bool is_empty() const;
+    virtual bool is_empty() const = 0;
 
     /// Reads all of them and returns their number. Each must be readable unless it is a command or
     /// write-only.
-    int read_every() const;
+    virtual int read_every() const = 0;
 
     /// Executes commands. A parser also writes each feature that is writable, compares it with what is read
     /// then, and writes its old value again. Returns the number of both.
-    int write_every() const;
+    virtual int write_every() const = 0;
 
-    std::int64_t integer(const std::string& name) const;
-    void set(const std::string& name, const std::string& text) const;
+    virtual std::int64_t integer(const std::string& name) const = 0;
+    virtual void set(const std::string& name, const std::string& text) const = 0;
     /// Executes a command and waits until the device says that it is done.
-    void execute(const std::string& name, std::chrono::milliseconds timeout) const;
-
-private:
-    class Impl;
-    std::unique_ptr<Impl> m_impl;
+    virtual void execute(const std::string& name, std::chrono::milliseconds timeout) const = 0;
 };
+
+/// Of the port with this description; the port must live as long as the object.
+std::unique_ptr<Features> features_of(const std::string& description, const ExactPort& port);
 
 } // namespace zvclient

@@ -1,14 +1,11 @@
 #include <algorithm>
 #include <cstring>
-#include <map>
 #include <vector>
-
-#include <libxml/parser.h>
 
 #include "system/consumers/Client.h"
 
-// Without a GenApi parser: the registers of the software grabbers and cameras, found in the description as
-// XML.
+// Without a GenApi parser: the registers of the software grabbers and cameras, found in the text of the
+// description, whose elements have one simple form.
 
 namespace zvclient {
 
@@ -19,62 +16,48 @@ using Bytes = std::vector<unsigned char>;
 
 constexpr std::chrono::seconds longest_command{5};
 
-/// A node of a description with its name and the first of each of its properties.
+std::string between(const std::string& text, const std::string& begin, const std::string& end)
+{
+    const std::size_t found = text.find(begin);
+    if (found == std::string::npos)
+        return "";
+    const std::size_t start = found + begin.size();
+    return text.substr(start, text.find(end, start) - start);
+}
+
+/// An element of a description, with the text between its ends.
 struct Node {
     std::string kind;
     std::string name;
-    std::map<std::string, std::string> properties;
-    /// The numbers of an enumeration's entries.
-    std::map<std::string, std::string> entries;
+    std::string content;
 
+    /// The first property of this name; empty if there is none.
     std::string value_of(const std::string& property) const
     {
-        const auto found = properties.find(property);
-        return found != properties.end() ? found->second : "";
+        return between(content, "<" + property + ">", "</" + property + ">");
+    }
+    /// The number of an enumeration's entry, or the text itself.
+    std::string number_of(const std::string& value) const
+    {
+        const std::string entry = between(content, "<EnumEntry Name=\"" + value + "\"", "</EnumEntry>");
+        return entry.empty() ? value : between(entry, "<Value>", "</Value>");
     }
 };
 
-std::string text_of(const xmlChar* text)
-{
-    return text != nullptr ? reinterpret_cast<const char*>(text) : "";
-}
-
-std::string name_of(const xmlNode& element)
-{
-    for (const xmlAttr* at = element.properties; at != nullptr; at = at->next) {
-        if (text_of(at->name) == "Name" && at->children != nullptr)
-            return text_of(at->children->content);
-    }
-    return "";
-}
-
-Node node_of(const xmlNode& element)
-{
-    Node node{text_of(element.name), name_of(element), {}, {}};
-    for (const xmlNode* child = element.children; child != nullptr; child = child->next) {
-        if (child->type != XML_ELEMENT_NODE)
-            continue;
-        if (text_of(child->name) == "EnumEntry")
-            node.entries.emplace(name_of(*child), node_of(*child).value_of("Value"));
-        else if (child->children != nullptr)
-            node.properties.emplace(text_of(child->name), text_of(child->children->content));
-    }
-    return node;
-}
-
 std::vector<Node> nodes_of(const std::string& description)
 {
-    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document{
-        xmlReadMemory(description.data(), static_cast<int>(description.size()), "description.xml", nullptr,
-                      XML_PARSE_NONET),
-        &xmlFreeDoc};
-    need_true(document != nullptr, "the description is not well-formed");
-    const xmlNode* const root = xmlDocGetRootElement(document.get());
-    need_true(text_of(root->name) == "RegisterDescription", "the description is a " + text_of(root->name));
+    need_true(description.find("<RegisterDescription") != std::string::npos, "not a register description");
+    const std::string name = " Name=\"";
     std::vector<Node> nodes;
-    for (const xmlNode* element = root->children; element != nullptr; element = element->next) {
-        if (element->type == XML_ELEMENT_NODE)
-            nodes.push_back(node_of(*element));
+    for (std::size_t at = description.find(name); at != std::string::npos;
+         at = description.find(name, at + 1)) {
+        const std::size_t start = description.rfind('<', at) + 1;
+        const std::string kind = description.substr(start, at - start);
+        const std::size_t end_of_tag = description.find('>', at);
+        const bool is_empty = description[end_of_tag - 1] == '/';
+        const std::size_t end = is_empty ? end_of_tag : description.find("</" + kind + ">", at);
+        nodes.push_back({kind, between(description.substr(at, end_of_tag - at), name, "\""),
+                         description.substr(end_of_tag, end - end_of_tag)});
     }
     return nodes;
 }
@@ -97,6 +80,8 @@ std::uint64_t number_of(const Bytes& bytes)
 
 std::size_t length_of(const Node& place) { return std::stoul(place.value_of("Length"), nullptr, 0); }
 
+std::uint64_t address_of(const Node& place) { return std::stoull(place.value_of("Address"), nullptr, 0); }
+
 /// What a register of this kind holds for the value of the feature.
 Bytes bytes_of(const Node& feature, const Node& place, const std::string& value)
 {
@@ -115,24 +100,72 @@ Bytes bytes_of(const Node& feature, const Node& place, const std::string& value)
         std::memcpy(&bits, &number, sizeof bits);
         return big_endian(bits, length);
     }
-    const auto entry = feature.entries.find(value);
-    return big_endian(std::stoull(entry != feature.entries.end() ? entry->second : value, nullptr, 0),
-                      length);
+    return big_endian(std::stoull(feature.number_of(value), nullptr, 0), length);
 }
 
-} // namespace
-
-class Features::Impl {
+class FeaturesOfDescription final : public Features {
 public:
-    Impl(const std::string& description, const ExactPort& port) : nodes{nodes_of(description)}, m_port{port}
+    FeaturesOfDescription(const std::string& description, const ExactPort& port)
+        : m_nodes{nodes_of(description)}, m_port{port}
     {
     }
 
+    bool is_empty() const override
+    {
+        const Node* const root = find("Root");
+        return root == nullptr || root->value_of("pFeature").empty();
+    }
+
+    /// Of the registers of several cameras, those of the first.
+    int read_every() const override
+    {
+        int count = 0;
+        for (const Node& node : m_nodes) {
+            if (node.value_of("Address").empty())
+                continue;
+            read(node);
+            ++count;
+        }
+        return count;
+    }
+
+    /// Only the commands: which values a feature takes is for a parser to find out.
+    int write_every() const override
+    {
+        int count = 0;
+        for (const Node& node : m_nodes) {
+            if (node.kind == "Command") {
+                execute(node.name, longest_command);
+                ++count;
+            }
+        }
+        return count;
+    }
+
+    std::int64_t integer(const std::string& name) const override
+    {
+        const Node& place = place_of(at(name));
+        need_true(place.kind == "IntReg", name + " is not an integer");
+        return static_cast<std::int64_t>(number_of(read(place)));
+    }
+
+    void set(const std::string& name, const std::string& text) const override { write(at(name), text); }
+
+    void execute(const std::string& name, std::chrono::milliseconds timeout) const override
+    {
+        const Node& command = at(name);
+        write(command, command.value_of("CommandValue"));
+        const auto end = Clock::now() + timeout;
+        while (number_of(read(place_of(command))) != 0)
+            need_true(Clock::now() < end, name + " is not done in time");
+    }
+
+private:
     const Node* find(const std::string& name) const
     {
         const auto found =
-            std::find_if(nodes.begin(), nodes.end(), [&](const Node& node) { return node.name == name; });
-        return found != nodes.end() ? &*found : nullptr;
+            std::find_if(m_nodes.begin(), m_nodes.end(), [&](const Node& node) { return node.name == name; });
+        return found != m_nodes.end() ? &*found : nullptr;
     }
 
     const Node& at(const std::string& name) const
@@ -152,86 +185,26 @@ public:
     Bytes read(const Node& place) const
     {
         Bytes bytes(length_of(place));
-        m_port.read(std::stoull(place.value_of("Address"), nullptr, 0), bytes.data(), bytes.size());
+        m_port.read(address_of(place), bytes.data(), bytes.size());
         return bytes;
     }
 
-    void write(const Node& place, const Bytes& bytes) const
+    void write(const Node& feature, const std::string& value) const
     {
-        m_port.write(std::stoull(place.value_of("Address"), nullptr, 0), bytes.data(), bytes.size());
+        const Node& place = place_of(feature);
+        const Bytes bytes = bytes_of(feature, place, value);
+        m_port.write(address_of(place), bytes.data(), bytes.size());
     }
 
-    void execute(const Node& command, std::chrono::milliseconds timeout) const
-    {
-        const Node& place = place_of(command);
-        write(place, bytes_of(command, place, command.value_of("CommandValue")));
-        const auto end = Clock::now() + timeout;
-        while (number_of(read(place)) != 0)
-            need_true(Clock::now() < end, command.name + " is not done in time");
-    }
-
-    const std::vector<Node> nodes;
-
-private:
+    const std::vector<Node> m_nodes;
     const ExactPort& m_port;
 };
 
-Features::Features(const std::string& description, const ExactPort& port)
-    : m_impl{std::make_unique<Impl>(description, port)}
-{
-}
+} // namespace
 
-Features::~Features() = default;
-
-bool Features::is_empty() const
+std::unique_ptr<Features> features_of(const std::string& description, const ExactPort& port)
 {
-    const Node* const root = m_impl->find("Root");
-    return root == nullptr || root->value_of("pFeature").empty();
-}
-
-/// Of the registers of several cameras, those of the first.
-int Features::read_every() const
-{
-    int count = 0;
-    for (const Node& node : m_impl->nodes) {
-        if (node.value_of("Address").empty())
-            continue;
-        m_impl->read(node);
-        ++count;
-    }
-    return count;
-}
-
-/// Only the commands: which values a feature takes is for a parser to find out.
-int Features::write_every() const
-{
-    int count = 0;
-    for (const Node& node : m_impl->nodes) {
-        if (node.kind == "Command") {
-            m_impl->execute(node, longest_command);
-            ++count;
-        }
-    }
-    return count;
-}
-
-std::int64_t Features::integer(const std::string& name) const
-{
-    const Node& place = m_impl->place_of(m_impl->at(name));
-    need_true(place.kind == "IntReg", name + " is not an integer");
-    return static_cast<std::int64_t>(number_of(m_impl->read(place)));
-}
-
-void Features::set(const std::string& name, const std::string& text) const
-{
-    const Node& feature = m_impl->at(name);
-    const Node& place = m_impl->place_of(feature);
-    m_impl->write(place, bytes_of(feature, place, text));
-}
-
-void Features::execute(const std::string& name, std::chrono::milliseconds timeout) const
-{
-    m_impl->execute(m_impl->at(name), timeout);
+    return std::make_unique<FeaturesOfDescription>(description, port);
 }
 
 } // namespace zvclient

@@ -60,72 +60,69 @@ std::vector<std::string> values_to_write(const Feature& feature)
     }
 }
 
-} // namespace
-
-class Features::Impl {
+class FeaturesOfNodeMap final : public Features {
 public:
-    Impl(const std::string& description, const ExactPort& port) : nodes{description, port} {}
+    FeaturesOfNodeMap(const std::string& description, const ExactPort& port) : m_nodes{description, port} {}
 
-    const NodeMap nodes;
+    bool is_empty() const override { return m_nodes.tree().empty(); }
+
+    int read_every() const override
+    {
+        const std::vector<Feature> features = all_features(m_nodes);
+        for (const Feature& feature : features) {
+            const bool has_value = !std::holds_alternative<std::monostate>(feature.value);
+            need_true(has_value || !feature.access.is_readable || feature.kind == FeatureKind::command,
+                      feature.name + " cannot be read");
+        }
+        return static_cast<int>(features.size());
+    }
+
+    /// At its limits, and every entry of an enumeration.
+    int write_every() const override
+    {
+        int count = 0;
+        for (const Feature& feature : all_features(m_nodes)) {
+            // Its limits may have changed with the features that were written before.
+            const Feature present = m_nodes.describe(feature.name);
+            if (!present.access.is_writable)
+                continue;
+            if (present.kind == FeatureKind::command) {
+                execute(present.name, longest_command);
+            } else {
+                const std::string before = m_nodes.get_text(present.name);
+                for (const std::string& value : values_to_write(present))
+                    write_and_compare(m_nodes, present, value);
+                write_and_compare(m_nodes, present, before);
+            }
+            ++count;
+        }
+        return count;
+    }
+
+    std::int64_t integer(const std::string& name) const override
+    {
+        const Value value = m_nodes.get(name);
+        const auto* const number = std::get_if<std::int64_t>(&value);
+        need_true(number != nullptr, name + " is not an integer");
+        return *number;
+    }
+
+    void set(const std::string& name, const std::string& text) const override { m_nodes.set(name, text); }
+
+    void execute(const std::string& name, std::chrono::milliseconds timeout) const override
+    {
+        m_nodes.execute(name, timeout);
+    }
+
+private:
+    const NodeMap m_nodes;
 };
 
-Features::Features(const std::string& description, const ExactPort& port)
-    : m_impl{std::make_unique<Impl>(description, port)}
+} // namespace
+
+std::unique_ptr<Features> features_of(const std::string& description, const ExactPort& port)
 {
-}
-
-Features::~Features() = default;
-
-bool Features::is_empty() const { return m_impl->nodes.tree().empty(); }
-
-int Features::read_every() const
-{
-    int count = 0;
-    for (const Feature& feature : all_features(m_impl->nodes)) {
-        const bool has_value = !std::holds_alternative<std::monostate>(feature.value);
-        need_true(has_value || !feature.access.is_readable || feature.kind == FeatureKind::command,
-                  feature.name + " cannot be read");
-        ++count;
-    }
-    return count;
-}
-
-/// At its limits, and every entry of an enumeration.
-int Features::write_every() const
-{
-    const NodeMap& nodes = m_impl->nodes;
-    int count = 0;
-    for (const Feature& feature : all_features(nodes)) {
-        // Its limits may have changed with the features that were written before.
-        const Feature present = nodes.describe(feature.name);
-        if (!present.access.is_writable)
-            continue;
-        if (present.kind == FeatureKind::command) {
-            nodes.execute(present.name, longest_command);
-        } else {
-            const std::string before = nodes.get_text(present.name);
-            for (const std::string& value : values_to_write(present))
-                write_and_compare(nodes, present, value);
-            write_and_compare(nodes, present, before);
-        }
-        ++count;
-    }
-    return count;
-}
-
-std::int64_t Features::integer(const std::string& name) const
-{
-    const Value value = m_impl->nodes.get(name);
-    const auto* const number = std::get_if<std::int64_t>(&value);
-    need_true(number != nullptr, name + " is not an integer");
-    return *number;
-}
-
-void Features::set(const std::string& name, const std::string& text) const { m_impl->nodes.set(name, text); }
-
-void Features::execute(const std::string& name, std::chrono::milliseconds timeout) const
-{
-    m_impl->nodes.execute(name, timeout);
+    return std::make_unique<FeaturesOfNodeMap>(description, port);
 }
 
 } // namespace zvclient

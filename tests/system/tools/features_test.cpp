@@ -18,7 +18,7 @@ namespace {
 struct Row {
     const char* line;
     const char* output;
-    const char* refusal; // part of the message; null: the command succeeds
+    const char* refusal{nullptr}; // part of the message; null: the command succeeds
 };
 
 std::ostream& operator<<(std::ostream& stream, const Row& row) { return stream << row.line; }
@@ -48,29 +48,27 @@ constexpr const char* read_only = "TLModelName cannot be written: it is read onl
 constexpr const char* no_interface = "no interface FG7; there are FG0, FG1\n";
 
 const Row rows[] = {
-    {"get DeviceModelName", "SoftCam CX 640\n", nullptr},
-    {"get --device Device10 DeviceModelName", "SoftCam HS 2048\n", nullptr},
-    {"get --device SCX800-0002 DeviceModelName", "SoftCam CX 800 HDR\n", nullptr},
-    {"get --interface FG1 DeviceModelName", "SoftCam HS 2048\n", nullptr},
-    {"get --port system TLModelName", "ZVGRLibGenTL\n", nullptr},
-    {"get --port system TLModelName GenTLVersionMajor", "TLModelName=ZVGRLibGenTL\nGenTLVersionMajor=1\n",
-     nullptr},
-    {"get --port system TLModelName --json", "{\n  \"TLModelName\": \"ZVGRLibGenTL\"\n}\n", nullptr},
-    {"get -s Width=320 -s OffsetX=64 Width OffsetX", "Width=320\nOffsetX=64\n", nullptr},
+    {"get DeviceModelName", "SoftCam CX 640\n"},
+    {"get --device Device10 DeviceModelName", "SoftCam HS 2048\n"},
+    {"get --device SCX800-0002 DeviceModelName", "SoftCam CX 800 HDR\n"},
+    {"get --interface FG1 DeviceModelName", "SoftCam HS 2048\n"},
+    {"get --port system TLModelName", "ZVGRLibGenTL\n"},
+    {"get --port system TLModelName GenTLVersionMajor", "TLModelName=ZVGRLibGenTL\nGenTLVersionMajor=1\n"},
+    {"get --port system TLModelName --json", "{\n  \"TLModelName\": \"ZVGRLibGenTL\"\n}\n"},
+    {"get -s Width=320 -s OffsetX=64 Width OffsetX", "Width=320\nOffsetX=64\n"},
     {"get --port system TLModleName", "",
      "zvgentl get: there is no feature TLModleName; did you mean TLModelName?\n"},
     {"get --port system --set TLModelName=x TLModelName", "", read_only},
     {"features --port system --category Camera", "", "no category Camera; there are Root, SystemInformation"},
     {"features --port interface --interface FG7", "", no_interface},
     {"features --port remote --interface FG7", "", no_interface},
-    {"set Width=320 OffsetX=320 ExposureTime=2500.5", "Width=320\nOffsetX=320\nExposureTime=2500.5\n",
-     nullptr},
-    {"set Width 320", "Width=320\n", nullptr},
+    {"set Width=320 OffsetX=320 ExposureTime=2500.5", "Width=320\nOffsetX=320\nExposureTime=2500.5\n"},
+    {"set Width 320", "Width=320\n"},
     {"set OffsetX=320 Width=320", "", "zvgentl set: OffsetX cannot be \"320\"; allowed: 0 to 0 px\n"},
     {"set TLParamsLocked=1 Width=320", "TLParamsLocked=1\n", locked},
     {"set --port system TLModelName x", "", read_only},
-    {"exec TimestampLatch", "", nullptr},
-    {"exec TriggerSoftware", "", nullptr},
+    {"exec TimestampLatch", ""},
+    {"exec TriggerSoftware", ""},
     {"exec --port system TLVersion", "", "TLVersion is not a command"},
 };
 

@@ -152,11 +152,16 @@ TEST_F(PortOfAProducer, DoesNotBelieveThatMoreMovedThanWasAskedFor)
               error_of_read());
 }
 
-TEST_F(PortOfAProducer, FailsInTheProducersWords)
+TEST_F(PortOfAProducer, FailsInTheProducersWordsUnlessTheyAreOld)
 {
+    const std::string error = "GCReadPort failed with GC_ERR_INVALID_ADDRESS (-1015)";
     fake.answer = GC_ERR_INVALID_ADDRESS;
     fake.last_error = "nothing is there";
-    EXPECT_EQ("GCReadPort failed with GC_ERR_INVALID_ADDRESS (-1015): nothing is there", error_of_read());
+    EXPECT_EQ(error + ": nothing is there", error_of_read());
+    EXPECT_EQ(error, error_of_read());
+    fake.last_error = "GCReadPort: nothing is there"; // no doubt about what this is about
+    for (int read = 0; read < 2; ++read)
+        EXPECT_EQ(error + ": GCReadPort: nothing is there", error_of_read());
 }
 
 TEST_F(PortOfAProducer, GivesAllItsUrls)

@@ -174,7 +174,6 @@ TEST_F(ReadFeatures, UsesDescriptionsOfAnOlderSchema)
     const std::string version = "SchemaMinorVersion=\"1\"";
     description.replace(description.find(version), version.size(), "SchemaMinorVersion=\"0\"");
     const NodeMap old(description, registers);
-    registers.put<std::uint32_t>(0x310, 0xFEFFFFFF);
     EXPECT_EQ("640", old.get_text("Width"));
     old.set("Width", "320");
     EXPECT_EQ(320U, registers.at<std::uint32_t>(0x00));
