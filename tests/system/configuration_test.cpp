@@ -1,4 +1,4 @@
-#include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,18 +29,10 @@ constexpr const char* three_grabbers = R"(grabbers:
 
 class Configured : public LoadedProducer {
 protected:
-    ~Configured() override
-    {
-        std::filesystem::remove(m_file);
-        Surroundings::set_frame_size(usual_frame_size);
-    }
-
-    /// Writes the file and opens the system again.
+    /// Opens the system again with this file.
     void configure(const std::string& text)
     {
-        std::filesystem::create_directories(m_file.parent_path());
-        std::ofstream{m_file} << text;
-        Surroundings::set_frame_size("");
+        m_file.emplace(text);
         system.emplace(gentl);
     }
 
@@ -69,7 +61,7 @@ protected:
     }
 
 private:
-    const std::filesystem::path m_file{m_surroundings.folder() / "config/zvgentl/grabbers.yaml"};
+    std::optional<GrabberFile> m_file;
 };
 
 TEST_F(Configured, GrabbersAreInterfacesAndCamerasAreDevices)

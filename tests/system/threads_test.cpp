@@ -34,7 +34,8 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(, Threads, both_modes, testing::PrintToStringParamName());
 
-TEST_P(Threads, AskWhileFramesArrive)
+// Flushes take frames away from the consumer, kills end its waits.
+TEST_P(Threads, AskKillAndFlushWhileFramesArrive)
 {
     camera.start_and_queue();
     auto asking = repeat([this] {
@@ -50,16 +51,6 @@ TEST_P(Threads, AskWhileFramesArrive)
         camera.event_number(EVENT_NUM_IN_QUEUE);
         camera.event_number(EVENT_NUM_FIRED);
     });
-    FrameCheck{camera}.stream(frames);
-    end_repeats();
-    asking.get();
-}
-
-// Flushes take frames away from the consumer, kills end its waits; what it gets is intact and new
-// nevertheless.
-TEST_P(Threads, KillAndFlushWhileFramesArrive)
-{
-    camera.start_and_queue();
     auto killing = repeat([this] { EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventKill(camera.event())); });
     auto flushing = repeat([this] {
         EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventFlush(camera.event()));
@@ -81,6 +72,7 @@ TEST_P(Threads, KillAndFlushWhileFramesArrive)
             EXPECT_TRUE(code == GC_ERR_SUCCESS || code == GC_ERR_TIMEOUT) << code;
     }
     end_repeats();
+    asking.get();
     killing.get();
     flushing.get();
     recycling.get();

@@ -26,10 +26,9 @@ namespace {
 
 class Settings : public ::testing::Test {
 protected:
-    std::uint32_t read_or_add(const std::string& key, std::uint32_t value,
-                              const std::string& description = "")
+    std::uint32_t read_or_add(const std::string& key, std::uint32_t value)
     {
-        return m_store.value_or_add(key, value, description);
+        return m_store.value_or_add(key, value, "");
     }
 
     std::string file() const { return m_places.chosen; }
@@ -51,13 +50,6 @@ protected:
                           [this](const std::string& text) { m_warnings.push_back(text); }};
 };
 
-TEST_F(Settings, AMissingKeyIsAddedWithItsDefaultAndDescription)
-{
-    EXPECT_EQ(4u, read_or_add("a.b", 4, "what it does"));
-    EXPECT_THAT(content_of(file()), HasSubstr("\n# what it does\n# Default: 4\na.b = 4\n"));
-    EXPECT_THAT(m_warnings, IsEmpty());
-}
-
 TEST_F(Settings, OnlyReadingAddsNothing)
 {
     EXPECT_EQ(std::nullopt, m_store.value("a"));
@@ -78,16 +70,6 @@ TEST_F(Settings, AnEditThatKeepsSizeAndTimeIsNoticed)
         EXPECT_EQ(value, read_or_add("a", 4));
         EXPECT_THAT(m_store.value("a"), Optional(value));
     }
-}
-
-TEST_F(Settings, AddingKeepsCommentsOrderAndWhatItDoesNotUnderstand)
-{
-    const std::string old = "# mine\nz = 1\n\nnot a property\n! another\na: 0x10\n   b=2   ";
-    write_file(file(), old);
-    EXPECT_EQ(3u, read_or_add("c", 3));
-    EXPECT_THAT(content_of(file()), StartsWith(old));
-    EXPECT_EQ(16u, read_or_add("a", 0));
-    EXPECT_EQ(2u, read_or_add("b", 0));
 }
 
 TEST_F(Settings, AddingKeepsThePermissions)

@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -8,11 +7,11 @@
 #include <Poco/LoggingRegistry.h>
 #include <Poco/Message.h>
 #include <Poco/NullChannel.h>
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include "zvlog/ZVLogger.h"
 
+#include "platform/DynamicLibrary.h"
 #include "unit/logger/Sandbox.h"
 
 // The built library, loaded into an application and unloaded again: every test starts with a fresh library.
@@ -26,31 +25,19 @@ namespace {
 // Names as the linker sees them: the library is not linked to this program.
 constexpr const char* init_integer_symbol = "_ZN10ZVSettings11InitIntegerEjPKcjS1_";
 
-class LoadedLibrary {
+class LoadedLibrary : platform::DynamicLibrary {
 public:
-    LoadedLibrary() : m_handle(dlopen(ZV_LOGGER_LIBRARY, RTLD_NOW | RTLD_LOCAL))
-    {
-        if (m_handle == nullptr)
-            throw std::runtime_error("cannot load " ZV_LOGGER_LIBRARY);
-    }
-    ~LoadedLibrary() { dlclose(m_handle); }
-    LoadedLibrary(const LoadedLibrary&) = delete;
-    LoadedLibrary& operator=(const LoadedLibrary&) = delete;
+    LoadedLibrary() : DynamicLibrary(ZV_LOGGER_LIBRARY) {}
 
     Poco::Logger& logger(const char* name) const
     {
-        return *reinterpret_cast<decltype(&InitLogger)>(dlsym(m_handle, "InitLogger"))(nullptr, name,
-                                                                                       0xFFFFFFFF);
+        return *reinterpret_cast<decltype(&InitLogger)>(find("InitLogger"))(nullptr, name, 0xFFFFFFFF);
     }
-
     std::uint32_t setting(const char* key, std::uint32_t value) const
     {
         using Function = std::uint32_t (*)(std::uint32_t, const char*, std::uint32_t, const char*);
-        return reinterpret_cast<Function>(dlsym(m_handle, init_integer_symbol))(3, key, value, nullptr);
+        return reinterpret_cast<Function>(find(init_integer_symbol))(3, key, value, nullptr);
     }
-
-private:
-    void* m_handle;
 };
 
 void write(Poco::Logger& logger, const std::string& text)

@@ -115,11 +115,4 @@ TEST(FrameCount, CountsAFrameWithoutStampAsDamagedWhenOthersHaveOne)
     EXPECT_EQ(1U, count.damaged());
 }
 
-TEST(FrameCount, ExpectsNoStampOfACameraThatWritesNone)
-{
-    FrameCount count(StreamMode::queued, Stamps::checked);
-    add_ids(count, {0, 1});
-    EXPECT_EQ(0U, count.damaged());
-}
-
 } // namespace zvgentl::test

@@ -1,11 +1,14 @@
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "TemporaryFolder.h"
 #include "examples.h"
 #include "support.h"
 #include "zvgentl/GrabResult.h"
+#include "zvgentl/Progress.h"
 
 namespace zvgentl::test {
 
@@ -82,6 +85,19 @@ TEST(GrabResultText, HasNoGoalWhenGrabbingWithoutEnd)
     GrabOptions endless;
     endless.frames = 0;
     EXPECT_THAT(to_text(grabbed(endless, 7)), HasSubstr("Delivered  7 frames in"));
+}
+
+TEST(Progress, IsSilentWhenNobodyWatches)
+{
+    const TemporaryFolder folder;
+    const auto file = folder / "errors";
+    {
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.string().c_str(), "w"),
+                                                                     std::fclose);
+        Progress progress(stream.get(), 10);
+        progress.show(5, 0);
+    }
+    EXPECT_EQ("", read_text(file));
 }
 
 } // namespace zvgentl::test
