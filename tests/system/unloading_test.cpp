@@ -42,7 +42,6 @@ struct Use {
 std::ostream& operator<<(std::ostream& out, const Use& row) { return out << row.name; }
 
 const Use uses[] = {
-    {"ALoadAlone", [](const Functions& gentl) { gentl.GCCloseLib(); }},
     {"AnUnloadWithoutAClose", [](const Functions& /*gentl*/) {}},
     {"PathQueries",
      [](const Functions& gentl) {

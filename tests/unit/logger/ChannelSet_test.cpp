@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,11 +19,12 @@ namespace {
 class Channel : public ConfiguredLoggers {
 protected:
     /// The root logger writes to the channel "c" with these properties (without their common part).
-    void channel(const std::vector<std::string>& properties, const std::string& rest = "")
+    void channel(const std::string& properties, const std::string& rest = "")
     {
         std::string text = "logging.loggers.root.channel = c\n" + rest;
-        for (const std::string& property : properties)
-            text += "logging.channels.c." + property + "\n";
+        std::istringstream lines(properties);
+        for (std::string line; std::getline(lines, line, ';');)
+            text += "logging.channels.c." + line + "\n";
         configure(text);
     }
 
@@ -41,15 +43,18 @@ protected:
 /// home folder.
 struct Written {
     const char* name;
-    std::vector<std::string> channel;
+    std::string channel;
     /// By their names in the folder; without content: missing.
     std::map<std::string, std::string> files;
     std::vector<std::string> lines{"text"};
-    /// More of the configuration, with whole keys.
-    std::string rest{};
     /// What c.log holds before the first line.
     std::string old{};
 };
+
+constexpr const char* others = "logging.channels.d.class = FileChannel\nlogging.channels.d.path = d.log\n"
+                               "logging.channels.e.class = FileChannel\nlogging.channels.e.path = e.log\n"
+                               "logging.formatters.f.class = PatternFormatter\n"
+                               "logging.formatters.f.pattern = <%t>\nlogging.formatters.f.times = UTC\n";
 
 class WrittenChannel : public Channel, public ::testing::WithParamInterface<Written> {};
 
@@ -59,7 +64,7 @@ TEST_P(WrittenChannel, WritesFilesOnlyWithTheFirstLine)
     environment.set_home(m_folder.path());
     if (!GetParam().old.empty())
         write_file(file(), GetParam().old);
-    channel(GetParam().channel, "folder = " + m_folder.path() + "\n" + GetParam().rest);
+    channel(GetParam().channel, "folder = " + m_folder.path() + "\n" + others);
     const auto before = names_in(m_folder.path());
     for (const std::string& line : GetParam().lines)
         write("A.cpp", line, Poco::Message::PRIO_DEBUG);
@@ -71,72 +76,56 @@ TEST_P(WrittenChannel, WritesFilesOnlyWithTheFirstLine)
     EXPECT_EQ("", warning());
 }
 
-const std::string long_line(1000, 'x');
-const std::string to_d = "logging.channels.d.class = FileChannel\nlogging.channels.d.path = d.log\n";
-const std::string to_e = "logging.channels.e.class = FileChannel\nlogging.channels.e.path = e.log\n";
-constexpr const char* to_file = "class = FileChannel\nlogging.channels.c.path = ${folder}/c.log";
+const std::string to_file = "class = FileChannel;path = ${folder}/c.log;";
+const std::string kilo(1000, 'x');
 
-INSTANTIATE_TEST_SUITE_P(
-    All, WrittenChannel,
-    ::testing::Values(
-        Written{"TheText", {to_file}, {{"c.log", "text\n"}}},
-        Written{"BehindWhatWasThere", {to_file}, {{"c.log", "old\ntext\n"}}, {"text"}, "", "old\n"},
-        Written{"SoManyArchives",
-                {to_file, "rotation = 10", "archive = number", "purgeCount = 2"},
-                {{"c.log", "fourth line\n"},
-                 {"c.log.0", "third line\n"},
-                 {"c.log.1", "second line\n"},
-                 {"c.log.2", ""}},
-                {"first line", "second line", "third line", "fourth line"}},
-        Written{"AllArchives",
-                {to_file, "rotation = 1", "purgeCount = none"},
-                {{"c.log.0", "3\n"}, {"c.log.3", "0\n"}},
-                {"0", "1", "2", "3", "4"}},
-        Written{"Kilobytes",
-                {to_file, "rotation = 1 K"},
-                {{"c.log", "y\n"}, {"c.log.0", long_line + "\n" + long_line + "\n"}},
-                {long_line, long_line, "y"}},
-        Written{"Megabytes",
-                {to_file, "rotation = 1M"},
-                {{"c.log", long_line + "\n" + long_line + "\ny\n"}, {"c.log.0", ""}},
-                {long_line, long_line, "y"}},
-        Written{"RotatedWhenOpened",
-                {to_file, "rotateOnOpen = true"},
-                {{"c.log", "new\nnewer\n"}, {"c.log.0", "old\n"}},
-                {"new", "newer"},
-                "",
-                "old\n"},
-        Written{"WithoutAFolderInTheLogFolder",
-                {"class = FileChannel", "path = own.log"},
-                {{"logs/own.log", "text\n"}}},
-        Written{"InTheHomeFolder", {"class = FileChannel", "path = ~/c.log"}, {{"c.log", "text\n"}}},
-        Written{"TheSecondPath",
-                {"class = SimpleFileChannel", "path = ${folder}/c.log", "secondaryPath = ${folder}/old.log",
-                 "rotation = 1", "flush = true"},
-                {{"c.log", "three\n"}, {"old.log", "two\n"}},
-                {"one", "two", "three"}},
-        Written{"Nothing", {"class = NullChannel"}, {{"c.log", ""}, {"logs", ""}}},
-        Written{"APattern", {to_file, "pattern = %s|%p|%t"}, {{"c.log", "A.cpp|Debug|text\n"}}},
-        Written{"ANamedFormatter",
-                {to_file, "formatter = f"},
-                {{"c.log", "<text>\n"}},
-                {"text"},
-                "logging.formatters.f.class = PatternFormatter\nlogging.formatters.f.pattern = <%t>\n"
-                "logging.formatters.f.times = UTC\n"},
-        Written{"TheChannelsOwnFormatter",
-                {to_file, "formatter.class = PatternFormatter", "formatter.pattern = (%t)"},
-                {{"c.log", "(text)\n"}}},
-        Written{"AFormattingChannel",
-                {"class = FormattingChannel", "pattern = <%t>", "channel = d"},
-                {{"logs/d.log", "<text>\n"}},
-                {"text"},
-                to_d},
-        Written{"ASplitter",
-                {"class = SplitterChannel", "channels = d, e"},
-                {{"logs/d.log", "text\n"}, {"logs/e.log", "text\n"}},
-                {"text"},
-                to_d + to_e}),
-    [](const auto& test) { return test.param.name; });
+const Written written[] = {
+    {"TheText", to_file, {{"c.log", "text\n"}}},
+    {"BehindWhatWasThere", to_file, {{"c.log", "old\ntext\n"}}, {"text"}, "old\n"},
+    {"SoManyArchives",
+     to_file + "rotation = 10;archive = number;purgeCount = 2",
+     {{"c.log", "fourth line\n"}, {"c.log.0", "third line\n"}, {"c.log.1", "second line\n"}, {"c.log.2", ""}},
+     {"first line", "second line", "third line", "fourth line"}},
+    {"AllArchives",
+     to_file + "rotation = 1;purgeCount = none",
+     {{"c.log.0", "3\n"}, {"c.log.3", "0\n"}},
+     {"0", "1", "2", "3", "4"}},
+    {"Kilobytes",
+     to_file + "rotation = 1 K",
+     {{"c.log", "y\n"}, {"c.log.0", kilo + "\n" + kilo + "\n"}},
+     {kilo, kilo, "y"}},
+    {"Megabytes",
+     to_file + "rotation = 1M",
+     {{"c.log", kilo + "\n" + kilo + "\ny\n"}, {"c.log.0", ""}},
+     {kilo, kilo, "y"}},
+    {"RotatedWhenOpened",
+     to_file + "rotateOnOpen = true",
+     {{"c.log", "new\nnewer\n"}, {"c.log.0", "old\n"}},
+     {"new", "newer"},
+     "old\n"},
+    {"WithoutAFolderInTheLogFolder", "class = FileChannel;path = own.log", {{"logs/own.log", "text\n"}}},
+    {"InTheHomeFolder", "class = FileChannel;path = ~/c.log", {{"c.log", "text\n"}}},
+    {"TheSecondPath",
+     "class = SimpleFileChannel;path = ${folder}/c.log;secondaryPath = ${folder}/old.log;rotation = 1;flush "
+     "= true",
+     {{"c.log", "three\n"}, {"old.log", "two\n"}},
+     {"one", "two", "three"}},
+    {"Nothing", "class = NullChannel", {{"c.log", ""}, {"logs", ""}}},
+    {"APattern", to_file + "pattern = %s|%p|%t", {{"c.log", "A.cpp|Debug|text\n"}}},
+    {"ANamedFormatter", to_file + "formatter = f", {{"c.log", "<text>\n"}}},
+    {"TheChannelsOwnFormatter",
+     to_file + "formatter.class = PatternFormatter;formatter.pattern = (%t)",
+     {{"c.log", "(text)\n"}}},
+    {"AFormattingChannel",
+     "class = FormattingChannel;pattern = <%t>;channel = d",
+     {{"logs/d.log", "<text>\n"}}},
+    {"ASplitter",
+     "class = SplitterChannel;channels = d, e",
+     {{"logs/d.log", "text\n"}, {"logs/e.log", "text\n"}}},
+};
+
+INSTANTIATE_TEST_SUITE_P(All, WrittenChannel, ::testing::ValuesIn(written),
+                         [](const auto& test) { return test.param.name; });
 
 TEST_F(Channel, MayBeDescribedInTheLogger)
 {
@@ -149,7 +138,7 @@ TEST_F(Channel, MayBeDescribedInTheLogger)
 TEST_F(Channel, InAFolderOfTheUserThatIsMissingLosesLinesWithOneWarning)
 {
     for (const char* const rotation : {"rotation = never", "rotation = daily"}) {
-        channel({"class = FileChannel", rotation, "path = " + m_folder / "missing/c.log"});
+        channel("class = FileChannel;path = " + m_folder / "missing/c.log" + ";" + rotation);
         for (int line = 0; line < 3; ++line)
             write("A.cpp", "text");
         EXPECT_THAT(lines_of(default_log()), ElementsAre(HasSubstr("'A.cpp' are lost"))) << rotation;
@@ -162,12 +151,13 @@ TEST_F(Channel, InAFolderOfTheUserThatIsMissingLosesLinesWithOneWarning)
 TEST_F(Channel, FileRotatesByTimeAsPocoDoesAlsoInTheLogFolder)
 {
     for (const std::string& file : {file(), std::string("timed.log")}) {
-        channel({"class = FileChannel", "path = " + file, "rotation = daily", "archive = timestamp",
-                 "purgeAge = 2 days", "times = local"});
-        const std::string written = file == "timed.log" ? m_folder / "logs/timed.log" : file;
-        EXPECT_FALSE(is_there(written));
+        channel("class = FileChannel;rotation = daily;archive = timestamp;purgeAge = 2 days;times = "
+                "local;path = " +
+                file);
+        const std::string log = file == "timed.log" ? m_folder / "logs/timed.log" : file;
+        EXPECT_FALSE(is_there(log));
         write("A.cpp", "text");
-        EXPECT_THAT(lines_of(written), Contains(StartsWith("text"))); // lines end as the system's do
+        EXPECT_THAT(lines_of(log), Contains(StartsWith("text"))); // lines end as the system's do
         EXPECT_EQ("", warning());
     }
 }
@@ -175,14 +165,14 @@ TEST_F(Channel, FileRotatesByTimeAsPocoDoesAlsoInTheLogFolder)
 TEST_F(Channel, ConsoleIsTheErrorOutput)
 {
     for (const char* const name : {"class = ConsoleChannel", "class = ColorConsoleChannel"}) {
-        channel({name});
+        channel(name);
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         write("A.cpp", "text");
         EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("text"));
         EXPECT_EQ("", testing::internal::GetCapturedStdout());
     }
-    channel({"class = ColorConsoleChannel", "enableColors = false"});
+    channel("class = ColorConsoleChannel;enableColors = false");
     EXPECT_EQ("", warning());
 }
 
@@ -195,11 +185,11 @@ TEST_F(Channel, SystemLogTakesItsProperties)
     const std::string own = "SyslogChannel", property = "facility = LOG_LOCAL3", other = "EventLogChannel";
     const std::string refused = "facility = LOG_NOWHERE", reason = "LOG_NOWHERE";
 #endif
-    channel({"class = " + own, "name = zvgentl", property});
+    channel("class = " + own + ";name = zvgentl;" + property);
     EXPECT_EQ("", warning());
-    channel({"class = " + own, refused});
+    channel("class = " + own + ";" + refused);
     EXPECT_THAT(warning(), HasSubstr(reason));
-    channel({"class = " + other});
+    channel("class = " + other);
     EXPECT_THAT(warning(), HasSubstr("unknown class '" + other + "'"));
 }
 

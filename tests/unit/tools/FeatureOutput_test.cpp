@@ -9,23 +9,6 @@ using namespace tool;
 
 TEST(FeatureOutput, ShowsATreeInColumns)
 {
-    FeatureLine width = line_of("Width", FeatureKind::integer, std::int64_t{640});
-    width.feature.minimum = std::int64_t{16};
-    width.feature.maximum = std::int64_t{1024};
-    width.feature.increment = std::int64_t{16};
-    width.feature.unit = "px";
-    FeatureLine format = line_of("PixelFormat", FeatureKind::enumeration, std::string("Mono8"));
-    format.feature.entries = {"Mono8", "Mono12"};
-    format.feature.selects = {"PixelSize"};
-    FeatureLine model = line_of("Model", FeatureKind::string, std::string("A \"B\""));
-    model.feature.access.is_writable = false;
-    model.feature.maximum = std::int64_t{16};
-    FeatureLine start = line_of("Start", FeatureKind::command, {});
-    start.feature.access.is_readable = false;
-    FeatureLine gain = line_of("Gain", FeatureKind::floating_point, {});
-    gain.feature.problem = "the cable\nis out";
-    FeatureLine again = line_of("Image", FeatureKind::category, {}, 0);
-    again.entry.is_repeated = true;
     EXPECT_EQ("Device00 (remote): Root\n"
               "Image\n"
               "  Width        Integer      RW  640 px  [16 .. 1024, step 16]\n"
@@ -34,10 +17,7 @@ TEST(FeatureOutput, ShowsATreeInColumns)
               "  Start        Command      WO\n"
               "  Gain         Float        RW  ! the cable.is out\n"
               "Image                           (see above)\n",
-              to_text(FeatureTable{"Device00 (remote)",
-                                   "Root",
-                                   {line_of("Image", FeatureKind::category, {}, 0), width, format, model,
-                                    start, gain, again}}));
+              to_text(example_features()));
 }
 
 TEST(FeatureOutput, KeepsControlCharactersFromTheTerminal)

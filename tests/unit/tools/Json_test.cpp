@@ -57,35 +57,32 @@ TEST(ProducerJson, NestsInterfacesAndDevices)
 
 TEST(FeatureJson, HasTypedValues)
 {
-    FeatureLine width = line_of("Width", FeatureKind::integer, std::int64_t{640});
-    width.feature.display_name = "The width";
-    width.feature.description = "Of the picture";
-    width.feature.visibility = "Beginner";
-    width.feature.unit = "px";
-    width.feature.minimum = std::int64_t{16};
-    width.feature.notation = Notation::hexadecimal;
-    FeatureLine image = line_of("Image", FeatureKind::category, {}, 0);
-    image.entry.is_repeated = true;
-    image.feature.problem = "the cable is out";
-    FeatureLine format = line_of("PixelFormat", FeatureKind::enumeration, std::string("Mono8"));
-    format.feature.entries = {"Mono8"};
-    format.feature.selects = {"PixelSize"};
-    FeatureLine model = line_of("Model", FeatureKind::string, std::string("A"));
-    model.feature.maximum = std::int64_t{16};
-    const std::string plain = R"("display_name": "","description": "","visibility": "","access": "RW",)";
-    EXPECT_EQ(R"({"port": "Device00","category": "Root","features": [{"name": "Width","level": 1,)"
-              R"("type": "Integer","display_name": "The width","description": "Of the picture",)"
-              R"("visibility": "Beginner","access": "RW","value": 640,"text": "0x280","minimum": 16,)"
-              R"("maximum": null,"increment": null,"unit": "px"},{"name": "Image","level": 0,)"
-              R"("type": "Category",)" +
+    FeatureTable table = example_features();
+    table.lines[1].feature.notation = Notation::hexadecimal;
+    const std::string plain = R"("display_name": "","description": "","visibility": "","access": )";
+    EXPECT_EQ(R"j({"port": "Device00 (remote)","category": "Root","features": [)j"
+              R"({"name": "Image","level": 0,"type": "Category",)" +
                   plain +
-                  R"("value": null,"repeated": true,"problem": "the cable is out"},)"
+                  R"("RW","value": null},)"
+                  R"({"name": "Width","level": 1,"type": "Integer","display_name": "The width",)"
+                  R"("description": "Of the picture","visibility": "Beginner","access": "RW","value": 640,)"
+                  R"("text": "0x280","minimum": 16,"maximum": 1024,"increment": 16,"unit": "px"},)"
                   R"({"name": "PixelFormat","level": 1,"type": "Enumeration",)" +
                   plain +
-                  R"("value": "Mono8","entries": ["Mono8"],"selects": ["PixelSize"]},)"
+                  R"("RW","value": "Mono8","entries": ["Mono8","Mono12"],"selects": ["PixelSize"]},)"
                   R"({"name": "Model","level": 1,"type": "String",)" +
-                  plain + R"("value": "A","longest": 16}]})",
-              on_one_line(json_text(FeatureTable{"Device00", "Root", {width, image, format, model}})));
+                  plain +
+                  R"("RO","value": "A \"B\"","longest": 16},)"
+                  R"({"name": "Start","level": 1,"type": "Command",)" +
+                  plain +
+                  R"("WO","value": null},)"
+                  R"({"name": "Gain","level": 1,"type": "Float",)" +
+                  plain +
+                  R"("RW","value": null,"text": "","minimum": null,"maximum": null,"increment": null,)"
+                  R"("unit": "","problem": "the cable\nis out"},)"
+                  R"({"name": "Image","level": 0,"type": "Category",)" +
+                  plain + R"("RW","value": null,"repeated": true}]})",
+              on_one_line(json_text(table)));
 }
 
 TEST(ValueJson, KeepsTypesAndOrderAndReplacesWhatIsNotUtf8)
