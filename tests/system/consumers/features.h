@@ -23,8 +23,8 @@ public:
     /// write-only.
     virtual int read_every() const = 0;
 
-    /// Executes commands. A parser also writes each feature that is writable, compares it with what is read
-    /// then, and writes its old value again. Returns the number of both.
+    /// Executes commands. A parser also writes each feature that is writable, with the value that it has.
+    /// Returns the number of both.
     virtual int write_every() const = 0;
 
     virtual std::int64_t integer(const std::string& name) const = 0;

@@ -64,6 +64,7 @@ const Row rows[] = {
     {"features --port remote --interface FG7", "", no_interface},
     {"set Width=320 OffsetX=320 ExposureTime=2500.5", "Width=320\nOffsetX=320\nExposureTime=2500.5\n"},
     {"set Width 320", "Width=320\n"},
+    {"set Width=0", "", "zvgentl set: Width cannot be \"0\"; allowed: 1 to 640 px\n"},
     {"set OffsetX=320 Width=320", "", "zvgentl set: OffsetX cannot be \"320\"; allowed: 0 to 0 px\n"},
     {"set TLParamsLocked=1 Width=320", "TLParamsLocked=1\n", locked},
     {"set --port system TLModelName x", "", read_only},

@@ -1,32 +1,28 @@
 #include <gmock/gmock.h>
 
 #include "Program.h"
-#include "platform/environment.h"
 
 namespace zvgentl::test {
 
 namespace {
 
+using Tree = std::map<std::string, std::vector<std::string>>;
+
 /// The IDs of the devices of each interface, as `list --json` lists them.
-std::map<std::string, std::vector<std::string>> devices_in(const nlohmann::json& list)
+Tree devices_in(const nlohmann::json& list)
 {
-    std::map<std::string, std::vector<std::string>> devices;
+    Tree devices;
     for (const auto& iface : list["producers"][0]["interfaces"])
         for (const auto& device : iface["devices"])
             devices[iface["id"]].push_back(device["id"]);
     return devices;
 }
 
-/// As the system itself writes it.
-std::string producer_file() { return std::filesystem::path(PRODUCER_FILE).make_preferred().u8string(); }
-
-using Tree = std::map<std::string, std::vector<std::string>>;
-
 } // namespace
 
 TEST(List, ShowsTheTreeOfTheProducerBesideTheProgram)
 {
-    const std::string producer = producer_file();
+    const std::string producer = std::filesystem::path(PRODUCER_FILE).make_preferred().u8string();
     const Ended ended = Program({"list"}).run();
     EXPECT_EQ(0, ended.code) << ended.errors;
     EXPECT_EQ("", ended.errors);
@@ -79,14 +75,5 @@ TEST(Program, AnswersTheShell)
     EXPECT_THAT(help.output, HasSubstr("Examples:"));
     EXPECT_EQ(2, Program({}).run().code);
 }
-
-#ifndef ZVGENTL_HAS_GENAPI
-TEST(Program, SaysThatItHasNoParser)
-{
-    const Ended ended = Program({"features"}).run();
-    EXPECT_EQ(1, ended.code);
-    EXPECT_THAT(ended.errors, HasSubstr("this build has no GenApi parser"));
-}
-#endif
 
 } // namespace zvgentl::test
