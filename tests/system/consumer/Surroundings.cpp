@@ -60,22 +60,13 @@ void Surroundings::set_frame_rate(const std::string& rate) { set_variable("ZV_GR
 
 void Surroundings::set_grabber_file(const std::string& file) { set_variable("ZV_GRABBER_CONFIG", file); }
 
-/// What the producer added to the file stays, or it would write its defaults again each time.
+/// The last entry of a key counts. What the producer added to the file stays, or it would write its defaults
+/// again each time.
 void Surroundings::write_setting(const std::string& key, const std::string& value) const
 {
-    const fs::path path = m_folder / "settings.properties";
-    std::string kept;
-    {
-        std::ifstream file(path);
-        for (std::string line; std::getline(file, line);) {
-            if (line.rfind(key, 0) != 0)
-                kept += line + '\n';
-        }
-    }
-    std::ofstream file(path, std::ios::trunc);
-    file << kept << key << " = " << value << '\n';
-    file.close();
-    if (!file)
+    std::ofstream file(m_folder / "settings.properties", std::ios::app);
+    file << key << " = " << value << '\n';
+    if (!file.flush())
         throw std::runtime_error("cannot write the settings file");
 }
 

@@ -31,8 +31,8 @@ struct Start {
     std::filesystem::path errors; // empty: they are shown on a terminal
 };
 
-/// A program that was started; it is ended with the object if nobody waited for its end. The bodies lie in
-/// one folder per system, as those of FileWatch do.
+/// A program that was started; it is ended with the object if nobody waited for its end. The bodies are in
+/// one folder per system.
 class Process {
 public:
     explicit Process(const Start& start);
@@ -45,22 +45,6 @@ public:
     std::string read_terminal() const;
     /// Its exit code, once it has ended.
     int wait();
-
-private:
-    struct Handles;
-    std::unique_ptr<Handles> m_handles;
-};
-
-/// Returns once a file of that name has appeared complete in the folder; the folder must exist before the
-/// file.
-class FileWatch {
-public:
-    explicit FileWatch(const std::filesystem::path& folder);
-    ~FileWatch();
-    FileWatch(const FileWatch&) = delete;
-    FileWatch& operator=(const FileWatch&) = delete;
-
-    void wait_for(const std::string& name) const;
 
 private:
     struct Handles;

@@ -1,5 +1,6 @@
 #include <optional>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -65,9 +66,9 @@ protected:
     /// Interrupts a grab without end once this file is there.
     Ended grab_until(const char* file, const char* rate)
     {
-        const FileWatch watch(folder.path());
         program.with("ZV_GRABBER_RATE", rate).start();
-        watch.wait_for(file);
+        while (!fs::exists(folder / file)) // it gets its name when it is complete
+            std::this_thread::yield();
         program.interrupt(std::get<1>(GetParam()));
         return program.wait();
     }
