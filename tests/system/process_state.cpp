@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include <malloc.h>
@@ -37,12 +38,8 @@ std::set<std::string> open_descriptors()
 
 size_t thread_count()
 {
-    size_t count = 0;
-    for (const auto& entry : fs::directory_iterator("/proc/self/task")) {
-        static_cast<void>(entry);
-        ++count;
-    }
-    return count;
+    const fs::directory_iterator threads("/proc/self/task");
+    return static_cast<size_t>(std::distance(threads, fs::directory_iterator()));
 }
 
 pid_t this_thread() { return static_cast<pid_t>(syscall(SYS_gettid)); }

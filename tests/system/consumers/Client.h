@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,7 +11,6 @@
 
 #include "gentl/Functions.h"
 #include "gentl/Registers.h"
-#include "system/consumers/features.h"
 
 // What the replayed consumers have in common: a producer that is loaded by hand, and answers that must be
 // right. Each has its own order of calls, and its own arguments.
@@ -40,6 +40,33 @@ private:
     const Functions& m_gentl;
     GenTL::PORT_HANDLE m_handle;
 };
+
+/// The features of a port as its description names them: read by a parser of such descriptions where there is
+/// one, elsewhere register by register. All functions throw std::exception when the port refuses, or when its
+/// answer cannot be right.
+class Features {
+public:
+    virtual ~Features() = default;
+
+    /// Whether the port has none.
+    virtual bool is_empty() const = 0;
+
+    /// Reads all of them and returns their number. Each must be readable unless it is a command or
+    /// write-only.
+    virtual int read_every() const = 0;
+
+    /// Executes commands. A parser also writes each feature that is writable, with the value that it has.
+    /// Returns the number of both.
+    virtual int write_every() const = 0;
+
+    virtual std::int64_t integer(const std::string& name) const = 0;
+    virtual void set(const std::string& name, const std::string& text) const = 0;
+    /// Executes a command and waits until the device says that it is done.
+    virtual void execute(const std::string& name, std::chrono::milliseconds timeout) const = 0;
+};
+
+/// Of the port with this description; the port must live as long as the object.
+std::unique_ptr<Features> features_of(const std::string& description, const ExactPort& port);
 
 /// The description of a port, by its URL "Local:NAME;ADDRESS;LENGTH": read in one call, unpacked.
 std::string description_of(const ExactPort& port, const std::string& url);

@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <cctype>
 #include <iterator>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -190,18 +190,10 @@ const FaultRow fault_rows[] = {
     row("callback-missing, when: {frame: 1}", {"EventGetData: 0, frames: 0 2 3 then -1011"}),
 };
 
-/// The name of a test: letters and digits of the fault.
 std::string name_of_row(const testing::TestParamInfo<FaultRow>& row)
 {
-    std::string name;
-    bool is_start = true;
-    for (const char* c = row.param.fault; *c != '\0'; ++c) {
-        const auto letter = static_cast<unsigned char>(*c);
-        if (std::isalnum(letter) != 0)
-            name += static_cast<char>(is_start ? std::toupper(letter) : letter);
-        is_start = std::isalnum(letter) == 0;
-    }
-    return name + (row.param.mode == cyclic ? "InCyclicMode" : "");
+    const std::string name = std::regex_replace(row.param.fault, std::regex{"[^A-Za-z0-9]+"}, "_");
+    return name + (row.param.mode == cyclic ? "_in_cyclic_mode" : "");
 }
 
 constexpr const char* grabbers = R"(demo_grabber: false

@@ -100,14 +100,10 @@ TEST(PixelLayout, FitsTheBitsPerPixelInEveryCode)
     EXPECT_EQ(40U, known);
 }
 
-TEST(PixelFormatName, KnowsFormatsThatCannotBeSaved)
+TEST(PixelFormatName, IsKnownForFormatsThatCannotBeSavedOrHexadecimal)
 {
     EXPECT_EQ("YUV422_8", pixel_format_name(0x02100032));
     EXPECT_FALSE(pixel_layout(0x02100032).is_known());
-}
-
-TEST(PixelFormatName, ShowsAnUnknownNumberInHexadecimal)
-{
     EXPECT_EQ("0x01234567", pixel_format_name(0x01234567));
 }
 

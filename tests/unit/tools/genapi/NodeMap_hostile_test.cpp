@@ -160,14 +160,15 @@ TEST(HostileDescription, MayListCategoriesInCircles)
 
 TEST(HostileDescription, HasUnusableRegistersOfImpossibleLength)
 {
-    const auto reg = [](const std::string& element, const std::string& length) {
-        return "<" + element + " Name=\"A\"><Address>0</Address><Length>" + length +
-               "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></" + element + ">\n";
+    const auto problem = [](const std::string& kind, const std::string& length) {
+        return problem_of("A", "<" + kind + " Name=\"A\"><Address>0</Address><Length>" + length +
+                                   "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></" + kind +
+                                   ">\n");
     };
     for (const char* const length : {"0", "-4", "9", "40000000000", "0xFFFFFFFFFFFFFFFF", "four", ""})
-        EXPECT_THAT(problem_of("A", reg("IntReg", length)), HasSubstr("cannot be")) << length;
-    EXPECT_THAT(problem_of("A", reg("StringReg", "40000000000")), HasSubstr("bytes long"));
-    EXPECT_THAT(problem_of("A", reg("Register", "0")), HasSubstr("bytes long"));
+        EXPECT_THAT(problem("IntReg", length), HasSubstr("cannot be")) << length;
+    EXPECT_THAT(problem("StringReg", "40000000000"), HasSubstr("bytes long"));
+    EXPECT_THAT(problem("Register", "0"), HasSubstr("bytes long"));
 }
 
 TEST(HostileDescription, DoesNotTakeTheMemoryThatTheDeviceNames)
@@ -188,8 +189,7 @@ TEST(HostileDescription, HasUnusableFormulas)
     const std::string variable = "<pVariable Name=\"X\">B</pVariable>";
     const std::string value = integer("B", "<Value>3</Value>");
     for (const char* const text : {"1 + (", "Y + 1", "", "((((", "FOO(X)", "1 2"})
-        EXPECT_THAT(problem_of("A", formula("A", variable, text) + value), HasSubstr("cannot be evaluated"))
-            << text;
+        EXPECT_THAT(problem_of("A", formula("A", variable, text) + value), HasSubstr("cannot be evaluated"));
     EXPECT_THAT(problem_of("A", formula("A", "<pVariable Name=\"X.Max\">B</pVariable>", "X.Max") + value),
                 HasSubstr("its formula uses X.Max"));
     EXPECT_THAT(problem_of("A", formula("A", "<Expression Name=\"E\">E + 1</Expression>", "E")),
