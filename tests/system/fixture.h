@@ -56,16 +56,6 @@ public:
     GrabberFile& operator=(const GrabberFile&) = delete;
 };
 
-/// Frames per second of every camera while the object lives, for the grabbers that are opened meanwhile. The
-/// system must have been closed, or be closed next.
-class FrameRate {
-public:
-    explicit FrameRate(const std::string& rate) { Surroundings::set_frame_rate(rate); }
-    ~FrameRate() { Surroundings::set_frame_rate("0"); }
-    FrameRate(const FrameRate&) = delete;
-    FrameRate& operator=(const FrameRate&) = delete;
-};
-
 /// Verifies the frames of one acquisition: each intact, each newer than the one before.
 class FrameCheck {
 public:

@@ -1,3 +1,6 @@
+#include <atomic>
+#include <future>
+
 #include "system/fixture.h"
 
 // Frames from the software cameras to the consumer, every byte of them.
@@ -98,9 +101,35 @@ TEST_P(Streaming, EndsByItselfAfterTheRequestedFramesAndStartsAgain)
     FrameCheck{camera}.stream(20);
 }
 
+// A consumer that waits without limit goes on waiting, whatever else is done to the stream.
+TEST_P(Streaming, EndsAWaitWithAFrameAfterFlushesAndAStop)
+{
+    camera.start(); // without a buffer to fill
+    std::atomic<pid_t> waiter{0};
+    Filled filled{};
+    auto code = std::async(std::launch::async, [&] {
+        waiter = this_thread();
+        return camera.get(filled, GENTL_INFINITE);
+    });
+    // This thread holds no lock while it looks, so what the other sleeps on is the event.
+    EXPECT_TRUE(eventually([&] { return waiter != 0 && is_asleep(waiter); }));
+    EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventFlush(camera.event()));
+    camera.flush(ACQ_QUEUE_OUTPUT_DISCARD);
+    camera.flush(ACQ_QUEUE_ALL_DISCARD);
+    camera.stop();
+    camera.start_and_queue();
+    ASSERT_EQ(GC_ERR_SUCCESS, code.get());
+
+    FrameCheck check(camera);
+    check.expect_good(filled);
+    camera.queue(filled.buffer);
+    check.stream(20);
+}
+
 class SlowConsumer : public InBothModes {
 protected:
-    const FrameRate rate{"1000"};
+    SlowConsumer() { Surroundings::set_frame_rate("1000"); }
+    ~SlowConsumer() override { Surroundings::set_frame_rate("0"); }
 };
 INSTANTIATE_TEST_SUITE_P(, SlowConsumer, both_modes, testing::PrintToStringParamName());
 

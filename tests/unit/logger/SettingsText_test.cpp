@@ -35,25 +35,17 @@ TEST(SettingNumber, IsNothingElse)
         EXPECT_EQ(std::nullopt, number_in(text)) << text;
 }
 
-TEST(SettingsText, TheLastEntryOfAKeyCounts)
+TEST(SettingsText, TheLastEntryOfAKeyCountsAndIsPresentIfItIsANumberOrNot)
 {
-    const auto entry = find_setting("a = 1\nb = 2\na = 3\n", "a");
-    EXPECT_TRUE(entry.is_present);
-    EXPECT_THAT(entry.number, Optional(3u));
-}
-
-TEST(SettingsText, AnEntryThatIsNotANumberIsStillPresent)
-{
-    const auto entry = find_setting("a = many\n", "a");
-    EXPECT_TRUE(entry.is_present);
-    EXPECT_EQ("many", entry.text);
-    EXPECT_EQ(std::nullopt, entry.number);
-}
-
-TEST(SettingsText, ACommentedEntryIsMissing)
-{
-    EXPECT_FALSE(find_setting("# a = 1\n", "a").is_present);
-    EXPECT_FALSE(find_setting("a\n", "a").is_present);
+    const auto number = find_setting("a = 1\nb = 2\na = 3\n", "a");
+    EXPECT_TRUE(number.is_present);
+    EXPECT_THAT(number.number, Optional(3u));
+    const auto text = find_setting("a = many\n", "a");
+    EXPECT_TRUE(text.is_present);
+    EXPECT_EQ("many", text.text);
+    EXPECT_EQ(std::nullopt, text.number);
+    for (const char* const missing : {"# a = 1\n", "a\n"})
+        EXPECT_FALSE(find_setting(missing, "a").is_present) << missing;
 }
 
 TEST(SettingsText, AnAddedKeyHasItsDescriptionAndDefaultAboveIt)

@@ -43,13 +43,6 @@ std::vector<int> run_workers(int count, const std::string& task, int rounds)
     return codes;
 }
 
-/// What a worker leaves behind of its key of a round.
-std::string edited_entry(int number, int round)
-{
-    return "Worker" + std::to_string(number) + ".Key" + std::to_string(round) + " = " +
-           std::to_string(round + 1000);
-}
-
 TEST(Processes, LoseNoSettingAndTearNoFile)
 {
     constexpr int processes = 8;
@@ -68,7 +61,8 @@ TEST(Processes, LoseNoSettingAndTearNoFile)
     EXPECT_THAT(entries, SizeIs(processes * rounds));
     for (int number = 0; number < processes; ++number) {
         for (int round = 0; round < rounds; ++round)
-            EXPECT_EQ(1u, entries.count(edited_entry(number, round)));
+            EXPECT_EQ(1u, entries.count("Worker" + std::to_string(number) + ".Key" + std::to_string(round) +
+                                        " = " + std::to_string(round + 1000)));
     }
     EXPECT_THAT(names_in(home.folder.path()),
                 ::testing::UnorderedElementsAre("settings.properties", "settings.properties.lock"));
