@@ -24,28 +24,14 @@ struct Application {
     Camera camera{producer.functions(), system.open_interface("FG0"), "Device00"};
 };
 
-/// Never destroyed, because threads may still use it while the process ends.
-Application& application()
-{
-    static auto* const application = new Application;
-    return *application;
-}
-
-void receive(int frames)
-{
-    const Camera& camera = application().camera;
-    for (int i = 0; i < frames; ++i)
-        camera.queue(camera.next().buffer);
-}
-
 /// A thread that waits in EventGetData for a frame that never comes.
-void leave_a_waiter_behind()
+void leave_a_waiter_behind(const Camera& camera)
 {
     static std::atomic<pid_t> waiter{0};
-    std::thread([] {
+    std::thread([&camera] {
         Filled filled{};
         waiter = this_thread();
-        application().camera.get(filled, GENTL_INFINITE);
+        camera.get(filled, GENTL_INFINITE);
     }).detach();
     while (waiter == 0 || !is_asleep(waiter))
         std::this_thread::yield();
@@ -53,15 +39,18 @@ void leave_a_waiter_behind()
 
 int end(const std::string& way)
 {
-    Camera& camera = application().camera;
+    // Never destroyed, because threads may still use it while the process ends.
+    static auto* const application = new Application;
+    Camera& camera = application->camera;
     camera.announce(4, Memory::of_consumer);
     if (way == "waiter") {
         camera.start(); // and no buffer to fill
-        leave_a_waiter_behind();
+        leave_a_waiter_behind(camera);
         return EXIT_SUCCESS;
     }
     camera.start_and_queue();
-    receive(10);
+    for (int i = 0; i < 10; ++i)
+        camera.queue(camera.next().buffer);
     if (way == "return")
         return EXIT_SUCCESS;
     if (way == "exit")

@@ -1,6 +1,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include <gmock/gmock.h>
 
@@ -48,37 +49,26 @@ TEST(SettingsText, TheLastEntryOfAKeyCountsAndIsPresentIfItIsANumberOrNot)
         EXPECT_FALSE(find_setting(missing, "a").is_present) << missing;
 }
 
-TEST(SettingsText, AnAddedKeyHasItsDescriptionAndDefaultAboveIt)
+TEST(SettingsText, AnAddedKeyHasItsDescriptionAndDefaultAboveItAsComments)
 {
-    EXPECT_EQ("x = 1\n\n# what it does\n# Default: 7\na = 7\n",
-              with_setting_added("x = 1\n", "a", 7, "what it does"));
-    EXPECT_EQ("x = 1\n\n# Default: 7\na = 7\n", with_setting_added("x = 1\n", "a", 7, ""));
-}
-
-TEST(SettingsText, TheFirstKeyOfAFileGetsAHeader)
-{
+    const std::tuple<const char*, const char*, const char*> rows[] = {
+        {"x = 1\n", "what it does", "x = 1\n\n# what it does\n# Default: 7\na = 7\n"},
+        {"x = 1\n", "", "x = 1\n\n# Default: 7\na = 7\n"},
+        {"x = 1\r\n", "", "x = 1\r\n\r\n# Default: 7\r\na = 7\r\n"},
+        {"x = 1\n", "one\na = 9\r\n\tthree\x01", "x = 1\n\n# one\n# a = 9\n#  three \n# Default: 7\na = 7\n"},
+    };
+    for (const auto& [before, description, after] : rows)
+        EXPECT_EQ(after, with_setting_added(before, "a", 7, description));
     EXPECT_THAT(with_setting_added("", "a", 7, ""), StartsWith("# Settings"));
-    EXPECT_THAT(find_setting(with_setting_added("", "a", 7, ""), "a").number, Optional(7u));
-}
-
-TEST(SettingsText, ADescriptionOfSeveralLinesStaysAComment)
-{
-    const std::string text = with_setting_added("x = 1\n", "a", 7, "one\na = 9\r\n\tthree\x01");
-    EXPECT_EQ("x = 1\n\n# one\n# a = 9\n#  three \n# Default: 7\na = 7\n", text);
 }
 
 TEST(SettingsText, AddingKeepsEverythingThatWasThere)
 {
-    for (const std::string old : {"x = 1", "x = 1\\", "# comment", "junk\n\n\n  y:2", "\n"}) {
+    for (const std::string old : {"", "x = 1", "x = 1\\", "# comment", "junk\n\n\n  y:2", "\n"}) {
         const std::string text = with_setting_added(old, "a", 7, "");
         EXPECT_THAT(text, StartsWith(old));
         EXPECT_THAT(find_setting(text, "a").number, Optional(7u)) << text;
     }
-}
-
-TEST(SettingsText, AddingKeepsTheLineEndsOfTheFile)
-{
-    EXPECT_EQ("x = 1\r\n\r\n# Default: 7\r\na = 7\r\n", with_setting_added("x = 1\r\n", "a", 7, ""));
 }
 
 TEST(SettingKey, MustReadBackAsItself)

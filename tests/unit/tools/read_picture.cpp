@@ -14,14 +14,6 @@ using tool::Picture;
 
 namespace {
 
-struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-
-struct CloseTiff {
-    void operator()(TIFF* tiff) const noexcept { TIFFClose(tiff); }
-};
-
 struct PngReader {
     png_structp png{png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr)};
     png_infop info{png_create_info_struct(png)};
@@ -50,7 +42,8 @@ std::uint16_t tiff_field(TIFF* tiff, std::uint32_t tag)
 
 Picture read_png(const std::filesystem::path& file)
 {
-    const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.string().c_str(), "rb"));
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.string().c_str(), "rb"),
+                                                                 std::fclose);
     const PngReader reader;
     if (!stream || !read_all(reader, stream.get()))
         throw std::runtime_error("not a PNG file: " + file.string());
@@ -67,7 +60,7 @@ Picture read_png(const std::filesystem::path& file)
 
 Picture read_tiff(const std::filesystem::path& file)
 {
-    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpen(file.string().c_str(), "r"));
+    const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff(TIFFOpen(file.string().c_str(), "r"), TIFFClose);
     if (!tiff)
         throw std::runtime_error("not a TIFF file: " + file.string());
     Picture picture;

@@ -25,10 +25,6 @@ TEST_F(ReadFeatures, ListsTheTreeBelowRootOrOneCategory)
               names);
     EXPECT_EQ("Width", map.tree("ImageFormat").at(0).name);
     EXPECT_EQ(5U, map.tree("ImageFormat").size());
-}
-
-TEST_F(ReadFeatures, NamesTheCategoriesWhenOneIsNotThere)
-{
     EXPECT_EQ("there is no category Width; there are Root, ImageFormat, Acquisition",
               error_of([this] { map.tree("Width"); }));
 }
@@ -92,10 +88,6 @@ TEST_F(ReadFeatures, DescribesAnEnumerationWithWhatCanBeChosen)
     EXPECT_EQ(FeatureKind::enumeration, format.kind);
     EXPECT_EQ(Value(std::string("Mono8")), format.value);
     EXPECT_EQ((Names{"Mono8", "Mono12"}), format.entries) << "colour is not available";
-}
-
-TEST_F(ReadFeatures, SaysThatAValueIsNotAnEntry)
-{
     registers.put<std::uint32_t>(0x08, 99);
     EXPECT_EQ("PixelFormat cannot be read: the device's value 99 is not one of its entries",
               feature("PixelFormat").problem);
