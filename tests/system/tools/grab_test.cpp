@@ -158,7 +158,7 @@ TEST_P(Grab, FailsWhenNoFrameComesInTime)
     EXPECT_TRUE(program.left_nothing_temporary());
 }
 
-TEST_P(Grab, ShowsItsProgressOnATerminalAlone)
+TEST_P(Grab, ShowsItsProgressOnlyOnATerminal)
 {
     const Ended ended = grab({"--frames", "20"}).on_terminal().run();
     ASSERT_EQ(0, ended.code) << ended.errors;

@@ -148,7 +148,7 @@ TEST_F(Channel, InAFolderOfTheUserThatIsMissingLosesLinesWithOneWarning)
     }
 }
 
-TEST_F(Channel, FileRotatesByTimeAsPocoDoesAlsoInTheLogFolder)
+TEST_F(Channel, FileRotatesByTimeAsPocoDoesInTheLogFolderToo)
 {
     for (const std::string& file : {file(), std::string("timed.log")}) {
         channel("class = FileChannel;rotation = daily;archive = timestamp;purgeAge = 2 days;times = "

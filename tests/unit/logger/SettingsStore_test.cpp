@@ -50,7 +50,7 @@ protected:
                           [this](const std::string& text) { m_warnings.push_back(text); }};
 };
 
-TEST_F(Settings, OnlyReadingAddsNothing)
+TEST_F(Settings, ReadingAddsNothing)
 {
     EXPECT_EQ(std::nullopt, m_store.value("a"));
     EXPECT_FALSE(is_there(file()));

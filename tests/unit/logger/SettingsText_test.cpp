@@ -36,7 +36,7 @@ TEST(SettingNumber, IsNothingElse)
         EXPECT_EQ(std::nullopt, number_in(text)) << text;
 }
 
-TEST(SettingsText, TheLastEntryOfAKeyCountsAndIsPresentIfItIsANumberOrNot)
+TEST(SettingsText, TheLastEntryOfAKeyCountsWhetherItIsANumberOrNot)
 {
     const auto number = find_setting("a = 1\nb = 2\na = 3\n", "a");
     EXPECT_TRUE(number.is_present);

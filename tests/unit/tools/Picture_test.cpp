@@ -100,7 +100,7 @@ TEST(PixelLayout, FitsTheBitsPerPixelInEveryCode)
     EXPECT_EQ(40U, known);
 }
 
-TEST(PixelFormatName, IsKnownForFormatsThatCannotBeSavedOrHexadecimal)
+TEST(PixelFormatName, IsTheNumberInHexadecimalUnlessTheFormatIsKnown)
 {
     EXPECT_EQ("YUV422_8", pixel_format_name(0x02100032));
     EXPECT_FALSE(pixel_layout(0x02100032).is_known());

@@ -73,6 +73,6 @@ private:
 };
 
 /// Whether only the user that created the file has access to it.
-bool is_for_its_owner_alone(const std::filesystem::path& file);
+bool is_for_its_owner_only(const std::filesystem::path& file);
 
 } // namespace zvgentl::test

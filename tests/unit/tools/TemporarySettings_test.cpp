@@ -67,12 +67,12 @@ TEST_F(Settings, AreCopiedWithTheModeAndTakenAwayAgain)
     EXPECT_EQ(std::string("x = 1\n") + mode_key + " = 1\n", read_text(user_file()));
 }
 
-TEST_F(Settings, HoldOnlyTheModeWhenThereAreNoneAndAreForTheUserAlone)
+TEST_F(Settings, HoldOnlyTheModeWhenThereAreNoneAndAreForTheUserOnly)
 {
     const TemporarySettings settings(StreamMode::queued);
     const fs::path file = platform::environment(variable);
     EXPECT_EQ(std::string(mode_key) + " = 1\n", read_text(file));
-    EXPECT_TRUE(is_for_its_owner_alone(file.parent_path()));
+    EXPECT_TRUE(is_for_its_owner_only(file.parent_path()));
 }
 
 } // namespace zvgentl::test

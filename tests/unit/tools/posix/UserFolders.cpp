@@ -12,7 +12,7 @@ UserFolders::UserFolders(const fs::path& home) : m_home(home)
 
 fs::path UserFolders::configuration() const { return m_home / ".config" / "zvgentl"; }
 
-bool is_for_its_owner_alone(const fs::path& file)
+bool is_for_its_owner_only(const fs::path& file)
 {
     return fs::status(file).permissions() == fs::perms::owner_all;
 }

@@ -38,7 +38,7 @@ UserFolders::UserFolders(const fs::path& home) : m_home(home)
 
 fs::path UserFolders::configuration() const { return m_home / "Roaming" / "zvgentl"; }
 
-bool is_for_its_owner_alone(const fs::path& file)
+bool is_for_its_owner_only(const fs::path& file)
 {
     PSECURITY_DESCRIPTOR rights = nullptr;
     ACL* list = nullptr;
