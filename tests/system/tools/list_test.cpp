@@ -67,13 +67,4 @@ TEST(List, FollowsTheVariableToAFolderOfAnyName)
     EXPECT_THAT(ended.errors, HasSubstr("cannot load " + file.u8string()));
 }
 
-TEST(Program, AnswersTheShell)
-{
-    const Ended help = Program({"--help"}).run();
-    EXPECT_EQ(0, help.code);
-    EXPECT_EQ("", help.errors);
-    EXPECT_THAT(help.output, HasSubstr("Examples:"));
-    EXPECT_EQ(2, Program({}).run().code);
-}
-
 } // namespace zvgentl::test
