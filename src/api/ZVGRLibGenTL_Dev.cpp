@@ -194,7 +194,7 @@ try {
     if (!device)
         return device.error();
 
-    const auto* const row = find_row(device_info, iInfoCmd);
+    const auto* const row = find_device_info(iInfoCmd);
     if (row == nullptr)
         return output.refuse(call, At{2723}, At{2724}, iInfoCmd);
     const GC_ERROR error = output.write(row->value(*device), call, iInfoCmd, NumberLog::too_small);

@@ -5,6 +5,7 @@
 
 #include "api/ApiCall.h"
 #include "api/InfoOutput.h"
+#include "api/InfoTable.h"
 #include "api/ProcessState.h"
 #include "api/arguments.h"
 #include "api/producer_info.h"
@@ -14,6 +15,16 @@
 namespace GenTL {
 
 using namespace zvgentl;
+
+namespace {
+
+/// What only GCGetInfo answers.
+constexpr InfoRow<> standard_version_info[] = {
+    {TL_INFO_GENTL_VER_MAJOR, [] { return InfoValue::uint32(GenTLMajorVersion); }},
+    {TL_INFO_GENTL_VER_MINOR, [] { return InfoValue::uint32(GenTLMinorVersion); }},
+};
+
+} // namespace
 
 GC_API GCInitLib(void)
 try {
@@ -49,7 +60,7 @@ try {
     if (output.is_malformed())
         return call.fail(At{626}, GC_ERR_INVALID_PARAMETER);
 
-    const auto* row = find_row(producer_info, iInfoCmd);
+    const auto* row = find_producer_info(iInfoCmd);
     if (row == nullptr)
         row = find_row(standard_version_info, iInfoCmd);
     if (row == nullptr) {

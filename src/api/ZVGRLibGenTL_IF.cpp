@@ -214,7 +214,7 @@ try {
     if (!iface)
         return iface.error();
 
-    const auto* const row = find_row(interface_info, iInfoCmd);
+    const auto* const row = find_interface_info(iInfoCmd);
     if (row == nullptr)
         return output.refuse(call, At{2443}, At{2444}, iInfoCmd);
     const GC_ERROR error = output.write(row->value(*iface), call, iInfoCmd, NumberLog::silent);
@@ -245,7 +245,7 @@ try {
         call.log_error(At{2473}, "Invalid device Id %s", sDeviceID);
         return call.fail(At{2474}, GC_ERR_INVALID_ID);
     }
-    const auto* const row = find_row(device_info, iInfoCmd);
+    const auto* const row = find_device_info(iInfoCmd);
     if (row == nullptr)
         return output.refuse(call, At{2478}, At{2479}, iInfoCmd);
     const GC_ERROR error = output.write(row->value(*device), call, iInfoCmd, NumberLog::too_small);

@@ -8,7 +8,7 @@
 #include "api/InfoTable.h"
 #include "api/arguments.h"
 #include "api/handle_checks.h"
-#include "api/module_info.h"
+#include "api/producer_info.h"
 #include "log/Log.h"
 #include "port/Port.h"
 #include "port/routing.h"
@@ -20,6 +20,24 @@ namespace GenTL {
 using namespace zvgentl;
 
 namespace {
+
+/// What a port says about itself, the same for every kind of module: also that it can be written and has both
+/// byte orders, whether that is true or not.
+constexpr InfoRow<Port> port_info[] = {
+    {PORT_INFO_ID, [](const Port& port) { return InfoValue::string(port.getId()); }},
+    {PORT_INFO_VENDOR, [](const Port&) { return InfoValue::string(producer_vendor); }},
+    {PORT_INFO_MODEL, [](const Port&) { return InfoValue::string(producer_model); }},
+    {PORT_INFO_TLTYPE, [](const Port&) { return InfoValue::string(TLTypeMixedName); }},
+    {PORT_INFO_MODULE, [](const Port& port) { return InfoValue::string(port.kind_name()); }},
+    {PORT_INFO_LITTLE_ENDIAN, [](const Port&) { return InfoValue::bool8(true); }},
+    {PORT_INFO_BIG_ENDIAN, [](const Port&) { return InfoValue::bool8(true); }},
+    {PORT_INFO_ACCESS_READ, [](const Port&) { return InfoValue::bool8(true); }},
+    {PORT_INFO_ACCESS_WRITE, [](const Port&) { return InfoValue::bool8(true); }},
+    {PORT_INFO_ACCESS_NA, [](const Port&) { return InfoValue::bool8(false); }},
+    {PORT_INFO_ACCESS_NI, [](const Port&) { return InfoValue::bool8(false); }},
+    {PORT_INFO_VERSION, [](const Port&) { return InfoValue::string("1.0"); }},
+    {PORT_INFO_PORTNAME, [](const Port&) { return InfoValue::string("Device"); }},
+};
 
 /// How GCGetPortURLInfo answers when the grabber library gives no URL: each kind of port in its own words.
 GC_ERROR fail_without_url(const ApiCall& call, const Port& port)

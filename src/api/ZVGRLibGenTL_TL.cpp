@@ -138,7 +138,7 @@ try {
     if (output.is_malformed())
         return call.fail(At{1628}, GC_ERR_INVALID_PARAMETER);
 
-    const auto* const row = find_row(producer_info, iInfoCmd);
+    const auto* const row = find_producer_info(iInfoCmd);
     if (row == nullptr)
         return output.refuse(call, At{1632}, At{1633}, iInfoCmd);
     const GC_ERROR error =
@@ -235,7 +235,7 @@ try {
         call.log_error(At{1912}, "Invalid grabber Id %s", sIfaceID);
         return call.fail(At{1913}, GC_ERR_INVALID_ID);
     }
-    const auto* const row = find_row(interface_info, iInfoCmd);
+    const auto* const row = find_interface_info(iInfoCmd);
     if (row == nullptr)
         return output.refuse(call, At{1917}, At{1918}, iInfoCmd);
     const GC_ERROR error = output.write(row->value(*iface), call, iInfoCmd, NumberLog::silent);

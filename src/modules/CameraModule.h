@@ -43,7 +43,7 @@ public:
     uint32_t get_StreamAmount() const noexcept { return 1; }
     /// The stream for an index below 1, negative ones included, else null.
     StreamModule* get_Stream(int32_t index) const noexcept { return index < 1 ? m_stream.get() : nullptr; }
-    bool is_Stream(const void* handle) const noexcept { return m_stream && m_stream.get() == handle; }
+    bool is_Stream(const void* handle) const noexcept { return m_stream.get() == handle; }
     /// Makes the library stream, in the mode that a setting or else the grabber's capability chooses, and
     /// connects it. False when the library refuses; the stream then stays closed.
     bool open_Stream(uint32_t index);

@@ -24,7 +24,7 @@ public:
     std::string getId() const override { return m_id; }
     CameraModule* get_Camera() const noexcept { return m_camera.get(); }
     InterfaceModule* get_Parent() const noexcept { return m_parent; }
-    bool is_Open() const noexcept { return m_camera && m_camera->is_Open(); }
+    bool is_Open() const noexcept { return m_camera->is_Open(); }
 
     /// Forgets what is open in the library, for an unload at which the library is not called any more.
     void abandon() noexcept { m_camera->abandon(); }
