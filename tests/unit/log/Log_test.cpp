@@ -22,6 +22,8 @@ namespace {
 
 // Without the attribute that checks formats, so that formats can be odd.
 using EntryPoint = void (*)(ZVPocoLogger*, const char*, At, const char*, ...);
+void (*const write_bare_line)(ZVPocoLogger*, zvgentl::Priority, const char*, const char*, ...) noexcept =
+    zvgentl::write_bare_line;
 
 struct Entry {
     EntryPoint log;
@@ -114,7 +116,8 @@ TEST_F(Log, DoesNothingWithoutALoggerAFormatOrAChannel)
         entry.log(nullptr, "f", At{1}, "x");
         entry.log(logger, "f", At{1}, nullptr);
     }
-    zvgentl::write_bare_line(nullptr, zvgentl::Priority::warning, "f", "x");
+    write_bare_line(nullptr, zvgentl::Priority::warning, "f", "x");
+    write_bare_line(logger, zvgentl::Priority::warning, "f", nullptr);
     library.set_channel("LogTest.cpp", false);
     zvgentl::log_fatal(logger, "f", At{1}, "x");
     EXPECT_TRUE(library.lines().empty());
@@ -190,12 +193,12 @@ TEST_F(Log, KeepsLinesOfSeveralThreadsWhole)
 
 TEST_F(Log, WritesBareLinesWithoutANumber)
 {
-    zvgentl::write_bare_line(logger, zvgentl::Priority::warning, "f", "[%d] x", 12);
+    write_bare_line(logger, zvgentl::Priority::warning, "f", "[%d] x", 12);
     EXPECT_EQ(12, only_line().number);
     EXPECT_EQ("x", only_line().message);
     library.clear_lines();
     library.set_level("LogTest.cpp", zvtest::Priority::error);
-    zvgentl::write_bare_line(logger, zvgentl::Priority::warning, "f", "x");
+    write_bare_line(logger, zvgentl::Priority::warning, "f", "x");
     EXPECT_TRUE(library.lines().empty());
 }
 
