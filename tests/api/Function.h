@@ -64,22 +64,36 @@ struct Function {
     GC_ERROR (*call)(Arguments& a);
 
     /// The priority of enter and exit lines.
-    Function at(Priority priority) const;
+    Function at(Priority priority) const { return with(&Function::traffic, priority); }
     /// A missing argument is refused with an exit line, or silently, or with another refusal.
-    Function needs(std::vector<Needed> arguments, Order order) const;
-    Function needs_silently(std::vector<Needed> arguments, Order order) const;
-    Function answers_missing(Refusal refusal) const;
+    Function needs(const std::vector<Needed>& arguments, Order order_of_check) const
+    {
+        return with(&Function::needed, arguments).with(&Function::order, order_of_check);
+    }
+    Function needs_silently(const std::vector<Needed>& arguments, Order order_of_check) const
+    {
+        return needs(arguments, order_of_check).answers_missing({GC_ERR_INVALID_PARAMETER, {}, std::nullopt});
+    }
+    Function answers_missing(const Refusal& refusal) const { return with(&Function::missing, refusal); }
     /// How a handle is refused, where its kind does not say it.
-    Function answers_handle(HandleState state, Refusal refusal) const;
+    Function answers_handle(HandleState state, const Refusal& refusal) const
+    {
+        Function changed = *this;
+        changed.refusals[state] = refusal;
+        return changed;
+    }
     /// How a buffer handle that the stream does not know is refused.
-    Function answers_buffer(Refusal refusal) const;
+    Function answers_buffer(const Refusal& refusal) const { return with(&Function::bad_buffer, refusal); }
     /// What has to happen before the call, so that it gets as far as it can.
-    Function after(void (*action)(const Handles& handles, Arguments& a)) const;
-    Function with_command(int32_t number) const;
-    Function with_room(size_t bytes) const;
-    Function timed() const;
+    Function after(void (*action)(const Handles&, Arguments&)) const
+    {
+        return with(&Function::prepare, action);
+    }
+    Function with_command(int32_t number) const { return with(&Function::command, number); }
+    Function with_room(size_t bytes) const { return with(&Function::room, bytes); }
+    Function timed() const { return with(&Function::is_timed, true); }
     /// The enter line comes behind the check of the handle.
-    Function entering_late() const;
+    Function entering_late() const { return with(&Function::enters_late, true); }
 
     Refusal refusal(HandleState state) const;
     /// The lines of a call that ended with `refusal`.
@@ -96,6 +110,16 @@ struct Function {
     std::map<HandleState, Refusal> refusals{}; // where the kind of handle does not say it
     std::optional<Refusal> bad_buffer{};
     void (*prepare)(const Handles& handles, Arguments& a){nullptr};
+
+private:
+    /// The same row but for one member.
+    template <class Member, class Value>
+    Function with(Member Function::*member, const Value& value) const
+    {
+        Function changed = *this;
+        changed.*member = value;
+        return changed;
+    }
 };
 
 std::ostream& operator<<(std::ostream& out, const Function& function);

@@ -21,14 +21,14 @@ private:
 };
 
 /// The handle of the first entry that satisfies the condition.
-template <class Table, class Handle, class Condition>
-Handle handle_of(const Table& table, Handle otherwise, Condition condition)
+template <class Table, class Condition>
+uint32_t handle_of(const Table& table, Condition condition)
 {
     for (const auto& [handle, entry] : table) {
         if (condition(entry))
             return handle;
     }
-    return otherwise;
+    return ZV_NO_HANDLE;
 }
 
 } // namespace
@@ -136,12 +136,10 @@ size_t FakeGrabberLibrary::open_grabbers() const
     return locked([](const FakeWorld& world) { return world.grabbers.size(); });
 }
 
-size_t FakeGrabberLibrary::open_streams() const { return streams().size(); }
-
 uint32_t FakeGrabberLibrary::grabber_handle(uint32_t position) const
 {
     return locked([=](const FakeWorld& world) {
-        return handle_of(world.grabbers, ZV_NO_HANDLE,
+        return handle_of(world.grabbers,
                          [=](const OpenGrabber& grabber) { return grabber.position == position; });
     });
 }
@@ -149,7 +147,7 @@ uint32_t FakeGrabberLibrary::grabber_handle(uint32_t position) const
 uint32_t FakeGrabberLibrary::camera_handle(uint32_t grabber_position, uint32_t camera_position) const
 {
     return locked([=](const FakeWorld& world) {
-        return handle_of(world.cameras, ZV_NO_HANDLE, [=](const LiveCamera& camera) {
+        return handle_of(world.cameras, [=](const LiveCamera& camera) {
             return camera.grabber_position == grabber_position && camera.position == camera_position;
         });
     });
@@ -173,14 +171,6 @@ std::vector<uint32_t> FakeGrabberLibrary::streams() const
 uint64_t FakeGrabberLibrary::last_buffer() const
 {
     return locked([](const FakeWorld& world) { return world.last_buffer; });
-}
-
-uint64_t FakeGrabberLibrary::buffer_at(const void* memory) const
-{
-    return locked([=](const FakeWorld& world) {
-        return handle_of(world.buffers, uint64_t{0},
-                         [=](const LiveBuffer& buffer) { return buffer.memory == memory; });
-    });
 }
 
 std::vector<uint64_t> FakeGrabberLibrary::buffers(uint32_t stream) const

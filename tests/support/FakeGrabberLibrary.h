@@ -93,7 +93,6 @@ public:
 
     // What is open. Handles are ZV_NO_HANDLE, buffers 0, when there is none.
     size_t open_grabbers() const;
-    size_t open_streams() const;
     uint32_t grabber_handle(uint32_t position) const;
     uint32_t camera_handle(uint32_t grabber_position, uint32_t camera_position) const;
     /// The stream created last.
@@ -102,8 +101,6 @@ public:
     std::vector<uint32_t> streams() const;
     /// The buffer announced last.
     uint64_t last_buffer() const;
-    /// The live buffer that owns this memory address.
-    uint64_t buffer_at(const void* memory) const;
     /// The live buffers of a stream in announce order.
     std::vector<uint64_t> buffers(uint32_t stream) const;
     const void* memory_of(uint64_t buffer) const;

@@ -1,8 +1,5 @@
 #include "support/fixtures.h"
 
-#include "api/ProcessState.h"
-#include "modules/SystemModule.h"
-
 namespace zvtest {
 
 void Doubles::reset()
@@ -73,12 +70,6 @@ std::string OpenSystem::interface_id(uint32_t index)
     size_t size = sizeof text;
     EXPECT_EQ(GC_ERR_SUCCESS, TLGetInterfaceID(tl, index, text, &size));
     return text;
-}
-
-IF_HANDLE listed_interface(uint32_t index)
-{
-    zvgentl::SystemModule* const system = zvgentl::current_system();
-    return system == nullptr ? nullptr : system->get_Interface(index);
 }
 
 IF_HANDLE OpenSystem::open_interface(const std::string& id)

@@ -73,9 +73,6 @@ protected:
     }
 };
 
-/// The handle of a listed interface, also of one that was never opened, which no exported function gives out.
-IF_HANDLE listed_interface(uint32_t index);
-
 /// The interface FG0 of one grabber is open. No device list was asked for yet.
 class OpenInterface : public OpenSystem {
 protected:
