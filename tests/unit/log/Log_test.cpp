@@ -12,7 +12,6 @@
 #include "platform/process.h"
 #include "support/FakeLoggerLibrary.h"
 #include "support/log_expectations.h"
-#include "support/on_threads.h"
 
 using zvgentl::At;
 using zvtest::FakeLoggerLibrary;
@@ -22,8 +21,8 @@ namespace {
 
 // Without the attribute that checks formats, so that formats can be odd.
 using EntryPoint = void (*)(ZVPocoLogger*, const char*, At, const char*, ...);
-void (*const write_bare_line)(ZVPocoLogger*, zvgentl::Priority, const char*, const char*, ...) noexcept =
-    zvgentl::write_bare_line;
+void (*const write_bare_line)(ZVPocoLogger*, zvgentl::Priority, const char*, const char*,
+                              ...) noexcept = zvgentl::write_bare_line;
 
 struct Entry {
     EntryPoint log;
@@ -177,18 +176,6 @@ TEST_F(Log, SurvivesALoggerAndAFunctionWithLongNames)
     for (const LogLine& line : library.lines())
         EXPECT_EQ(4095U, line.text.size());
     EXPECT_EQ(2U, library.lines().size());
-}
-
-TEST_F(Log, KeepsLinesOfSeveralThreadsWhole)
-{
-    zvtest::on_threads([this](int number) {
-        for (int i = 0; i < 200; ++i)
-            zvgentl::log_debug(logger, "f", At{7}, "thread %d says %d", number, i);
-    });
-    const std::vector<LogLine> lines = library.lines();
-    EXPECT_EQ(4U * 200, lines.size());
-    for (const LogLine& line : lines)
-        EXPECT_TRUE(zvtest::matches_format("thread %d says %d", line.message)) << line.text;
 }
 
 TEST_F(Log, WritesBareLinesWithoutANumber)

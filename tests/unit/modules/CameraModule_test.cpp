@@ -47,25 +47,6 @@ TEST_F(CameraModuleTest, StartsClosedWithHandleZeroAndTakesOverHandleAndIdentity
     EXPECT_STREQ("Model X", camera->get_CameraInfo().model_name);
 }
 
-TEST_F(CameraModuleTest, OpensWithTheCamerasOwnDescription)
-{
-    fake.next("ZVGR_CameraOpen2").answers_after_effect(0x1234);
-    EXPECT_EQ(0x1234U, camera->open_Camera());
-    EXPECT_EQ((Calls{call("ZVGR_CameraOpen2", handle(), nullptr)}), fake.calls());
-    EXPECT_FALSE(camera->is_Open()) << "the flag is the caller's to set";
-}
-
-TEST_F(CameraModuleTest, ClosesInTheLibraryAlone)
-{
-    camera->mark_open();
-    fake.next("ZVGR_CameraClose").answers(0x1234);
-    EXPECT_EQ(0x1234U, camera->close_Camera());
-    EXPECT_EQ((Calls{call("ZVGR_CameraClose", handle())}), fake.calls());
-    EXPECT_TRUE(camera->is_Open());
-    EXPECT_STREQ("Model X", camera->get_CameraInfo().model_name);
-    camera->mark_closed_and_wipe();
-}
-
 TEST_F(CameraModuleTest, ClosesItsStreamAndWipesItsIdentityWhenItIsMarkedClosed)
 {
     camera->mark_open();

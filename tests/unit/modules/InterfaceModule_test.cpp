@@ -7,10 +7,8 @@ namespace zvtest {
 
 namespace {
 
-using zvgentl::CameraModule;
 using zvgentl::DeviceModule;
 using zvgentl::InterfaceModule;
-using zvgentl::SystemModule;
 
 class ClosedInterfaceModule : public EmptySystem {};
 
@@ -32,38 +30,7 @@ TEST_F(ClosedInterfaceModule, HasNoGrabberAndNoDevices)
     EXPECT_TRUE(fake.calls().empty());
 }
 
-TEST_F(ClosedInterfaceModule, OpensTheGrabberAtItsPosition)
-{
-    fake.has_grabbers(3);
-    system.init_Interfaces(3);
-    InterfaceModule& iface = *system.get_Interface(1);
-    EXPECT_TRUE(iface.open_Grabber());
-    EXPECT_EQ((Calls{call("ZVGR_Open", 1)}), fake.calls());
-    EXPECT_TRUE(iface.is_Open());
-    EXPECT_EQ(fake.grabber_handle(1), iface.get_GrabberHandle());
-}
-
-TEST_F(ClosedInterfaceModule, StaysClosedWhenTheLibraryRefuses)
-{
-    system.init_Interfaces(1);
-    InterfaceModule& iface = *system.get_Interface(0);
-    fake.next("ZVGR_Open").answers(ZV_NO_HANDLE);
-    EXPECT_FALSE(iface.open_Grabber());
-    EXPECT_FALSE(iface.is_Open());
-    EXPECT_EQ(0U, iface.get_GrabberHandle());
-}
-
 class OpenInterfaceModule : public OneGrabber {};
-
-TEST_F(OpenInterfaceModule, ClosesItsGrabberInTheLibraryAlone)
-{
-    const uint32_t handle = grabber();
-    fake.next("ZVGR_Close").answers_after_effect(0x1234);
-    EXPECT_EQ(0x1234U, iface().close_Grabber());
-    EXPECT_EQ((Calls{call("ZVGR_Close", handle)}), fake.calls());
-    EXPECT_TRUE(iface().is_Open()) << "the flag is the caller's to set";
-    iface().mark_closed_with_cameras();
-}
 
 TEST_F(OpenInterfaceModule, ListsADeviceForEachCamera)
 {
@@ -86,36 +53,6 @@ TEST_F(OpenInterfaceModule, ListsADeviceForEachCamera)
         EXPECT_FALSE(iface().has_Camera(device));
         EXPECT_EQ(-1, iface().get_CameraIndex(device));
     }
-}
-
-TEST_F(OpenInterfaceModule, ReadsIndexesAsSigned)
-{
-    list_cameras(2);
-    for (uint32_t index : {2U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(nullptr, iface().get_Device(index));
-        EXPECT_EQ(nullptr, iface().get_Camera(index));
-    }
-}
-
-TEST_F(OpenInterfaceModule, FindsWholeIDsOnly)
-{
-    list_cameras(2);
-    for (const char* id : {"", "Device", "Device0", "device00", "Device000", "Device02", "Camera00"})
-        EXPECT_EQ(nullptr, iface().find_Device(id)) << id;
-}
-
-TEST_F(OpenInterfaceModule, DropsDevicesOfAnEarlierListAsTheyAre)
-{
-    list_cameras(2);
-    DeviceModule* const old = iface().get_Device(0);
-    ASSERT_EQ(uint32_t{zv_success}, old->get_Camera()->open_Camera());
-    old->get_Camera()->mark_open();
-    list_cameras(1);
-    EXPECT_EQ(0U, fake.count("ZVGR_CameraClose"));
-    EXPECT_FALSE(iface().has_Device(old));
-    EXPECT_TRUE(old->is_Open()) << "the object is alive and as it was";
-    EXPECT_NE(old, iface().get_Device(0));
-    EXPECT_FALSE(iface().get_Device(0)->is_Open());
 }
 
 TEST_F(OpenInterfaceModule, ClosesEveryCameraInOrder)
@@ -150,6 +87,24 @@ TEST_F(OpenInterfaceModule, GivesDevicesItsNumber)
         ASSERT_EQ(16U, named.init_Cameras(scan()));
         EXPECT_EQ(prefix + std::string("0"), named.get_Device(0)->getId());
         EXPECT_EQ(prefix + std::string("15"), named.get_Device(15)->getId());
+    }
+}
+
+TEST_F(OpenInterfaceModule, HasDevicesThatNameCameraAndStreamAfterThemselves)
+{
+    struct Row {
+        const char* device;
+        const char* camera;
+        const char* stream;
+    };
+    for (const Row& row : {Row{"Device01", "Camera01", "Stream010"},
+                           Row{"Device115", "Camera115", "Stream1150"}, Row{"Device", "Camera", "Stream0"}}) {
+        const DeviceModule device(&iface(), row.device);
+        EXPECT_EQ(row.device, device.getId());
+        EXPECT_EQ(row.camera, device.get_Camera()->getId());
+        EXPECT_EQ(row.stream, device.get_Camera()->get_Stream(0)->getId());
+        EXPECT_EQ(&iface(), device.get_Parent());
+        EXPECT_EQ(&iface(), device.get_Camera()->get_Parent());
     }
 }
 

@@ -8,10 +8,6 @@
 #include "modules/SystemModule.h"
 #include "support/on_threads.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-extern "C" int __asan_address_is_poisoned(const volatile void* address); // NOLINT: the sanitizer's own name
-#endif
-
 namespace zvgentl {
 
 namespace {
@@ -56,14 +52,6 @@ TEST(QuarantineTest, TakesBlocksFromManyThreads)
             quarantine.put(new_block(), 64);
     });
 }
-
-#if defined(__SANITIZE_ADDRESS__)
-TEST(QuarantineTest, PoisonsWhatItKeeps)
-{
-    const SystemModule* const dead = std::make_unique<SystemModule>().get();
-    EXPECT_TRUE(__asan_address_is_poisoned(dead));
-}
-#endif
 
 } // namespace
 

@@ -47,15 +47,6 @@ TEST_F(GrabberInfo, AsksForPositionMinusOneOnceAnInterfaceLeftTheList)
     EXPECT_EQ((Calls{zvtest::call("ZV_DeviceInfo", 0xFFFFFFFF, 3)}), fake.calls());
 }
 
-class GrabberInfoOfAStream : public OneGrabber {};
-
-TEST_F(GrabberInfoOfAStream, NamesTheProtocolOfItsGrabber)
-{
-    list_cameras(1);
-    fake.grabber(0).has_protocol(1);
-    EXPECT_STREQ("CLHS", transport_type_of(*iface().get_Camera(0)->get_Stream(0)));
-}
-
 class GrabberScan : public Doubles {};
 
 TEST_F(GrabberScan, HidesTheLastOfSeveralGrabbersUnlessASettingExposesIt)

@@ -14,27 +14,16 @@ using platform::monotonic_milliseconds;
 using platform::wait_forever;
 using platform::WaitResult;
 
-TEST(AutoResetEvent, IsNotSignalledAtFirst)
+TEST(AutoResetEvent, GivesOneWaitTheSignalsThatNobodyTook)
 {
     AutoResetEvent event;
     EXPECT_EQ(WaitResult::timed_out, event.wait(0));
-}
-
-TEST(AutoResetEvent, GivesItsSignalToOneWait)
-{
-    AutoResetEvent event;
-    event.set();
-    EXPECT_EQ(WaitResult::signalled, event.wait(0));
-    EXPECT_EQ(WaitResult::timed_out, event.wait(0));
-}
-
-TEST(AutoResetEvent, CollapsesSignalsThatNobodyTook)
-{
-    AutoResetEvent event;
-    event.set();
-    event.set();
-    EXPECT_EQ(WaitResult::signalled, event.wait(wait_forever));
-    EXPECT_EQ(WaitResult::timed_out, event.wait(0));
+    for (const int signals : {1, 2}) {
+        for (int i = 0; i < signals; ++i)
+            event.set();
+        EXPECT_EQ(WaitResult::signalled, event.wait(0));
+        EXPECT_EQ(WaitResult::timed_out, event.wait(0));
+    }
 }
 
 TEST(AutoResetEvent, ForgetsASignalWhenReset)
@@ -63,24 +52,16 @@ TEST(AutoResetEvent, TakesALongFiniteTimeoutAsItIs)
     EXPECT_EQ(WaitResult::signalled, event.wait(wait_forever - 1));
 }
 
-TEST(AutoResetEvent, WakesAWaiterWithoutLimit)
+TEST(AutoResetEvent, WakesAWaiterWithAndWithoutLimit)
 {
-    AutoResetEvent event;
-    WaitResult result = WaitResult::failed;
-    std::thread waiter([&] { result = event.wait(wait_forever); });
-    event.set();
-    waiter.join();
-    EXPECT_EQ(WaitResult::signalled, result);
-}
-
-TEST(AutoResetEvent, WakesAWaiterBeforeItsTimeout)
-{
-    AutoResetEvent event;
-    WaitResult result = WaitResult::failed;
-    std::thread waiter([&] { result = event.wait(3600 * 1000); });
-    event.set();
-    waiter.join();
-    EXPECT_EQ(WaitResult::signalled, result);
+    for (const uint32_t limit : {uint32_t{3600 * 1000}, wait_forever}) {
+        AutoResetEvent event;
+        WaitResult result = WaitResult::failed;
+        std::thread waiter([&] { result = event.wait(limit); });
+        event.set();
+        waiter.join();
+        EXPECT_EQ(WaitResult::signalled, result);
+    }
 }
 
 // Each signal is answered before the next is given, so none can collapse: as many waits end as signals came.

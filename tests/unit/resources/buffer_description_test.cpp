@@ -45,8 +45,6 @@ protected:
     std::unique_ptr<zip_t, decltype(&zip_discard)> zip{nullptr, &zip_discard};
 };
 
-TEST_F(BufferDescription, HasTheSizeOfTheUrl) { EXPECT_EQ(640U, archive.size()); }
-
 TEST_F(BufferDescription, IsTheFileOfTheRepository) { EXPECT_EQ(resource("ZV_BufferGenTL.zip"), archive); }
 
 TEST_F(BufferDescription, HoldsOneFile)
