@@ -86,16 +86,6 @@ TEST_F(DevCloseOfAStream, LeavesTheStreamRunningWhenItFails)
     EXPECT_EQ(buffers[0]->handle, take().data.BufferHandle);
 }
 
-class DevGetParentIF : public OpenDevice {};
-
-TEST_F(DevGetParentIF, GivesTheInterface)
-{
-    IF_HANDLE parent = nullptr;
-    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DevGetParentIF(dev, &parent));
-    EXPECT_EQ(iface, parent);
-    EXPECT_LOG_LINES(info_line("Enter DevGetParentIF"), info_line("Exit DevGetParentIF"));
-}
-
 } // namespace
 
 } // namespace zvtest

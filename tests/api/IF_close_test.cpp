@@ -92,16 +92,6 @@ TEST_F(IFCloseOfAStream, KeepsTheDevicesForTheNextTime)
     EXPECT_EQ(GC_ERR_ACCESS_DENIED, IFOpenDevice(iface, "Device00", DEVICE_ACCESS_EXCLUSIVE, &opened));
 }
 
-class IFGetParentTL : public OpenInterface {};
-
-TEST_F(IFGetParentTL, GivesTheSystem)
-{
-    TL_HANDLE parent = nullptr;
-    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::IFGetParentTL(iface, &parent));
-    EXPECT_EQ(tl, parent);
-    EXPECT_LOG_LINES(info_line("Enter IFGetParentTL"), info_line("Exit IFGetParentTL"));
-}
-
 } // namespace
 
 } // namespace zvtest

@@ -7,7 +7,7 @@
 
 #include "GenTL/GenTL.h"
 
-#include "support/fixtures.h"
+#include "api/lines.h"
 
 // A tree with one open module of each kind, each of them a port.
 
@@ -56,13 +56,5 @@ protected:
     /// The ports that the producer serves itself.
     std::vector<PORT_HANDLE> own_ports() const { return {tl, buffers[0]->handle}; }
 };
-
-/// "Exit, Returning error <name> (0x<code>)" of a port function.
-inline ExpectedLine port_error_exit(const std::string& function, const std::string& name, GC_ERROR code)
-{
-    return {Priority::error,
-            "Exit, Returning error " + name + " (0x" + low_hex(static_cast<uint64_t>(code)) + ")", function,
-            "ZVGRLibGenTL"};
-}
 
 } // namespace zvtest

@@ -28,18 +28,11 @@ protected:
     {
         return "ZVGR_" + asked.side + GetParam().verb + "Reg";
     }
-    ExpectedLine line(Priority priority, const std::string& message) const
-    {
-        return {priority, message, GetParam().function, "ZVGRLibGenTL"};
-    }
-    ExpectedLine entered() const
-    {
-        return line(Priority::debug, "Enter " + std::string(GetParam().function));
-    }
-    ExpectedLine left() const { return line(Priority::debug, "Exit " + std::string(GetParam().function)); }
+    ExpectedLine entered() const { return {Priority::debug, "Enter " + std::string(GetParam().function)}; }
+    ExpectedLine left() const { return {Priority::debug, "Exit " + std::string(GetParam().function)}; }
     ExpectedLine failed(Priority priority, const std::string& reason) const
     {
-        return line(priority, GetParam().function + (" - " + reason));
+        return {priority, GetParam().function + (" - " + reason)};
     }
 
     uint8_t bytes[3][4]{};

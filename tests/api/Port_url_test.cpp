@@ -62,22 +62,14 @@ protected:
         });
     }
 
-    static ExpectedLine info(const std::string& message, const char* function = "GCGetPortURL")
-    {
-        return {Priority::information, message, function, "ZVGRLibGenTL"};
-    }
-    static ExpectedLine error(const std::string& message)
-    {
-        return {Priority::error, message, "GCGetPortURL", "ZVGRLibGenTL"};
-    }
     static ExpectedLine entered(PORT_HANDLE handle)
     {
-        return info("Enter GCGetPortURL, port handle=0x" + hex16(handle));
+        return info_line("Enter GCGetPortURL, port handle=0x" + hex16(handle));
     }
     static std::vector<ExpectedLine> success_lines(const Port& asked)
     {
-        return {entered(asked.handle), info("Found url " + url_of(asked.kind) + " for " + asked.kind),
-                info("Exit GCGetPortURL")};
+        return {entered(asked.handle), info_line("Found url " + url_of(asked.kind) + " for " + asked.kind),
+                info_line("Exit GCGetPortURL")};
     }
 };
 
@@ -88,9 +80,9 @@ TEST_F(PortUrls, AreOneForEachPort)
         forget();
         EXPECT_EQ(GC_ERR_SUCCESS, GCGetNumPortURLs(asked.handle, &count));
         EXPECT_EQ(1U, count);
-        EXPECT_LOG_LINES(info("Enter GCGetNumPortURLs, handle=0x" + hex16(asked.handle), "GCGetNumPortURLs"),
-                         info(std::string("Get URL count for device type ") + asked.kind, "GCGetNumPortURLs"),
-                         info("Exit URL count=1", "GCGetNumPortURLs"));
+        EXPECT_LOG_LINES(info_line("Enter GCGetNumPortURLs, handle=0x" + hex16(asked.handle)),
+                         info_line(std::string("Get URL count for device type ") + asked.kind),
+                         info_line("Exit URL count=1"));
     }
     EXPECT_TRUE(fake.calls().empty());
 }
@@ -159,9 +151,7 @@ TEST_F(PortUrls, AreCopiedInPartWhenThereIsTooLittleRoomOnTheirOwn)
                   std::string(answer.bytes.begin(), answer.bytes.begin() + static_cast<long>(row.room)));
         const std::string text =
             std::string("GCGetPortURL - ") + row.problem + " (" + std::to_string(row.room) + "/39)";
-        EXPECT_LOG_LINES(
-            entered(tl), error(text),
-            error("Exit, Returning error ret (0x" + low_hex(static_cast<uint64_t>(row.code)) + ")"));
+        EXPECT_LOG_LINES(entered(tl), error_line(text), text_failed_with(row.code));
         EXPECT_EQ(text, last_error());
     }
 }
@@ -185,23 +175,19 @@ TEST_F(PortUrls, AreGivenIntoRoomsBeyond32Bits)
 
 TEST_F(PortUrls, AreNotAvailableAsInformationWhenTheLibraryRefuses)
 {
-    const auto line = [](Priority priority, const std::string& message) {
-        return ExpectedLine{priority, message, "GCGetPortURLInfo", "ZVGRLibGenTL"};
-    };
     const std::string before = last_error();
     const std::string tag = "GCGetPortURLInfo [GC_ERR_NOT_AVAILABLE]: getting xml string ";
     for (const LibraryPort& asked : library_ports()) {
         SCOPED_TRACE(asked.kind);
         std::vector<ExpectedLine> expected = {
-            line(Priority::information, "Enter GCGetPortURLInfo, handle=0x" + hex16(asked.handle) +
-                                            ", URL index=0, info=0, size=100"),
-            line(Priority::information, std::string("Get URL info for device type ") + asked.kind)};
+            info_line("Enter GCGetPortURLInfo, handle=0x" + hex16(asked.handle) +
+                      ", URL index=0, info=0, size=100"),
+            info_line(std::string("Get URL info for device type ") + asked.kind)};
         if (asked.side == "Grabber") {
-            expected.push_back(line(Priority::error, "info= 0, getting xml string failed"));
-            expected.push_back(port_error_exit("GCGetPortURLInfo", "GC_ERR_NOT_AVAILABLE", -1014));
+            expected.push_back(error_line("info= 0, getting xml string failed"));
+            expected.push_back(FAILED_WITH(GC_ERR_NOT_AVAILABLE));
         } else {
-            expected.push_back(
-                line(Priority::information, tag + (asked.handle == ds ? "failed" : "address failed")));
+            expected.push_back(info_line(tag + (asked.handle == ds ? "failed" : "address failed")));
         }
         fake.next("ZVGR_GetXmlUrl").answers(any_failure);
         forget();
@@ -226,8 +212,8 @@ TEST_F(PortUrls, AreNotAvailableOnTheirOwnWhenTheLibraryRefuses)
         EXPECT_EQ(100U, answer.size);
         EXPECT_EQ(0xA5, answer.bytes[0]);
         EXPECT_LOG_LINES(entered(asked.handle),
-                         error(std::string("Getting xml url failed for ") + asked.kind),
-                         port_error_exit("GCGetPortURL", "GC_ERR_NOT_AVAILABLE", -1014));
+                         error_line(std::string("Getting xml url failed for ") + asked.kind),
+                         FAILED_WITH(GC_ERR_NOT_AVAILABLE));
         EXPECT_EQ(before, last_error());
     }
 }
@@ -277,7 +263,7 @@ TEST_F(PortUrls, AreLoggedAsTheyAre)
     fake.set_xml_url("Local:%s%n.xml;0;1");
     expect_url(port, "Local:%s%n.xml;0;1");
     EXPECT_LOGGED(Priority::information, "GCGetPortURLInfo URL=Local:%s%n.xml;0;1");
-    EXPECT_LOGGED(info("Found url Local:%s%n.xml;0;1 for Device"));
+    EXPECT_LOGGED(info_line("Found url Local:%s%n.xml;0;1 for Device"));
 }
 
 class GCGetPortURLInfo : public OpenPorts {};
@@ -293,11 +279,10 @@ TEST_F(GCGetPortURLInfo, RefusesOtherUrls)
             EXPECT_EQ(GC_ERR_INVALID_INDEX, answer.code);
             EXPECT_TRUE(is_untouched(answer.type));
             const std::string printed = index == 1 ? "1" : "-1";
-            EXPECT_LOG_LINES({Priority::information, "Enter GCGetPortURLInfo, handle=0x" + hex16(handle) +
-                                                         ", URL index=" + printed + ", info=0, size=100"},
-                             {Priority::error,
-                              "GCGetPortURLInfo [GC_ERR_INVALID_PARAMETER]: Invalid URL index=" + printed,
-                              "GCGetPortURLInfo", "ZVGRLibGenTL"});
+            EXPECT_LOG_LINES(
+                info_line("Enter GCGetPortURLInfo, handle=0x" + hex16(handle) + ", URL index=" + printed +
+                          ", info=0, size=100"),
+                error_line("GCGetPortURLInfo [GC_ERR_INVALID_PARAMETER]: Invalid URL index=" + printed));
         }
     }
 }

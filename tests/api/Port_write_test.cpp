@@ -13,15 +13,12 @@ class WritingPorts : public OpenPorts {
 protected:
     static ExpectedLine entered(PORT_HANDLE handle, const std::string& address, int size, int word)
     {
-        return {Priority::trace,
-                "Enter with handle=0x" + hex16(handle) + ", address=0x" + address +
-                    ", size=" + std::to_string(size) + ", data=" + std::to_string(word),
-                "GCWritePort", "ZVGRLibGenTL"};
+        return {Priority::trace, "Enter with handle=0x" + hex16(handle) + ", address=0x" + address +
+                                     ", size=" + std::to_string(size) + ", data=" + std::to_string(word)};
     }
     static ExpectedLine left(PORT_HANDLE handle)
     {
-        return {Priority::trace, "Exit GCWritePort, handle = 0x" + low_hex(handle), "GCWritePort",
-                "ZVGRLibGenTL"};
+        return {Priority::trace, "Exit GCWritePort, handle = 0x" + low_hex(handle)};
     }
 
     const std::vector<uint8_t> data{0x12, 0x34, 0x56, 0x78};
@@ -130,8 +127,7 @@ TEST_F(WritingPorts, IsDeniedWhenTheLibraryRefuses)
             forget();
             EXPECT_EQ(GC_ERR_ACCESS_DENIED, GCWritePort(asked.handle, 0x1000, data.data(), &size));
             EXPECT_EQ(4U, size);
-            EXPECT_LOG_LINES(entered(asked.handle, "1000", 4, 0x12345678),
-                             port_error_exit("GCWritePort", "GC_ERR_ACCESS_DENIED", -1005));
+            EXPECT_LOG_LINES(entered(asked.handle, "1000", 4, 0x12345678), FAILED_WITH(GC_ERR_ACCESS_DENIED));
             EXPECT_EQ(before, last_error());
         }
     }
@@ -145,8 +141,7 @@ TEST_F(WritingPorts, LeavesDescriptionsAlone)
         size = 0x100000004;
         EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GCWritePort(handle, 0x88888888, data.data(), &size));
         EXPECT_EQ(0U, size);
-        EXPECT_LOG_LINES(entered(handle, "88888888", 4, 0x12345678),
-                         port_error_exit("GCWritePort", "GC_ERR_NOT_IMPLEMENTED", -1003));
+        EXPECT_LOG_LINES(entered(handle, "88888888", 4, 0x12345678), FAILED_WITH(GC_ERR_NOT_IMPLEMENTED));
         EXPECT_EQ(before, last_error());
     }
     EXPECT_TRUE(fake.calls().empty());

@@ -161,18 +161,6 @@ TEST_F(TLGetInterfaceInfo, RefusesUnknownIDsBeforeUnknownCommands)
     }
 }
 
-TEST_F(TLGetInterfaceInfo, RefusesUnknownCommands)
-{
-    for (const INTERFACE_INFO_CMD command : {3, 4, 1000, -1}) {
-        const auto answer = ask<uint32_t>(command);
-        EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, answer.code);
-        EXPECT_TRUE(is_untouched(answer.type));
-        EXPECT_EQ(0U, answer.size);
-        EXPECT_LOG_LINES(enter(command), error_line("info= " + std::to_string(command)),
-                         FAILED_WITH(GC_ERR_NOT_IMPLEMENTED));
-    }
-}
-
 TEST_F(TLGetInterfaceInfo, LeavesABufferOfNoSizeToTheRuleForTexts)
 {
     const auto id = ask(INTERFACE_INFO_ID, 0);

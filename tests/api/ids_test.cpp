@@ -1,7 +1,7 @@
 #include "api/lines.h"
 
-// The functions that give the ID at an index: TLGetInterfaceID, IFGetDeviceID and DevGetDataStreamID. They
-// agree but for their texts.
+// Functions of several families that differ only in their texts: those that give the ID at an index
+// (TLGetInterfaceID, IFGetDeviceID and DevGetDataStreamID), and those that give the parent.
 
 namespace zvtest {
 
@@ -139,6 +139,20 @@ TEST_P(IdAtAnIndex, IsThatOfTheOnlyStreamAtNegativeIndexes)
 
 INSTANTIATE_TEST_SUITE_P(Functions, IdAtAnIndex, testing::ValuesIn(id_functions),
                          testing::PrintToStringParamName());
+
+class Parents : public OpenDevice {};
+
+TEST_F(Parents, AreGivenToInterfacesAndDevices)
+{
+    void* parent = nullptr;
+    EXPECT_EQ(GC_ERR_SUCCESS, IFGetParentTL(iface, &parent));
+    EXPECT_EQ(tl, parent);
+    EXPECT_EQ(GC_ERR_SUCCESS, DevGetParentIF(dev, &parent));
+    EXPECT_EQ(iface, parent);
+    EXPECT_EQ((std::vector<std::string>{"Enter IFGetParentTL", "Exit IFGetParentTL", "Enter DevGetParentIF",
+                                        "Exit DevGetParentIF"}),
+              logged_messages());
+}
 
 } // namespace
 
