@@ -2,9 +2,9 @@
 
 #include "log/Log.h"
 #include "log/ScopeTimer.h"
-#include "support/FakeLoggerLibrary.h"
+#include "support/fixtures.h"
 
-using zvtest::FakeLoggerLibrary;
+using namespace zvtest;
 
 namespace {
 
@@ -28,4 +28,16 @@ TEST(RefusedLoggers, LeaveEveryEntryPointWithoutEffect)
         const zvgentl::ScopeTimer timer(logger, "f", zvgentl::At{2}, zvgentl::Priority::fatal);
     }
     EXPECT_TRUE(FakeLoggerLibrary::instance().lines().empty());
+}
+
+TEST_F(RunningQueuedStream, WorksWithoutLoggers)
+{
+    deliver(*buffers[0]);
+    EXPECT_EQ(buffers[0]->handle, take().data.BufferHandle);
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSClose(dev));
+    stop();
+    EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    EXPECT_EQ(GC_ERR_SUCCESS, DevClose(dev));
+    EXPECT_EQ(GC_ERR_SUCCESS, IFClose(iface));
+    EXPECT_LOG_LINES();
 }
