@@ -38,7 +38,7 @@ try {
         call.record_error(At{2176}, "IFUpdateDeviceList - GC_ERR_ERROR: wasn't able to scan for cameras");
         return call.fail(At{2177}, GC_ERR_ERROR);
     }
-    // Contract: only the number counts. Pinned by IFUpdateDeviceList.ComparesTheNumberAlone.
+    // Contract: only the number counts. Pinned by IFUpdateDeviceList.ComparesOnlyTheNumber.
     if (scan.count() == iface->get_CameraAmount())
         return call.succeed(At{2181}, "Number of detected cameras hasn't changed");
     call.log_info(At{2182}, "detectedCameras = %d", static_cast<int>(scan.count()));

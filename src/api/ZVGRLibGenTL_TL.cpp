@@ -94,7 +94,7 @@ try {
     SystemModule& system = *current_system();
     const int32_t found = scan_for_grabbers();
     call.log_info(At{1572}, "TLUpdateInterfaceList - Found %d Grabbers", found);
-    // Contract: only the number counts. Pinned by TLUpdateInterfaceList.ComparesTheNumberAlone.
+    // Contract: only the number counts. Pinned by TLUpdateInterfaceList.ComparesOnlyTheNumber.
     const bool is_changed = found != system.get_InterfaceCount();
     if (is_changed)
         system.init_Interfaces(found);

@@ -30,10 +30,10 @@ struct Handles {
 /// has events.
 enum class Kind { none, system, iface, device, stream, event, port, source };
 
-/// Arguments that a function insists on. All are pointers but the last two, which must not be 0.
+/// Arguments that a function requires. All are pointers except the last two, which must not be 0.
 enum class Needed { code, id, memory, text, size, type, number, handle, entries, room, frames };
 
-/// When a function looks at the arguments that it insists on.
+/// When a function looks at the arguments that it requires.
 enum class Order {
     first, // even before GCInitLib, without an enter line
     before_handle,
@@ -47,7 +47,7 @@ enum class HandleState { open, null, unknown, closed, without_system };
 /// How a call is refused.
 struct Refusal {
     GC_ERROR code{GC_ERR_INVALID_HANDLE};
-    std::vector<ExpectedLine> lines;                // behind the enter line, without the timer's
+    std::vector<ExpectedLine> lines;                // after the enter line, without the timer's
     std::optional<std::string> recorded;            // as the last error
     uint32_t written_number{untouched<uint32_t>()}; // what the number output holds afterwards
 };
@@ -92,7 +92,7 @@ struct Function {
     Function with_command(int32_t number) const { return with(&Function::command, number); }
     Function with_room(size_t bytes) const { return with(&Function::room, bytes); }
     Function timed() const { return with(&Function::is_timed, true); }
-    /// The enter line comes behind the check of the handle.
+    /// The enter line comes after the check of the handle.
     Function entering_late() const { return with(&Function::enters_late, true); }
 
     Refusal refusal(HandleState state) const;
@@ -112,7 +112,7 @@ struct Function {
     void (*prepare)(const Handles& handles, Arguments& a){nullptr};
 
 private:
-    /// The same row but for one member.
+    /// The same row with one member changed.
     template <class Member, class Value>
     Function with(Member Function::*member, const Value& value) const
     {

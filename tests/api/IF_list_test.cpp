@@ -61,7 +61,7 @@ TEST_F(IFUpdateDeviceList, ReportsNoChangeWithoutCameras)
     EXPECT_LOG_LINES(enter_update(), info_line("Number of detected cameras hasn't changed"), duration_line());
 }
 
-TEST_F(IFUpdateDeviceList, ComparesTheNumberAlone)
+TEST_F(IFUpdateDeviceList, ComparesOnlyTheNumber)
 {
     fake.grabber(0).camera(0).model("first");
     update();

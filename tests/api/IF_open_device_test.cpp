@@ -91,7 +91,7 @@ TEST_F(IFOpenDevice, NamesStatusAndIndexWhenTheCameraDoesNotOpen)
 TEST_F(IFOpenDevice, RefusesUnknownIDs)
 {
     for (const char* id : {"", "Device", "Device0", "device00", "DEVICE00", "Device000", "Device00 ",
-                           "Device02", "Camera00"}) {
+                           "Device02", "Camera00", "%s%n%d"}) {
         forget();
         EXPECT_EQ(GC_ERR_INVALID_ID, open(id));
         EXPECT_TRUE(is_untouched(dev));
@@ -113,7 +113,7 @@ TEST_F(IFOpenDevice, OpensAClosedDeviceAgain)
     EXPECT_EQ(1U, fake.count("ZVGR_CameraOpen2"));
 }
 
-TEST_F(IFOpenDevice, FindsDevicesOnTheirOwnInterfaceAlone)
+TEST_F(IFOpenDevice, FindsDevicesOnlyOnTheirOwnInterface)
 {
     fake.has_grabbers(3);
     fake.grabber(1).has_cameras(1);

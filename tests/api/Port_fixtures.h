@@ -37,7 +37,7 @@ protected:
             {port, "Device"}, {ds, "TLDataStream"},   {buffers[0]->handle, "TLBuffer"},
         };
     }
-    /// The ports behind which the grabber library is, and the handle that it knows them by.
+    /// The ports that lead to the grabber library, and the handle that it knows them by.
     struct LibraryPort {
         PORT_HANDLE handle;
         const char* kind;

@@ -99,7 +99,7 @@ TEST_F(PortInformation, IsGivenIntoRoomsBeyond32Bits)
 
 class CyclicPortInformation : public CyclicStream {};
 
-// In this mode the library knows no buffers, which all have the number 0 then.
+// In this mode the library does not know the buffers, so all of them have the number 0.
 TEST_F(CyclicPortInformation, GivesEveryBufferTheSameId)
 {
     const BUFFER_HANDLE buffer = announce().handle;

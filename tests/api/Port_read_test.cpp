@@ -223,9 +223,9 @@ TEST_F(ReadingDescriptions, RefusesAddressesOutside)
     }
 }
 
-class ReadingASystemAlone : public OpenSystem {};
+class ReadingASystemWithoutInterfaces : public OpenSystem {};
 
-TEST_F(ReadingASystemAlone, WorksWithoutAScan)
+TEST_F(ReadingASystemWithoutInterfaces, WorksWithoutAScan)
 {
     std::vector<uint8_t> bytes(3391);
     size_t size = bytes.size();

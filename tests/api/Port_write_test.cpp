@@ -86,13 +86,6 @@ TEST_F(WritingPorts, DoesNotReadItsDataBelowTrace)
     EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GCWritePort(tl, 0x1000, unreadable, &size));
 }
 
-TEST_F(WritingPorts, IsSilentBelowTrace)
-{
-    log.set_level(Priority::debug);
-    EXPECT_EQ(GC_ERR_SUCCESS, GCWritePort(port, 0x1000, data.data(), &size));
-    EXPECT_LOG_LINES();
-}
-
 TEST_F(WritingPorts, WritesNothingForSizeZero)
 {
     size = 0;

@@ -37,13 +37,6 @@ TEST_F(TLOpenInterface, OpensTheGrabberAtTheIndex)
     EXPECT_EQ(0U, count);
 }
 
-TEST_F(TLOpenInterface, TakesTheDurationFromTheLoggerLibrary)
-{
-    log.answer_elapsed(-7);
-    open("FG0");
-    EXPECT_LOGGED(Priority::information, "duration: -7 usec", "TLOpenInterface", "ZVGRLibGenTL");
-}
-
 TEST_F(TLOpenInterface, GivesTheOpenOne)
 {
     ASSERT_EQ(GC_ERR_SUCCESS, open("FG0"));

@@ -55,7 +55,7 @@ TEST_F(TLUpdateInterfaceList, ReportsNoChangeTheSecondTime)
     EXPECT_EQ(GC_ERR_SUCCESS, IFGetNumDevices(open, &count));
 }
 
-TEST_F(TLUpdateInterfaceList, ComparesTheNumberAlone)
+TEST_F(TLUpdateInterfaceList, ComparesOnlyTheNumber)
 {
     update();
     const IF_HANDLE iface = open_interface("FG0");

@@ -84,7 +84,7 @@ TEST_P(IdAtAnIndex, FitsExactly)
     EXPECT_EQ(expected, id.data());
 }
 
-TEST_P(IdAtAnIndex, AnswersItsSizeAlone)
+TEST_P(IdAtAnIndex, AnswersOnlyItsSizeWithoutABuffer)
 {
     for (char* nowhere : {static_cast<char*>(nullptr), all_ones<char*>()}) {
         forget();

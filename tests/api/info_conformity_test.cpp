@@ -130,7 +130,7 @@ TEST_P(InfoRows, AreLogged)
     EXPECT_TRUE(logged_exactly(lines));
 }
 
-TEST_P(InfoRows, AskTheLibraryOnlyForWhatItAloneKnows)
+TEST_P(InfoRows, AskTheLibraryOnlyForWhatNothingElseKnows)
 {
     ask(expected.size());
     EXPECT_EQ(row().calls == nullptr ? Calls{} : row().calls(asked), fake.calls());

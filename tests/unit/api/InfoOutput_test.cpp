@@ -3,8 +3,7 @@
 #include "api/InfoOutput.h"
 #include "support/fixtures.h"
 
-// How answers are handed over that no query gives: all other answers are among those that the exported
-// functions are asked for.
+// Answers that no query gives. The exported functions are asked for all others.
 
 namespace zvtest {
 

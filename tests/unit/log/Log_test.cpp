@@ -95,13 +95,13 @@ TEST_F(Log, WritesUpToTheLevelOfTheLogger)
 TEST_F(Log, DoesNotFormatADisabledLine)
 {
     library.set_level("LogTest.cpp", zvtest::Priority::error);
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): an address that nobody can read is the point
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the test needs an unreadable address
     const char* const unreadable = reinterpret_cast<const char*>(uintptr_t{1});
     zvgentl::log_warning(logger, "f", At{1}, "%s", unreadable);
     EXPECT_TRUE(library.lines().empty());
 }
 
-TEST_F(Log, TellsWhetherALineWouldBeWritten)
+TEST_F(Log, KnowsWhetherALineWouldBeWritten)
 {
     library.set_level("LogTest.cpp", zvtest::Priority::information);
     EXPECT_TRUE(zvgentl::is_logged(logger, zvgentl::Priority::information));

@@ -16,7 +16,7 @@ TEST(SerialLock, LetsOneThreadInAtATime)
     SerialLock lock(SerialLock::Serialise::yes);
     std::atomic<int> inside{0};
     std::atomic<int> most{0};
-    int plain = 0; // not atomic: the lock alone orders its changes
+    int plain = 0; // not atomic: only the lock orders its changes
     on_threads([&](int) {
         for (int i = 0; i < 10000; ++i) {
             const std::lock_guard guard(lock);

@@ -45,7 +45,7 @@ TEST_F(SystemModuleTest, ListsNothingForANegativeCount)
     EXPECT_EQ(nullptr, system.get_Interface(0));
 }
 
-TEST_F(SystemModuleTest, ServesItsDescriptionAlone)
+TEST_F(SystemModuleTest, ServesOnlyItsDescription)
 {
     EXPECT_EQ("Local:ZV_SystemGenTL.xml;88888888;d3f", system.get_Url());
     expect_description(system, "SystemModule", "<?xml", 3391);

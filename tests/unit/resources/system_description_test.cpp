@@ -40,7 +40,7 @@ TEST(SystemDescription, IsAsciiWithWholeLineEnds)
     }
 }
 
-TEST(SystemDescription, IsIndentedWithTabsAlone)
+TEST(SystemDescription, IsIndentedOnlyWithTabs)
 {
     for (const std::string& line : lines_of(text)) {
         const size_t start = line.find_first_not_of('\t');
