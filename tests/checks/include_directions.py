@@ -70,7 +70,7 @@ RULES = [
     Rule("tests/support/win32", (), (SYSTEM,), knows_system=True),
     Rule("tests/unit", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
     Rule("tests/unit/support", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
-    Rule("tests/unit/resources", ("src/resources",), (GTEST, r"libxml/.*", r"zip\.h")),
+    Rule("tests/unit/resources", ("src/resources",), (GTEST, r"zip\.h")),
     Rule("tests/unit/logger", ("logger", "platform", "include/zvlog", "tests/support"), (GTEST, POCO, SYSTEM),
          knows_system=True),
     Rule("tests/unit/simulator", ("simulator", "include/zvgr", "include/zvlog", "tests/support"),

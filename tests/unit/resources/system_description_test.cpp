@@ -1,9 +1,10 @@
 #include <sstream>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "resources/descriptions.h"
-#include "unit/resources/Xml.h"
+#include "unit/resources/register_description.h"
 
 // The system port's register description, byte for byte and node for node.
 
@@ -69,70 +70,45 @@ TEST(SystemDescription, IsTheFileOfTheRepository)
     EXPECT_EQ(1U, filled);
 }
 
-TEST(SystemDescription, HasARootOfTheGenApiSchema)
-{
-    EXPECT_EQ(expected_head("ZV_TLSystemGenTL", "ZEVA TLSystem GenTL"), head_of(text));
-}
-
 const std::string naming_convention = " version number of the GenTL Standard Features Naming Convention that "
                                       "was used to create the GenTL Producer`s XML.";
 
+std::string integer(const std::string& name, const std::string& tool_tip, const std::string& value)
+{
+    return "<Integer Name=\"" + name + "\" NameSpace=\"Standard\"><ToolTip>" + tool_tip +
+           "</ToolTip><Visibility>Beginner</Visibility><Value>" + value + "</Value></Integer>";
+}
+
+std::string string(const std::string& name, const std::string& visibility, const std::string& value)
+{
+    return "<String Name=\"" + name + "\" NameSpace=\"Standard\"><Visibility>" + visibility +
+           "</Visibility><Value>" + value + "</Value></String>";
+}
+
 TEST(SystemDescription, HasConstantFeaturesInTwoCategoriesAndAPort)
 {
-    EXPECT_EQ((std::vector<std::string>{
-                  "#comment:  Root categories ",
-                  "Group Comment=\"RootCategory\"",
-                  "  Category Name=\"Root\" NameSpace=\"Standard\"",
-                  "    Visibility: Beginner",
-                  "    ImposedAccessMode: RO",
-                  "    pFeature: SystemInformation",
-                  "  Category Name=\"SystemInformation\" NameSpace=\"Standard\"",
-                  "    pFeature: TLVendorName",
-                  "    pFeature: TLModelName",
-                  "    pFeature: TLVersion",
-                  "    pFeature: TLDisplayName",
-                  "    pFeature: GenTLVersionMajor",
-                  "    pFeature: GenTLVersionMinor",
-                  "    pFeature: GenTLSFNCVersionMajor",
-                  "    pFeature: GenTLSFNCVersionMinor",
-                  "    pFeature: GenTLSFNCVersionSubMinor",
-                  "Integer Name=\"GenTLVersionMajor\" NameSpace=\"Standard\"",
-                  "  ToolTip: GenTL Major Version.",
-                  "  Visibility: Beginner",
-                  "  Value: 1",
-                  "Integer Name=\"GenTLVersionMinor\" NameSpace=\"Standard\"",
-                  "  ToolTip: GenTL Minor Version.",
-                  "  Visibility: Beginner",
-                  "  Value: 5",
-                  "Integer Name=\"GenTLSFNCVersionMajor\" NameSpace=\"Standard\"",
-                  "  ToolTip: Major" + naming_convention,
-                  "  Visibility: Beginner",
-                  "  Value: 2",
-                  "Integer Name=\"GenTLSFNCVersionMinor\" NameSpace=\"Standard\"",
-                  "  ToolTip: Minor" + naming_convention,
-                  "  Visibility: Beginner",
-                  "  Value: 0",
-                  "Integer Name=\"GenTLSFNCVersionSubMinor\" NameSpace=\"Standard\"",
-                  "  ToolTip: SubMinor" + naming_convention,
-                  "  Visibility: Beginner",
-                  "  Value: 0",
-                  "String Name=\"TLVendorName\" NameSpace=\"Standard\"",
-                  "  Visibility: Beginner",
-                  "  Value: ZEVA Electronics",
-                  "String Name=\"TLModelName\" NameSpace=\"Standard\"",
-                  "  Visibility: Beginner",
-                  "  Value: ZVGRLibGenTL",
-                  "String Name=\"TLVersion\" NameSpace=\"Standard\"",
-                  "  Visibility: Beginner",
-                  "  Value: 1.5",
-                  "String Name=\"TLDisplayName\" NameSpace=\"Standard\"",
-                  "  Visibility: Expert",
-                  "  Value: ZEVA Electronics GenTL Producer",
-                  "Port Name=\"Device\"",
-                  "  ToolTip: Port giving access to the device.",
-                  "  Visibility: Invisible",
-              }),
-              outline_of(text));
+    const std::string categories =
+        R"(<!-- Root categories --><Group Comment="RootCategory"><Category Name="Root" NameSpace="Standard">)"
+        R"(<Visibility>Beginner</Visibility><ImposedAccessMode>RO</ImposedAccessMode>)"
+        R"(<pFeature>SystemInformation</pFeature></Category>)"
+        R"(<Category Name="SystemInformation" NameSpace="Standard"><pFeature>TLVendorName</pFeature>)"
+        R"(<pFeature>TLModelName</pFeature><pFeature>TLVersion</pFeature><pFeature>TLDisplayName</pFeature>)"
+        R"(<pFeature>GenTLVersionMajor</pFeature><pFeature>GenTLVersionMinor</pFeature>)"
+        R"(<pFeature>GenTLSFNCVersionMajor</pFeature><pFeature>GenTLSFNCVersionMinor</pFeature>)"
+        R"(<pFeature>GenTLSFNCVersionSubMinor</pFeature></Category></Group>)";
+    const std::string port = R"(<Port Name="Device"><ToolTip>Port giving access to the device.</ToolTip>)"
+                             R"(<Visibility>Invisible</Visibility></Port>)";
+    EXPECT_EQ(described("ZV_TLSystemGenTL", "ZEVA TLSystem GenTL",
+                        categories + integer("GenTLVersionMajor", "GenTL Major Version.", "1") +
+                            integer("GenTLVersionMinor", "GenTL Minor Version.", "5") +
+                            integer("GenTLSFNCVersionMajor", "Major" + naming_convention, "2") +
+                            integer("GenTLSFNCVersionMinor", "Minor" + naming_convention, "0") +
+                            integer("GenTLSFNCVersionSubMinor", "SubMinor" + naming_convention, "0") +
+                            string("TLVendorName", "Beginner", "ZEVA Electronics") +
+                            string("TLModelName", "Beginner", "ZVGRLibGenTL") +
+                            string("TLVersion", "Beginner", "1.5") +
+                            string("TLDisplayName", "Expert", "ZEVA Electronics GenTL Producer") + port),
+              without_layout(text));
 }
 
 } // namespace
