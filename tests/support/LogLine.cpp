@@ -64,9 +64,9 @@ private:
     std::string_view m_rest;
 };
 
-bool parse(LogLine& line)
+bool parse(const std::string& text, LogLine& line)
 {
-    Reader reader(line.text);
+    Reader reader(text);
     if (!reader.skip("thr") || !reader.read_hex8(line.thread) || !reader.skip(":") ||
         !reader.read_until("::", line.logger))
         return false;
@@ -171,16 +171,13 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line)
 LogLine parse_log_line(const std::string& source, Priority priority, const std::string& text)
 {
     LogLine line;
+    if (!parse(text, line)) {
+        line = LogLine();
+        line.message = text;
+    }
     line.source = source;
     line.priority = priority;
     line.text = text;
-    if (!parse(line)) {
-        line = LogLine();
-        line.source = source;
-        line.priority = priority;
-        line.text = text;
-        line.message = text;
-    }
     return line;
 }
 

@@ -91,12 +91,17 @@ protected:
         fake.allow_handle(ZV_NO_HANDLE); // a buffer asks for its geometry with its stream's handle
         buffer = stream.get_Buffers().add(
             std::make_unique<BufferModule>(stream, m_memory.data(), m_memory.size(), uint64_t{0}, nullptr));
-        stream.get_Events().add(stream, EVENT_NEW_BUFFER);
-        event = stream.get_Events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
-        ASSERT_NE(nullptr, event);
+        add_event();
         forget();
     }
 
+    void add_event()
+    {
+        StreamModule& stream = stream_of_first_camera();
+        stream.get_Events().add(stream, EVENT_NEW_BUFFER);
+        event = stream.get_Events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
+        ASSERT_NE(nullptr, event);
+    }
     void expect_not_available()
     {
         forget();
@@ -131,13 +136,6 @@ protected:
         ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
         ASSERT_TRUE(interface_at(0).get_Camera(0)->open_Stream(0));
         add_event();
-        forget();
-    }
-    void add_event()
-    {
-        StreamModule& stream = stream_of_first_camera();
-        stream.get_Events().add(stream, EVENT_NEW_BUFFER);
-        event = stream.get_Events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
     }
 };
 
