@@ -109,7 +109,7 @@ TEST_P(IdAtAnIndex, IsNotCopiedIntoTooLittleRoom)
     EXPECT_EQ(GetParam().too_small, last_error());
 }
 
-TEST_P(IdAtAnIndex, IsMissingBehindTheList)
+TEST_P(IdAtAnIndex, IsMissingBeyondTheList)
 {
     const std::string before = last_error();
     for (const uint32_t index : {1U, 2U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {

@@ -18,17 +18,10 @@ bool SettingsRead::operator==(const SettingsRead& other) const
 
 std::ostream& operator<<(std::ostream& out, const SettingsRead& read)
 {
-    const bool is_get = read.kind == SettingsRead::Kind::get;
-    out << (is_get ? "Get(" : "InitInteger(");
-    if (is_get)
-        out << read.scope << ", ";
-    out << read.feature_type << ", \"" << read.key << "\", ";
-    if (is_get)
-        out << "value=" << read.value_before << ", ";
-    out << read.default_value;
-    if (is_get)
-        out << (read.flag ? ", true" : ", false");
-    return out << ", " << (read.description ? '"' + *read.description + '"' : "null") << ')';
+    out << (read.kind == SettingsRead::Kind::get ? "Get" : "InitInteger") << "(scope " << read.scope
+        << ", type " << read.feature_type << ", \"" << read.key << "\", value " << read.value_before
+        << ", default " << read.default_value << ", flag " << read.flag << ", ";
+    return out << (read.description ? '"' + *read.description + '"' : "null") << ')';
 }
 
 SettingsRead plain_read(const std::string& key, uint32_t default_value,
