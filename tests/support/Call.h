@@ -27,13 +27,11 @@ public:
     static Argument anything();
 
     bool operator==(const Argument& other) const;
-    bool operator!=(const Argument& other) const { return !(*this == other); }
 
     /// The number or address; 0 for a text.
     uint64_t number() const { return m_value; }
     /// The address that was passed, for looking at what it points to.
     void* pointer() const { return reinterpret_cast<void*>(static_cast<uintptr_t>(m_value)); }
-    const std::string& text() const { return m_text; }
 
     friend std::ostream& operator<<(std::ostream& out, const Argument& argument);
 

@@ -209,11 +209,6 @@ bool FakeGrabberLibrary::is_acquiring(uint32_t stream) const
     });
 }
 
-uint32_t FakeGrabberLibrary::frames_requested(uint32_t stream) const
-{
-    return locked([=](const FakeWorld& world) { return world.streams.at(stream).frames_requested; });
-}
-
 bool FakeGrabberLibrary::has_callback(uint32_t stream) const
 {
     return locked([=](const FakeWorld& world) {

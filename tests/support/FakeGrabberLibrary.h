@@ -107,7 +107,6 @@ public:
     /// The queue that a buffer is in: zv_queue_input, zv_queue_output, or -1.
     int queue_of(uint64_t buffer) const;
     bool is_acquiring(uint32_t stream) const;
-    uint32_t frames_requested(uint32_t stream) const;
     bool has_callback(uint32_t stream) const;
     /// Memory of a ring frame, `ring_frame_bytes` long; frames follow each other, then 1 MiB of zeros.
     uint8_t* ring_frame(uint32_t stream, uint32_t index);

@@ -76,7 +76,6 @@ struct LiveStream {
     std::unique_ptr<uint8_t[]> ring;
     std::vector<ZvFrameAux> aux;
     uint32_t last_frame{0};
-    uint32_t frames_requested{0};
     ZvStreamBufferCallback callback{nullptr};
     void* context{nullptr};
 };

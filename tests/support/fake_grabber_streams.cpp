@@ -176,7 +176,6 @@ uint32_t ZVGR_CALL ZVGR_CameraStartAcquire_GenTL(uint32_t camera, uint32_t strea
         if (!owner.open || owner.acquiring != ZV_NO_HANDLE)
             return any_failure;
         owner.acquiring = stream;
-        world.streams.at(stream).frames_requested = frames;
         return succeeded;
     });
 }
