@@ -8,8 +8,8 @@
 #include "modules/SystemModule.h"
 #include "support/fixtures.h"
 
-// Handle checks in states that the exported functions never bring about. For all other states, the tests of
-// every function show them.
+// Handle checks in states that the exported functions never bring about. The tests of every function cover
+// all other states.
 
 namespace zvtest {
 
