@@ -129,6 +129,8 @@ TEST_F(IFOpenDevice, FindsDevicesOnlyOnTheirOwnInterface)
     EXPECT_EQ(GC_ERR_INVALID_ID, open("Device00"));
     EXPECT_EQ(GC_ERR_SUCCESS, open("Device10"));
     EXPECT_NE(first, dev);
+    PORT_HANDLE port = nullptr;
+    EXPECT_EQ(GC_ERR_SUCCESS, DevGetPort(dev, &port)) << "found among the devices of two interfaces";
 }
 
 class IFOpenDeviceWithoutAList : public OpenInterface {};
