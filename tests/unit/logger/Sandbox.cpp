@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "platform/environment.h"
-#include "platform/folders.h"
+#include "platform/paths.h"
 
 namespace fs = std::filesystem;
 
