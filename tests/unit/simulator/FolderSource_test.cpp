@@ -7,7 +7,6 @@
 #include "simulator/Devices.h"
 #include "simulator/PictureFolder.h"
 #include "simulator/PictureSource.h"
-#include "unit/simulator/expected_picture.h"
 #include "unit/simulator/tiff_files.h"
 
 namespace {
@@ -68,6 +67,17 @@ TEST_F(PictureFolders, WithoutPicturesAreNone)
                                                HasSubstr("no usable PNG or TIFF picture")));
 }
 
+using Samples = std::vector<unsigned>;
+
+Samples samples_of(const Bytes& bytes, const zvsim::PixelFormat& format)
+{
+    const bool is_wide = format.bits > 8;
+    Samples samples;
+    for (size_t at = 0; at < bytes.size(); at += is_wide ? 2 : 1)
+        samples.push_back(bytes[at] + (is_wide ? 256U * bytes[at + 1] : 0U));
+    return samples;
+}
+
 /// A camera that plays three pictures of one kind. They are not written in the order of their names, and the
 /// folder also holds something else.
 struct PlayedFolder {
@@ -116,18 +126,11 @@ struct PlayedFolder {
                                           frame.data(), frame.size());
         return frame;
     }
-    /// A frame of one segment.
-    Decoded shown(uint64_t number, double brightness = 1) const
+    Samples shown(uint64_t number, double brightness = 1) const
     {
-        const Bytes bytes = frame(number, brightness);
-        return decode(model.start.format->name, model.start.width, model.start.height, bytes.data(),
-                      bytes.size());
+        return samples_of(frame(number, brightness), *model.start.format);
     }
-    Decoded file(size_t number) const
-    {
-        return decode(model.pictures->format().name, width, height, pictures[number].data(),
-                      pictures[number].size());
-    }
+    Samples file(size_t number) const { return samples_of(pictures[number], model.pictures->format()); }
 
     Bytes pictures[3];
     zvsim::CameraModel model;
@@ -163,14 +166,14 @@ TEST(FolderSource, DeliversTheWindowOfASmallerSize)
 {
     for (const Pixels pixels : all_kinds) {
         const PlayedFolder played = PlayedFolder{pixels}.show(5, 3, 7, 9);
-        const Decoded shown = played.shown(1);
-        const Decoded file = played.file(1);
-        for (size_t y = 0; y < 9; ++y) {
-            for (size_t x = 0; x < 7; ++x) {
-                for (size_t channel = 0; channel < file.channels; ++channel)
-                    ASSERT_EQ(file.at(x + 5, y + 3, channel), shown.at(x, y, channel)) << x << ", " << y;
-            }
+        const Samples file = played.file(1);
+        const size_t channels = file.size() / (width * height);
+        Samples expected;
+        for (size_t y = 3; y < 3 + 9; ++y) {
+            const auto row = file.begin() + static_cast<std::ptrdiff_t>((y * width + 5) * channels);
+            expected.insert(expected.end(), row, row + static_cast<std::ptrdiff_t>(7 * channels));
         }
+        EXPECT_EQ(expected, played.shown(1));
     }
 }
 
@@ -178,12 +181,12 @@ TEST(FolderSource, ScalesSamplesAndClipsThem)
 {
     for (const Pixels pixels : all_kinds) {
         const PlayedFolder played{pixels};
-        const Decoded file = played.file(2);
         const double full = pixels == Pixels::grey_8 || pixels == Pixels::rgb_8 ? 255 : 65535;
         for (const double brightness : {0.5, 2.0}) {
-            const Decoded shown = played.shown(2, brightness);
-            for (size_t at = 0; at < file.samples.size(); ++at)
-                ASSERT_EQ(std::min(full, std::floor(file.samples[at] * brightness + 0.5)), shown.samples[at]);
+            Samples expected = played.file(2);
+            for (unsigned& sample : expected)
+                sample = static_cast<unsigned>(std::min(full, std::floor(sample * brightness + 0.5)));
+            EXPECT_EQ(expected, played.shown(2, brightness));
         }
     }
 }
@@ -200,36 +203,37 @@ TEST(FolderSource, PutsConsecutivePicturesIntoTheSegments)
 TEST(FolderSource, GivesAMosaicOfAColorPicture)
 {
     const PlayedFolder played = PlayedFolder{Pixels::rgb_8}.as("BayerRG8").show(2, 4, 8, 6);
-    const Decoded file = played.file(0);
-    const Decoded shown = played.shown(0);
+    const Samples file = played.file(0);
     const size_t filters[2][2] = {{0, 1}, {1, 2}};
+    Samples expected;
     for (size_t y = 0; y < 6; ++y) {
         for (size_t x = 0; x < 8; ++x)
-            ASSERT_EQ(file.at(x + 2, y + 4, filters[y % 2][x % 2]), shown.at(x, y, 0));
+            expected.push_back(file[((y + 4) * width + x + 2) * 3 + filters[y % 2][x % 2]]);
     }
+    EXPECT_EQ(expected, played.shown(0));
 }
 
 TEST(FolderSource, KeepsFullScaleWhenTheDepthChanges)
 {
     const PlayedFolder deeper = PlayedFolder{Pixels::grey_8}.as("Mono16");
-    const PlayedFolder flatter = PlayedFolder{Pixels::grey_16}.as("Mono10p");
-    const Decoded deep = deeper.shown(0);
-    const Decoded flat = flatter.shown(0);
-    for (size_t at = 0; at < deep.samples.size(); ++at) {
-        ASSERT_EQ(deeper.file(0).samples[at] * 257, deep.samples[at]);
-        ASSERT_EQ(flatter.file(0).samples[at] / 64, flat.samples[at]);
+    const PlayedFolder flatter = PlayedFolder{Pixels::grey_16}.as("Mono10");
+    Samples deep = deeper.file(0);
+    Samples flat = flatter.file(0);
+    for (size_t at = 0; at < deep.size(); ++at) {
+        deep[at] *= 257;
+        flat[at] /= 64;
     }
+    EXPECT_EQ(deep, deeper.shown(0));
+    EXPECT_EQ(flat, flatter.shown(0));
 }
 
 TEST(FolderSource, IsBlackBeyondThePicture)
 {
     const PlayedFolder played = PlayedFolder{Pixels::rgb_16}.show(width - 2, height - 1, 5, 3);
-    const Decoded shown = played.shown(0);
-    const Decoded file = played.file(0);
-    for (size_t y = 0; y < 3; ++y) {
-        for (size_t x = 0; x < 5; ++x)
-            ASSERT_EQ(x < 2 && y < 1 ? file.at(width - 2 + x, height - 1, 1) : 0, shown.at(x, y, 1));
-    }
+    const Samples file = played.file(0);
+    Samples expected(file.end() - 2 * 3, file.end()); // two pixels of three channels
+    expected.resize(5 * 3 * 3, 0);
+    EXPECT_EQ(expected, played.shown(0));
 }
 
 } // namespace
