@@ -1,5 +1,4 @@
 #include <atomic>
-#include <set>
 #include <thread>
 #include <utility>
 
@@ -8,10 +7,6 @@
 namespace {
 
 using namespace zvsim_test;
-
-constexpr int mono8 = 0x01080001;
-constexpr int mono16 = 0x01100007;
-constexpr int mono12p = 0x010C0047;
 
 constexpr int white = 6;
 constexpr int grey = 7;
@@ -35,10 +30,7 @@ TEST_F(ConfiguredCamera, SizesSetThePayload)
 TEST_F(ConfiguredCamera, SizeAndOffsetCutThePictureOut)
 {
     const auto whole = frame(); // the diagonal ramp
-    set("Width", 20);
-    set("Height", 10);
-    set("OffsetX", 7);
-    set("OffsetY", 11);
+    set_picture(20, 10, 7, 11);
     const auto part = frame();
     ASSERT_EQ(200U, part.size());
     for (size_t y = 0; y < 10; ++y) {
@@ -169,38 +161,6 @@ TEST_F(ConfiguredCamera, ItsOwnCommandsNeitherStartNorStopAnything)
     ASSERT_EQ(success, stop());
     set("AcquisitionStop", 1);
     EXPECT_EQ(0U, receiver.ends());
-}
-
-TEST_F(ConfiguredCamera, ValuesAnswerEveryNumberByItsName)
-{
-    set("Width", 32);
-    set("OffsetX", 8);
-    const std::set<std::string> enumerations{"PixelFormat",     "PixelSize",        "TestPattern",
-                                             "AcquisitionMode", "TriggerSelector",  "TriggerMode",
-                                             "TriggerSource",   "TriggerActivation"};
-    const std::set<std::string> others{"DeviceVendorName",   "DeviceModelName",
-                                       "DeviceSerialNumber", "DeviceVersion",
-                                       "DeviceUserID",       "TimestampLatch",
-                                       "DeviceTemperature",  "Timestamp",
-                                       "AcquisitionStart",   "AcquisitionStop",
-                                       "TriggerSoftware",    "AcquisitionFrameRate",
-                                       "ExposureTime",       "Gain"};
-    for (const RegisterPlace& place : camera_registers()) {
-        if (others.count(place.name) != 0)
-            continue;
-        const bool is_enumeration = enumerations.count(place.name) != 0;
-        const auto value = static_cast<int64_t>(number(place.name));
-        for (const uint32_t handle : {grabber, camera, stream}) {
-            EXPECT_EQ(is_enumeration ? ZV_NOT_AVAILABLE : value, ZVGR_GetCameraValueInt(handle, place.name))
-                << place.name;
-            EXPECT_EQ(is_enumeration ? value : ZV_NOT_AVAILABLE, ZVGR_GetCameraValueEnum(handle, place.name))
-                << place.name;
-        }
-    }
-    for (const char* const name : {"DeviceVendorName", "Gain", "TimestampLatch", "WidthRegister"}) {
-        EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueInt(camera, name)) << name;
-        EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueEnum(camera, name)) << name;
-    }
 }
 
 /// A pair of registers that is always written at once is always read as it was written.

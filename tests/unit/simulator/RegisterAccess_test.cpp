@@ -13,7 +13,6 @@ using namespace zvsim_test;
 // Places of camera registers.
 constexpr uint64_t vendor_name = 0x1000;
 constexpr uint64_t user_id = 0x1100;
-constexpr uint64_t major_version = 0x1140;
 constexpr uint64_t sensor_width = 0x2000;
 constexpr uint64_t width = 0x2008;
 constexpr uint64_t height_increment = 0x2028; // the last one before a gap
@@ -106,15 +105,6 @@ TEST_P(BlockWrite, Transfers)
               read_camera(camera, row.read_from, static_cast<uint32_t>(row.expected.size())).bytes);
 }
 
-TEST_F(OpenCamera, ReadOnlyRegistersRefuseWrites)
-{
-    for (const uint64_t address : {vendor_name, major_version, sensor_width, description}) {
-        const Transfer written = write_camera(camera, address, bytes_of(1, 4));
-        EXPECT_NE(success, written.status) << address;
-        EXPECT_EQ(0U, written.size) << address;
-    }
-}
-
 TEST_F(OpenCamera, UnmappedAddressesFail)
 {
     for (const uint64_t address :
@@ -175,18 +165,15 @@ TEST_F(OpenCamera, NullPointersFail)
     }
 }
 
-TEST_F(OpenCamera, ACameraThatIsNotOpenHasNoRegisters)
-{
-    const Transfer read = read_camera(cameras[1], width, 4);
-    EXPECT_NE(success, read.status);
-    EXPECT_EQ(0U, read.size);
-    EXPECT_NE(success, write_camera(cameras[1], width, bytes_of(32, 4)).status);
-}
-
-TEST_F(OpenCamera, RegistersOfAClosedCameraAreOutOfReach)
+TEST_F(OpenCamera, RegistersAreOutOfReachUnlessTheCameraIsOpen)
 {
     ASSERT_EQ(success, ZVGR_CameraClose(camera));
-    EXPECT_NE(success, read_camera(camera, width, 4).status);
+    for (const uint32_t closed : cameras) { // one of them has been open
+        const Transfer read = read_camera(closed, width, 4);
+        EXPECT_NE(success, read.status);
+        EXPECT_EQ(0U, read.size);
+        EXPECT_NE(success, write_camera(closed, width, bytes_of(32, 4)).status);
+    }
     ASSERT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
     EXPECT_EQ(success, read_camera(camera, width, 4).status);
 }
@@ -198,21 +185,22 @@ TEST_F(QueuedStream, EveryHandleHasADescription)
     EXPECT_EQ(0U, url_of(grabber).rfind("Local:ZV_Grabber_Software_Grabber_CXP_2.xml;10000000;", 0));
 }
 
-TEST_F(OpenCamera, OneReadServesAWholeDescription)
+TEST_F(OpenCamera, OneReadServesAWholeDescriptionThatCannotBeWritten)
 {
     const uint32_t length = length_in(url_of(camera));
-    const Transfer read = read_camera(camera, description, length + 8);
-    EXPECT_EQ(success, read.status);
-    EXPECT_EQ(length, read.size);
-    const std::string text{read.bytes.begin(), read.bytes.begin() + length};
-    EXPECT_EQ(0U, text.rfind("<?xml", 0));
-    EXPECT_NE(std::string::npos, text.find("</RegisterDescription>"));
-    EXPECT_EQ(std::string::npos, text.find('@')) << "a placeholder of the template is left";
-    EXPECT_EQ(length, read_camera(camera, description, length).size);
-    const Transfer end = read_camera(camera, description + length - 4, 8);
-    EXPECT_EQ(4U, end.size);
+    for (const uint32_t asked : {length, length + 8}) {
+        const Transfer read = read_camera(camera, description, asked);
+        EXPECT_EQ(success, read.status);
+        EXPECT_EQ(length, read.size);
+        const std::string text{read.bytes.begin(), read.bytes.begin() + length};
+        EXPECT_EQ(0U, text.rfind("<?xml", 0));
+        EXPECT_NE(std::string::npos, text.find("</RegisterDescription>"));
+    }
+    EXPECT_EQ(4U, read_camera(camera, description + length - 4, 8).size);
     EXPECT_NE(success, read_camera(camera, description + length, 4).status);
-    EXPECT_EQ(0U, length % 4);
+    const Transfer written = write_camera(camera, description, bytes_of(1, 4));
+    EXPECT_NE(success, written.status);
+    EXPECT_EQ(0U, written.size);
 }
 
 TEST_F(OpenGrabber, OneReadServesTheDescriptionOfAGrabber)
@@ -221,7 +209,6 @@ TEST_F(OpenGrabber, OneReadServesTheDescriptionOfAGrabber)
     const Transfer read = read_grabber(grabber, description, length + 8);
     EXPECT_EQ(success, read.status);
     EXPECT_EQ(length, read.size);
-    EXPECT_EQ(std::string::npos, std::string(read.bytes.begin(), read.bytes.end()).find('@'));
 }
 
 TEST_F(OpenGrabber, AUrlNeedsRoom)

@@ -9,11 +9,25 @@
 
 namespace zvsim_test {
 
-/// Where a register is.
+/// What a consumer can do with a register.
+enum class Access {
+    read,
+    write,
+    /// Buffers depend on it: written only while nothing is locked.
+    write_unlocked,
+    /// Takes a 1, and always reads as 0.
+    command
+};
+
+/// What kind of value has the name of a register.
+enum class Value { none, integer, enumeration };
+
 struct RegisterPlace {
     const char* name;
     uint32_t address;
     uint32_t length;
+    Access access{Access::read};
+    Value value{Value::none};
 };
 
 /// All registers of cameras, by address.
@@ -22,6 +36,12 @@ const std::vector<RegisterPlace>& camera_registers();
 const std::vector<RegisterPlace>& grabber_registers();
 const RegisterPlace& camera_register(const std::string& name);
 const RegisterPlace& grabber_register(const std::string& name);
+
+constexpr int mono8 = 0x01080001;
+constexpr int mono16 = 0x01100007;
+constexpr int mono12p = 0x010C0047;
+constexpr int bayer_rg8 = 0x01080009;
+constexpr int yuv411 = 0x020C001E;
 
 /// One grabber with two cameras of a sensor of 66 x 50 pixels, free-running and without a start-up delay,
 /// whose pictures have no stamp. The first one has five pixel formats, the second one CoaXPress codes. The
@@ -43,17 +63,19 @@ protected:
     {
         return write_camera(camera, camera_register(name).address, bytes_of(value));
     }
-    void set(const std::string& name, int value) const
+    Transfer write(const std::string& name, const std::string& text) const
     {
-        EXPECT_EQ(success, write(name, value).status) << name << " = " << value;
+        const RegisterPlace& place = camera_register(name);
+        return write_camera(camera, place.address, bytes_of(text, place.length));
     }
-    void set(const std::string& name, double value) const
+    template <class Type>
+    void set(const std::string& name, const Type& value) const
     {
         EXPECT_EQ(success, write(name, value).status) << name << " = " << value;
     }
     /// Expects that a value is refused, and that everything stays as it was.
-    template <class Value>
-    void expect_refused(const std::string& name, Value value) const
+    template <class Type>
+    void expect_refused(const std::string& name, Type value) const
     {
         const std::vector<Bytes> before = everything();
         const Transfer written = write(name, value);
@@ -71,6 +93,8 @@ protected:
     }
     uint64_t number(const std::string& name) const { return number_from(bytes(name)); }
     double real(const std::string& name) const { return float_from(bytes(name)); }
+    /// Up to the zeros that pad it.
+    std::string text(const std::string& name) const { return text_from(bytes(name)); }
     uint64_t grabber_number(const std::string& name, uint32_t camera_index = 0) const
     {
         const RegisterPlace& place = grabber_register(name);
@@ -78,6 +102,18 @@ protected:
     }
     /// What all registers hold that do not change by themselves.
     std::vector<Bytes> everything() const;
+    /// Width, height and offsets.
+    std::vector<uint64_t> picture() const
+    {
+        return {number("Width"), number("Height"), number("OffsetX"), number("OffsetY")};
+    }
+    void set_picture(int width, int height, int left, int top) const
+    {
+        set("Width", width);
+        set("Height", height);
+        set("OffsetX", left);
+        set("OffsetY", top);
+    }
 
     /// One frame of an acquisition of its own.
     std::vector<unsigned char> frame();

@@ -87,6 +87,11 @@ inline uint64_t number_from(const Bytes& bytes)
         number = number << 8U | byte;
     return number;
 }
+/// Up to the first zero.
+inline std::string text_from(const Bytes& bytes)
+{
+    return {bytes.begin(), std::find(bytes.begin(), bytes.end(), 0)};
+}
 inline double float_from(const Bytes& bytes)
 {
     const uint64_t bits = number_from(bytes);
