@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "simulator/faults/FaultPlan.h"
 #include "unit/simulator/configuration_texts.h"
 
@@ -30,16 +32,12 @@ FaultRule fault(const std::string& text)
     return plan.faults.empty() ? FaultRule{} : plan.faults.front();
 }
 
-TEST(FaultConfiguration, NothingIsNoFault)
+TEST(FaultConfiguration, HasNoFaultsUnlessTheFileNamesThemAndReadsSeedSwitchAndLog)
 {
-    const FaultPlan plan = plan_of("{}");
-    EXPECT_TRUE(plan.is_enabled);
-    EXPECT_THAT(plan.faults, IsEmpty());
-    EXPECT_EQ("", plan.call_log.u8string());
-}
-
-TEST(FaultConfiguration, ReadsSeedSwitchAndLog)
-{
+    const FaultPlan nothing = plan_of("{}");
+    EXPECT_TRUE(nothing.is_enabled);
+    EXPECT_THAT(nothing.faults, IsEmpty());
+    EXPECT_EQ("", nothing.call_log.u8string());
     const FaultPlan plan = plan_of("seed: 42\nfaults_enabled: false\ncall_log: " + absolute_path("/a/b.log"));
     EXPECT_EQ(42U, plan.seed);
     EXPECT_FALSE(plan.is_enabled);
@@ -57,69 +55,51 @@ TEST(FaultConfiguration, EveryKindIsKnownByItsName)
     }
 }
 
-/// The keys of a fault, and whether it is read as they say.
-struct Reading {
-    const char* name;
-    const char* keys;
-    bool (*is_right)(const FaultRule& rule);
-};
-
-void PrintTo(const Reading& reading, std::ostream* out) { *out << reading.keys; }
-
-constexpr uint64_t no_end = std::numeric_limits<uint64_t>::max();
-
-bool is_when(const Trigger& when, uint64_t first, uint64_t every, uint64_t last, bool is_by_frame)
+TEST(FaultConfiguration, ReadsPlaces)
 {
-    return when.first == first && when.every == every && when.last == last && when.is_by_frame == is_by_frame;
+    const std::tuple<const char*, uint32_t, uint32_t> rows[] = {
+        {"", Place::none, Place::none}, {", grabber: 0", 0, Place::none}, {", grabber: 1, camera: 2", 1, 2}};
+    for (const auto& [keys, grabber, camera] : rows) {
+        const Place place = fault(std::string{"kind: camera-open-fails"} + keys).place;
+        EXPECT_EQ(std::pair(grabber, camera), std::pair(place.grabber, place.camera)) << keys;
+    }
 }
 
-const Reading readings[] = {
-    {"Everywhere", "kind: scan-fails",
-     [](const FaultRule& rule) {
-         return rule.place.grabber == Place::none && rule.place.camera == Place::none;
-     }},
-    {"AtACamera", "kind: camera-open-fails, grabber: 1, camera: 2",
-     [](const FaultRule& rule) { return rule.place.grabber == 1 && rule.place.camera == 2; }},
-    {"AtTheFirstGrabber", "kind: camera-open-fails, grabber: 0",
-     [](const FaultRule& rule) { return rule.place.grabber == 0 && rule.place.camera == Place::none; }},
-    {"OneCallCountedFromOne", "kind: scan-fails, when: {call: 3}",
-     [](const FaultRule& rule) { return is_when(rule.when, 2, 1, 2, false); }},
-    {"EveryFromACallOn", "kind: scan-fails, when: {call: 3, every: 2, until: 9}",
-     [](const FaultRule& rule) { return is_when(rule.when, 2, 2, 8, false); }},
-    {"EveryAlone", "kind: frame-dropped, when: {every: 10}",
-     [](const FaultRule& rule) { return is_when(rule.when, 9, 10, no_end, true); }},
-    {"FramesCountedFromZero", "kind: frame-dropped, when: {frame: 5, until: 7}",
-     [](const FaultRule& rule) { return is_when(rule.when, 5, 1, 7, true); }},
-    {"TimeAndChance", "kind: frame-dropped, when: {after: 2 s, since: start, probability: 0.25}",
-     [](const FaultRule& rule) {
-         return rule.when.after == 2s && rule.when.since == Trigger::Since::start &&
-                rule.when.probability == 0.25;
-     }},
-    {"AnyFunctionAndStatus", "kind: call-fails, function: ZVGR_CameraInfo2, status: 0x3123, times: 2",
-     [](const FaultRule& rule) {
-         return rule.functions == zvsim::functions(Function::camera_info) && rule.status == 0x3123 &&
-                rule.times == 2;
-     }},
-    {"PresetOfANumber", "kind: camera-count-too-large",
-     [](const FaultRule& rule) { return rule.amount == 17; }},
-    {"NumberByItsOwnName", "kind: camera-count-too-large, count: 40",
-     [](const FaultRule& rule) { return rule.amount == 40; }},
-    {"NegativeNumber", "kind: frame-id-jumps, by: -5",
-     [](const FaultRule& rule) { return rule.amount == -5; }},
-    {"NameOfAValue", "kind: value-not-available, name: Width",
-     [](const FaultRule& rule) { return rule.name == "Width"; }},
-    {"CommandOfAQuery", "kind: stream-info-fails, command: 4",
-     [](const FaultRule& rule) { return rule.command == 4U; }},
-    {"Absence", "kind: camera-lost-while-opening, away_for_scans: 2, away_for: 3 s",
-     [](const FaultRule& rule) { return rule.absence.scans == 2U && rule.absence.time == 3s; }},
-};
+TEST(FaultConfiguration, ReadsTriggers)
+{
+    using When = std::tuple<uint64_t, uint64_t, uint64_t, bool>;
+    constexpr uint64_t no_end = std::numeric_limits<uint64_t>::max();
+    const std::pair<const char*, When> rows[] = {
+        {"kind: scan-fails, when: {call: 3}", {2, 1, 2, false}},
+        {"kind: scan-fails, when: {call: 3, every: 2, until: 9}", {2, 2, 8, false}},
+        {"kind: frame-dropped, when: {every: 10}", {9, 10, no_end, true}},
+        {"kind: frame-dropped, when: {frame: 5, until: 7}", {5, 1, 7, true}}};
+    for (const auto& [keys, expected] : rows) {
+        const Trigger when = fault(keys).when;
+        EXPECT_EQ(expected, When(when.first, when.every, when.last, when.is_by_frame)) << keys;
+    }
+    const Trigger when =
+        fault("kind: frame-dropped, when: {after: 2 s, since: start, probability: 0.25}").when;
+    EXPECT_EQ(2s, when.after);
+    EXPECT_EQ(Trigger::Since::start, when.since);
+    EXPECT_EQ(0.25, when.probability);
+}
 
-class FaultReading : public testing::TestWithParam<Reading> {};
-
-TEST_P(FaultReading, IsRight) { EXPECT_TRUE(GetParam().is_right(fault(GetParam().keys))); }
-
-INSTANTIATE_TEST_SUITE_P(Of, FaultReading, testing::ValuesIn(readings),
-                         [](const auto& test) { return std::string{test.param.name}; });
+TEST(FaultConfiguration, ReadsWhatAFaultIsAboutAndWhatItDoes)
+{
+    const FaultRule call = fault("kind: call-fails, function: ZVGR_CameraInfo2, status: 0x3123, times: 2");
+    EXPECT_EQ(zvsim::functions(Function::camera_info), call.functions);
+    EXPECT_EQ(0x3123U, call.status);
+    EXPECT_EQ(2U, call.times);
+    EXPECT_EQ(17, fault("kind: camera-count-too-large").amount);
+    EXPECT_EQ(40, fault("kind: camera-count-too-large, count: 40").amount);
+    EXPECT_EQ(-5, fault("kind: frame-id-jumps, by: -5").amount);
+    EXPECT_EQ("Width", fault("kind: value-not-available, name: Width").name);
+    EXPECT_EQ(4U, fault("kind: stream-info-fails, command: 4").command);
+    const auto absence = fault("kind: camera-lost-while-opening, away_for_scans: 2, away_for: 3 s").absence;
+    EXPECT_EQ(2U, absence.scans);
+    EXPECT_EQ(3s, absence.time);
+}
 
 TEST(FaultConfiguration, ReadsEvents)
 {

@@ -29,17 +29,18 @@ FaultRule rule_of(FaultKind kind, const Trigger& when = {}, const Place& place =
     return rule;
 }
 
-FaultRule with_chance(double probability)
-{
-    FaultRule rule = rule_of(FaultKind::frame_dropped);
-    rule.when.probability = probability;
-    return rule;
-}
-
 RuleState state_of(const FaultRule& rule, uint64_t seed = 1, size_t number = 0)
 {
     constexpr size_t grabbers = 4;
     return RuleState{rule, seed, number, grabbers};
+}
+
+/// Of dropped frames.
+RuleState with_chance(double probability, uint64_t seed = 1, size_t number = 0)
+{
+    Trigger when;
+    when.probability = probability;
+    return state_of(rule_of(FaultKind::frame_dropped, when), seed, number);
 }
 
 Occasion at_frame(uint64_t frame, const Place& place = a_camera) { return {place, frame, {}, {}, {}}; }
@@ -57,30 +58,22 @@ std::vector<uint64_t> happens_at(RuleState state, uint64_t opportunities, uint64
 
 TEST(FaultTriggers, TakeTheOpportunitiesThatTheyName)
 {
+    FaultRule rule = rule_of(FaultKind::call_fails);
+    EXPECT_THAT(happens_at(state_of(rule), 3), ElementsAre(0, 1, 2));
+    rule.times = 2;
+    EXPECT_THAT(happens_at(state_of(rule), 10), ElementsAre(0, 1));
     Trigger when;
-    EXPECT_THAT(happens_at(state_of(rule_of(FaultKind::frame_dropped, when)), 3), ElementsAre(0, 1, 2));
     when.first = when.last = 2;
     EXPECT_THAT(happens_at(state_of(rule_of(FaultKind::call_fails, when)), 10), ElementsAre(2));
     when.first = 1;
     when.every = 3;
     when.last = 8;
     EXPECT_THAT(happens_at(state_of(rule_of(FaultKind::call_fails, when)), 20), ElementsAre(1, 4, 7));
-}
-
-TEST(FaultTriggers, GoByTheNumbersOfFramesAndNotByTheirCount)
-{
-    Trigger when;
-    when.is_by_frame = true;
+    when = {};
+    when.is_by_frame = true; // by the numbers of frames, and not by their count
     when.first = 100;
     when.last = 101;
     EXPECT_THAT(happens_at(state_of(rule_of(FaultKind::frame_dropped, when)), 5, 99), ElementsAre(1, 2));
-}
-
-TEST(FaultTriggers, EndAfterSomeTimes)
-{
-    FaultRule rule = rule_of(FaultKind::call_fails);
-    rule.times = 2;
-    EXPECT_THAT(happens_at(state_of(rule), 10), ElementsAre(0, 1));
 }
 
 TEST(FaultTriggers, WaitForATimeSinceTheFirstScanOrTheStart)
@@ -99,22 +92,22 @@ TEST(FaultTriggers, WaitForATimeSinceTheFirstScanOrTheStart)
 
 TEST(FaultTriggers, ByChanceDependOnSeedAndRuleAndOnNothingElse)
 {
-    const auto first = happens_at(state_of(with_chance(0.3), 1, 0), 1000);
-    EXPECT_EQ(first, happens_at(state_of(with_chance(0.3), 1, 0), 1000));
-    EXPECT_NE(first, happens_at(state_of(with_chance(0.3), 2, 0), 1000));
-    EXPECT_NE(first, happens_at(state_of(with_chance(0.3), 1, 1), 1000));
+    const auto first = happens_at(with_chance(0.3, 1, 0), 1000);
+    EXPECT_EQ(first, happens_at(with_chance(0.3, 1, 0), 1000));
+    EXPECT_NE(first, happens_at(with_chance(0.3, 2, 0), 1000));
+    EXPECT_NE(first, happens_at(with_chance(0.3, 1, 1), 1000));
 }
 
 TEST(FaultTriggers, ByChanceHappenAboutAsOftenAsTheySay)
 {
-    EXPECT_THAT(happens_at(state_of(with_chance(0)), 1000), ElementsAre());
-    EXPECT_NEAR(3000.0, static_cast<double>(happens_at(state_of(with_chance(0.3)), 10000).size()), 200.0);
-    EXPECT_EQ(1000U, happens_at(state_of(with_chance(1)), 1000).size());
+    EXPECT_THAT(happens_at(with_chance(0), 1000), ElementsAre());
+    EXPECT_NEAR(3000.0, static_cast<double>(happens_at(with_chance(0.3), 10000).size()), 200.0);
+    EXPECT_EQ(1000U, happens_at(with_chance(1), 1000).size());
 }
 
 TEST(FaultTriggers, OfTwoCamerasDifferAndDoNotDisturbEachOther)
 {
-    RuleState state = state_of(with_chance(0.3));
+    RuleState state = with_chance(0.3);
     std::vector<uint64_t> of_one;
     std::vector<uint64_t> of_other;
     for (uint64_t i = 0; i < 100; ++i) {
@@ -123,7 +116,7 @@ TEST(FaultTriggers, OfTwoCamerasDifferAndDoNotDisturbEachOther)
         if (state.happens(at_frame(i)))
             of_one.push_back(i);
     }
-    EXPECT_EQ(happens_at(state_of(with_chance(0.3)), 100), of_one);
+    EXPECT_EQ(happens_at(with_chance(0.3), 100), of_one);
     EXPECT_NE(of_one, of_other);
 }
 

@@ -4,11 +4,16 @@
 #include <gmock/gmock.h>
 
 #include "unit/simulator/faults.h"
+#include "unit/simulator/register_calls.h"
 
 namespace {
 
 using namespace zvsim_test;
+using testing::AllOf;
+using testing::Each;
 using testing::HasSubstr;
+using testing::Not;
+using testing::SizeIs;
 using testing::StartsWith;
 
 constexpr size_t url_space = 260;
@@ -25,40 +30,22 @@ struct Url {
         status = ZVGR_GetXmlUrl(handle, memory.data(), &size);
     }
     std::string text() const { return {memory.data(), strnlen(memory.data(), url_space)}; }
-    bool has_kept_off() const
-    {
-        return std::all_of(memory.begin() + url_space, memory.end(), [](char c) { return c == '~'; });
-    }
-    /// The last field, or the one before it.
-    uint64_t number(bool is_length) const
+    uint64_t address() const { return field(2); }
+    uint32_t length() const { return static_cast<uint32_t>(field(1)); }
+
+private:
+    /// Counted from the end.
+    uint64_t field(int number) const
     {
         const std::string url = text();
-        const size_t length = url.rfind(';');
-        const size_t address = url.rfind(';', length - 1);
-        return std::stoull(url.substr((is_length ? length : address) + 1), nullptr, 16);
+        size_t at = std::string::npos;
+        for (; number > 0; --number)
+            at = url.rfind(';', at - 1);
+        return std::stoull(url.substr(at + 1), nullptr, 16);
     }
 };
 
-class FaultedAnswers : public Faulty {
-protected:
-    ZvCameraInfo info_with(const std::string& text)
-    {
-        fault(text);
-        return camera_info(open_camera());
-    }
-    Url url_with(const std::string& text)
-    {
-        fault(text);
-        return Url{open_camera()};
-    }
-    uint64_t length_without_fault()
-    {
-        plan("");
-        const uint64_t length = Url{open_camera()}.number(true);
-        close_all();
-        return length;
-    }
-};
+using FaultedAnswers = Faulty;
 
 TEST_F(FaultedAnswers, MoreGrabbersCanBeReportedThanThereAre)
 {
@@ -89,9 +76,9 @@ TEST_F(FaultedAnswers, MoreCamerasCanBeReportedThanFit)
 
 TEST_F(FaultedAnswers, TextsOfACameraCanLackTheirEndAndNothingElseChanges)
 {
-    ZvCameraInfo spoilt = info_with("kind: camera-texts-unterminated");
-    close_all();
-    const ZvCameraInfo good = info_with("kind: camera-texts-unterminated, when: {call: 99}");
+    const uint32_t camera = open_camera_with("kind: camera-texts-unterminated, times: 1");
+    ZvCameraInfo spoilt = camera_info(camera);
+    const ZvCameraInfo good = camera_info(camera);
     using Text = char(ZvCameraInfo::*)[65];
     for (const Text text : {&ZvCameraInfo::device_version, &ZvCameraInfo::vendor_name,
                             &ZvCameraInfo::model_name, &ZvCameraInfo::serial_number}) {
@@ -103,116 +90,86 @@ TEST_F(FaultedAnswers, TextsOfACameraCanLackTheirEndAndNothingElseChanges)
 
 TEST_F(FaultedAnswers, TextsOfACameraCanBeEmpty)
 {
-    EXPECT_STREQ("", info_with("kind: camera-texts-empty").model_name);
+    EXPECT_STREQ("", camera_info(open_camera_with("kind: camera-texts-empty")).model_name);
 }
 
 TEST_F(FaultedAnswers, TextsOfACameraCanBeGarbage)
 {
-    const ZvCameraInfo info = info_with("kind: camera-texts-garbage");
-    EXPECT_EQ(20u, strnlen(info.model_name, sizeof(info.model_name)));
-    EXPECT_TRUE(std::any_of(info.model_name, info.model_name + 20, [](char c) { return (c & 0x80) != 0; }));
+    const ZvCameraInfo info = camera_info(open_camera_with("kind: camera-texts-garbage"));
+    const std::string name{info.model_name, strnlen(info.model_name, sizeof(info.model_name))};
+    EXPECT_EQ(20u, name.size());
+    EXPECT_TRUE(std::any_of(name.begin(), name.end(), [](char c) { return (c & 0x80) != 0; }));
 }
 
-TEST_F(FaultedAnswers, AReadCanTransferLessThanItWasAskedFor)
+TEST_F(FaultedAnswers, AReadOrWriteCanTransferLessThanItWasAskedFor)
 {
-    fault("kind: register-read-short, bytes: 2");
-    std::array<unsigned char, 4> bytes{};
-    uint32_t size = 4;
-    EXPECT_EQ(success, ZVGR_CameraReadReg(open_camera(), 0x1000, bytes.data(), &size));
-    EXPECT_EQ(2u, size);
-}
-
-TEST_F(FaultedAnswers, AWriteCanTransferLessThanItWasGiven)
-{
-    fault("kind: register-write-short, bytes: 0");
-    uint32_t size = 4;
-    EXPECT_EQ(success, ZVGR_CameraWriteReg(open_camera(), 0x1100, "new", &size));
-    EXPECT_EQ(0u, size);
-}
-
-TEST_F(FaultedAnswers, ADescriptionCanBeGarbage)
-{
-    fault("kind: description-garbage");
+    plan("faults: [{kind: register-read-short, bytes: 2}, {kind: register-write-short, bytes: 0}]");
     const uint32_t camera = open_camera();
-    const Url url{camera};
-    std::vector<unsigned char> bytes(url.number(true));
-    auto size = static_cast<uint32_t>(bytes.size());
-    EXPECT_EQ(success, ZVGR_CameraReadReg(camera, url.number(false), bytes.data(), &size));
-    EXPECT_EQ(bytes.size(), size);
-    EXPECT_NE("<?xml", std::string(bytes.begin(), bytes.begin() + 5));
+    const Transfer read = read_camera(camera, 0x1000, 4);
+    EXPECT_EQ(success, read.status);
+    EXPECT_EQ(2u, read.size);
+    const Transfer written = write_camera(camera, 0x1100, {'n', 'e', 'w', 0});
+    EXPECT_EQ(success, written.status);
+    EXPECT_EQ(0u, written.size);
 }
 
-TEST_F(FaultedAnswers, OtherRegistersAreNotGarbage)
+TEST_F(FaultedAnswers, ADescriptionCanBeGarbageAndOtherRegistersAreNot)
 {
-    fault("kind: description-garbage");
+    const uint32_t camera = open_camera_with("kind: description-garbage");
+    const Url url{camera};
+    const Transfer read = read_camera(camera, url.address(), url.length());
+    EXPECT_EQ(success, read.status);
+    EXPECT_EQ(url.length(), read.size);
+    EXPECT_THAT(text_from(read.bytes), Not(StartsWith("<?xml")));
+    EXPECT_EQ("ZEVA Electronics", text_from(read_camera(camera, 0x1000, 64).bytes));
+}
+
+TEST_F(FaultedAnswers, ADescriptionCanBeCutOffToNoLessThanNothing)
+{
+    plan("faults: [{kind: description-truncated, bytes: 40, when: {call: 2}},"
+         " {kind: description-truncated, bytes: 100000000, when: {call: 3}}]");
     const uint32_t camera = open_camera();
-    const Url url{camera};
-    std::array<char, 64> bytes{};
-    uint32_t size = sizeof(bytes);
-    EXPECT_EQ(success, ZVGR_CameraReadReg(camera, 0x1000, bytes.data(), &size));
-    EXPECT_STREQ("ZEVA Electronics", bytes.data());
-}
-
-TEST_F(FaultedAnswers, ADescriptionCanBeCutOff)
-{
-    const uint64_t length = length_without_fault();
-    EXPECT_EQ(length - 40, url_with("kind: description-truncated, bytes: 40").number(true));
-}
-
-TEST_F(FaultedAnswers, ADescriptionIsCutToNoLessThanNothing)
-{
-    EXPECT_EQ(0u, url_with("kind: description-truncated, bytes: 100000000").number(true));
+    const uint32_t length = Url{camera}.length();
+    EXPECT_EQ(length - 40, Url{camera}.length());
+    EXPECT_EQ(0u, Url{camera}.length());
 }
 
 TEST_F(FaultedAnswers, ADescriptionCanClaimMoreThanThereIs)
 {
-    const uint64_t length = length_without_fault();
-    fault("kind: description-huge, bytes: 4096");
-    const uint32_t camera = open_camera();
+    const uint32_t camera = open_camera_with("kind: description-huge, bytes: 4096, when: {call: 2}");
+    const uint32_t length = Url{camera}.length();
     const Url url{camera};
-    EXPECT_EQ(length + 4096, url.number(true));
-    std::vector<unsigned char> bytes(length + 4096, 0xEE);
-    auto size = static_cast<uint32_t>(bytes.size());
-    ZVGR_CameraReadReg(camera, url.number(false), bytes.data(), &size);
-    EXPECT_EQ(length, size);
-    EXPECT_EQ(0xEE, bytes[length]);
+    EXPECT_EQ(length + 4096, url.length());
+    const Transfer read = read_camera(camera, url.address(), length + 4096);
+    EXPECT_EQ(length, read.size);
+    EXPECT_EQ(0xEE, read.bytes[length]);
 }
 
-TEST_F(FaultedAnswers, AUrlCanBeEmpty)
+TEST_F(FaultedAnswers, AUrlCanBeEmptyGarbageOrTooLongWithinItsMemory)
 {
-    const Url url = url_with("kind: url-empty");
-    EXPECT_EQ(success, url.status);
-    EXPECT_EQ("", url.text());
-    EXPECT_EQ(1u, url.size);
-}
-
-TEST_F(FaultedAnswers, AUrlCanBeGarbage)
-{
-    const Url url = url_with("kind: url-garbage");
-    EXPECT_EQ(success, url.status);
-    EXPECT_THAT(url.text(), HasSubstr("not a URL"));
-}
-
-TEST_F(FaultedAnswers, AUrlCanBeAsLongAsItsMemory)
-{
-    const Url url = url_with("kind: url-too-long");
-    EXPECT_EQ(259u, url.text().size());
-    EXPECT_THAT(url.text(), StartsWith("Local:"));
-    EXPECT_TRUE(url.has_kept_off());
-}
-
-TEST_F(FaultedAnswers, AUrlCanLackItsEndWithinItsMemory)
-{
-    const Url url = url_with("kind: url-unterminated");
-    EXPECT_EQ(260u, url.text().size());
-    EXPECT_EQ(260u, url.size);
-    EXPECT_TRUE(url.has_kept_off());
+    struct Row {
+        const char* kind;
+        testing::Matcher<std::string> text;
+        uint64_t size;
+    };
+    const Row rows[] = {{"url-empty", "", 1},
+                        {"url-garbage", HasSubstr("not a URL"), 21},
+                        {"url-too-long", AllOf(SizeIs(259), StartsWith("Local:")), 260},
+                        {"url-unterminated", SizeIs(260), 260}};
+    for (const Row& row : rows) {
+        const Url url{open_camera_with(std::string{"kind: "} + row.kind)};
+        close_all();
+        EXPECT_EQ(success, url.status) << row.kind;
+        EXPECT_THAT(url.text(), row.text) << row.kind;
+        EXPECT_EQ(row.size, url.size) << row.kind;
+        EXPECT_THAT(std::vector<char>(url.memory.begin() + url_space, url.memory.end()), Each('~'))
+            << row.kind;
+    }
 }
 
 TEST_F(FaultedAnswers, APayloadSizeCanBeWrong)
 {
-    fault("kind: payload-size-wrong, bytes: 77");
-    const uint32_t stream = create_stream(open_camera());
+    const uint32_t stream = create_stream(open_camera_with("kind: payload-size-wrong, bytes: 77"));
     EXPECT_EQ(77u, stream_info(stream, zv_stream_payload_now));
     EXPECT_EQ(77u, stream_info(stream, zv_stream_payload_at_creation));
     EXPECT_EQ(64u, stream_info(stream, zv_stream_buffer_alignment)) << "is not a payload size";
@@ -220,8 +177,7 @@ TEST_F(FaultedAnswers, APayloadSizeCanBeWrong)
 
 TEST_F(FaultedAnswers, APayloadSizeCanBeZero)
 {
-    fault("kind: payload-size-zero, times: 1");
-    const uint32_t stream = create_stream(open_camera());
+    const uint32_t stream = create_stream(open_camera_with("kind: payload-size-zero, times: 1"));
     EXPECT_EQ(64u, stream_info(stream, zv_stream_buffer_alignment)) << "and this call does not count";
     EXPECT_EQ(0u, stream_info(stream, zv_stream_payload_now));
     EXPECT_EQ(frame_size, stream_info(stream, zv_stream_payload_now));
@@ -229,8 +185,8 @@ TEST_F(FaultedAnswers, APayloadSizeCanBeZero)
 
 TEST_F(FaultedAnswers, APixelFormatCanBeUnknown)
 {
-    fault("kind: pixel-format-unknown, code: 12345");
-    EXPECT_EQ(12345, ZVGR_GetCameraValueEnum(open_camera(), "PixelFormat"));
+    const uint32_t camera = open_camera_with("kind: pixel-format-unknown, code: 12345");
+    EXPECT_EQ(12345, ZVGR_GetCameraValueEnum(camera, "PixelFormat"));
 }
 
 } // namespace

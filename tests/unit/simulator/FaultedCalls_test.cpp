@@ -60,35 +60,30 @@ TEST_P(EveryFaultedCall, CanLeaveItsOutputUntouched)
 
 using FaultedCalls = CallSituation;
 
-TEST_F(FaultedCalls, AGrabberThatDoesNotOpenHasNoHandle)
+TEST_F(FaultedCalls, OfOnePlaceLeaveTheOthers)
 {
-    fault("kind: grabber-open-fails, grabber: 1, times: 1");
-    scan();
-    EXPECT_NE(ZV_NO_HANDLE, open_grabber(0));
-    EXPECT_EQ(ZV_NO_HANDLE, ZVGR_Open(1));
-    EXPECT_NE(ZV_NO_HANDLE, open_grabber(1));
-}
-
-TEST_F(FaultedCalls, AGrabberWithoutANameHasNoText)
-{
-    fault("kind: grabber-name-missing, grabber: 0");
+    plan(
+        "faults: [{kind: grabber-open-fails, grabber: 1, times: 1}, {kind: grabber-name-missing, grabber: 0},"
+        " {kind: camera-open-fails, grabber: 2, camera: 1}]");
     scan();
     EXPECT_EQ(nullptr, ZV_DeviceDisplayName(0));
     EXPECT_STREQ("One", ZV_DeviceDisplayName(1));
+    const auto of_first = cameras_of(open_grabber(0));
+    EXPECT_EQ(ZV_NO_HANDLE, ZVGR_Open(1));
+    EXPECT_NE(ZV_NO_HANDLE, open_grabber(1));
+    const auto of_third = cameras_of(open_grabber(2));
+    EXPECT_EQ(success, ZVGR_CameraOpen2(of_first[1], nullptr));
+    EXPECT_EQ(success, ZVGR_CameraOpen2(of_third[0], nullptr));
+    EXPECT_NE(success, ZVGR_CameraOpen2(of_third[1], nullptr));
 }
 
-TEST_F(FaultedCalls, CanBeOfOneValueOnly)
+TEST_F(FaultedCalls, CanBeOfOneValueOrOneCommandOnly)
 {
-    fault("kind: value-not-available, name: Width");
+    plan("faults: [{kind: value-not-available, name: Width}, {kind: stream-info-fails, command: 13}]");
     const uint32_t camera = open_camera();
     EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueInt(camera, "Width"));
     EXPECT_EQ(48, ZVGR_GetCameraValueInt(camera, "Height"));
-}
-
-TEST_F(FaultedCalls, CanBeOfOneCommandOnly)
-{
-    fault("kind: stream-info-fails, command: 13");
-    const uint32_t stream = create_stream(open_camera());
+    const uint32_t stream = create_stream(camera);
     uint64_t value = 0;
     EXPECT_NE(success, ZVGR_StreamGetInfo(stream, zv_stream_buffer_alignment, &value));
     EXPECT_EQ(success, ZVGR_StreamGetInfo(stream, zv_stream_payload_now, &value));
@@ -96,8 +91,7 @@ TEST_F(FaultedCalls, CanBeOfOneCommandOnly)
 
 TEST_F(FaultedCalls, NoCallbackComesAfterAStopThatFails)
 {
-    fault("kind: stop-fails");
-    const uint32_t camera = open_camera();
+    const uint32_t camera = open_camera_with("kind: stop-fails");
     Acquired acquired{camera, 1};
     acquired.receiver.on_call = requeue;
     ASSERT_EQ(success, acquired.start());
@@ -109,8 +103,7 @@ TEST_F(FaultedCalls, NoCallbackComesAfterAStopThatFails)
 
 TEST_F(FaultedCalls, MemoryIsFreeAfterARevokeThatFails)
 {
-    fault("kind: revoke-fails");
-    Acquired acquired{open_camera(), 0};
+    Acquired acquired{open_camera_with("kind: revoke-fails"), 0};
     auto memory = std::make_unique<std::array<unsigned char, frame_size>>();
     const uint64_t buffer = queue_memory(acquired.stream, memory->data(), memory->size());
     ASSERT_EQ(success, acquired.start());
@@ -127,17 +120,6 @@ TEST_F(FaultedCalls, TheVeryFirstScanCanFail)
     EXPECT_NE(success, ZV_DeviceScan(&count));
     EXPECT_EQ(0xAAAAu, count);
     EXPECT_EQ(3u, scan());
-}
-
-TEST_F(FaultedCalls, AFaultOfOneCameraLeavesTheOther)
-{
-    fault("kind: camera-open-fails, grabber: 2, camera: 1");
-    scan();
-    const auto of_first = cameras_of(open_grabber(0));
-    const auto of_third = cameras_of(open_grabber(2));
-    EXPECT_EQ(success, ZVGR_CameraOpen2(of_first[1], nullptr));
-    EXPECT_EQ(success, ZVGR_CameraOpen2(of_third[0], nullptr));
-    EXPECT_NE(success, ZVGR_CameraOpen2(of_third[1], nullptr));
 }
 
 TEST_F(FaultedCalls, ASwitchInTheFileOrAVariableTurnsFaultsOff)

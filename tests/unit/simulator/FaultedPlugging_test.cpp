@@ -22,36 +22,19 @@ protected:
     }
 };
 
-TEST_F(FaultedPlugging, AnUnpluggedGrabberIsMissingInTheScan)
+TEST_F(FaultedPlugging, AnUnpluggedGrabberIsMissingInTheScanAndItsCallsFailUntilItIsBack)
 {
     unplug_for_one_scan("grabber: 0");
     EXPECT_EQ(3u, scan());
     EXPECT_STREQ("Two", ZV_DeviceDisplayName(0));
+    const uint32_t grabber = open_grabber();
     EXPECT_EQ(2u, scan());
     EXPECT_STREQ("One", ZV_DeviceDisplayName(0));
     EXPECT_EQ(nullptr, ZV_DeviceDisplayName(2));
+    EXPECT_NE(success, status_of_list(grabber));
     EXPECT_EQ(3u, scan());
     EXPECT_STREQ("Two", ZV_DeviceDisplayName(0));
-}
-
-TEST_F(FaultedPlugging, CallsOnAnUnpluggedGrabberFailUntilItIsBack)
-{
-    unplug_for_one_scan("grabber: 0");
-    scan();
-    const uint32_t grabber = open_grabber();
-    scan();
-    EXPECT_NE(success, status_of_list(grabber));
-    scan();
     EXPECT_EQ(success, status_of_list(grabber));
-}
-
-TEST_F(FaultedPlugging, AnUnpluggedGrabberCanBeClosed)
-{
-    plan("events: [{scan: 2, do: unplug, grabber: 0}]");
-    scan();
-    const uint32_t grabber = ZVGR_Open(0);
-    scan();
-    EXPECT_EQ(success, ZVGR_Close(grabber));
 }
 
 TEST_F(FaultedPlugging, AnUnpluggedCameraIsMissingInTheListAndKeepsItsHandle)
@@ -64,6 +47,7 @@ TEST_F(FaultedPlugging, AnUnpluggedCameraIsMissingInTheListAndKeepsItsHandle)
     scan();
     EXPECT_THAT(cameras_of(grabber), ElementsAre(before[1]));
     EXPECT_NE(success, ZVGR_CameraOpen2(before[0], nullptr));
+    EXPECT_EQ(64, ZVGR_GetCameraValueInt(before[1], "Width")) << "the other one is there";
     scan();
     EXPECT_EQ(before, cameras_of(grabber));
     EXPECT_EQ(success, ZVGR_CameraOpen2(before[0], nullptr));
@@ -83,11 +67,23 @@ TEST_F(FaultedPlugging, TheAcquisitionOfAnUnpluggedCameraEndsByItself)
 
 TEST_F(FaultedPlugging, ACableCanBePulledAtATime)
 {
-    plan("events: [{at: 2 s, do: unplug, grabber: 0, camera: 0}]"); // long after the start, on any machine
-    Acquired acquired{open_camera(), 1};
-    ASSERT_EQ(success, acquired.start());
-    ASSERT_TRUE(acquired.receiver.wait_for(2)) << "nobody calls, and it ends anyway";
-    EXPECT_EQ(1u, acquired.receiver.ends());
+    bool is_started = false;
+    // The time begins with the scan. A machine that is too slow to acquire before it gets another try.
+    for (int time = 10; !is_started; time *= 2) {
+        plan("events: [{at: " + std::to_string(time) + " ms, do: unplug, grabber: 0, camera: 0}]");
+        scan();
+        const auto cameras = cameras_of(open_grabber());
+        Receiver receiver;
+        uint32_t stream = ZV_NO_HANDLE;
+        is_started =
+            cameras.size() == 2 && ZVGR_CameraOpen2(cameras[0], nullptr) == success &&
+            ZVGR_StreamCreate(cameras[0], &stream, 0) == success &&
+            ZVGR_StreamBufferCallbackRegister(stream, &Receiver::buffer_callback, &receiver) == success &&
+            ZVGR_CameraStartAcquire_GenTL(cameras[0], stream, 0) == success;
+        EXPECT_TRUE(!is_started || receiver.wait_for_end()) << "nobody calls, and it ends anyway";
+        close_all();
+        EXPECT_EQ(is_started ? 1U : 0U, receiver.ends());
+    }
 }
 
 TEST_F(FaultedPlugging, ACableThatIsPulledLaterDoesNotHoldUpTheEnd)
@@ -110,27 +106,24 @@ TEST_F(FaultedPlugging, ACameraThatCameBackMustBeOpenedAgain)
     EXPECT_THAT(acquired.ids, ElementsAre(0));
 }
 
-TEST_F(FaultedPlugging, EverythingOfALostCameraCanBeEnded)
+TEST_F(FaultedPlugging, EverythingOfALostGrabberOrCameraCanBeEnded)
 {
-    plan("events: [{scan: 2, do: unplug, grabber: 0, camera: 0}]");
-    const uint32_t camera = open_camera();
-    const uint32_t stream = create_stream(camera);
-    const uint64_t buffer = announce(stream);
-    scan();
-    EXPECT_NE(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
-    EXPECT_EQ(success, ZVGR_CameraStopAcquire_GenTL(camera));
-    EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
-    EXPECT_EQ(success, ZVGR_StreamDelete(stream));
-    EXPECT_EQ(success, ZVGR_CameraClose(camera));
-}
-
-TEST_F(FaultedPlugging, AGrabberSaysWhichOfItsCamerasIsThere)
-{
-    plan("events: [{scan: 2, do: unplug, grabber: 0, camera: 1}]");
-    const uint32_t camera = open_camera();
-    EXPECT_EQ(64, ZVGR_GetCameraValueInt(camera, "Width"));
-    scan();
-    EXPECT_EQ(64, ZVGR_GetCameraValueInt(camera, "Width")) << "the other one is lost";
+    for (const char* const place : {"grabber: 0", "grabber: 0, camera: 0"}) {
+        plan(std::string{"events: [{scan: 2, do: unplug, "} + place + "}]");
+        scan();
+        const uint32_t grabber = ZVGR_Open(0);
+        const uint32_t camera = cameras_of(grabber).at(0);
+        ASSERT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
+        const uint32_t stream = create_stream(camera);
+        const uint64_t buffer = announce(stream);
+        scan();
+        EXPECT_NE(success, ZVGR_BufferToQueue(buffer, zv_queue_input));
+        EXPECT_EQ(success, ZVGR_CameraStopAcquire_GenTL(camera));
+        EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
+        EXPECT_EQ(success, ZVGR_StreamDelete(stream));
+        EXPECT_EQ(success, ZVGR_CameraClose(camera));
+        EXPECT_EQ(success, ZVGR_Close(grabber));
+    }
 }
 
 TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsOpened)
@@ -147,8 +140,7 @@ TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsOpened)
 
 TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsConfigured)
 {
-    fault("kind: camera-lost-while-configuring, when: {call: 2}");
-    const uint32_t camera = open_camera();
+    const uint32_t camera = open_camera_with("kind: camera-lost-while-configuring, when: {call: 2}");
     uint32_t size = 4;
     EXPECT_EQ(success, ZVGR_CameraWriteReg(camera, 0x1100, "new", &size));
     EXPECT_NE(success, ZVGR_CameraWriteReg(camera, 0x1100, "old", &size));
@@ -157,9 +149,9 @@ TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsConfigured)
 
 TEST_F(FaultedPlugging, ACameraCanBeLostWhileItStreams)
 {
-    fault("kind: camera-lost-while-streaming, when: {frame: 2}, away_for_scans: 1, times: 1");
-    const uint32_t camera = open_camera();
-    Acquired acquired{camera, 8};
+    Acquired acquired{
+        open_camera_with("kind: camera-lost-while-streaming, when: {frame: 2}, away_for_scans: 1, times: 1"),
+        8};
     acquired.run(3);
     EXPECT_THAT(acquired.ids, ElementsAre(0, 1));
     EXPECT_EQ(1u, acquired.receiver.ends());
@@ -179,8 +171,7 @@ TEST_F(FaultedPlugging, AGrabberCanBeLostAtAnyCall)
 
 TEST_F(FaultedPlugging, AGrabberCanBeLostWhileItsCameraStreams)
 {
-    fault("kind: grabber-lost-while-streaming, when: {frame: 1}");
-    Acquired acquired{open_camera(), 4};
+    Acquired acquired{open_camera_with("kind: grabber-lost-while-streaming, when: {frame: 1}"), 4};
     acquired.run(2);
     EXPECT_THAT(acquired.ids, ElementsAre(0));
     EXPECT_EQ(2u, scan());

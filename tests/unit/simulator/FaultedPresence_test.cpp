@@ -65,32 +65,19 @@ Presence without(const Place& lost, const zvsim::Absence& absence = {})
     return presence;
 }
 
-TEST(FaultedPresence, IsThatOfEverythingAtFirst)
+TEST(FaultedPresence, EndsForALostPlaceAndWhatIsConnectedToIt)
 {
-    const Presence presence{grabbers, {}};
-    EXPECT_TRUE(presence.has(grabber));
-    EXPECT_TRUE(presence.has(camera));
-}
-
-TEST(FaultedPresence, CannotBeLostByAPlaceThatDoesNotExist)
-{
-    EXPECT_TRUE(without({}).has({}));
-    EXPECT_TRUE(without({grabbers, 0}).has({grabbers, 0}));
-}
-
-TEST(FaultedPresence, OfALostCameraLeavesItsGrabber)
-{
-    const Presence presence = without(camera);
-    EXPECT_FALSE(presence.has(camera));
-    EXPECT_TRUE(presence.has({1, 1}));
-    EXPECT_TRUE(presence.has(grabber));
-}
-
-TEST(FaultedPresence, OfALostGrabberTakesItsCameras)
-{
-    const Presence presence = without(grabber);
-    EXPECT_FALSE(presence.has(camera));
-    EXPECT_TRUE(presence.has({0, 2}));
+    constexpr Place beyond{grabbers, 0};
+    const auto presence_without = [&](const Place& lost) {
+        std::string present;
+        for (const Place& place : {grabber, camera, Place{1, 1}, Place{0, 2}, Place{}, beyond})
+            present += without(lost).has(place) ? '+' : '-';
+        return present;
+    };
+    EXPECT_EQ("++++++", presence_without({}));
+    EXPECT_EQ("++++++", presence_without(beyond));
+    EXPECT_EQ("+-++++", presence_without(camera));
+    EXPECT_EQ("---+++", presence_without(grabber));
 }
 
 TEST(FaultedPresence, EndsForAsManyListsOrAsMuchTimeAsTheLossSays)

@@ -40,6 +40,12 @@ protected:
         EXPECT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
         return camera;
     }
+    /// The first camera of the first grabber, with one fault.
+    uint32_t open_camera_with(const std::string& its_fault)
+    {
+        fault(its_fault);
+        return open_camera();
+    }
     void close_all()
     {
         for (const uint32_t grabber : m_grabbers)
