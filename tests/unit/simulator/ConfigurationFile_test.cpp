@@ -1,7 +1,5 @@
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 
 #include <sys/stat.h>
 
@@ -17,30 +15,7 @@ using testing::IsEmpty;
 using zvsim::Configuration;
 using zvsim::ConfigurationFile;
 using zvsim_test::Like;
-
-/// Sets an environment variable for the length of a test.
-class Variable {
-public:
-    Variable(const char* name, const std::string& value) : m_name{name}
-    {
-        if (const char* const before = std::getenv(name))
-            m_before = before;
-        setenv(name, value.c_str(), 1);
-    }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-    ~Variable()
-    {
-        if (m_before)
-            setenv(m_name, m_before->c_str(), 1);
-        else
-            unsetenv(m_name);
-    }
-
-private:
-    const char* m_name;
-    std::optional<std::string> m_before;
-};
+using zvsim_test::Variable;
 
 /// A user whose home is a new folder.
 class AUser : public testing::Test {
@@ -83,7 +58,6 @@ TEST_F(AUser, HasAFileOfTheirOwn)
 
 TEST_F(AUser, ChoosesAnotherFolder)
 {
-    write(usual_file, "usual");
     write(home.path() / "chosen/zvgentl/grabbers.yaml", "chosen");
     const Variable variable{folder_variable, home.file("chosen").string()};
     EXPECT_EQ("chosen", ConfigurationFile::find().text);

@@ -1,5 +1,6 @@
 #include <set>
 #include <stdexcept>
+#include <tuple>
 
 #include "zvgr/ZVGRLib.h"
 
@@ -13,7 +14,9 @@
 namespace {
 
 using namespace std::chrono_literals;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::Field;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using zvsim::CameraModel;
@@ -71,34 +74,24 @@ std::string picture_of(const CameraModel& camera)
            pair(start.offset_x, start.offset_y) + " " + start.format->name;
 }
 
-TEST(ConfigurationGrabbers, HaveTheUsualKeysOfTheirProtocol)
+TEST(ConfigurationGrabbers, HaveTheUsualKeysOfTheirProtocolOrThoseOfTheFile)
 {
     const auto configuration = configured_by(
-        "demo_grabber: false\ngrabbers: [{}, {protocol: CameraLinkHS}, {protocol: GigEVision}]\n");
-    const uint32_t protocols[] = {zv_protocol_cxp, zv_protocol_clhs, zv_protocol_gev};
-    ASSERT_EQ(std::size(protocols), configuration->grabbers.size());
-    for (size_t index = 0; index < std::size(protocols); ++index) {
-        const uint32_t protocol = protocols[index];
-        const GrabberModel& grabber = configuration->grabbers[index];
-        EXPECT_EQ("ZEVA Software Grabber", grabber.display_name);
-        EXPECT_EQ(protocol, grabber.protocol);
-        EXPECT_EQ(protocol == zv_protocol_cxp, grabber.has_image_ids);
-        EXPECT_EQ(protocol == zv_protocol_clhs, grabber.reports_geometry);
-        EXPECT_EQ(1U, grabber.segments_per_buffer);
-        EXPECT_THAT(grabber.cameras, IsEmpty());
-    }
-}
-
-TEST(ConfigurationGrabbers, FollowTheirKeysWhateverTheirProtocol)
-{
-    const GrabberModel grabber =
-        configured_by("grabbers: [{name: Own, protocol: CameraLinkHS, image_ids: true, "
-                      "reports_geometry: false, segments_per_buffer: 4}]\n")
-            ->grabbers.at(0);
-    EXPECT_EQ("Own", grabber.display_name);
-    EXPECT_TRUE(grabber.has_image_ids);
-    EXPECT_FALSE(grabber.reports_geometry);
-    EXPECT_EQ(4U, grabber.segments_per_buffer);
+        "demo_grabber: false\ngrabbers: [{}, {protocol: CameraLinkHS}, {protocol: GigEVision}, {name: Own, "
+        "protocol: CameraLinkHS, image_ids: true, reports_geometry: false, segments_per_buffer: 4}]\n");
+    const auto grabber = [](const char* name, uint32_t protocol, bool has_geometry, bool has_ids,
+                            uint32_t segments) {
+        return AllOf(Field(&GrabberModel::display_name, name), Field(&GrabberModel::protocol, protocol),
+                     Field(&GrabberModel::reports_geometry, has_geometry),
+                     Field(&GrabberModel::has_image_ids, has_ids),
+                     Field(&GrabberModel::segments_per_buffer, segments),
+                     Field(&GrabberModel::cameras, IsEmpty()));
+    };
+    EXPECT_THAT(configuration->grabbers,
+                ElementsAre(grabber("ZEVA Software Grabber", zv_protocol_cxp, false, true, 1),
+                            grabber("ZEVA Software Grabber", zv_protocol_clhs, true, false, 1),
+                            grabber("ZEVA Software Grabber", zv_protocol_gev, false, false, 1),
+                            grabber("Own", zv_protocol_clhs, false, true, 4)));
 }
 
 TEST(ConfigurationGrabbers, AreThoseOfTheFileOrElseTheBuiltInOnesAndTheDemoGrabberUnlessItIsOff)
@@ -140,19 +133,15 @@ TEST(ConfigurationGrabbers, AreNumberedWithTheirCamerasWhenTheyAreRepeated)
     const auto configuration = configured_by(
         "grabbers: [{name: Left, count: 2, cameras: [{serial: S, user_id: Eye, count: 2}, {serial: T}]}, "
         "{name: Right}]\n");
-    ASSERT_EQ(4U, configuration->grabbers.size());
-    const char* const names[] = {"Left 1", "Left 2", "Right"};
-    for (size_t index = 0; index < std::size(names); ++index)
-        EXPECT_EQ(names[index], configuration->grabbers[index].display_name);
-    for (size_t index = 0; index < 2; ++index) {
-        const auto& cameras = configuration->grabbers[index].cameras;
-        ASSERT_EQ(3U, cameras.size());
-        EXPECT_EQ("S-1", cameras[0].serial_number);
-        EXPECT_EQ("S-2", cameras[1].serial_number);
-        EXPECT_EQ("T", cameras[2].serial_number);
-        EXPECT_EQ("Eye 1", cameras[0].user_id);
-        EXPECT_EQ("Eye 2", cameras[1].user_id);
+    std::vector<std::string> found;
+    for (const GrabberModel& grabber : configuration->grabbers) {
+        found.push_back(grabber.display_name);
+        for (const CameraModel& camera : grabber.cameras)
+            found.push_back(camera.serial_number + " " + camera.user_id);
     }
+    found.resize(9); // the demo grabber comes behind them
+    EXPECT_THAT(found, ElementsAre("Left 1", "S-1 Eye 1", "S-2 Eye 2", "T ", "Left 2", "S-1 Eye 1",
+                                   "S-2 Eye 2", "T ", "Right"));
 }
 
 TEST(ConfigurationGrabbers, GiveCamerasWithoutSerialDifferentOnes)
@@ -164,13 +153,15 @@ TEST(ConfigurationGrabbers, GiveCamerasWithoutSerialDifferentOnes)
     EXPECT_EQ(size_t{64} * 16 + 1, serials.size());
 }
 
+std::vector<std::string> texts_of(const CameraModel& camera)
+{
+    return {camera.vendor, camera.model, camera.version, camera.user_id};
+}
+
 TEST(ConfigurationCamera, WithoutKeysIsAnOrdinaryOne)
 {
     const CameraModel camera = camera_of("{}");
-    EXPECT_EQ("ZEVA Electronics", camera.vendor);
-    EXPECT_EQ("SoftCam", camera.model);
-    EXPECT_EQ("1.0.0", camera.version);
-    EXPECT_EQ("", camera.user_id);
+    EXPECT_THAT(texts_of(camera), ElementsAre("ZEVA Electronics", "SoftCam", "1.0.0", ""));
     EXPECT_EQ("640x480 640x480 0x0 Mono8", picture_of(camera));
     EXPECT_EQ(1U, camera.formats.size());
     EXPECT_EQ(25, camera.start.frames_per_second);
@@ -188,24 +179,20 @@ TEST(ConfigurationCamera, FollowsEveryKeyOfTheFile)
                   "acquisition_mode: MultiFrame\nframe_count: 7\ntriggered: true\n"
                   "trigger_source: Line1\ntrigger_activation: LevelLow\n"
                   "test_pattern: Checkerboard\nstamp: false\npixel_format_codes: CoaXPress");
-    EXPECT_EQ("V", camera.vendor);
-    EXPECT_EQ("M", camera.model);
+    EXPECT_THAT(texts_of(camera), ElementsAre("V", "M", "1.10", "U"));
     EXPECT_EQ("S", camera.serial_number);
-    EXPECT_EQ("1.10", camera.version);
-    EXPECT_EQ("U", camera.user_id);
-    EXPECT_EQ(12.5, camera.start.frames_per_second);
     EXPECT_EQ(3ms, camera.jitter);
     EXPECT_EQ(1s, camera.start_up);
-    EXPECT_EQ(2500, camera.start.exposure_us);
-    EXPECT_EQ(-6, camera.start.gain_db);
-    EXPECT_EQ(zvsim::AcquisitionMode::multi_frame, camera.start.mode);
-    EXPECT_EQ(7U, camera.start.frame_count);
-    EXPECT_TRUE(camera.start.is_triggered);
-    EXPECT_EQ(zvsim::TriggerSource::line1, camera.start.trigger_source);
-    EXPECT_EQ(zvsim::TriggerActivation::level_low, camera.start.trigger_activation);
-    EXPECT_EQ(zvsim::TestPattern::checkerboard, camera.start.pattern);
     EXPECT_FALSE(camera.has_stamp);
     EXPECT_EQ(zvsim::FormatCodes::coaxpress, camera.format_codes);
+    const zvsim::CameraSettings& start = camera.start;
+    EXPECT_EQ(std::tuple(12.5, 2500, -6, 7U),
+              std::tuple(start.frames_per_second, start.exposure_us, start.gain_db, start.frame_count));
+    EXPECT_EQ(zvsim::AcquisitionMode::multi_frame, start.mode);
+    EXPECT_TRUE(start.is_triggered);
+    EXPECT_EQ(zvsim::TriggerSource::line1, start.trigger_source);
+    EXPECT_EQ(zvsim::TriggerActivation::level_low, start.trigger_activation);
+    EXPECT_EQ(zvsim::TestPattern::checkerboard, start.pattern);
     EXPECT_FALSE(camera_of("rate: free-running").start.is_rate_set);
 }
 
@@ -290,6 +277,16 @@ TEST_F(ConfigurationPictures, OfAllFoldersTogetherTakeNoMoreMemoryThanOneFolderM
     EXPECT_THAT(warnings, ElementsAre(Like("~b.png is left out~more than 1 GiB~")));
 }
 
+/// The cameras that variables without a mistake bring about.
+std::vector<CameraModel> cameras_with(const Environment& environment)
+{
+    const auto configuration = Configuration::make(environment);
+    EXPECT_THAT(configuration->warnings, IsEmpty());
+    const auto cameras = cameras_of(*configuration);
+    EXPECT_FALSE(cameras.empty());
+    return cameras;
+}
+
 TEST(ConfigurationVariables, HoldForAllCamerasOfTheFile)
 {
     Environment environment =
@@ -297,11 +294,7 @@ TEST(ConfigurationVariables, HoldForAllCamerasOfTheFile)
     environment.rate = "10";
     environment.size = "101x50";
     environment.pixel_format = "BayerRG12";
-    const auto configuration = Configuration::make(environment);
-    EXPECT_THAT(configuration->warnings, IsEmpty());
-    const auto cameras = cameras_of(*configuration);
-    EXPECT_EQ(3U, cameras.size());
-    for (const CameraModel& camera : cameras) {
+    for (const CameraModel& camera : cameras_with(environment)) {
         EXPECT_TRUE(camera.start.is_rate_set);
         EXPECT_EQ(10, camera.start.frames_per_second);
         EXPECT_EQ("101x50 100x50 0x0 BayerRG12", picture_of(camera));
@@ -311,41 +304,27 @@ TEST(ConfigurationVariables, HoldForAllCamerasOfTheFile)
 
 TEST(ConfigurationVariables, TakeTheirLimits)
 {
-    const std::vector<std::pair<const char*, double>> rates{
-        {"0", 0}, {"12.5", 12.5}, {"1000", 1000}, {"0.001", 0.001}, {"100000", 100000}};
-    for (const auto& [text, rate] : rates) {
-        Environment environment;
-        environment.rate = text;
-        environment.size = "2x16384";
-        environment.pixel_format = "Mono16";
-        const auto configuration = Configuration::make(environment);
-        EXPECT_THAT(configuration->warnings, IsEmpty());
-        for (const auto& camera : cameras_of(*configuration)) {
-            EXPECT_EQ(rate, camera.start.is_rate_set ? camera.start.frames_per_second : 0);
+    Environment environment;
+    environment.size = "2x16384"; // one step of Mono12p, which the first camera offers
+    for (const CameraModel& camera : cameras_with(environment))
+        EXPECT_EQ(2U, camera.start.width);
+    environment.pixel_format = "Mono16";
+    for (const char* const rate : {"0", "12.5", "1000", "0.001", "100000"}) {
+        environment.rate = rate;
+        for (const CameraModel& camera : cameras_with(environment)) {
+            EXPECT_EQ(std::stod(rate), camera.start.is_rate_set ? camera.start.frames_per_second : 0);
             EXPECT_EQ("2x16384 2x16384 0x0 Mono16", picture_of(camera));
         }
     }
 }
 
-TEST(ConfigurationVariables, SetTheSizeOfCamerasThatKeepTheirFormats)
+TEST_F(ConfigurationPictures, OfAVariableSetSizeAndFormatWhateverTheOtherVariables)
 {
-    Environment environment;
-    environment.size = "2x16384"; // one step of Mono12p, which the first camera offers
-    for (const auto& camera : cameras_of(*Configuration::make(environment)))
-        EXPECT_EQ(2U, camera.start.width);
-}
-
-TEST(ConfigurationVariables, LetPicturesSetSizeAndFormat)
-{
-    const zvsim_test::Folder folder;
-    write_png(folder.file("a.png"), zvsim_test::test_picture(30, 20, Pixels::grey_16, 1));
     Environment environment;
     environment.pictures = folder.path().string();
     environment.size = "64x64";
     environment.pixel_format = "Mono8";
-    const auto configuration = Configuration::make(environment);
-    EXPECT_THAT(configuration->warnings, IsEmpty());
-    for (const auto& camera : cameras_of(*configuration)) {
+    for (const CameraModel& camera : cameras_with(environment)) {
         EXPECT_NE(nullptr, camera.pictures);
         EXPECT_EQ("30x20 30x20 0x0 Mono16", picture_of(camera));
     }

@@ -249,29 +249,23 @@ class Log {
 public:
     Log()
     {
-        m_folder.write("logger.properties", "logging.loggers.root.channel = file\n"
-                                            "logging.loggers.root.level = warning\n"
-                                            "logging.channels.file.class = FileChannel\n"
-                                            "logging.channels.file.path = " +
-                                                m_folder.file("grabber.log").string() + "\n");
-        if (const char* const previous = std::getenv("ZV_LOGGER_CONFIG"))
-            m_previous = previous;
-        setenv("ZV_LOGGER_CONFIG", m_folder.file("logger.properties").c_str(), 1);
+        folder.write("logger.properties", "logging.loggers.root.channel = file\n"
+                                          "logging.loggers.root.level = warning\n"
+                                          "logging.channels.file.class = FileChannel\n"
+                                          "logging.channels.file.path = " +
+                                              folder.file("grabber.log").string() + "\n");
     }
-    Log(const Log&) = delete;
-    Log& operator=(const Log&) = delete;
-    ~Log() { setenv("ZV_LOGGER_CONFIG", m_previous.c_str(), 1); }
 
-    const Folder& folder() const { return m_folder; }
     std::string text() const
     {
-        std::ifstream file{m_folder.file("grabber.log")};
+        std::ifstream file{folder.file("grabber.log")};
         return {std::istreambuf_iterator<char>{file}, {}};
     }
 
+    const Folder folder;
+
 private:
-    Folder m_folder;
-    std::string m_previous;
+    const Variable m_variable{"ZV_LOGGER_CONFIG", folder.file("logger.properties").string()};
 };
 
 TEST(Warnings, GoToTheLog)
@@ -290,8 +284,8 @@ TEST(Warnings, GoToTheLog)
 TEST(ConfigurationErrors, GoToTheLogOnce)
 {
     const Log log;
-    const std::string file = log.folder().file("grabbers.yaml").string();
-    log.folder().write("grabbers.yaml", "grabbers:\n  - nmae: x\n");
+    const std::string file = log.folder.file("grabbers.yaml").string();
+    log.folder.write("grabbers.yaml", "grabbers:\n  - nmae: x\n");
     {
         const Variable named{"ZV_GRABBER_CONFIG", file};
         LoadedLibrary library;

@@ -70,21 +70,6 @@ private:
     bool m_is_open{false};
 };
 
-/// An environment variable for the length of a test.
-class Variable {
-public:
-    Variable(std::string name, const std::string& value) : m_name{std::move(name)}
-    {
-        setenv(m_name.c_str(), value.c_str(), 1);
-    }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-    ~Variable() { unsetenv(m_name.c_str()); }
-
-private:
-    std::string m_name;
-};
-
 /// A configuration file for the length of a test. Cameras keep their settings while the library is loaded;
 /// each new file gives them back those of power-on.
 class ConfigurationFile {

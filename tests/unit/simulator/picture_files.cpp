@@ -76,6 +76,21 @@ void Folder::write(const std::string& name, const std::string& content) const
     std::ofstream{file(name), std::ios::binary} << content;
 }
 
+Variable::Variable(std::string name, const std::string& value) : m_name{std::move(name)}
+{
+    if (const char* const before = std::getenv(m_name.c_str()))
+        m_before = before;
+    setenv(m_name.c_str(), value.c_str(), 1);
+}
+
+Variable::~Variable()
+{
+    if (m_before)
+        setenv(m_name.c_str(), m_before->c_str(), 1);
+    else
+        unsetenv(m_name.c_str());
+}
+
 std::vector<unsigned char> TestPicture::in_memory() const
 {
     std::vector<unsigned char> memory = bytes;

@@ -2,10 +2,11 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
-// Folders of PNG pictures made for a test.
+// What a test puts around the library: folders, PNG pictures, environment variables.
 
 namespace zvsim_test {
 
@@ -23,6 +24,19 @@ public:
 
 private:
     std::filesystem::path m_path;
+};
+
+/// An environment variable for the length of a test; afterwards it is as before.
+class Variable {
+public:
+    Variable(std::string name, const std::string& value);
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+    ~Variable();
+
+private:
+    std::string m_name;
+    std::optional<std::string> m_before;
 };
 
 /// Kinds of PNG file, by what stands in one pixel.
