@@ -1,35 +1,14 @@
 #include "unit/simulator/LoadedLibrary.h"
 
-#include <fstream>
 #include <stdexcept>
-#include <string>
 
 #include <dlfcn.h>
 
+#include "system/process_state.h"
+
 namespace zvsim_test {
 
-LoadedLibrary::LoadedLibrary() : m_library{dlopen(ZVGR_LIBRARY, RTLD_NOW | RTLD_LOCAL)}
-{
-    if (m_library == nullptr)
-        throw std::runtime_error{dlerror()};
-    find(device_scan, "ZV_DeviceScan");
-    find(open, "ZVGR_Open");
-    find(close, "ZVGR_Close");
-    find(update_camera_list, "ZVGR_UpdateCameraList");
-    find(camera_open, "ZVGR_CameraOpen2");
-    find(camera_close, "ZVGR_CameraClose");
-    find(stream_create, "ZVGR_StreamCreate");
-    find(stream_create_and_alloc, "ZVGR_StreamCreateAndAlloc");
-    find(stream_delete, "ZVGR_StreamDelete");
-    find(camera_callback_register, "ZVGR_CameraCallbackRegister");
-    find(stream_buffer_callback_register, "ZVGR_StreamBufferCallbackRegister");
-    find(buffer_alloc_and_announce, "ZVGR_BufferAllocAndAnnounce");
-    find(buffer_to_queue, "ZVGR_BufferToQueue");
-    find(start, "ZVGR_CameraStartAcquire_GenTL");
-    find(stop, "ZVGR_CameraStopAcquire_GenTL");
-}
-
-LoadedLibrary::~LoadedLibrary() { unload(); }
+LoadedLibrary::LoadedLibrary() : m_library{dlopen(ZVGR_LIBRARY, RTLD_NOW | RTLD_LOCAL)} {}
 
 void LoadedLibrary::unload()
 {
@@ -38,26 +17,48 @@ void LoadedLibrary::unload()
     m_library = nullptr;
 }
 
-#ifdef _WIN32
-bool LoadedLibrary::is_mapped() { return dlopen("ZVGRLib.dll", RTLD_NOW | RTLD_NOLOAD) != nullptr; }
-#else
 bool LoadedLibrary::is_mapped()
 {
-    std::ifstream maps{"/proc/self/maps"};
-    for (std::string line; std::getline(maps, line);) {
-        if (line.find("libZVGRLib.so") != std::string::npos)
-            return true;
-    }
-    return false;
+    return zvsystem::is_mapped(std::filesystem::path{ZVGR_LIBRARY}.filename().string());
 }
-#endif
 
-template <class Function>
-void LoadedLibrary::find(Function& function, const char* name)
+LoadedLibrary::Symbol LoadedLibrary::find(const char* name) const
 {
-    function = reinterpret_cast<Function>(dlsym(m_library, name));
-    if (function == nullptr)
-        throw std::runtime_error{std::string{"there is no "} + name};
+    void* const found = m_library != nullptr ? dlsym(m_library, name) : nullptr;
+    if (found == nullptr)
+        throw std::runtime_error{std::string{name} + ": " + dlerror()};
+    return {found};
+}
+
+Loaded::Loaded()
+{
+    uint32_t count = 0;
+    EXPECT_EQ(success, library.device_scan(&count));
+    grabber = library.open(0);
+    count = 1;
+    EXPECT_EQ(success, library.update_camera_list(grabber, &camera, &count));
+    EXPECT_EQ(success, library.camera_open(camera, nullptr));
+}
+
+void Loaded::start(Mode mode)
+{
+    if (mode == Mode::queued) {
+        receiver.on_call = [this](uint64_t buffer) { library.buffer_to_queue(buffer, zv_queue_input); };
+        EXPECT_EQ(success, library.stream_create(camera, &stream, 0));
+        EXPECT_EQ(success, library.buffer_callback_register(stream, &Receiver::buffer_callback, &receiver));
+        uint64_t buffer = 0;
+        EXPECT_EQ(success, library.buffer_alloc_and_announce(stream, frame_size, nullptr, &buffer));
+        EXPECT_EQ(success, library.buffer_to_queue(buffer, zv_queue_input));
+    } else {
+        EXPECT_EQ(success, library.stream_create_and_alloc(camera, &stream, ring_frames, 0));
+        EXPECT_EQ(success, library.camera_callback_register(camera, &Receiver::frame_callback, &receiver));
+    }
+    EXPECT_EQ(success, library.start(camera, stream, 0));
+}
+
+bool threads_become(size_t number)
+{
+    return becomes_true([number] { return zvsystem::thread_count() == number; });
 }
 
 } // namespace zvsim_test

@@ -1,14 +1,12 @@
 #include <fstream>
 #include <iterator>
-#include <memory>
+#include <set>
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
+#include "system/process_state.h"
 #include "unit/simulator/LoadedLibrary.h"
-#include "unit/simulator/fixtures.h"
-#include "unit/simulator/picture_files.h"
 
 // The library when it is unloaded, and when the process ends, in every state.
 
@@ -16,78 +14,20 @@ namespace {
 
 using namespace zvsim_test;
 
-size_t entries_of(const char* folder)
-{
-    size_t entries = 0;
-    for (const auto& entry : std::filesystem::directory_iterator{folder})
-        entries += entry.path().empty() ? 0 : 1;
-    return entries;
-}
-
 /// The threads of this process while it runs none but the main one and those of a sanitizer, which begin with
 /// the first other thread.
 size_t resting_threads()
 {
-    std::string task;
-    std::thread{[&] { task = "/proc/self/task/" + std::to_string(gettid()); }}.join();
-    EXPECT_TRUE(becomes_true([&] { return !std::filesystem::exists(task); }));
-    return entries_of("/proc/self/task");
+    pid_t thread = 0;
+    std::thread{[&] { thread = zvsystem::this_thread(); }}.join();
+    EXPECT_TRUE(
+        becomes_true([&] { return !std::filesystem::exists("/proc/self/task/" + std::to_string(thread)); }));
+    return zvsystem::thread_count();
 }
-
-/// A joined thread stays in the system's list for a moment.
-bool threads_become(size_t number)
-{
-    return becomes_true([number] { return entries_of("/proc/self/task") == number; });
-}
-
-/// A loaded library with one camera open.
-class Loaded {
-public:
-    Loaded()
-    {
-        uint32_t count = 0;
-        EXPECT_EQ(success, library.device_scan(&count));
-        grabber = library.open(0);
-        count = 1;
-        EXPECT_EQ(success, library.update_camera_list(grabber, &camera, &count));
-        EXPECT_EQ(success, library.camera_open(camera, nullptr));
-    }
-
-    /// A stream that delivers frames until it is stopped.
-    void start(Mode mode)
-    {
-        if (mode == Mode::queued) {
-            receiver.on_call = [this](uint64_t buffer) { library.buffer_to_queue(buffer, zv_queue_input); };
-            EXPECT_EQ(success, library.stream_create(camera, &stream, 0));
-            EXPECT_EQ(success,
-                      library.stream_buffer_callback_register(stream, &Receiver::buffer_callback, &receiver));
-            uint64_t buffer = 0;
-            EXPECT_EQ(success, library.buffer_alloc_and_announce(stream, frame_size, nullptr, &buffer));
-            EXPECT_EQ(success, library.buffer_to_queue(buffer, zv_queue_input));
-        } else {
-            EXPECT_EQ(success, library.stream_create_and_alloc(camera, &stream, ring_frames, 0));
-            EXPECT_EQ(success,
-                      library.camera_callback_register(camera, &Receiver::frame_callback, &receiver));
-        }
-        EXPECT_EQ(success, library.start(camera, stream, 0));
-    }
-
-private:
-    ConfigurationFile m_file{"demo_grabber: false\n"
-                             "grabbers: [{cameras: [{sensor_width: 64, sensor_height: 48,"
-                             " rate: free-running, start_up: 0 ms}]}]\n"};
-
-public:
-    LoadedLibrary library;
-    Receiver receiver;
-    uint32_t grabber{0};
-    uint32_t camera{0};
-    uint32_t stream{0};
-};
 
 TEST(Unload, LeavesNothingAfterEverythingWasClosed)
 {
-    size_t descriptors = 0;
+    std::set<std::string> descriptors;
     size_t others = 0;
     for (int round = 0; round < 20; ++round) {
         {
@@ -101,10 +41,10 @@ TEST(Unload, LeavesNothingAfterEverythingWasClosed)
         }
         EXPECT_FALSE(LoadedLibrary::is_mapped());
         if (round == 0) { // what the process itself opens and starts, it has by now
-            descriptors = entries_of("/proc/self/fd");
+            descriptors = zvsystem::open_descriptors();
             others = resting_threads();
         }
-        EXPECT_EQ(descriptors, entries_of("/proc/self/fd"));
+        EXPECT_EQ(descriptors, zvsystem::open_descriptors());
         EXPECT_TRUE(threads_become(others));
     }
 }
