@@ -1,6 +1,7 @@
 #include <thread>
 #include <tuple>
 
+#include "support/on_threads.h"
 #include "unit/simulator/BlockingMemory.h"
 #include "unit/simulator/fixtures.h"
 
@@ -136,12 +137,7 @@ TEST_F(HeldStream, AStartAfterTheEndWaitsForTheReportOfTheEnd)
 TEST_F(HeldStream, OtherStreamsGoOnMeanwhile)
 {
     start_and_enter();
-    Receiver other_receiver;
-    ASSERT_EQ(success, ZVGR_CameraOpen2(cameras[1], nullptr));
-    const uint32_t other = create_stream(cameras[1], Mode::cyclic, &other_receiver);
-    ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(cameras[1], other, 0));
-    EXPECT_TRUE(other_receiver.wait_for(10));
-    EXPECT_EQ(success, ZVGR_StreamDelete(other));
+    other_camera_delivers();
 }
 
 TEST_F(HeldStream, ItsBufferCanBeRevokedMeanwhile)
@@ -196,17 +192,16 @@ TEST_F(DrawingStream, LeavesTheBufferFirstInItsQueueWhenItIsStopped)
     EXPECT_EQ((std::vector<uint64_t>{drawn, next, 0}), receiver.reported);
 }
 
-TEST_F(DrawingStream, DoesNotReportABufferThatWasRevokedMeanwhile)
-{
-    expect_to_wait_for_the_drawing([this] { return ZVGR_BufferRevoke(stream, drawn); });
-    ASSERT_TRUE(receiver.wait_for(1));
-    ASSERT_EQ(success, stop());
-    EXPECT_EQ(std::vector<uint64_t>{next}, receiver.reported);
-}
+/// Whether the buffer is taken to the output queue meanwhile; else it is revoked.
+class LostDrawing : public DrawingStream, public testing::WithParamInterface<bool> {};
 
-TEST_F(DrawingStream, DoesNotReportABufferThatWasTakenToTheOutputQueueMeanwhile)
+INSTANTIATE_TEST_SUITE_P(Streams, LostDrawing, testing::Bool());
+
+TEST_P(LostDrawing, IsNotReported)
 {
-    expect_to_wait_for_the_drawing([this] { return ZVGR_BufferToQueue(drawn, zv_queue_output); });
+    expect_to_wait_for_the_drawing([this] {
+        return GetParam() ? ZVGR_BufferToQueue(drawn, zv_queue_output) : ZVGR_BufferRevoke(stream, drawn);
+    });
     ASSERT_TRUE(receiver.wait_for(1));
     ASSERT_EQ(success, stop());
     EXPECT_EQ(std::vector<uint64_t>{next}, receiver.reported);
@@ -309,26 +304,16 @@ TEST_F(CyclicStream, ItsFrameStaysReadableInACallbackThatDeletesTheStream)
     EXPECT_GT(sum, 0U);
 }
 
-template <class Call>
-void call_from_four_threads(const Call& call)
-{
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back(call);
-    for (auto& thread : threads)
-        thread.join();
-}
-
 TEST_P(EitherMode, StopsAndDeletesFromManyThreadsAtOnce)
 {
     keep_supplied();
     for (int round = 0; round < 10; ++round) {
         ASSERT_EQ(success, start());
-        call_from_four_threads([this] { EXPECT_EQ(success, stop()); });
+        zvtest::on_threads([this](int /*thread*/) { EXPECT_EQ(success, stop()); });
     }
     ASSERT_EQ(success, start());
     std::atomic<int> deleted{0};
-    call_from_four_threads([&] {
+    zvtest::on_threads([&](int /*thread*/) {
         deleted += ZVGR_StreamDelete(stream) == success ? 1 : 0;
         stop();
     });
@@ -340,60 +325,47 @@ TEST_P(EitherMode, StopsAndDeletesFromManyThreadsAtOnce)
 TEST_F(QueuedStream, TakesCallsFromManyThreadsWhileItRuns)
 {
     keep_supplied();
-    std::atomic<bool> is_over{false};
-    std::vector<std::thread> threads;
-    const auto repeat = [&](auto call) {
-        threads.emplace_back([&is_over, call] {
-            while (!is_over)
-                call();
+    {
+        Repeated threads;
+        threads.call([this](int /*round*/) {
+            const uint64_t buffer = queued();
+            ZVGR_BufferToQueue(buffer, zv_queue_output);
+            ZVGR_BufferToQueue(buffer, zv_queue_input);
+            EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
         });
-    };
-    repeat([this] {
-        const uint64_t buffer = queued();
-        ZVGR_BufferToQueue(buffer, zv_queue_output);
-        ZVGR_BufferToQueue(buffer, zv_queue_input);
-        EXPECT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
-    });
-    repeat([this] {
-        const uint32_t other = create_stream(camera, Mode::cyclic);
-        start_stream(other); // fails while the first stream runs
-        EXPECT_EQ(success, ZVGR_StreamDelete(other));
-        scan();
-        EXPECT_EQ(64, ZVGR_GetCameraValueInt(stream, "Width"));
-    });
-    repeat([] {
-        const uint32_t other = ZVGR_Open(demo);
-        EXPECT_NE(ZV_NO_HANDLE, other);
-        EXPECT_EQ(success, ZVGR_Close(other));
-    });
-    for (int round = 0; round < 15; ++round) {
-        const uint64_t before = receiver.reported.size();
-        while (start() != success)
-            stop(); // whichever stream it is that runs
-        EXPECT_TRUE(receiver.wait_for(before + 20));
-        EXPECT_EQ(success, stop());
+        threads.call([this](int /*round*/) {
+            const uint32_t other = create_stream(camera, Mode::cyclic);
+            start_stream(other); // fails while the first stream runs
+            EXPECT_EQ(success, ZVGR_StreamDelete(other));
+            scan();
+            EXPECT_EQ(64, ZVGR_GetCameraValueInt(stream, "Width"));
+        });
+        threads.call([](int /*round*/) {
+            const uint32_t other = ZVGR_Open(demo);
+            EXPECT_NE(ZV_NO_HANDLE, other);
+            EXPECT_EQ(success, ZVGR_Close(other));
+        });
+        for (int round = 0; round < 15; ++round) {
+            const uint64_t before = receiver.reported.size();
+            while (start() != success)
+                stop(); // whichever stream it is that runs
+            EXPECT_TRUE(receiver.wait_for(before + 20));
+            EXPECT_EQ(success, stop());
+        }
     }
-    is_over = true;
-    for (auto& thread : threads)
-        thread.join();
     receiver.expect_silence();
 }
 
 /// A stream that dies before its thread has seen its start still lets a waiting stop go.
 TEST_F(OpenCamera, AStopIsNotLeftWaitingForAStreamThatIsDeleted)
 {
-    std::atomic<bool> is_over{false};
-    std::thread stopper{[&] {
-        while (!is_over)
-            EXPECT_EQ(success, stop());
-    }};
+    Repeated stopper;
+    stopper.call([this](int /*round*/) { EXPECT_EQ(success, stop()); });
     for (int round = 0; round < 300; ++round) {
         const uint32_t stream = create_stream(camera);
         EXPECT_EQ(success, start_stream(stream));
         EXPECT_EQ(success, ZVGR_StreamDelete(stream));
     }
-    is_over = true;
-    stopper.join();
 }
 
 } // namespace

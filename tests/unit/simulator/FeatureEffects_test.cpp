@@ -1,5 +1,3 @@
-#include <atomic>
-#include <thread>
 #include <utility>
 
 #include "unit/simulator/configured_camera.h"
@@ -178,27 +176,20 @@ TEST_F(ConfiguredCamera, RegistersAreReadAndWrittenFromManyThreadsWhileFramesCom
     queued();
     queued();
     ASSERT_EQ(success, start());
-    std::atomic<bool> is_over{false};
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 2; ++thread) {
-        threads.emplace_back([&, thread] {
-            for (int round = 0; !is_over; ++round) {
-                EXPECT_EQ(success,
-                          write_camera(camera, pair.address, pair_of(1000 + thread + round % 7)).status);
+    {
+        Repeated threads;
+        for (const double first : {1000.0, 2000.0})
+            threads.call([&, first](int round) {
+                EXPECT_EQ(success, write_camera(camera, pair.address, pair_of(first + round % 7)).status);
                 const Bytes read = read_camera(camera, pair.address, 16).bytes;
-                const Bytes first{read.begin(), read.begin() + 8};
-                EXPECT_EQ(pair_of(float_from(first)), read);
+                EXPECT_EQ(pair_of(float_from({read.begin(), read.begin() + 8})), read);
                 set("TestPattern", round % 14);
                 set("AcquisitionFrameRateEnable", round % 2);
                 EXPECT_NE(success, write("Width", 32).status) << "the camera acquires";
                 EXPECT_EQ(1U, grabber_number("CameraLinkState"));
-            }
-        });
+            });
+        EXPECT_TRUE(receiver.wait_for(200));
     }
-    EXPECT_TRUE(receiver.wait_for(200));
-    is_over = true;
-    for (auto& thread : threads)
-        thread.join();
     ASSERT_EQ(success, stop());
 }
 

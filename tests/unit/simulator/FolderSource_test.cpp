@@ -7,7 +7,7 @@
 #include "simulator/Devices.h"
 #include "simulator/PictureFolder.h"
 #include "simulator/PictureSource.h"
-#include "unit/simulator/tiff_files.h"
+#include "unit/simulator/picture_files.h"
 
 namespace {
 

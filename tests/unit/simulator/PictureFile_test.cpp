@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "simulator/pictures/PictureFile.h"
-#include "unit/simulator/tiff_files.h"
+#include "unit/simulator/picture_files.h"
 
 // Picture files of both kinds, valid and damaged ones.
 

@@ -140,16 +140,6 @@ protected:
     }
 
 private:
-    void other_camera_delivers()
-    {
-        Receiver other_receiver;
-        ASSERT_EQ(success, ZVGR_CameraOpen2(cameras[1], nullptr));
-        const uint32_t other = create_stream(cameras[1], Mode::cyclic, &other_receiver);
-        ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(cameras[1], other, 0));
-        EXPECT_TRUE(other_receiver.wait_for(5));
-        ASSERT_EQ(success, ZVGR_StreamDelete(other));
-    }
-
     uint64_t total{0};
 };
 

@@ -150,6 +150,33 @@ private:
     std::atomic<bool> m_expects_silence{false};
 };
 
+/// Calls that other threads repeat until the object goes.
+class Repeated {
+public:
+    Repeated() = default;
+    Repeated(const Repeated&) = delete;
+    Repeated& operator=(const Repeated&) = delete;
+    ~Repeated()
+    {
+        m_is_over = true;
+        for (auto& thread : m_threads)
+            thread.join();
+    }
+
+    template <class Call>
+    void call(Call call)
+    {
+        m_threads.emplace_back([this, call] {
+            for (int round = 0; !m_is_over; ++round)
+                call(round);
+        });
+    }
+
+private:
+    std::atomic<bool> m_is_over{false};
+    std::vector<std::thread> m_threads;
+};
+
 /// How a stream delivers its frames.
 enum class Mode { queued, cyclic };
 
@@ -320,6 +347,16 @@ protected:
         return ZVGR_CameraStartAcquire_GenTL(camera, its_stream, frames);
     }
     uint32_t stop() const { return ZVGR_CameraStopAcquire_GenTL(camera); }
+    /// Meanwhile the other camera of the grabber delivers a few frames.
+    void other_camera_delivers() const
+    {
+        Receiver receiver;
+        ASSERT_EQ(success, ZVGR_CameraOpen2(cameras[1], nullptr));
+        const uint32_t other = create_stream(cameras[1], Mode::cyclic, &receiver);
+        ASSERT_EQ(success, ZVGR_CameraStartAcquire_GenTL(cameras[1], other, 0));
+        EXPECT_TRUE(receiver.wait_for(10));
+        EXPECT_EQ(success, ZVGR_StreamDelete(other));
+    }
 
     uint32_t camera;
 };

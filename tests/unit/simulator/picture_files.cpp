@@ -1,5 +1,6 @@
 #include "unit/simulator/picture_files.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -20,28 +21,13 @@ struct Kind {
     size_t channels;
 };
 
-Kind kind_of(Pixels pixels)
-{
-    switch (pixels) {
-    case Pixels::grey_1:
-        return {PNG_COLOR_TYPE_GRAY, 1, 1};
-    case Pixels::grey_8:
-        return {PNG_COLOR_TYPE_GRAY, 8, 1};
-    case Pixels::grey_16:
-        return {PNG_COLOR_TYPE_GRAY, 16, 1};
-    case Pixels::rgb_8:
-        return {PNG_COLOR_TYPE_RGB, 8, 3};
-    case Pixels::rgba_8:
-        return {PNG_COLOR_TYPE_RGB_ALPHA, 8, 4};
-    case Pixels::rgb_16:
-        return {PNG_COLOR_TYPE_RGB, 16, 3};
-    case Pixels::grey_alpha_8:
-        return {PNG_COLOR_TYPE_GRAY_ALPHA, 8, 2};
-    case Pixels::palette_8:
-        return {PNG_COLOR_TYPE_PALETTE, 8, 1};
-    }
-    throw std::logic_error{"no such kind"};
-}
+/// In the order of Pixels.
+constexpr Kind kinds[] = {{PNG_COLOR_TYPE_GRAY, 1, 1},      {PNG_COLOR_TYPE_GRAY, 8, 1},
+                          {PNG_COLOR_TYPE_GRAY, 16, 1},     {PNG_COLOR_TYPE_RGB, 8, 3},
+                          {PNG_COLOR_TYPE_RGB, 16, 3},      {PNG_COLOR_TYPE_GRAY_ALPHA, 8, 2},
+                          {PNG_COLOR_TYPE_RGB_ALPHA, 8, 4}, {PNG_COLOR_TYPE_PALETTE, 8, 1}};
+
+Kind kind_of(Pixels pixels) { return kinds[static_cast<size_t>(pixels)]; }
 
 size_t row_size(const TestPicture& picture)
 {
@@ -53,6 +39,26 @@ size_t row_size(const TestPicture& picture)
 {
     std::fprintf(stderr, "libpng: %s\n", message);
     std::abort();
+}
+
+uint16_t field(TIFF* tiff, uint32_t tag)
+{
+    uint16_t value = 0;
+    TIFFGetFieldDefaulted(tiff, tag, &value);
+    return value;
+}
+
+void set_fields(TIFF* tiff, const TestPicture& picture)
+{
+    const bool is_grey = picture.pixels == Pixels::grey_8 || picture.pixels == Pixels::grey_16;
+    const bool is_wide = picture.pixels == Pixels::grey_16 || picture.pixels == Pixels::rgb_16;
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, picture.width);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, picture.height);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, is_grey ? 1 : 3);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, is_wide ? 16 : 8);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, is_grey ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 5);
 }
 
 } // namespace
@@ -137,6 +143,32 @@ void write_png(const std::filesystem::path& file, const TestPicture& picture)
     png_write_image(png, rows.data());
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
+}
+
+void write_tiff(const std::filesystem::path& file, const TestPicture& picture, const char* mode,
+                const std::function<void(TIFF*)>& change)
+{
+    const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff{TIFFOpen(file.string().c_str(), mode), &TIFFClose};
+    if (tiff == nullptr)
+        throw std::runtime_error{"cannot write " + file.string()};
+    set_fields(tiff.get(), picture);
+    change(tiff.get());
+    std::vector<unsigned char> pixels = picture.in_memory();
+    if (TIFFIsTiled(tiff.get()) != 0) {
+        pixels.resize(static_cast<size_t>(TIFFTileSize(tiff.get())));
+        TIFFWriteTile(tiff.get(), pixels.data(), 0, 0, 0, 0);
+        return;
+    }
+    const auto row_size = static_cast<size_t>(TIFFScanlineSize(tiff.get()));
+    pixels.resize(std::max(pixels.size(), row_size)); // at least one row, however long
+    const bool has_planes = field(tiff.get(), TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE;
+    const size_t planes = has_planes ? field(tiff.get(), TIFFTAG_SAMPLESPERPIXEL) : 1;
+    size_t from = 0;
+    for (size_t plane = 0; plane < planes; ++plane) {
+        for (uint32_t row = 0; row < picture.height && from + row_size <= pixels.size();
+             ++row, from += row_size)
+            TIFFWriteScanline(tiff.get(), pixels.data() + from, row, static_cast<uint16_t>(plane));
+    }
 }
 
 } // namespace zvsim_test

@@ -2,11 +2,14 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-// What a test puts around the library: folders, PNG pictures, environment variables.
+#include <tiffio.h>
+
+// What a test puts around the library: folders, pictures, environment variables.
 
 namespace zvsim_test {
 
@@ -57,5 +60,11 @@ struct TestPicture {
 /// A picture with every byte made from `seed`.
 TestPicture test_picture(uint32_t width, uint32_t height, Pixels pixels, unsigned seed);
 void write_png(const std::filesystem::path& file, const TestPicture& picture);
+
+/// Writes a grey or colour picture; `mode` as TIFFOpen() has it. The fields that `change` sets
+/// come last and may be wrong; then as many of the pixels are written as the file has room for.
+void write_tiff(
+    const std::filesystem::path& file, const TestPicture& picture, const char* mode = "w",
+    const std::function<void(TIFF*)>& change = [](TIFF*) {});
 
 } // namespace zvsim_test
