@@ -1,85 +1,108 @@
 #include "unit/simulator/BlockingMemory.h"
 
-#include <atomic>
-#include <cerrno>
-#include <ctime>
 #include <stdexcept>
 
-#include <semaphore.h>
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <signal.h>
 #include <sys/mman.h>
+#endif
 
 namespace zvsim_test {
 
 namespace {
 
 std::atomic<BlockingMemory*> current{nullptr};
-std::atomic<sem_t*> accessed{nullptr};
-std::atomic<sem_t*> released{nullptr};
+
+bool is_held_up(const void* address)
+{
+    BlockingMemory* const memory = current;
+    return memory != nullptr && memory->hold_up(address);
+}
+
+#ifdef _WIN32
+void* handler = nullptr;
+
+LONG CALLBACK on_fault(EXCEPTION_POINTERS* fault)
+{
+    const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
+    const bool is_expected = record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION &&
+                             record.NumberParameters >= 2 &&
+                             is_held_up(reinterpret_cast<const void*>(record.ExceptionInformation[1]));
+    return is_expected ? EXCEPTION_CONTINUE_EXECUTION : EXCEPTION_CONTINUE_SEARCH; // the access comes again
+}
+
+unsigned char* reserve(size_t size)
+{
+    handler = AddVectoredExceptionHandler(1, on_fault);
+    return static_cast<unsigned char*>(VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_NOACCESS));
+}
+void allow_access(unsigned char* memory, size_t size)
+{
+    DWORD previous = 0;
+    VirtualProtect(memory, size, PAGE_READWRITE, &previous);
+}
+void release(unsigned char* memory, size_t /*size*/)
+{
+    RemoveVectoredExceptionHandler(handler);
+    VirtualFree(memory, 0, MEM_RELEASE);
+}
+#else
+struct sigaction previous;
 
 void on_fault(int /*signal*/, siginfo_t* info, void* /*context*/)
 {
-    BlockingMemory* const memory = current;
-    const auto* const address = static_cast<unsigned char*>(info->si_addr);
-    if (memory == nullptr || address < memory->data() || address >= memory->data() + memory->size()) {
+    if (!is_held_up(info->si_addr))
         signal(SIGSEGV, SIG_DFL); // a fault that no test made: the access comes again and ends the process
-        return;
-    }
-    sem_post(accessed);
-    while (sem_wait(released) != 0) {
-    }
 }
 
-} // namespace
-
-struct BlockingMemory::Body {
-    sem_t accessed;
-    sem_t released;
-    struct sigaction previous;
-};
-
-BlockingMemory::BlockingMemory(size_t size) : m_size{size}, m_data{nullptr}, m_body{new Body}
+unsigned char* reserve(size_t size)
 {
-    void* const mapped = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED)
-        throw std::runtime_error{"no memory"};
-    m_data = static_cast<unsigned char*>(mapped);
-    sem_init(&m_body->accessed, 0, 0);
-    sem_init(&m_body->released, 0, 0);
-    accessed = &m_body->accessed;
-    released = &m_body->released;
-    current = this;
     struct sigaction action = {};
     action.sa_flags = SA_SIGINFO;
     action.sa_sigaction = &on_fault;
-    sigaction(SIGSEGV, &action, &m_body->previous);
+    sigaction(SIGSEGV, &action, &previous);
+    void* const mapped = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return mapped != MAP_FAILED ? static_cast<unsigned char*>(mapped) : nullptr;
+}
+void allow_access(unsigned char* memory, size_t size) { mprotect(memory, size, PROT_READ | PROT_WRITE); }
+void release(unsigned char* memory, size_t size)
+{
+    sigaction(SIGSEGV, &previous, nullptr);
+    munmap(memory, size);
+}
+#endif
+
+} // namespace
+
+BlockingMemory::BlockingMemory(size_t size) : m_size{size}, m_data{reserve(size)}
+{
+    if (m_data == nullptr)
+        throw std::runtime_error{"no memory"};
+    current = this;
 }
 
 BlockingMemory::~BlockingMemory()
 {
-    sigaction(SIGSEGV, &m_body->previous, nullptr);
     current = nullptr;
-    munmap(m_data, m_size);
-    sem_destroy(&m_body->accessed);
-    sem_destroy(&m_body->released);
-}
-
-bool BlockingMemory::wait_for_access()
-{
-    timespec until{};
-    clock_gettime(CLOCK_REALTIME, &until);
-    until.tv_sec += patience.count();
-    int waited = 0;
-    do {
-        waited = sem_timedwait(&m_body->accessed, &until);
-    } while (waited != 0 && errno == EINTR);
-    return waited == 0;
+    release(m_data, m_size);
 }
 
 void BlockingMemory::let_go()
 {
-    mprotect(m_data, m_size, PROT_READ | PROT_WRITE);
-    sem_post(&m_body->released);
+    allow_access(m_data, m_size);
+    m_is_released = true;
+}
+
+bool BlockingMemory::hold_up(const void* address)
+{
+    if (address < m_data || address >= m_data + m_size)
+        return false;
+    m_is_accessed = true;
+    while (!m_is_released)
+        std::this_thread::yield();
+    return true;
 }
 
 } // namespace zvsim_test

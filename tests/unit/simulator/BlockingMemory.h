@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstddef>
-#include <memory>
+#include <atomic>
 
 #include "unit/simulator/fixtures.h"
 
@@ -20,16 +19,21 @@ public:
     size_t size() const { return m_size; }
 
     /// Waits until a thread has been stopped.
-    bool wait_for_access();
+    bool wait_for_access() const
+    {
+        return becomes_true([this] { return m_is_accessed.load(); });
+    }
     /// Lets that thread, and every later access, go on.
     void let_go();
 
-private:
-    struct Body;
+    /// Called by the handler: false if the address is not in this memory.
+    bool hold_up(const void* address);
 
+private:
     size_t m_size;
     unsigned char* m_data;
-    std::unique_ptr<Body> m_body;
+    std::atomic<bool> m_is_accessed{false};
+    std::atomic<bool> m_is_released{false};
 };
 
 } // namespace zvsim_test

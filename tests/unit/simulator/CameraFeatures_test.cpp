@@ -1,5 +1,6 @@
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 #include <gmock/gmock.h>
 
@@ -76,43 +77,39 @@ TEST_F(ConfiguredCamera, CommandsAreDoneWhenTheyReturn)
 
 TEST_F(ConfiguredCamera, TakesIntegersUpToTheirLimits)
 {
-    struct Row {
-        const char* name;
-        int lowest;
-        int highest;
-    };
-    for (const Row& row :
-         {Row{"Width", 1, 66}, Row{"Height", 1, 50}, Row{"TestPattern", 0, 13}, Row{"AcquisitionMode", 0, 2},
-          Row{"AcquisitionFrameCount", 1, 65535}, Row{"AcquisitionFrameRateEnable", 0, 1},
-          Row{"TriggerSelector", 0, 0}, Row{"TriggerMode", 0, 1}, Row{"TriggerSource", 0, 2},
-          Row{"TriggerActivation", 0, 4}, Row{"TLParamsLocked", 0, 1}}) {
-        for (const int good : {row.highest, row.lowest}) {
-            set(row.name, good);
-            EXPECT_EQ(static_cast<uint64_t>(good), number(row.name)) << row.name;
+    const std::tuple<const char*, int, int> limits[] = {{"Width", 1, 66},
+                                                        {"Height", 1, 50},
+                                                        {"TestPattern", 0, 13},
+                                                        {"AcquisitionMode", 0, 2},
+                                                        {"AcquisitionFrameCount", 1, 65535},
+                                                        {"AcquisitionFrameRateEnable", 0, 1},
+                                                        {"TriggerSelector", 0, 0},
+                                                        {"TriggerMode", 0, 1},
+                                                        {"TriggerSource", 0, 2},
+                                                        {"TriggerActivation", 0, 4},
+                                                        {"TLParamsLocked", 0, 1}};
+    for (const auto& [name, lowest, highest] : limits) {
+        for (const int good : {highest, lowest}) {
+            set(name, good);
+            EXPECT_EQ(static_cast<uint64_t>(good), number(name)) << name;
         }
-        expect_refused(row.name, row.highest + 1);
-        expect_refused(row.name, row.lowest - 1);
-        expect_refused(row.name, std::numeric_limits<int>::min());
+        for (const int bad : {highest + 1, lowest - 1, std::numeric_limits<int>::min()})
+            expect_refused(name, bad);
     }
 }
 
 TEST_F(ConfiguredCamera, TakesNumbersUpToTheirLimits)
 {
-    struct Row {
-        const char* name;
-        double lowest;
-        double highest;
-    };
-    for (const Row& row : {Row{"AcquisitionFrameRate", 0.001, 100000}, Row{"ExposureTime", 1, 10000000},
-                           Row{"Gain", -12, 48}}) {
-        for (const double good : {row.highest, row.lowest, 17.25}) {
-            set(row.name, good);
-            EXPECT_EQ(good, real(row.name)) << row.name;
+    const std::tuple<const char*, double, double> limits[] = {
+        {"AcquisitionFrameRate", 0.001, 100000}, {"ExposureTime", 1, 10000000}, {"Gain", -12, 48}};
+    for (const auto& [name, lowest, highest] : limits) {
+        for (const double good : {highest, lowest, 17.25}) {
+            set(name, good);
+            EXPECT_EQ(good, real(name)) << name;
         }
-        expect_refused(row.name, std::nextafter(row.highest, INFINITY));
-        expect_refused(row.name, std::nextafter(row.lowest, -INFINITY));
-        expect_refused(row.name, INFINITY);
-        expect_refused(row.name, std::nan(""));
+        for (const double bad : {std::nextafter(highest, INFINITY), std::nextafter(lowest, -INFINITY),
+                                 static_cast<double>(INFINITY), std::nan("")})
+            expect_refused(name, bad);
     }
 }
 
