@@ -10,11 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using zvsim_test::absolute_path;
-using zvsim_test::camera_text;
-using zvsim_test::configured_by;
-using zvsim_test::joined;
-using zvsim_test::Like;
+using namespace zvsim_test;
 
 /// A key with values that it takes, the smallest and the largest among them, and values that it refuses. A |
 /// separates the values.

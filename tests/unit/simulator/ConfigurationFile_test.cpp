@@ -12,10 +12,8 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using zvsim::Configuration;
-using zvsim::ConfigurationFile;
-using zvsim_test::Like;
-using zvsim_test::Variable;
+using namespace zvsim;
+using namespace zvsim_test;
 
 /// A user whose home is a new folder.
 class AUser : public testing::Test {

@@ -19,15 +19,8 @@ using testing::ElementsAre;
 using testing::Field;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using zvsim::CameraModel;
-using zvsim::Configuration;
-using zvsim::Environment;
-using zvsim::GrabberModel;
-using zvsim_test::camera_text;
-using zvsim_test::configured_by;
-using zvsim_test::environment_with;
-using zvsim_test::Like;
-using zvsim_test::Pixels;
+using namespace zvsim;
+using namespace zvsim_test;
 
 std::vector<CameraModel> cameras_of(const Configuration& configuration)
 {

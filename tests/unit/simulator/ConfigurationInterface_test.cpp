@@ -53,15 +53,11 @@ TEST_F(ConfiguredByFile, OffersSixtyFourGrabbersWithSixteenCamerasEach)
     std::set<uint32_t> cameras;
     for (uint32_t index = 0; index < 64; ++index) {
         grabbers.push_back(ZVGR_Open(index));
-        const std::vector<uint32_t> handles = cameras_of(grabbers.back());
-        std::set<std::string> serials;
-        for (const uint32_t camera : handles) {
-            serials.insert(camera_info(camera).serial_number);
+        for (const uint32_t camera : cameras_of(grabbers.back())) {
+            cameras.insert(camera);
             EXPECT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
             EXPECT_EQ(32, ZVGR_GetCameraValueInt(camera, "Width"));
         }
-        cameras.insert(handles.begin(), handles.end());
-        EXPECT_EQ(16U, serials.size());
     }
     EXPECT_EQ(size_t{64} * 16, cameras.size());
     for (const uint32_t opened : grabbers)

@@ -9,12 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::IsEmpty;
-using zvsim::FaultKind;
-using zvsim::FaultPlan;
-using zvsim::FaultRule;
-using zvsim::Function;
-using zvsim::Place;
-using zvsim::Trigger;
+using namespace zvsim;
 using zvsim_test::absolute_path;
 
 FaultPlan plan_of(const std::string& text)

@@ -8,13 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using zvsim::Clock;
-using zvsim::FaultKind;
-using zvsim::FaultRule;
-using zvsim::Occasion;
-using zvsim::Place;
-using zvsim::RuleState;
-using zvsim::Trigger;
+using namespace zvsim;
 
 constexpr Place a_camera{1, 2};
 constexpr Place another_camera{1, 3};

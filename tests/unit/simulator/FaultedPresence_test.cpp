@@ -7,10 +7,7 @@
 namespace {
 
 using namespace std::chrono_literals;
-using zvsim::Clock;
-using zvsim::Place;
-using zvsim::PlugEvent;
-using zvsim::Presence;
+using namespace zvsim;
 
 constexpr size_t grabbers = 3;
 constexpr Place grabber{1, Place::none};

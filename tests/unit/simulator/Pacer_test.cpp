@@ -7,9 +7,7 @@
 namespace {
 
 using namespace std::chrono_literals;
-using zvsim::Clock;
-using zvsim::Frame;
-using zvsim::Pacer;
+using namespace zvsim;
 
 const Clock::time_point start{1000s};
 

@@ -124,7 +124,7 @@ void check_at_exit()
         std::_Exit(is_quiet ? 2 : 3);
 }
 
-[[noreturn]] void exit_while_frames_run(Mode mode)
+void exit_while_frames_run(Mode mode)
 {
     threads_before = resting_threads();
     static Loaded loaded; // destroyed at the end of the process, after the library has ended its streams
@@ -136,21 +136,7 @@ void check_at_exit()
     std::exit(0);
 }
 
-class Exit : public testing::Test {
-protected:
-    Exit() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
-};
-
-class ExitWithStream : public Exit, public testing::WithParamInterface<Mode> {};
-
-INSTANTIATE_TEST_SUITE_P(Exit, ExitWithStream, testing::Values(Mode::queued, Mode::cyclic), name_of_mode);
-
-TEST_P(ExitWithStream, EndsItFirst)
-{
-    EXPECT_EXIT(exit_while_frames_run(GetParam()), testing::ExitedWithCode(0), "");
-}
-
-[[noreturn]] void exit_inside_a_callback()
+void exit_inside_a_callback()
 {
     static Loaded* const loaded = new Loaded; // not unloaded: its thread is the one that exits
     loaded->receiver.on_call = [](uint64_t /*stream*/) { std::exit(0); };
@@ -159,12 +145,7 @@ TEST_P(ExitWithStream, EndsItFirst)
         std::this_thread::yield();
 }
 
-TEST_F(Exit, InsideACallbackDoesNotWaitForIt)
-{
-    EXPECT_EXIT(exit_inside_a_callback(), testing::ExitedWithCode(0), "");
-}
-
-[[noreturn]] void exit_while_a_callback_hangs()
+void exit_while_a_callback_hangs()
 {
     static Loaded* const loaded = new Loaded; // the callback needs it to the very end
     static Gate entered;
@@ -179,10 +160,24 @@ TEST_F(Exit, InsideACallbackDoesNotWaitForIt)
     std::exit(0);
 }
 
-TEST_F(Exit, DoesNotWaitForeverForACallbackThatHangs)
-{
-    EXPECT_EXIT(exit_while_a_callback_hangs(), testing::ExitedWithCode(0), "");
-}
+struct Exit {
+    const char* name;
+    void (*exit)();
+};
+
+class ExitOfAProcess : public testing::TestWithParam<Exit> {
+protected:
+    ExitOfAProcess() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+};
+
+TEST_P(ExitOfAProcess, IsClean) { EXPECT_EXIT(GetParam().exit(), testing::ExitedWithCode(0), ""); }
+
+INSTANTIATE_TEST_SUITE_P(While, ExitOfAProcess,
+                         testing::Values(Exit{"QueuedFramesRun", [] { exit_while_frames_run(Mode::queued); }},
+                                         Exit{"CyclicFramesRun", [] { exit_while_frames_run(Mode::cyclic); }},
+                                         Exit{"ACallbackExits", &exit_inside_a_callback},
+                                         Exit{"ACallbackHangs", &exit_while_a_callback_hangs}),
+                         [](const auto& row) { return row.param.name; });
 
 /// The log of a library that is loaded meanwhile.
 class Log {

@@ -8,15 +8,8 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::IsEmpty;
-using zvsim::YamlDocument;
-using zvsim::YamlErrors;
-using zvsim::YamlKeys;
-using zvsim::YamlMap;
-using zvsim::YamlNode;
-using zvsim::YamlValue;
-using zvsim_test::absolute_path;
-using zvsim_test::joined;
-using zvsim_test::Like;
+using namespace zvsim;
+using namespace zvsim_test;
 
 constexpr int64_t most = std::numeric_limits<int64_t>::max();
 

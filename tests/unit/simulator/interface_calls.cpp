@@ -50,10 +50,13 @@ Type* value_of(Type* (*output)(Outputs&), const Situation& /*now*/, Outputs& out
     return output(outputs);
 }
 
+/// So that a row takes few lines.
 InterfaceCall row(const char* function, const char* kind, unsigned traits,
-                  const std::vector<Handles>& handles, const InterfaceCall::Body& call)
+                  const std::vector<Handles>& handles, const InterfaceCall::Body& call,
+                  uint32_t calls_before = 0, uint32_t calls_of_kind = 0,
+                  uint64_t failure = InterfaceCall::any_status)
 {
-    return {function, kind, traits, handles, call};
+    return {function, kind, traits, handles, call, calls_before, calls_of_kind, failure};
 }
 
 /// A call with these parameters.
@@ -104,20 +107,18 @@ const std::vector<InterfaceCall>& interface_calls()
 {
     static const Handles any{camera, grabber, stream, ring};
     static const std::vector<InterfaceCall> calls{
-        row("ZV_DeviceScan", "scan-fails", writes, {}, calling(ZV_DeviceScan, to<uint32_t>)).called(1),
+        row("ZV_DeviceScan", "scan-fails", writes, {}, calling(ZV_DeviceScan, to<uint32_t>), 1, 1),
         row("ZV_DeviceInfo", "grabber-info-fails", writes, {}, filling(ZV_DeviceInfo, nullptr, 3)),
-        row("ZV_DeviceDisplayName", "grabber-name-missing", 0, {}, calling(ZV_DeviceDisplayName, no_index))
-            .fails_with(0),
-        row("ZVGR_Open", "grabber-open-fails", 0, {}, open_and_close).called(1).fails_with(ZV_NO_HANDLE),
+        row("ZV_DeviceDisplayName", "grabber-name-missing", 0, {}, calling(ZV_DeviceDisplayName, no_index), 0,
+            0, 0),
+        row("ZVGR_Open", "grabber-open-fails", 0, {}, open_and_close, 1, 1, ZV_NO_HANDLE),
         row("ZVGR_Close", "grabber-close-fails", ends, {{grabber}}, calling(ZVGR_Close, grabber)),
         row("ZVGR_UpdateCameraList", "camera-list-fails", writes, {{grabber}},
-            calling(ZVGR_UpdateCameraList, grabber, to<uint32_t>, size))
-            .called(1),
+            calling(ZVGR_UpdateCameraList, grabber, to<uint32_t>, size), 1, 1),
         row("ZVGR_CameraInfo2", "camera-info-fails", writes, {{camera}},
             filling(ZVGR_CameraInfo2, camera, 0)),
         row("ZVGR_CameraOpen2", "camera-open-fails", 0, {{camera}},
-            calling(ZVGR_CameraOpen2, camera, nullptr))
-            .called(1),
+            calling(ZVGR_CameraOpen2, camera, nullptr), 1, 1),
         row("ZVGR_CameraClose", "camera-close-fails", ends, {{camera}}, calling(ZVGR_CameraClose, camera)),
         row("ZVGR_GrabberReadReg", "register-read-fails", writes | clears_size, {{grabber}},
             calling(ZVGR_GrabberReadReg, grabber, statistics_reset, to<void>, size)),
@@ -128,40 +129,32 @@ const std::vector<InterfaceCall>& interface_calls()
         row("ZVGR_CameraWriteReg", "register-write-fails", writes | clears_size, {{camera}},
             calling(ZVGR_CameraWriteReg, camera, user_id, "new", size)),
         row("ZVGR_GetGrabberValueInt", "value-not-available", 0, {any},
-            calling(ZVGR_GetGrabberValueInt, camera, "FW_Dma_Capable_QueuedBuffers_Imp"))
-            .fails_with(ZV_NOT_AVAILABLE),
+            calling(ZVGR_GetGrabberValueInt, camera, "FW_Dma_Capable_QueuedBuffers_Imp"), 0, 0,
+            ZV_NOT_AVAILABLE),
         row("ZVGR_GetGrabberValueEnum", "value-not-available", 0, {any},
-            calling(ZVGR_GetGrabberValueEnum, camera, "CameraChannelState"))
-            .fails_with(ZV_NOT_AVAILABLE),
+            calling(ZVGR_GetGrabberValueEnum, camera, "CameraChannelState"), 0, 0, ZV_NOT_AVAILABLE),
         row("ZVGR_GetCameraValueInt", "value-not-available", 0, {any},
-            calling(ZVGR_GetCameraValueInt, camera, "Width"))
-            .fails_with(ZV_NOT_AVAILABLE),
+            calling(ZVGR_GetCameraValueInt, camera, "Width"), 0, 0, ZV_NOT_AVAILABLE),
         row("ZVGR_GetCameraValueEnum", "value-not-available", 0, {any},
-            calling(ZVGR_GetCameraValueEnum, camera, "PixelFormat"))
-            .fails_with(ZV_NOT_AVAILABLE),
+            calling(ZVGR_GetCameraValueEnum, camera, "PixelFormat"), 0, 0, ZV_NOT_AVAILABLE),
         row("ZVGR_StreamCreate", "stream-create-fails", writes, {{camera}},
-            calling(ZVGR_StreamCreate, camera, to<uint32_t>, no_index))
-            .called(1, 2),
+            calling(ZVGR_StreamCreate, camera, to<uint32_t>, no_index), 1, 2),
         row("ZVGR_StreamCreateAndAlloc", "stream-create-fails", writes, {{camera}},
-            calling(ZVGR_StreamCreateAndAlloc, camera, to<uint32_t>, 4U, no_index))
-            .called(1, 2),
+            calling(ZVGR_StreamCreateAndAlloc, camera, to<uint32_t>, 4U, no_index), 1, 2),
         row("ZVGR_StreamDelete", "stream-delete-fails", ends, {{stream, ring}},
             calling(ZVGR_StreamDelete, stream)),
         row("ZVGR_StreamGetInfo", "stream-info-fails", writes, {{stream, ring}},
             calling(ZVGR_StreamGetInfo, stream, uint32_t{zv_stream_payload_now}, to<uint64_t>)),
-        row("ZVGR_StreamGetFrameIndex", nullptr, 0, {{ring}}, calling(ZVGR_StreamGetFrameIndex, ring))
-            .fails_with(UINT32_MAX),
+        row("ZVGR_StreamGetFrameIndex", nullptr, 0, {{ring}}, calling(ZVGR_StreamGetFrameIndex, ring), 0, 0,
+            UINT32_MAX),
         row("ZVGR_StreamGetPtr", "ring-frame-missing", 0, {{ring}},
-            calling(ZVGR_StreamGetPtr, ring, no_index))
-            .fails_with(0),
+            calling(ZVGR_StreamGetPtr, ring, no_index), 0, 0, 0),
         row("ZVGR_StreamGetAux", "frame-record-fails", writes, {{ring}},
             calling(ZVGR_StreamGetAux, ring, no_index, to<ZvFrameAux>)),
         row("ZVGR_BufferAnnounce", "announce-fails", writes, {{stream}},
-            calling(ZVGR_BufferAnnounce, stream, memory, sizeof(memory), nullptr, to<uint64_t>))
-            .called(0, 1),
+            calling(ZVGR_BufferAnnounce, stream, memory, sizeof(memory), nullptr, to<uint64_t>), 0, 1),
         row("ZVGR_BufferAllocAndAnnounce", "announce-fails", writes, {{stream}},
-            calling(ZVGR_BufferAllocAndAnnounce, stream, 100U, nullptr, to<uint64_t>))
-            .called(1),
+            calling(ZVGR_BufferAllocAndAnnounce, stream, 100U, nullptr, to<uint64_t>), 1, 1),
         row("ZVGR_BufferRevoke", "revoke-fails", ends | takes_buffer, {{stream}},
             calling(ZVGR_BufferRevoke, stream, buffer)),
         row("ZVGR_BufferToQueue", "queue-fails", takes_buffer, {},
@@ -169,17 +162,13 @@ const std::vector<InterfaceCall>& interface_calls()
         row("ZVGR_BufferGetInfo", "buffer-info-fails", writes | takes_buffer, {},
             calling(ZVGR_BufferGetInfo, buffer, uint32_t{zv_buffer_address}, to<uint64_t>)),
         row("ZVGR_CameraStartAcquire_GenTL", "start-fails", 0, {{camera}, {stream, ring}},
-            calling(ZVGR_CameraStartAcquire_GenTL, camera, stream, 0U))
-            .called(1),
+            calling(ZVGR_CameraStartAcquire_GenTL, camera, stream, 0U), 1, 1),
         row("ZVGR_CameraStopAcquire_GenTL", "stop-fails", 0, {{camera}},
-            calling(ZVGR_CameraStopAcquire_GenTL, camera))
-            .called(1),
+            calling(ZVGR_CameraStopAcquire_GenTL, camera), 1, 1),
         row("ZVGR_CameraCallbackRegister", "callback-register-fails", 0, {{camera}},
-            calling(ZVGR_CameraCallbackRegister, camera, ignore_frame, nullptr))
-            .called(1),
+            calling(ZVGR_CameraCallbackRegister, camera, ignore_frame, nullptr), 1, 1),
         row("ZVGR_StreamBufferCallbackRegister", "callback-register-fails", 0, {{stream}},
-            calling(ZVGR_StreamBufferCallbackRegister, stream, ignore_buffer, nullptr))
-            .called(0, 1),
+            calling(ZVGR_StreamBufferCallbackRegister, stream, ignore_buffer, nullptr), 0, 1),
         row("ZVGR_GetXmlUrl", "url-fails", writes | clears_size, {any}, url),
     };
     return calls;

@@ -53,6 +53,7 @@ using Handles = std::vector<uint32_t Situation::*>;
 
 struct InterfaceCall {
     using Body = std::function<uint64_t(const Situation& situation, Outputs& outputs)>;
+    static constexpr uint64_t any_status = 0x3ABC;
 
     const char* function;
     /// Of the fault that makes it fail; null where only "call-fails" does.
@@ -65,24 +66,10 @@ struct InterfaceCall {
     /// How often it has called any function of the kind.
     uint32_t calls_of_kind{0};
     /// What it answers when it fails; of a function that answers a status, one that a fault can be given.
-    uint64_t failure{0x3ABC};
+    uint64_t failure{any_status};
 
-    InterfaceCall called(uint32_t before, uint32_t of_kind) const
-    {
-        InterfaceCall call_with = *this;
-        call_with.calls_before = before;
-        call_with.calls_of_kind = of_kind;
-        return call_with;
-    }
-    InterfaceCall called(uint32_t before) const { return called(before, before); }
-    InterfaceCall fails_with(uint64_t value) const
-    {
-        InterfaceCall call_with = *this;
-        call_with.failure = value;
-        return call_with;
-    }
     bool has(Trait trait) const { return (traits & trait) != 0; }
-    bool answers_status() const { return failure == 0x3ABC; }
+    bool answers_status() const { return failure == any_status; }
     bool is_failure(uint64_t result) const
     {
         return answers_status() ? result != success : result == failure;

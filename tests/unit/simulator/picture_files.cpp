@@ -127,6 +127,7 @@ void write_png(const std::filesystem::path& file, const TestPicture& picture)
     png_infop info = png_create_info_struct(png);
     png_init_io(png, stream.get());
     const Kind kind = kind_of(picture.pixels);
+    png_set_user_limits(png, picture.width, picture.height);
     png_set_IHDR(png, info, picture.width, picture.height, kind.bit_depth, kind.color_type,
                  picture.is_interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
                  PNG_FILTER_TYPE_BASE);
@@ -138,10 +139,14 @@ void write_png(const std::filesystem::path& file, const TestPicture& picture)
     png_write_info(png, info);
     std::vector<unsigned char> bytes = picture.bytes;
     std::vector<png_bytep> rows;
-    for (uint32_t row = 0; row < picture.height; ++row)
-        rows.push_back(bytes.data() + row * row_size(picture));
-    png_write_image(png, rows.data());
-    png_write_end(png, nullptr);
+    for (size_t at = 0; at < bytes.size(); at += row_size(picture))
+        rows.push_back(bytes.data() + at);
+    if (bytes.empty()) {
+        png_write_chunk(png, reinterpret_cast<png_const_bytep>("IDAT"), nullptr, 0);
+    } else {
+        png_write_image(png, rows.data());
+        png_write_end(png, nullptr);
+    }
     png_destroy_write_struct(&png, &info);
 }
 

@@ -59,6 +59,7 @@ struct TestPicture {
 
 /// A picture with every byte made from `seed`.
 TestPicture test_picture(uint32_t width, uint32_t height, Pixels pixels, unsigned seed);
+/// A picture without bytes is only claimed: it may have any size.
 void write_png(const std::filesystem::path& file, const TestPicture& picture);
 
 /// Writes a grey or colour picture; `mode` as TIFFOpen() has it. The fields that `change` sets
