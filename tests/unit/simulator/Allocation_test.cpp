@@ -51,21 +51,19 @@ void expect_clean_failures(const Call& call)
     }
 }
 
-TEST_F(Scanned, OpenFailsWithoutMemory)
+TEST_F(Scanned, GrabbersAndStreamsFailWithoutMemory)
 {
     uint32_t grabber = ZV_NO_HANDLE;
     expect_clean_failures([&] { return (grabber = ZVGR_Open(coaxpress)) != ZV_NO_HANDLE; });
-    EXPECT_EQ(success, ZVGR_Close(grabber));
-}
-
-TEST_F(OpenCamera, StreamsFailWithoutMemory)
-{
+    const uint32_t camera = cameras_of(grabber).at(0);
+    EXPECT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
     uint32_t queued = 0;
     uint32_t cyclic = 0;
     expect_clean_failures([&] { return ZVGR_StreamCreate(camera, &queued, 0) == success; });
     expect_clean_failures([&] { return ZVGR_StreamCreateAndAlloc(camera, &cyclic, 4, 0) == success; });
     EXPECT_EQ(success, ZVGR_StreamDelete(queued));
     EXPECT_EQ(success, ZVGR_StreamDelete(cyclic));
+    EXPECT_EQ(success, ZVGR_Close(grabber));
 }
 
 TEST_F(QueuedStream, AnnounceAndStartFailWithoutMemory)

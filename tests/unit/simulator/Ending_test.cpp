@@ -219,20 +219,58 @@ TEST_F(DrawingStream, LosesTheFrameOfABufferThatWasQueuedAgainMeanwhile)
     EXPECT_EQ(2U, buffer_info(drawn, zv_buffer_frame_id));
 }
 
-TEST_P(EitherMode, CanBeStoppedFromItsCallback)
+/// A stream that is ended in its first callback.
+class EndedInside : public EitherMode {
+protected:
+    ~EndedInside() override { ZVGR_Close(grabber); } // waits for the callback, before the gate goes
+
+    template <class End>
+    void start_and_end(const End& end)
+    {
+        keep_supplied();
+        receiver.on_call = [this, end](uint64_t reported) {
+            EXPECT_NE(0U, reported);
+            end(reported);
+            receiver.expect_silence();
+            ended.open();
+        };
+        ASSERT_EQ(success, start());
+        ASSERT_TRUE(ended.wait());
+    }
+
+    Gate ended;
+};
+
+INSTANTIATE_TEST_SUITE_P(BothModes, EndedInside, testing::Values(Mode::queued, Mode::cyclic), name_of_mode);
+
+TEST_P(EndedInside, CanBeStopped)
 {
-    Gate stopped;
-    keep_supplied();
-    receiver.on_call = [&](uint64_t reported) {
-        EXPECT_NE(0U, reported);
-        EXPECT_EQ(success, stop());
-        receiver.expect_silence();
-        stopped.open();
-    };
-    ASSERT_EQ(success, start());
-    ASSERT_TRUE(stopped.wait());
-    ASSERT_EQ(success, stop());
+    start_and_end([this](uint64_t /*reported*/) { EXPECT_EQ(success, stop()); });
+    EXPECT_EQ(success, stop());
     EXPECT_EQ(1U, receiver.frames());
+}
+
+TEST_P(EndedInside, CanBeDeleted)
+{
+    start_and_end([this](uint64_t reported) {
+        if (mode == Mode::queued) {
+            EXPECT_EQ(success, ZVGR_BufferRevoke(stream, reported));
+        }
+        EXPECT_EQ(success, ZVGR_StreamDelete(stream));
+    });
+    EXPECT_NE(success, ZVGR_StreamDelete(stream));
+    EXPECT_EQ(success, ZVGR_Close(grabber)) << "waits for the callback";
+    EXPECT_EQ(1U, receiver.frames());
+}
+
+TEST_P(EndedInside, CanBeClosed)
+{
+    start_and_end([this](uint64_t /*reported*/) {
+        EXPECT_EQ(success, ZVGR_CameraClose(camera));
+        EXPECT_EQ(success, ZVGR_Close(grabber));
+    });
+    EXPECT_NE(success, ZVGR_Close(grabber));
+    EXPECT_TRUE(receiver.wait_for(1));
 }
 
 TEST_P(EitherMode, CanBeStoppedAndStartedFromItsCallback)
@@ -251,41 +289,6 @@ TEST_P(EitherMode, CanBeStoppedAndStartedFromItsCallback)
     ASSERT_TRUE(done.wait());
     ASSERT_EQ(success, stop());
     EXPECT_EQ(4U, receiver.frames());
-}
-
-TEST_P(EitherMode, CanBeDeletedFromItsCallback)
-{
-    Gate deleted;
-    keep_supplied();
-    receiver.on_call = [&](uint64_t reported) {
-        if (mode == Mode::queued) {
-            EXPECT_EQ(success, ZVGR_BufferRevoke(stream, reported));
-        }
-        EXPECT_EQ(success, ZVGR_StreamDelete(stream));
-        receiver.expect_silence();
-        deleted.open();
-    };
-    ASSERT_EQ(success, start());
-    ASSERT_TRUE(deleted.wait());
-    EXPECT_NE(success, ZVGR_StreamDelete(stream));
-    EXPECT_EQ(success, ZVGR_Close(grabber)) << "waits for the callback";
-    EXPECT_EQ(1U, receiver.frames());
-}
-
-TEST_P(EitherMode, CanBeClosedFromItsCallback)
-{
-    Gate closed;
-    keep_supplied();
-    receiver.on_call = [&](uint64_t /*reported*/) {
-        EXPECT_EQ(success, ZVGR_CameraClose(camera));
-        EXPECT_EQ(success, ZVGR_Close(grabber));
-        receiver.expect_silence();
-        closed.open();
-    };
-    ASSERT_EQ(success, start());
-    ASSERT_TRUE(closed.wait());
-    EXPECT_NE(success, ZVGR_Close(grabber));
-    ASSERT_TRUE(receiver.wait_for(1));
 }
 
 TEST_F(CyclicStream, ItsFrameStaysReadableInACallbackThatDeletesTheStream)

@@ -1,3 +1,4 @@
+#include <tuple>
 #include <utility>
 
 #include "unit/simulator/configured_camera.h"
@@ -50,16 +51,16 @@ TEST_F(ConfiguredCamera, TheFormatIsThatOfThePixels)
 TEST_F(ConfiguredCamera, ExposureAndGainSetTheBrightness)
 {
     set("TestPattern", grey);
-    const int nominal = frame().at(0);
-    EXPECT_NEAR(128, nominal, 1);
-    set("ExposureTime", 5000.0);
-    EXPECT_NEAR(nominal / 2.0, frame().at(0), 1);
-    set("Gain", 6.0206); // twice as bright
-    EXPECT_NEAR(nominal, frame().at(0), 1);
-    set("Gain", -12.0);
-    EXPECT_NEAR(nominal / 2.0 * 0.2512, frame().at(0), 1);
-    set("Gain", 48.0);
-    EXPECT_EQ(255, frame().at(0)) << "no more than the full scale";
+    const std::tuple<double, double, double> rows[] = {{10000, 0, 128},
+                                                       {5000, 0, 64},
+                                                       {5000, 6.0206, 128}, // twice as bright
+                                                       {5000, -12, 64 * 0.2512},
+                                                       {5000, 48, 255}}; // no more than the full scale
+    for (const auto& [exposure, gain, expected] : rows) {
+        set("ExposureTime", exposure);
+        set("Gain", gain);
+        EXPECT_NEAR(expected, frame().at(0), 1);
+    }
 }
 
 TEST_F(ConfiguredCamera, PatternExposureAndGainActOnTheNextFrame)

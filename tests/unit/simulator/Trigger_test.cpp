@@ -143,19 +143,14 @@ private:
     uint64_t total{0};
 };
 
-TEST_F(CountedAcquisition, ASingleFrameComesForEachStart)
+TEST_F(CountedAcquisition, EachStartBringsASingleFrameOrTheirSetNumber)
 {
-    set("AcquisitionMode", single_frame);
-    run(1);
-    run(1);
-}
-
-TEST_F(CountedAcquisition, MultiFrameBringsItsNumberForEachStart)
-{
-    set("AcquisitionMode", multi_frame);
     set("AcquisitionFrameCount", 3);
-    run(3);
-    run(3);
+    for (const auto& [acquisition_mode, frames] : {std::pair{single_frame, 1U}, {multi_frame, 3U}}) {
+        set("AcquisitionMode", acquisition_mode);
+        run(frames);
+        run(frames);
+    }
 }
 
 TEST_F(CountedAcquisition, AStartThatAsksForFewerFramesEndsByItself)

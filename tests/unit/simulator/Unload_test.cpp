@@ -203,28 +203,18 @@ private:
     const Variable m_variable{"ZV_LOGGER_CONFIG", folder.file("logger.properties").string()};
 };
 
-TEST(Warnings, GoToTheLog)
+TEST(Log, HasWarningsAndEachErrorOfAConfigurationOnce)
 {
     const Log log;
+    const std::string file = log.folder.file("grabbers.yaml").string();
     {
         const Variable malformed{"ZV_GRABBER_RATE", "very fast"};
         LoadedLibrary library;
         uint32_t count = 0;
         EXPECT_EQ(success, library.device_scan(&count));
         EXPECT_EQ(3U, count);
-    }
-    EXPECT_THAT(log.text(), testing::HasSubstr("ZV_GRABBER_RATE=very fast is ignored"));
-}
-
-TEST(ConfigurationErrors, GoToTheLogOnce)
-{
-    const Log log;
-    const std::string file = log.folder.file("grabbers.yaml").string();
-    log.folder.write("grabbers.yaml", "grabbers:\n  - nmae: x\n");
-    {
+        log.folder.write("grabbers.yaml", "grabbers:\n  - nmae: x\n");
         const Variable named{"ZV_GRABBER_CONFIG", file};
-        LoadedLibrary library;
-        uint32_t count = 1;
         for (int scan = 0; scan < 3; ++scan) {
             EXPECT_EQ(success, library.device_scan(&count));
             EXPECT_EQ(0U, count);
@@ -233,6 +223,7 @@ TEST(ConfigurationErrors, GoToTheLogOnce)
     const std::string text = log.text();
     const std::string error =
         file + ":2: unknown grabber key \"nmae\"; did you mean name? Allowed: name, protocol";
+    EXPECT_THAT(text, testing::HasSubstr("ZV_GRABBER_RATE=very fast is ignored"));
     EXPECT_THAT(text, testing::HasSubstr("no grabbers are offered: their configuration has errors"));
     ASSERT_THAT(text, testing::HasSubstr(error));
     EXPECT_EQ(std::string::npos, text.find(error, text.find(error) + 1));

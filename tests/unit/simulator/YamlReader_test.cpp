@@ -11,8 +11,6 @@ using testing::IsEmpty;
 using namespace zvsim;
 using namespace zvsim_test;
 
-constexpr int64_t most = std::numeric_limits<int64_t>::max();
-
 const YamlKeys& lamp()
 {
     static const YamlKeys keys{"lamp", {"color", "height", "switched_on", "power", "delay", "bulbs", "file"}};
@@ -82,57 +80,62 @@ TEST(YamlReader, ReadingGoesOnAfterAnErrorAndReportsAll)
     EXPECT_EQ(5, height);
 }
 
+/// Reads a value in spellings that it takes, and in others, which leave the target alone.
+template <class Value, class Read>
+void expect_readings(const std::string& key, const Read& read,
+                     const std::vector<std::pair<const char*, Value>>& taken,
+                     const std::vector<const char*>& refused, const std::string& allowed)
+{
+    for (const auto& [text, expected] : taken) {
+        Value value{77};
+        Lamp lamp{key + ": " + text};
+        EXPECT_TRUE(read(lamp.map, value)) << text;
+        EXPECT_EQ(expected, value) << text;
+    }
+    for (const char* const text : refused) {
+        Value value{77};
+        Lamp lamp{key + ": " + text};
+        EXPECT_FALSE(read(lamp.map, value)) << text;
+        EXPECT_EQ(Value{77}, value) << text;
+        EXPECT_THAT(lamp.reported(), Like("~allowed: " + allowed));
+    }
+}
+
 TEST(YamlReader, IntegersAreDecimalOrHexadecimalAndInTheirRange)
 {
-    const std::vector<std::pair<const char*, int64_t>> accepted{
-        {"-5", -5}, {"0", 0}, {"1 ", 1}, {"0x10", 16}, {"0xff", 255}, {"9223372036854775807", most}};
-    for (const auto& [text, expected] : accepted) {
-        int64_t height = 77;
-        EXPECT_TRUE(Lamp{std::string{"height: "} + text}.map.integer("height", height, -5, most)) << text;
-        EXPECT_EQ(expected, height);
-    }
-    for (const char* const text :
-         {"-6", "1.0", "'1'", "0x", "0x-1", "1e3", "9223372036854775808", "+1", "~", "{}"}) {
-        int64_t height = 77;
-        EXPECT_FALSE(Lamp{std::string{"height: "} + text}.map.integer("height", height, -5, most)) << text;
-        EXPECT_EQ(77, height);
-    }
+    constexpr int64_t most = std::numeric_limits<int64_t>::max();
+    expect_readings<int64_t>(
+        "height", [](YamlMap& map, int64_t& value) { return map.integer("height", value, -5, most); },
+        {{"-5", -5}, {"0", 0}, {"1 ", 1}, {"0x10", 16}, {"0xff", 255}, {"9223372036854775807", most}},
+        {"-6", "1.0", "'1'", "0x", "0x-1", "1e3", "9223372036854775808", "+1", "~", "{}"},
+        "a whole number from -5 to 9223372036854775807");
 }
 
 TEST(YamlReader, NumbersAreFiniteAndInTheirRange)
 {
-    double power = 7;
-    for (const char* const text :
-         {"0.0009", "100.1", "nan", ".nan", "inf", "-1", "'5'", "5 W", "1e999", "1,5"}) {
-        Lamp lamp{std::string{"power: "} + text};
-        EXPECT_FALSE(lamp.map.number("power", power, 0.001, 100)) << text;
-        EXPECT_EQ(7, power);
-        EXPECT_THAT(lamp.reported(), Like("~allowed: a number from 0.001 to 100"));
-    }
-    for (const char* const text : {"0.001", "5", "1e2", "100"})
-        EXPECT_TRUE(Lamp{std::string{"power: "} + text}.map.number("power", power, 0.001, 100)) << text;
-    EXPECT_EQ(100, power);
+    expect_readings<double>(
+        "power", [](YamlMap& map, double& value) { return map.number("power", value, 0.001, 100); },
+        {{"0.001", 0.001}, {"5", 5}, {"1e2", 100}, {"100", 100}},
+        {"0.0009", "100.1", "nan", ".nan", "inf", "-1", "'5'", "5 W", "1e999", "1,5"},
+        "a number from 0.001 to 100");
 }
 
 TEST(YamlReader, DurationsHaveAUnit)
 {
-    const std::vector<std::pair<const char*, std::chrono::nanoseconds>> accepted{
-        {"40 ns", 40ns}, {"10us", 10us},    {"1.5 ms", 1500us}, {"2 s", 2s},
-        {"0 s", 0s},     {"'3 min'", 3min}, {"-1 ms", -1ms}};
-    for (const auto& [text, expected] : accepted) {
-        std::chrono::nanoseconds delay{77};
-        EXPECT_TRUE(Lamp{std::string{"delay: "} + text}.map.duration("delay", delay, -1ms, 3min)) << text;
-        EXPECT_EQ(expected, delay);
-    }
-    for (const char* const text :
-         {"20", "ms", "1 h", "1 ms ms", "1e3 ms", "1.1.1 s", "-2 ms", "181 s", "~", "[1 s]"}) {
-        Lamp lamp{std::string{"delay: "} + text};
-        std::chrono::nanoseconds delay{77};
-        EXPECT_FALSE(lamp.map.duration("delay", delay, -1ms, 3min)) << text;
-        EXPECT_EQ(77ns, delay);
-        EXPECT_THAT(lamp.reported(),
-                    Like("~allowed: -1 ms to 180 s, with one of the units ns, us, ms, s, min"));
-    }
+    expect_readings<std::chrono::nanoseconds>(
+        "delay",
+        [](YamlMap& map, std::chrono::nanoseconds& value) {
+            return map.duration("delay", value, -1ms, 3min);
+        },
+        {{"40 ns", 40ns},
+         {"10us", 10us},
+         {"1.5 ms", 1500us},
+         {"2 s", 2s},
+         {"0 s", 0s},
+         {"'3 min'", 3min},
+         {"-1 ms", -1ms}},
+        {"20", "ms", "1 h", "1 ms ms", "1e3 ms", "1.1.1 s", "-2 ms", "181 s", "~", "[1 s]"},
+        "-1 ms to 180 s, with one of the units ns, us, ms, s, min");
 }
 
 TEST(YamlReader, PathsHaveOneLineAndALengthAndAreAbsolute)

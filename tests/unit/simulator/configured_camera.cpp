@@ -12,26 +12,11 @@ grabbers:
     protocol: CameraLinkHS
     reports_geometry: true
     cameras:
-      - vendor: Test Maker
-        model: Test Camera
-        serial: T-1
-        version: 2.3.4
-        user_id: first
-        sensor_width: 66
-        sensor_height: 50
-        pixel_formats: [Mono8, Mono16, Mono12p, BayerRG8, YUV411_8_UYYVYY]
-        rate: free-running
-        start_up: 0 ms
-        stamp: false
-      - model: Other Camera
-        serial: T-2
-        sensor_width: 66
-        sensor_height: 50
-        pixel_formats: [Mono8, RGB8]
-        pixel_format_codes: CoaXPress
-        rate: free-running
-        start_up: 0 ms
-        stamp: false
+      - {vendor: Test Maker, model: Test Camera, serial: T-1, version: 2.3.4, user_id: first,
+         pixel_formats: [Mono8, Mono16, Mono12p, BayerRG8, YUV411_8_UYYVYY],
+         sensor_width: 66, sensor_height: 50, rate: free-running, start_up: 0 ms, stamp: false}
+      - {model: Other Camera, serial: T-2, pixel_formats: [Mono8, RGB8], pixel_format_codes: CoaXPress,
+         sensor_width: 66, sensor_height: 50, rate: free-running, start_up: 0 ms, stamp: false}
 )";
 
 const RegisterPlace& find(const std::vector<RegisterPlace>& places, const std::string& name)
