@@ -12,17 +12,8 @@ using namespace zvsim_test;
 TEST(BuiltInGrabbers, AreTwoAndTheDemoGrabberLast)
 {
     ASSERT_EQ(3U, scan());
+    EXPECT_STREQ("ZEVA Software Grabber CXP-2", ZV_DeviceDisplayName(0));
     EXPECT_STREQ("ZEVA Demo Grabber", ZV_DeviceDisplayName(2));
-    EXPECT_EQ(uint32_t{zv_protocol_cxp}, protocol_of(0));
-    EXPECT_EQ(uint32_t{zv_protocol_clhs}, protocol_of(1));
-    EXPECT_EQ(uint32_t{zv_protocol_cxp}, protocol_of(2));
-    const uint32_t grabber = ZVGR_Open(0);
-    const ZvCameraInfo info = camera_info(cameras_of(grabber).at(1));
-    EXPECT_STREQ("ZEVA Electronics", info.vendor_name);
-    EXPECT_STREQ("1.0.0", info.device_version);
-    EXPECT_STREQ("SoftCam CX 800 HDR", info.model_name);
-    EXPECT_STREQ("SCX800-0002", info.serial_number);
-    EXPECT_EQ(success, ZVGR_Close(grabber));
 }
 
 TEST_F(Scanned, DisplayNameStaysTheSameTextOverScans)
@@ -200,14 +191,15 @@ TEST_F(ConfiguredByFile, OffersSixtyFourGrabbersWithSixteenCamerasEach)
 
 TEST_F(ConfiguredByFile, CameraRecordsHoldTheirLongestTexts)
 {
-    const std::string longest(64, 'x');
-    ASSERT_EQ(2U, scan_with("grabbers: [{cameras: [{vendor: " + longest + ", model: " + longest +
-                            ", version: " + longest + ", serial: " + longest + "}]}]\n"));
+    const std::string texts[] = {std::string(64, 'V'), std::string(64, 'M'), std::string(64, '1'),
+                                 std::string(64, 'S')};
+    ASSERT_EQ(2U, scan_with("grabbers: [{cameras: [{vendor: " + texts[0] + ", model: " + texts[1] +
+                            ", version: " + texts[2] + ", serial: " + texts[3] + "}]}]\n"));
     const ZvCameraInfo info = camera_info(open_first().at(0));
-    EXPECT_EQ(longest, info.vendor_name);
-    EXPECT_EQ(longest, info.model_name);
-    EXPECT_EQ(longest, info.device_version);
-    EXPECT_EQ(longest, info.serial_number);
+    EXPECT_EQ(texts[0], info.vendor_name);
+    EXPECT_EQ(texts[1], info.model_name);
+    EXPECT_EQ(texts[2], info.device_version);
+    EXPECT_EQ(texts[3], info.serial_number);
 }
 
 TEST_F(ConfiguredByFile, OffersNothingWhileTheFileIsBrokenAndRecovers)
