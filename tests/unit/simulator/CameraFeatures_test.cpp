@@ -387,20 +387,16 @@ TEST_F(OpenCamera, HugeSizesAreServedAsFarAsRegistersGo)
 TEST_F(OpenCamera, NullPointersFail)
 {
     uint32_t word = 0;
-    uint32_t size = 4;
-    for (const auto read : {ZVGR_CameraReadReg, ZVGR_GrabberReadReg}) {
-        const bool is_camera = read == ZVGR_CameraReadReg;
-        EXPECT_NE(success, read(is_camera ? camera : grabber, vendor_name, nullptr, &size));
-        EXPECT_EQ(0U, std::exchange(size, 4));
-        EXPECT_NE(success, read(is_camera ? camera : grabber, vendor_name, &word, nullptr));
-    }
-    for (const auto write : {ZVGR_CameraWriteReg, ZVGR_GrabberWriteReg}) {
-        const bool is_camera = write == ZVGR_CameraWriteReg;
-        const uint64_t address = is_camera ? width : statistics_reset;
-        EXPECT_NE(success, write(is_camera ? camera : grabber, address, nullptr, &size));
-        EXPECT_EQ(0U, std::exchange(size, 4));
-        EXPECT_NE(success, write(is_camera ? camera : grabber, address, &word, nullptr));
-    }
+    const auto expect_failures = [&](auto call, uint32_t handle, uint64_t address) {
+        uint32_t size = 4;
+        EXPECT_NE(success, call(handle, address, nullptr, &size));
+        EXPECT_EQ(0U, size);
+        EXPECT_NE(success, call(handle, address, &word, nullptr));
+    };
+    expect_failures(ZVGR_CameraReadReg, camera, width);
+    expect_failures(ZVGR_CameraWriteReg, camera, width);
+    expect_failures(ZVGR_GrabberReadReg, grabber, statistics_reset);
+    expect_failures(ZVGR_GrabberWriteReg, grabber, statistics_reset);
 }
 
 TEST_F(OpenCamera, RegistersAreOutOfReachUnlessTheCameraIsOpen)

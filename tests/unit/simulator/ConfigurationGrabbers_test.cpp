@@ -256,7 +256,7 @@ TEST_F(ConfigurationPictures, OfAllFoldersTogetherTakeNoMoreMemoryThanOneFolderM
     EXPECT_THAT(warnings, ElementsAre(Like("~b.png is left out~more than 1 GiB~")));
 }
 
-/// The cameras that variables without a mistake bring about.
+/// The cameras of an environment without a mistake.
 std::vector<CameraModel> cameras_with(const Environment& environment)
 {
     const auto configuration = Configuration::make(environment);

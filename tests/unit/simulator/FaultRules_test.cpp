@@ -44,17 +44,6 @@ TEST(FaultConfiguration, HasNoFaultsUnlessTheFileNamesThemAndReadsSeedSwitchAndL
     EXPECT_EQ(absolute_path("/a/b.log"), plan.call_log.u8string());
 }
 
-TEST(FaultConfiguration, EveryKindIsKnownByItsName)
-{
-    for (size_t i = 0; i < zvsim::fault_kind_count; ++i) {
-        const auto kind = static_cast<FaultKind>(i);
-        const std::string name{row_of(kind).name};
-        const std::string parameters = std::string{row_of(kind).has_time ? ", time: 1 ms" : ""} +
-                                       (name.rfind("call-", 0) == 0 ? ", function: ZVGR_CameraInfo2" : "");
-        EXPECT_EQ(kind, fault("kind: " + name + parameters).kind) << name;
-    }
-}
-
 TEST(FaultConfiguration, ReadsPlaces)
 {
     const std::tuple<const char*, uint32_t, uint32_t> rows[] = {

@@ -276,31 +276,19 @@ TEST_F(FaultedFrames, HaveAStampThatDoesNotFitWhenCorrupted)
     }
 }
 
-class HeldUpFrames : public FaultedFrames, public testing::WithParamInterface<const char*> {
-protected:
-    uint32_t camera_that_holds_up(const std::string& rest)
-    {
-        return open_camera_with(std::string{"kind: "} + GetParam() + rest);
+TEST_F(FaultedFrames, CanBeReportedLaterAndDoNotHoldUpAStop)
+{
+    for (const std::string kind : {"kind: frame-late", "kind: callback-stalls"}) {
+        const auto begin = std::chrono::steady_clock::now();
+        const auto late = acquired(kind + ", time: 20 ms, when: {frame: 0}", 1);
+        EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{20}) << kind;
+        EXPECT_THAT(late->ids, ElementsAre(0)) << kind;
+        close_all();
+        Acquired stopped{open_camera_with(kind + ", time: 10 min, when: {frame: 1}"), 3};
+        stopped.run(1);
+        EXPECT_THAT(stopped.ids, ElementsAre(0)) << kind;
+        close_all();
     }
-};
-
-INSTANTIATE_TEST_SUITE_P(Faults, HeldUpFrames, testing::Values("frame-late", "callback-stalls"),
-                         [](const auto& row) { return row.index == 0 ? "Late" : "Stalled"; });
-
-TEST_P(HeldUpFrames, AreReportedLater)
-{
-    Acquired result{camera_that_holds_up(", time: 20 ms, when: {frame: 0}"), 2};
-    const auto begin = std::chrono::steady_clock::now();
-    result.run(2, 1);
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds{20});
-    EXPECT_THAT(result.ids, ElementsAre(0));
-}
-
-TEST_P(HeldUpFrames, DoNotHoldUpAStop)
-{
-    Acquired result{camera_that_holds_up(", time: 10 min, when: {frame: 1}"), 3};
-    result.run(1);
-    EXPECT_THAT(result.ids, ElementsAre(0));
 }
 
 TEST_F(FaultedFrames, FillABufferAlsoWithoutACallback)

@@ -3,7 +3,7 @@
 
 #include "unit/simulator/fixtures.h"
 
-// Grabbers and cameras as they are found and opened, and what a configuration file brings about.
+// Grabbers and cameras as they are found and opened, and the effects of a configuration file.
 
 namespace {
 
@@ -138,7 +138,7 @@ class ConfiguredByFile : public testing::Test {
 protected:
     ~ConfiguredByFile() override { ZVGR_Close(grabber); }
 
-    /// How many grabbers a file with this text brings about.
+    /// How many grabbers a file with this text leads to.
     uint32_t scan_with(const std::string& text) const
     {
         file.write(text);

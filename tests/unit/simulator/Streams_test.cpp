@@ -219,14 +219,14 @@ TEST_F(QueuedStream, WorksWithoutACallback)
     ASSERT_EQ(success, ZVGR_StreamDelete(silent));
 }
 
-/// A camera that exposes 2000 frames a second, whatever becomes of them.
+/// A camera that exposes 2000 frames a second, whether or not they can be delivered.
 class PacedStream : public QueuedStream {
 protected:
     static constexpr uint64_t period_ticks = 25000000 / 2000;
 
     PacedStream() : QueuedStream{{coaxpress, "2000"}} {}
 
-    /// Waits for this many frames, and then until the next one has been lost for want of this buffer.
+    /// Waits for this many frames, and then until the next one has been lost because this buffer was missing.
     void wait_and_miss_the_next(uint64_t frames, uint64_t buffer)
     {
         ASSERT_TRUE(receiver.wait_for(frames));

@@ -18,7 +18,7 @@
 
 #include "unit/simulator/picture_files.h"
 
-// Situations that the tests of the software grabber library begin with, through its C interface alone.
+// Situations in which the tests of the software grabber library begin. They use its C interface only.
 
 namespace zvsim_test {
 
@@ -27,10 +27,10 @@ inline constexpr uint32_t success = zv_success;
 inline constexpr size_t frame_size = size_t{64} * 48;
 inline constexpr uint32_t ring_frames = 4;
 
-/// How long a test waits for what must come: far beyond any machine's delays, never part of a result.
+/// How long a test waits for something that must happen: far longer than any delay of a machine.
 constexpr std::chrono::seconds patience{120};
 
-/// Waits until a condition holds, and gives way to other threads meanwhile.
+/// Waits until a condition holds, and lets other threads run meanwhile.
 template <class Condition>
 bool becomes_true(const Condition& condition)
 {
@@ -86,8 +86,8 @@ private:
     Variable m_variable{"ZV_GRABBER_CONFIG", path().string()};
 };
 
-/// Receives the callbacks of one stream, of either kind. What it notes is deliberately not guarded: after a
-/// stop the library promises that nobody touches it any more, and ThreadSanitizer checks the promise.
+/// Receives the callbacks of one stream, of either kind. What it notes is deliberately not guarded: the
+/// library promises no access after a stop, and ThreadSanitizer checks the promise.
 class Receiver {
 public:
     Receiver() { reported.reserve(1000); } // callbacks of frames are expected to allocate nothing
@@ -119,7 +119,7 @@ public:
         return m_changed.wait_for(lock, patience, [&] { return m_ends >= ends; });
     }
 
-    /// From now on a callback is an error.
+    /// From now on, a callback is an error.
     void expect_silence() { m_expects_silence = true; }
     void expect_calls() { m_expects_silence = false; }
 

@@ -48,7 +48,7 @@ enum Trait : unsigned {
     takes_buffer = 8
 };
 
-/// Handles that do for one parameter, the one that the call uses first.
+/// Handles that one parameter accepts; the first is the one that the call uses.
 using Handles = std::vector<uint32_t Situation::*>;
 
 struct InterfaceCall {

@@ -13,7 +13,7 @@
 
 namespace zvsim_test {
 
-/// A new, empty folder that goes with the object.
+/// A new, empty folder that is removed with the object.
 class Folder {
 public:
     Folder();
@@ -42,7 +42,7 @@ private:
     std::optional<std::string> m_before;
 };
 
-/// Kinds of PNG file, by what stands in one pixel.
+/// Kinds of pictures, by the samples of a pixel.
 enum class Pixels { grey_1, grey_8, grey_16, rgb_8, rgb_16, grey_alpha_8, rgba_8, palette_8 };
 
 struct TestPicture {
