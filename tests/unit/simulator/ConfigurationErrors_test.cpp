@@ -29,8 +29,6 @@ struct KeyRow {
     const char* allowed;
 };
 
-void PrintTo(const KeyRow& row, std::ostream* out) { *out << row.section << "." << row.key; }
-
 const char* const whole_file = "configuration file";
 const std::string x64(64, 'x');
 const std::string x65(65, 'x');
@@ -114,30 +112,29 @@ std::pair<std::string, std::string> text_with(const KeyRow& row, const std::stri
     return {"grabbers:\n  - cameras:\n      - " + line, "grabbers.yaml:3: "};
 }
 
-class ConfigurationKey : public testing::TestWithParam<KeyRow> {};
-
-TEST_P(ConfigurationKey, TakesItsValues)
+TEST(ConfigurationKeys, TakeTheirValues)
 {
-    for (const std::string& value : values_of(GetParam().accepted))
-        EXPECT_THAT(configured_by(text_with(GetParam(), value).first)->errors, IsEmpty()) << value;
-}
-
-TEST_P(ConfigurationKey, RefusesOthersAndReportsLineValueAndWhatIsAllowed)
-{
-    for (const std::string& value : values_of(GetParam().refused)) {
-        const auto [text, place] = text_with(GetParam(), value);
-        const auto configuration = configured_by(text);
-        EXPECT_THAT(configuration->errors,
-                    ElementsAre(Like(place + GetParam().key + " is ~llowed: " + GetParam().allowed + "~")))
-            << value;
-        EXPECT_THAT(configuration->grabbers, IsEmpty());
+    for (const KeyRow& row : key_rows) {
+        for (const std::string& value : values_of(row.accepted)) {
+            const std::string text = text_with(row, value).first;
+            EXPECT_THAT(configured_by(text)->errors, IsEmpty()) << text;
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, ConfigurationKey, testing::ValuesIn(key_rows), [](const auto& test) {
-    const std::string section{test.param.section};
-    return (section == whole_file ? "file" : section) + "_" + test.param.key;
-});
+TEST(ConfigurationKeys, RefuseOthersAndReportLineValueAndWhatIsAllowed)
+{
+    for (const KeyRow& row : key_rows) {
+        for (const std::string& value : values_of(row.refused)) {
+            const auto [text, place] = text_with(row, value);
+            const auto configuration = configured_by(text);
+            EXPECT_THAT(configuration->errors,
+                        ElementsAre(Like(place + row.key + " is ~llowed: " + row.allowed + "~")))
+                << text;
+            EXPECT_THAT(configuration->grabbers, IsEmpty()) << text;
+        }
+    }
+}
 
 TEST(ConfigurationKeys, AreAllInTheTable)
 {

@@ -346,9 +346,10 @@ TEST_F(FaultedPlugging, EverythingOfALostGrabberOrCameraCanBeEnded)
     }
 }
 
-TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsOpened)
+TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsOpenedForSomeScansOrSomeTime)
 {
-    fault("kind: camera-lost-while-opening, grabber: 0, camera: 0, away_for_scans: 1, times: 1");
+    plan("faults: [{kind: camera-lost-while-opening, camera: 0, grabber: 0, away_for_scans: 1, times: 1},"
+         " {kind: camera-lost-while-opening, camera: 1, grabber: 0, away_for: 0 ms, times: 1}]");
     scan();
     const uint32_t grabber = open_grabber();
     const auto cameras = cameras_of(grabber);
@@ -356,6 +357,8 @@ TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsOpened)
     EXPECT_THAT(cameras_of(grabber), ElementsAre(cameras[1]));
     EXPECT_EQ(cameras, cameras_of(grabber));
     EXPECT_EQ(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+    EXPECT_NE(success, ZVGR_CameraOpen2(cameras[1], nullptr));
+    EXPECT_EQ(success, ZVGR_CameraOpen2(cameras[1], nullptr));
 }
 
 TEST_F(FaultedPlugging, ACameraCanBeLostWhileItIsConfigured)
@@ -395,15 +398,6 @@ TEST_F(FaultedPlugging, AGrabberCanBeLostWhileItsCameraStreams)
     acquired.run(2);
     EXPECT_THAT(acquired.ids, ElementsAre(0));
     EXPECT_EQ(2u, scan());
-}
-
-TEST_F(FaultedPlugging, ALossCanEndByTime)
-{
-    fault("kind: camera-lost-while-opening, away_for: 0 ms, times: 1");
-    scan();
-    const auto cameras = cameras_of(open_grabber());
-    EXPECT_NE(success, ZVGR_CameraOpen2(cameras[0], nullptr));
-    EXPECT_EQ(success, ZVGR_CameraOpen2(cameras[0], nullptr));
 }
 
 } // namespace
