@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <set>
 
@@ -9,6 +8,7 @@
 #include "simulator/config/GrabberReader.h"
 #include "simulator/faults/FaultKind.h"
 #include "unit/simulator/configuration_texts.h"
+#include "unit/simulator/picture_files.h"
 
 // The schema, the examples and the pages, next to what the library reads.
 
@@ -22,12 +22,9 @@ using testing::IsEmpty;
 using zvsim_test::configured_by;
 using Words = std::vector<std::string>;
 
-std::string text_of(const fs::path& file)
-{
-    std::ifstream stream{fs::path{ZV_PROJECT_FOLDER} / file};
-    EXPECT_TRUE(stream) << file;
-    return {std::istreambuf_iterator<char>{stream}, {}};
-}
+const fs::path project{ZV_PROJECT_FOLDER};
+
+std::string text_of(const char* file) { return zvsim_test::text_of(project / file); }
 
 /// What the first group of an expression finds in a text.
 Words found_in(const std::string& text, const std::string& expression)
@@ -140,12 +137,12 @@ TEST_F(Schema, HasTheWordsOfTheFeatures)
 
 void expect_no_errors_in(const fs::path& example)
 {
-    const auto configuration = configured_by(text_of(example));
+    const auto configuration = configured_by(zvsim_test::text_of(example));
     EXPECT_THAT(configuration->errors, IsEmpty()) << example;
     EXPECT_FALSE(configuration->grabbers.empty()) << example;
 }
 
-const fs::path examples = fs::path{ZV_PROJECT_FOLDER} / "examples/grabbers";
+const fs::path examples = project / "examples/grabbers";
 
 TEST(Examples, AreReadWithoutErrors)
 {

@@ -284,12 +284,6 @@ using namespace zvsim_test;
 /// A user whose home is a new folder.
 class AUser : public testing::Test {
 protected:
-    static void write(const fs::path& file, const std::string& text)
-    {
-        fs::create_directories(file.parent_path());
-        std::ofstream{file} << text;
-    }
-
     const zvsim_test::Folder home;
     const fs::path usual_file{home.path() / ".config/zvgentl/grabbers.yaml"};
 #ifdef _WIN32
@@ -313,7 +307,7 @@ TEST_F(AUser, WithoutAFileReadsNoneButTheSystems)
 
 TEST_F(AUser, HasAFileOfTheirOwn)
 {
-    write(usual_file, "usual");
+    home.write(usual_file, "usual");
     const ConfigurationFile file = ConfigurationFile::find();
     EXPECT_EQ(usual_file, fs::u8path(file.path));
     EXPECT_EQ("usual", file.text);
@@ -322,22 +316,22 @@ TEST_F(AUser, HasAFileOfTheirOwn)
 
 TEST_F(AUser, ChoosesAnotherFolder)
 {
-    write(home.path() / "chosen/zvgentl/grabbers.yaml", "chosen");
+    home.write("chosen/zvgentl/grabbers.yaml", "chosen");
     const Variable variable{folder_variable, home.file("chosen").string()};
     EXPECT_EQ("chosen", ConfigurationFile::find().text);
 }
 
 TEST_F(AUser, KeepsTheUsualFolderWhenTheChosenOneIsRelative)
 {
-    write(usual_file, "usual");
+    home.write(usual_file, "usual");
     const Variable variable{folder_variable, "chosen"};
     EXPECT_EQ("usual", ConfigurationFile::find().text);
 }
 
 TEST_F(AUser, CanNameAnyFile)
 {
-    write(usual_file, "usual");
-    write(home.file("any.yaml"), "any");
+    home.write(usual_file, "usual");
+    home.write("any.yaml", "any");
     const Variable variable{"ZV_GRABBER_CONFIG", home.file("any.yaml").string()};
     EXPECT_EQ("any", ConfigurationFile::find().text);
 }
@@ -361,9 +355,9 @@ TEST_F(AnUnreadableFile, IsReportedWithItsReason)
     expect_problem("any.yaml", " ZV_GRABBER_CONFIG must be an absolute path");
     expect_problem(home.file("none.yaml"), " cannot be found: No such file~");
     expect_problem(home.path(), " not a regular file");
-    write(home.file("long.yaml"), std::string(3 * zvsim::YamlDocument::largest_text, '#'));
+    home.write("long.yaml", std::string(3 * zvsim::YamlDocument::largest_text, '#'));
     expect_problem(home.file("long.yaml"), " the file is larger than 1 MiB; allowed: up to 1 MiB");
-    write(home.file("binary.yaml"), {"\x7F\x45LF\0\0", 6});
+    home.write("binary.yaml", {"\x7F\x45LF\0\0", 6});
     expect_problem(home.file("binary.yaml"), "1: character 127 is not text; allowed: YAML in UTF-8");
 }
 
@@ -378,7 +372,7 @@ TEST_F(AnUnreadableFile, MayBeADeviceAPipeOrALinkToItself)
 
 TEST_F(AnUnreadableFile, MayBeOneThatItsOwnerKeepsPrivate)
 {
-    write(home.file("secret.yaml"), "grabbers: []");
+    home.write("secret.yaml", "grabbers: []");
     fs::permissions(home.file("secret.yaml"), fs::perms::none);
     if (std::ifstream{home.file("secret.yaml")})
         GTEST_SKIP() << "this user may read everything";

@@ -5,8 +5,8 @@
 
 #include "zvgr/FrameStamp.h"
 
+#include "unit/simulator/configured_camera.h"
 #include "unit/simulator/faults.h"
-#include "unit/simulator/register_calls.h"
 
 // Faults of calls that succeed with wrong results, and of frames.
 

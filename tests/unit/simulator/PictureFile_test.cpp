@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -20,12 +18,6 @@ using namespace zvsim_test;
 using Bytes = std::vector<unsigned char>;
 using testing::HasSubstr;
 using zvsim::PictureFolder;
-
-std::string content_of(const std::filesystem::path& file)
-{
-    std::ifstream stream{file, std::ios::binary};
-    return {std::istreambuf_iterator<char>{stream}, {}};
-}
 
 /// A new folder for the files of a test.
 class PictureFile : public testing::Test {
@@ -196,7 +188,7 @@ protected:
             write_tiff(file, picture);
         else
             write_png(file, picture);
-        return content_of(file);
+        return text_of(file);
     }
 
     bool is_read(const std::string& content) const
@@ -252,11 +244,7 @@ class PictureFolders : public testing::Test {
 protected:
     void write(const std::string& name, uint32_t columns, uint32_t rows, Pixels pixels = Pixels::grey_8) const
     {
-        const TestPicture picture = test_picture(columns, rows, pixels, 1);
-        if (name.find(".png") != std::string::npos)
-            write_png(folder.file(name), picture);
-        else
-            write_tiff(folder.file(name), picture);
+        write_picture(folder.file(name), test_picture(columns, rows, pixels, 1));
     }
 
     const Folder folder;
@@ -315,11 +303,7 @@ struct PlayedFolder {
         std::filesystem::create_directory(folder.file("3.png"));
         for (const unsigned number : {1U, 2U, 0U}) {
             const TestPicture picture = test_picture(width, height, pixels, number);
-            const auto file = folder.file(std::to_string(number) + extension);
-            if (extension == ".png" || extension == ".PNG")
-                write_png(file, picture);
-            else
-                write_tiff(file, picture);
+            write_picture(folder.file(std::to_string(number) + extension), picture);
             pictures[number] = picture.in_memory();
         }
         std::vector<std::string> warnings;

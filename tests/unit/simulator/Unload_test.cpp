@@ -1,5 +1,3 @@
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <thread>
 
@@ -66,20 +64,18 @@ TEST(Unload, WithEverythingOpenLeavesNothing)
     EXPECT_TRUE(threads_become(before));
 }
 
-class UnloadOfStream : public testing::TestWithParam<Mode> {};
-
-INSTANTIATE_TEST_SUITE_P(Unload, UnloadOfStream, testing::Values(Mode::queued, Mode::cyclic), name_of_mode);
-
-TEST_P(UnloadOfStream, EndsItFirst)
+TEST(Unload, EndsStreamsFirst)
 {
-    const size_t before = resting_threads();
-    Loaded loaded;
-    loaded.start(GetParam());
-    EXPECT_TRUE(loaded.receiver.wait_for(5));
-    loaded.library.unload();
-    loaded.receiver.expect_silence();
-    EXPECT_FALSE(LoadedLibrary::is_mapped());
-    EXPECT_TRUE(threads_become(before));
+    for (const Mode mode : {Mode::queued, Mode::cyclic}) {
+        const size_t before = resting_threads();
+        Loaded loaded;
+        loaded.start(mode);
+        EXPECT_TRUE(loaded.receiver.wait_for(5));
+        loaded.library.unload();
+        loaded.receiver.expect_silence();
+        EXPECT_FALSE(LoadedLibrary::is_mapped());
+        EXPECT_TRUE(threads_become(before));
+    }
 }
 
 TEST(Unload, WaitsForACallbackThatDeletedItsStream)
@@ -191,12 +187,6 @@ public:
                                               folder.file("grabber.log").string() + "\n");
     }
 
-    std::string text() const
-    {
-        std::ifstream file{folder.file("grabber.log")};
-        return {std::istreambuf_iterator<char>{file}, {}};
-    }
-
     const Folder folder;
 
 private:
@@ -220,7 +210,7 @@ TEST(Log, HasWarningsAndEachErrorOfAConfigurationOnce)
             EXPECT_EQ(0U, count);
         }
     }
-    const std::string text = log.text();
+    const std::string text = text_of(log.folder.file("grabber.log"));
     const std::string error =
         file + ":2: unknown grabber key \"nmae\"; did you mean name? Allowed: name, protocol";
     EXPECT_THAT(text, testing::HasSubstr("ZV_GRABBER_RATE=very fast is ignored"));

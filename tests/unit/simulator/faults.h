@@ -1,8 +1,5 @@
 #pragma once
 
-#include <fstream>
-#include <sstream>
-
 #include "unit/simulator/fixtures.h"
 
 // What the tests of faults begin with: a configuration file and a grabber library that has read it.
@@ -54,12 +51,6 @@ protected:
     }
 
     const Folder& folder() const { return m_file.folder; }
-    static std::string text_of(const std::filesystem::path& file)
-    {
-        std::stringstream text;
-        text << std::ifstream{file}.rdbuf();
-        return text.str();
-    }
 
 private:
     static constexpr const char* grabbers = R"(demo_grabber: false

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -77,9 +78,16 @@ Folder::~Folder()
     std::filesystem::remove_all(m_path, ignored);
 }
 
-void Folder::write(const std::string& name, const std::string& content) const
+void Folder::write(const std::filesystem::path& name, const std::string& content) const
 {
-    std::ofstream{file(name), std::ios::binary} << content;
+    std::filesystem::create_directories((m_path / name).parent_path());
+    std::ofstream{m_path / name, std::ios::binary} << content;
+}
+
+std::string text_of(const std::filesystem::path& file)
+{
+    std::ifstream stream{file, std::ios::binary};
+    return {std::istreambuf_iterator<char>{stream}, {}};
 }
 
 Variable::Variable(std::string name, const std::string& value) : m_name{std::move(name)}
@@ -174,6 +182,15 @@ void write_tiff(const std::filesystem::path& file, const TestPicture& picture, c
              ++row, from += row_size)
             TIFFWriteScanline(tiff.get(), pixels.data() + from, row, static_cast<uint16_t>(plane));
     }
+}
+
+void write_picture(const std::filesystem::path& file, const TestPicture& picture)
+{
+    const std::string extension = file.extension().string();
+    if (extension == ".png" || extension == ".PNG")
+        write_png(file, picture);
+    else
+        write_tiff(file, picture);
 }
 
 } // namespace zvsim_test

@@ -23,11 +23,14 @@ public:
 
     const std::filesystem::path& path() const { return m_path; }
     std::filesystem::path file(const std::string& name) const { return m_path / name; }
-    void write(const std::string& name, const std::string& content) const;
+    /// With the folders that lead to the file.
+    void write(const std::filesystem::path& name, const std::string& content) const;
 
 private:
     std::filesystem::path m_path;
 };
+
+std::string text_of(const std::filesystem::path& file);
 
 /// An environment variable for the length of a test; afterwards it is as before.
 class Variable {
@@ -67,5 +70,8 @@ void write_png(const std::filesystem::path& file, const TestPicture& picture);
 void write_tiff(
     const std::filesystem::path& file, const TestPicture& picture, const char* mode = "w",
     const std::function<void(TIFF*)>& change = [](TIFF*) {});
+
+/// A PNG file or a TIFF file, as its name says.
+void write_picture(const std::filesystem::path& file, const TestPicture& picture);
 
 } // namespace zvsim_test
