@@ -175,6 +175,10 @@ const std::pair<std::string, const char*> mistakes[] = {
     {"demo_grabber: maybe\ngrabbers:\n  - name: [x]\n    cameras:\n      - gain: loud\n        rate: 0\n"
      "  - colour: red\n",
      "grabbers.yaml:3: ~\ngrabbers.yaml:6: ~\ngrabbers.yaml:5: ~\ngrabbers.yaml:7: ~\ngrabbers.yaml:1: ~"},
+    {camera_text("vendor:\nmodel: [x]\ngain: {}"),
+     "grabbers.yaml:4: vendor is empty; allowed: 0 to 64 ~\ngrabbers.yaml:5: model is a list; allowed: 0 to "
+     "64 ~\n"
+     "grabbers.yaml:6: gain is a section with keys; allowed: a number from -12 to 48"},
     {"grabbers:\n" + repeated("  - count: 0\n", 30),
      "grabbers.yaml:2: ~\ngrabbers.yaml:21: ~\ngrabbers.yaml: 10 more errors"},
 

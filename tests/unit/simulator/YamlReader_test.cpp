@@ -61,25 +61,6 @@ TEST(YamlReader, UnknownKeysThatResembleNoneAreReportedWithAllKeys)
                 Like("lamp.yaml:1: unknown lamp key \"temperature\"; allowed: color, ~"));
 }
 
-TEST(YamlReader, ReadingGoesOnAfterAnErrorAndReportsAll)
-{
-    Lamp lamp{"height: high\npower: [1]\nswitched_on: yes\ncolor:\n"};
-    int height = 5;
-    double power = 1;
-    bool is_on = false;
-    std::string color;
-    EXPECT_FALSE(lamp.map.integer("height", height, 1, 9));
-    EXPECT_FALSE(lamp.map.number("power", power, 0.5, 100));
-    EXPECT_FALSE(lamp.map.flag("switched_on", is_on));
-    EXPECT_FALSE(lamp.map.text("color", color, 5, 1));
-    EXPECT_EQ("lamp.yaml:1: height is \"high\"; allowed: a whole number from 1 to 9\n"
-              "lamp.yaml:2: power is a list; allowed: a number from 0.5 to 100\n"
-              "lamp.yaml:3: switched_on is \"yes\"; allowed: true, false\n"
-              "lamp.yaml:4: color is empty; allowed: 1 to 5 printable ASCII characters",
-              lamp.reported());
-    EXPECT_EQ(5, height);
-}
-
 /// Reads a value in spellings that it takes, and in others, which leave the target alone.
 template <class Value, class Read>
 void expect_readings(const std::string& key, const Read& read,
@@ -174,18 +155,6 @@ TEST(YamlReader, WhatIsNotASectionIsReportedOnceAndHasNoKeys)
     EXPECT_FALSE(lamp.map.has("color"));
     EXPECT_THAT(lamp.reported(),
                 Like("lamp.yaml:1: the file is a list; allowed: a section with lamp keys: color, ~"));
-}
-
-TEST(YamlReader, ErrorsBeyondTheMostAreCounted)
-{
-    YamlErrors errors{"many.yaml"};
-    for (int line = 1; line <= 25; ++line)
-        errors.add(line, "wrong");
-    const auto lines = errors.lines();
-    ASSERT_EQ(YamlErrors::most + 1, lines.size());
-    EXPECT_EQ("many.yaml:20: wrong", lines[19]);
-    EXPECT_EQ("many.yaml: 5 more errors", lines[20]);
-    EXPECT_EQ(25U, errors.count());
 }
 
 TEST(YamlReader, QuotedTextsAreShortAndPrintable)
