@@ -15,6 +15,7 @@ namespace {
 
 using namespace zvsim_test;
 using testing::ElementsAre;
+using testing::StartsWith;
 
 TEST_F(ConfiguredCamera, SaysWhoItIs)
 {
@@ -261,20 +262,6 @@ constexpr uint64_t gain = 0x4000;             // a gap behind it
 constexpr uint64_t description = 0x10000000;
 constexpr uint64_t statistics_reset = 0x2098; // of a grabber
 
-std::string url_of(uint32_t handle)
-{
-    char url[zv_url_capacity] = "";
-    uint64_t size = sizeof url;
-    EXPECT_EQ(success, ZVGR_GetXmlUrl(handle, url, &size));
-    EXPECT_EQ(std::strlen(url) + 1, size);
-    return url;
-}
-
-uint32_t length_in(const std::string& url)
-{
-    return static_cast<uint32_t>(std::stoul(url.substr(url.rfind(';') + 1), nullptr, 16));
-}
-
 struct ReadRow {
     const char* name;
     uint64_t address;
@@ -414,14 +401,17 @@ TEST_F(OpenCamera, RegistersAreOutOfReachUnlessTheCameraIsOpen)
 
 TEST_F(QueuedStream, EveryHandleHasADescription)
 {
-    EXPECT_EQ(0U, url_of(camera).rfind("Local:ZV_Camera_SoftCam_CX_640.xml;10000000;", 0));
-    EXPECT_EQ(url_of(camera), url_of(stream));
-    EXPECT_EQ(0U, url_of(grabber).rfind("Local:ZV_Grabber_Software_Grabber_CXP_2.xml;10000000;", 0));
+    const Url of_camera{camera};
+    EXPECT_EQ(success, of_camera.status);
+    EXPECT_EQ(of_camera.text().size() + 1, of_camera.size);
+    EXPECT_THAT(of_camera.text(), StartsWith("Local:ZV_Camera_SoftCam_CX_640.xml;10000000;"));
+    EXPECT_EQ(of_camera.text(), Url{stream}.text());
+    EXPECT_THAT(Url{grabber}.text(), StartsWith("Local:ZV_Grabber_Software_Grabber_CXP_2.xml;10000000;"));
 }
 
 TEST_F(OpenCamera, OneReadServesAWholeDescriptionThatCannotBeWritten)
 {
-    const uint32_t length = length_in(url_of(camera));
+    const uint32_t length = Url{camera}.length();
     for (const uint32_t asked : {length, length + 8}) {
         const Transfer read = read_camera(camera, description, asked);
         EXPECT_EQ(success, read.status);
@@ -439,7 +429,7 @@ TEST_F(OpenCamera, OneReadServesAWholeDescriptionThatCannotBeWritten)
 
 TEST_F(OpenGrabber, OneReadServesTheDescriptionOfAGrabber)
 {
-    const uint32_t length = length_in(url_of(grabber));
+    const uint32_t length = Url{grabber}.length();
     const Transfer read = read_grabber(grabber, description, length + 8);
     EXPECT_EQ(success, read.status);
     EXPECT_EQ(length, read.size);
@@ -448,7 +438,7 @@ TEST_F(OpenGrabber, OneReadServesTheDescriptionOfAGrabber)
 TEST_F(OpenGrabber, AUrlNeedsRoom)
 {
     char url[zv_url_capacity] = "unchanged";
-    const uint64_t needed = url_of(grabber).size() + 1;
+    const uint64_t needed = Url{grabber}.size;
     uint64_t size = needed - 1;
     EXPECT_NE(success, ZVGR_GetXmlUrl(grabber, url, &size));
     EXPECT_EQ(0U, size);

@@ -270,30 +270,23 @@ TEST(ConfigurationVariables, HoldForAllCamerasOfTheFile)
 {
     Environment environment =
         environment_with("grabbers: [{count: 2, cameras: [{rate: free-running, width: 8, offset_x: 80}]}]\n");
-    environment.rate = "10";
     environment.size = "101x50";
     environment.pixel_format = "BayerRG12";
-    for (const CameraModel& camera : cameras_with(environment)) {
-        EXPECT_TRUE(camera.start.is_rate_set);
-        EXPECT_EQ(10, camera.start.frames_per_second);
-        EXPECT_EQ("101x50 100x50 0x0 BayerRG12 of 1", picture_of(camera));
+    for (const char* const rate : {"0", "12.5", "1000", "0.001", "100000"}) {
+        environment.rate = rate;
+        for (const CameraModel& camera : cameras_with(environment)) {
+            EXPECT_EQ(std::stod(rate), camera.start.is_rate_set ? camera.start.frames_per_second : 0);
+            EXPECT_EQ("101x50 100x50 0x0 BayerRG12 of 1", picture_of(camera));
+        }
     }
 }
 
-TEST(ConfigurationVariables, TakeTheirLimits)
+TEST(ConfigurationVariables, TakeTheSmallestAndTheLargestSize)
 {
     Environment environment;
     environment.size = "2x16384"; // one step of Mono12p, which the first camera offers
     for (const CameraModel& camera : cameras_with(environment))
         EXPECT_EQ(2U, camera.start.width);
-    environment.pixel_format = "Mono16";
-    for (const char* const rate : {"0", "12.5", "1000", "0.001", "100000"}) {
-        environment.rate = rate;
-        for (const CameraModel& camera : cameras_with(environment)) {
-            EXPECT_EQ(std::stod(rate), camera.start.is_rate_set ? camera.start.frames_per_second : 0);
-            EXPECT_EQ("2x16384 2x16384 0x0 Mono16 of 1", picture_of(camera));
-        }
-    }
 }
 
 TEST_F(ConfigurationPictures, OfAVariableSetSizeAndFormatWhateverTheOtherVariables)

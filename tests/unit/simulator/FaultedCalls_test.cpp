@@ -139,12 +139,6 @@ TEST_F(FaultedCalls, ASwitchInTheFileOrAVariableTurnsFaultsOff)
     EXPECT_EQ(3u, scan());
 }
 
-TEST_F(FaultedCalls, AFileWithAMistakeHasNoGrabbersAndNoFaults)
-{
-    plan("faults: [{kind: scan-fails}, {kind: nothing-like-it}]");
-    EXPECT_EQ(0u, scan());
-}
-
 class FaultedCallLog : public Faulty {
 protected:
     ~FaultedCallLog() override

@@ -22,35 +22,6 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
-constexpr size_t url_space = 260;
-
-/// A URL and what lies behind the memory that the library was given.
-struct Url {
-    std::array<char, url_space + 40> memory;
-    uint64_t size{url_space};
-    uint32_t status{0};
-
-    explicit Url(uint32_t handle)
-    {
-        memory.fill('~');
-        status = ZVGR_GetXmlUrl(handle, memory.data(), &size);
-    }
-    std::string text() const { return {memory.data(), strnlen(memory.data(), url_space)}; }
-    uint64_t address() const { return field(2); }
-    uint32_t length() const { return static_cast<uint32_t>(field(1)); }
-
-private:
-    /// Counted from the end.
-    uint64_t field(int number) const
-    {
-        const std::string url = text();
-        size_t at = std::string::npos;
-        for (; number > 0; --number)
-            at = url.rfind(';', at - 1);
-        return std::stoull(url.substr(at + 1), nullptr, 16);
-    }
-};
-
 using FaultedAnswers = Faulty;
 
 TEST_F(FaultedAnswers, MoreGrabbersCanBeReportedThanThereAre)
@@ -168,7 +139,7 @@ TEST_F(FaultedAnswers, AUrlCanBeEmptyGarbageOrTooLongWithinItsMemory)
         EXPECT_EQ(success, url.status) << row.kind;
         EXPECT_THAT(url.text(), row.text) << row.kind;
         EXPECT_EQ(row.size, url.size) << row.kind;
-        EXPECT_THAT(std::vector<char>(url.memory.begin() + url_space, url.memory.end()), Each('~'))
+        EXPECT_THAT(std::vector<char>(url.memory.begin() + zv_url_capacity, url.memory.end()), Each('~'))
             << row.kind;
     }
 }

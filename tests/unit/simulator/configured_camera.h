@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstring>
 #include <string>
 
@@ -97,6 +98,33 @@ inline double float_from(const Bytes& bytes)
     std::memcpy(&number, &bits, sizeof number);
     return number;
 }
+
+/// A URL and what lies behind the memory that the library was given.
+struct Url {
+    std::array<char, zv_url_capacity + 40> memory;
+    uint64_t size{zv_url_capacity};
+    uint32_t status{0};
+
+    explicit Url(uint32_t handle)
+    {
+        memory.fill('~');
+        status = ZVGR_GetXmlUrl(handle, memory.data(), &size);
+    }
+    std::string text() const { return {memory.data(), strnlen(memory.data(), zv_url_capacity)}; }
+    uint64_t address() const { return field(2); }
+    uint32_t length() const { return static_cast<uint32_t>(field(1)); }
+
+private:
+    /// Counted from the end.
+    uint64_t field(int number) const
+    {
+        const std::string url = text();
+        size_t at = std::string::npos;
+        for (; number > 0; --number)
+            at = url.rfind(';', at - 1);
+        return std::stoull(url.substr(at + 1), nullptr, 16);
+    }
+};
 
 /// What a consumer can do with a register.
 enum class Access {
