@@ -253,7 +253,6 @@ TEST_F(ConfiguredCamera, HasTheSettingsOfPowerOnWhenTheConfigurationIsReadAgain)
 }
 
 // Places of camera registers.
-constexpr uint64_t vendor_name = 0x1000;
 constexpr uint64_t user_id = 0x1100;
 constexpr uint64_t sensor_width = 0x2000;
 constexpr uint64_t width = 0x2008;

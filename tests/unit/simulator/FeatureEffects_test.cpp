@@ -17,18 +17,18 @@ constexpr int white = 6;
 constexpr int grey = 7;
 constexpr int black = 5;
 
-TEST_F(ConfiguredCamera, SizesSetThePayload)
+TEST_F(ConfiguredCamera, SizesAndFormatSetThePayload)
 {
+    set("TestPattern", white);
     EXPECT_EQ(66U * 50U, number("PayloadSize"));
-    set("Width", 20);
-    set("Height", 10);
-    EXPECT_EQ(200U, number("PayloadSize"));
-    EXPECT_EQ(200U, stream_info(stream, zv_stream_payload_now));
+    set_picture(20, 10, 0, 0);
+    for (const auto& [format, size] : {std::pair{mono8, 200U}, {mono16, 400U}, {mono12p, 300U}}) {
+        set("PixelFormat", format);
+        EXPECT_EQ(size, number("PayloadSize"));
+        EXPECT_EQ(size, stream_info(stream, zv_stream_payload_now));
+        EXPECT_EQ(std::vector<unsigned char>(size, 0xFF), frame());
+    }
     EXPECT_EQ(66U * 50U, stream_info(stream, zv_stream_payload_at_creation));
-    set("PixelFormat", mono16);
-    EXPECT_EQ(400U, number("PayloadSize"));
-    set("PixelFormat", mono12p);
-    EXPECT_EQ(300U, number("PayloadSize"));
     EXPECT_EQ(300U, stream_info(create_stream(camera), zv_stream_payload_at_creation));
 }
 
@@ -41,16 +41,6 @@ TEST_F(ConfiguredCamera, SizeAndOffsetCutThePictureOut)
     for (size_t y = 0; y < 10; ++y) {
         for (size_t x = 0; x < 20; ++x)
             ASSERT_EQ(whole[(y + 11) * 66 + x + 7], part[y * 20 + x]) << x << " " << y;
-    }
-}
-
-TEST_F(ConfiguredCamera, TheFormatIsThatOfThePixels)
-{
-    set("TestPattern", white);
-    const std::pair<int, size_t> rows[] = {{mono8, 3300}, {mono16, 6600}, {mono12p, 4950}};
-    for (const auto& [format, size] : rows) {
-        set("PixelFormat", format);
-        EXPECT_EQ(std::vector<unsigned char>(size, 0xFF), frame());
     }
 }
 
