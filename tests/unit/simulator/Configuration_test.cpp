@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -21,10 +20,13 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using namespace zvsim;
 using namespace zvsim_test;
+using nlohmann::json;
 using testing::AllOf;
+using testing::ContainerEq;
 using testing::ElementsAre;
 using testing::Field;
 using testing::HasSubstr;
@@ -358,12 +360,6 @@ TEST(ConfigurationVariables, ThatACameraCannotFollowLeaveItAloneWithAWarning)
     }
 }
 
-namespace fs = std::filesystem;
-using nlohmann::json;
-using testing::ContainerEq;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using zvsim_test::configured_by;
 using Words = std::vector<std::string>;
 
 const fs::path project{ZV_PROJECT_FOLDER};

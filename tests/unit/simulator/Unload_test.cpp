@@ -47,14 +47,10 @@ TEST(Unload, LeavesNothingAfterEverythingWasClosed)
     }
 }
 
-TEST(Unload, OfAnUnusedLibraryIsHarmless)
+TEST(Unload, LeavesNothingWhetherOrNotTheLibraryWasUsed)
 {
     LoadedLibrary{}.unload();
     EXPECT_FALSE(LoadedLibrary::is_mapped());
-}
-
-TEST(Unload, WithEverythingOpenLeavesNothing)
-{
     const size_t before = resting_threads();
     {
         Loaded loaded;

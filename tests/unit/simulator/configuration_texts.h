@@ -1,7 +1,7 @@
 #pragma once
 
-#include <algorithm>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,13 +44,9 @@ inline std::string camera_text(const std::string& keys)
 {
     std::string text{"demo_grabber: false\ngrabbers:\n  - cameras:\n"};
     std::string start{"      - "};
-    size_t at = 0;
-    while (at < keys.size()) {
-        const size_t end = std::min(keys.find('\n', at), keys.size());
-        text += start + keys.substr(at, end - at) + "\n";
-        start.assign(8, ' ');
-        at = end + 1;
-    }
+    std::istringstream lines{keys};
+    for (std::string line; std::getline(lines, line); start.assign(8, ' '))
+        text += start + line + "\n";
     return text;
 }
 
