@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <atomic>
 #include <memory>
+#include <thread>
 #include <utility>
 
 #include "modules/BufferPool.h"
@@ -12,50 +15,33 @@ using zvgentl::PinnedBuffer;
 
 namespace {
 
-class Pool : public CameraStream {
+class Pool : public LooseStream {
 protected:
-    void SetUp() override
-    {
-        CameraStream::SetUp();
-        fake.allow_handle(ZV_NO_HANDLE); // the stream is closed
-    }
+    static constexpr size_t size = 1000;
 
-    void TearDown() override
+    std::unique_ptr<BufferModule> make(uint64_t library_handle, void* memory = nullptr,
+                                       uint64_t bytes = size) const
     {
-        pool.clear();
-        CameraStream::TearDown();
+        return std::make_unique<BufferModule>(*stream, memory, bytes, library_handle, nullptr);
     }
-
-    std::unique_ptr<BufferModule> make(uint64_t library_handle, void* memory, uint64_t size)
-    {
-        return std::make_unique<BufferModule>(*stream, memory, size, library_handle, nullptr);
-    }
-    BufferModule* add(uint64_t library_handle = 0) { return pool.add(make(library_handle, m_memory, 8)); }
-    BufferModule* add_mapped(uint64_t library_handle)
-    {
-        return pool.add_mapped(make(library_handle, m_memory, 8));
-    }
+    BufferModule* add() { return pool.add(make(0)); }
+    BufferModule* add_mapped(uint64_t library_handle) { return pool.add_mapped(make(library_handle)); }
 
     BufferPool pool;
-
-private:
-    uint8_t m_memory[8]{};
 };
 
 TEST_F(Pool, FindsNothingWhenItIsEmpty)
 {
-    int stranger = 0;
     EXPECT_EQ(0U, pool.size());
-    EXPECT_FALSE(pool.holds(nullptr));
-    EXPECT_FALSE(pool.holds(&stranger));
-    EXPECT_FALSE(pool.find(&stranger));
-    EXPECT_FALSE(pool.find(nullptr));
+    for (const void* const stranger : {static_cast<const void*>(this), static_cast<const void*>(nullptr)}) {
+        EXPECT_FALSE(pool.holds(stranger));
+        EXPECT_FALSE(pool.find(stranger));
+        EXPECT_FALSE(pool.remove(stranger));
+    }
     EXPECT_FALSE(pool.at(0));
     EXPECT_FALSE(pool.find_memory(nullptr, 0));
     EXPECT_FALSE(pool.find_library_handle(0));
     EXPECT_FALSE(pool.take_first_input());
-    EXPECT_FALSE(pool.remove(&stranger));
-    EXPECT_FALSE(pool.remove(nullptr));
     pool.clear();
 }
 
@@ -63,13 +49,19 @@ TEST_F(Pool, FindsBuffersByAddressAndPosition)
 {
     BufferModule* const first = add();
     BufferModule* const second = add();
-    EXPECT_EQ(2U, pool.size());
+    BufferModule* const third = add();
+    EXPECT_EQ(3U, pool.size());
     EXPECT_TRUE(pool.holds(second));
     EXPECT_EQ(second, pool.find(second).get());
-    EXPECT_EQ(first, pool.at(0).get());
     EXPECT_EQ(second, pool.at(1).get());
-    EXPECT_FALSE(pool.at(2));
+    EXPECT_FALSE(pool.at(3));
     EXPECT_FALSE(pool.at(SIZE_MAX));
+
+    EXPECT_TRUE(pool.remove(second));
+    EXPECT_FALSE(pool.remove(second));
+    EXPECT_EQ(2U, pool.size());
+    EXPECT_EQ(first, pool.at(0).get());
+    EXPECT_EQ(third, pool.at(1).get()) << "it moved up";
 }
 
 TEST_F(Pool, FindsTheFirstBufferWithMemoryAndSize)
@@ -86,7 +78,7 @@ TEST_F(Pool, FindsTheFirstBufferWithMemoryAndSize)
 
 TEST_F(Pool, FindsOnlyMappedBuffersByTheirLibraryHandle)
 {
-    add(5);
+    pool.add(make(5));
     EXPECT_FALSE(pool.find_library_handle(5));
     BufferModule* const mapped = add_mapped(0x100000005);
     EXPECT_EQ(mapped, pool.find_library_handle(0x100000005).get());
@@ -96,11 +88,11 @@ TEST_F(Pool, FindsOnlyMappedBuffersByTheirLibraryHandle)
 TEST_F(Pool, FindsTheLatestBufferOfALibraryHandle)
 {
     BufferModule* const old = add_mapped(5);
-    BufferModule* const renewed = add_mapped(5);
-    EXPECT_EQ(renewed, pool.find_library_handle(5).get());
+    BufferModule* const latest = add_mapped(5);
+    EXPECT_EQ(latest, pool.find_library_handle(5).get());
     EXPECT_TRUE(pool.remove(old));
-    EXPECT_EQ(renewed, pool.find_library_handle(5).get()) << "the entry is no longer the old one's";
-    EXPECT_TRUE(pool.remove(renewed));
+    EXPECT_EQ(latest, pool.find_library_handle(5).get()) << "the entry no longer belongs to the old buffer";
+    EXPECT_TRUE(pool.remove(latest));
     EXPECT_FALSE(pool.find_library_handle(5));
 }
 
@@ -115,46 +107,25 @@ TEST_F(Pool, FindsNothingForALateCallback)
     pool.clear();
     EXPECT_FALSE(pool.find_library_handle(6));
     EXPECT_EQ(0U, pool.size());
-    BufferModule* const again = add_mapped(5);
-    EXPECT_EQ(again, pool.find_library_handle(5).get());
+    BufferModule* const later = add_mapped(5);
+    EXPECT_EQ(later, pool.find_library_handle(5).get());
 }
 
-TEST_F(Pool, TakesInputBuffersInPoolOrder)
+TEST_F(Pool, CountsAndTakesInputBuffersInPoolOrder)
 {
     BufferModule* const first = add();
     BufferModule* const second = add();
     BufferModule* const third = add();
     third->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
     second->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
+    EXPECT_EQ(2U, pool.count_if([](const BufferModule& buffer) {
+        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT;
+    }));
     EXPECT_EQ(second, pool.take_first_input().get());
     EXPECT_EQ(BUFFER_QUEUE_TYPE::OUTPUT, second->get_Queue());
     EXPECT_EQ(third, pool.take_first_input().get());
     EXPECT_FALSE(pool.take_first_input());
     EXPECT_EQ(BUFFER_QUEUE_TYPE::GENERAL, first->get_Queue());
-}
-
-TEST_F(Pool, CountsBuffersThatSatisfyACondition)
-{
-    add()->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
-    add();
-    add()->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
-    EXPECT_EQ(2U, pool.count_if([](const BufferModule& buffer) {
-        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT;
-    }));
-    EXPECT_EQ(3U, pool.count_if([](const BufferModule&) { return true; }));
-    EXPECT_EQ(0U, pool.count_if([](const BufferModule&) { return false; }));
-}
-
-TEST_F(Pool, MovesLaterBuffersUpWhenOneGoes)
-{
-    BufferModule* const first = add();
-    BufferModule* const second = add();
-    BufferModule* const third = add();
-    EXPECT_TRUE(pool.remove(second));
-    EXPECT_FALSE(pool.remove(second));
-    EXPECT_EQ(first, pool.at(0).get());
-    EXPECT_EQ(third, pool.at(1).get());
-    EXPECT_EQ(2U, pool.size());
 }
 
 TEST_F(Pool, HandsAPinOnWhenItIsMoved)
@@ -163,7 +134,7 @@ TEST_F(Pool, HandsAPinOnWhenItIsMoved)
     PinnedBuffer first = pool.find(buffer);
     PinnedBuffer second(std::move(first));
     EXPECT_EQ(buffer, second.get());
-    EXPECT_EQ(buffer->get_Size(), second->get_Size());
+    EXPECT_EQ(size, second->get_Size());
     EXPECT_EQ(buffer, &*second);
     PinnedBuffer third;
     EXPECT_FALSE(third);
@@ -173,6 +144,109 @@ TEST_F(Pool, HandsAPinOnWhenItIsMoved)
     EXPECT_EQ(buffer, third.get());
     third = PinnedBuffer();
     EXPECT_TRUE(pool.remove(buffer)) << "a pin was left behind";
+}
+
+/// Whoever works on a buffer keeps it alive with a pin, and whoever removes it waits.
+class PoolThreads : public Pool {
+protected:
+    /// Returns once the pool no longer holds the buffer. The thread that removes it takes it out and starts
+    /// to wait for its pins under one lock, so by now it waits, or has finished.
+    void wait_until_taken_out(const BufferModule* buffer) const
+    {
+        while (pool.holds(buffer))
+            std::this_thread::yield();
+    }
+};
+
+TEST_F(PoolThreads, RemovingWaitsForTheLastPin)
+{
+    BufferModule* const buffer = add_mapped(5);
+    std::atomic<bool> is_removed{false};
+    PinnedBuffer first = pool.find_library_handle(5);
+    PinnedBuffer second = pool.at(0);
+    std::thread remover([&] {
+        EXPECT_TRUE(pool.remove(buffer));
+        is_removed = true;
+    });
+    wait_until_taken_out(buffer);
+    EXPECT_FALSE(pool.find_library_handle(5)) << "a late callback";
+    EXPECT_FALSE(pool.remove(buffer)) << "the other thread does that";
+    EXPECT_EQ(0U, pool.size());
+    BufferModule* const added = add_mapped(6);
+    EXPECT_EQ(added, pool.find_library_handle(6).get());
+    first = PinnedBuffer();
+    EXPECT_FALSE(is_removed.load());
+    std::fill_n(static_cast<uint8_t*>(second->get_Memory()), size, uint8_t{1}); // still there to be written
+    EXPECT_EQ(size, second->get_Size());
+    second = PinnedBuffer();
+    remover.join();
+    EXPECT_EQ(1U, pool.size());
+}
+
+TEST_F(PoolThreads, ClearingWaitsForEveryPin)
+{
+    BufferModule* const first = add_mapped(5);
+    BufferModule* const second = add_mapped(6);
+    std::atomic<bool> is_cleared{false};
+    std::thread clearer;
+    {
+        const PinnedBuffer of_second = pool.find(second);
+        {
+            const PinnedBuffer of_first = pool.find(first);
+            clearer = std::thread([&] {
+                pool.clear();
+                is_cleared = true;
+            });
+            wait_until_taken_out(first);
+            EXPECT_TRUE(pool.holds(second)) << "in order";
+        }
+        wait_until_taken_out(second);
+        EXPECT_FALSE(is_cleared.load());
+        EXPECT_EQ(size, of_second->get_Size());
+    }
+    clearer.join();
+    EXPECT_EQ(0U, pool.size());
+}
+
+TEST_F(PoolThreads, APinOfOneBufferDoesNotKeepAnother)
+{
+    const PinnedBuffer pin = pool.find(add());
+    EXPECT_TRUE(pool.remove(add())); // would never return
+}
+
+/// A callback that takes buffers, a consumer that queues them, and one that replaces them, all at once.
+TEST_F(PoolThreads, SurvivesEverythingAtOnce)
+{
+    constexpr int rounds = 2000;
+    for (uint64_t i = 1; i <= 8; ++i)
+        add_mapped(i);
+    std::atomic<bool> is_over{false};
+    std::thread callback([&] {
+        for (uint64_t i = 0; !is_over.load(); ++i) {
+            if (const PinnedBuffer taken = pool.take_first_input())
+                std::fill_n(static_cast<uint8_t*>(taken->get_Memory()), size, uint8_t{2});
+            if (const PinnedBuffer found = pool.find_library_handle(i % 8 + 1))
+                found->set_Frame(i, i);
+        }
+    });
+    std::thread queueing([&] {
+        for (size_t i = 0; !is_over.load(); ++i) {
+            if (const PinnedBuffer buffer = pool.at(i % 8))
+                buffer->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
+        }
+    });
+    for (int i = 0; i < rounds; ++i) {
+        const BufferModule* const oldest = pool.at(0).get();
+        const uint64_t library_handle = pool.find(oldest)->get_GrabberHandle();
+        EXPECT_TRUE(pool.remove(oldest));
+        add_mapped(library_handle);
+    }
+    is_over = true;
+    callback.join();
+    queueing.join();
+    EXPECT_EQ(8U, pool.size());
+    for (uint64_t i = 1; i <= 8; ++i)
+        EXPECT_TRUE(pool.find_library_handle(i)) << i;
 }
 
 } // namespace

@@ -34,7 +34,7 @@ protected:
     BufferQueue queue;
 
 private:
-    std::array<long, 5000> m_things{};
+    std::array<long, 2000> m_things{};
 };
 
 // How many pointers fit before a queue asks for memory.
@@ -53,14 +53,6 @@ TEST_F(BufferQueueTest, GivesTheOldestFirstAlsoNullAndTwice)
     expect_and_pop(1, 2);
     EXPECT_EQ(nullptr, queue.front());
     queue.pop();
-    EXPECT_TRUE(queue.empty());
-}
-
-TEST_F(BufferQueueTest, GrowsBeyondItsFirstMemory)
-{
-    push(0, 5000);
-    EXPECT_EQ(5000U, queue.size());
-    expect_and_pop(0, 5000);
     EXPECT_TRUE(queue.empty());
 }
 
@@ -84,27 +76,6 @@ TEST_F(BufferQueueTest, KeepsItsOrderWhenItGrowsWhileWrappedAround)
     expect_and_pop(150, 2000);
 }
 
-TEST_F(BufferQueueTest, GrowsAtExactlyItsCapacity)
-{
-    push(0, capacity);
-    const CountedAllocations counted;
-    queue.push(pointer(capacity));
-    EXPECT_EQ(1, counted.count());
-    expect_and_pop(0, capacity + 1);
-}
-
-TEST_F(BufferQueueTest, KeepsItsMemoryForever)
-{
-    push(0, 3);
-    const CountedAllocations counted;
-    for (size_t i = 0; i < 4000; ++i) {
-        queue.push(pointer(i + 3));
-        expect_and_pop(i, i + 1);
-    }
-    EXPECT_EQ(0, counted.count());
-    EXPECT_EQ(3U, queue.size());
-}
-
 TEST_F(BufferQueueTest, ForgetsEverythingButItsMemoryWhenCleared)
 {
     push(0, capacity + 1);
@@ -120,16 +91,10 @@ TEST_F(BufferQueueTest, ForgetsEverythingButItsMemoryWhenCleared)
 TEST_F(BufferQueueTest, IsUnchangedWhenItCannotGrow)
 {
     push(0, capacity);
-    bool is_refused = false;
     {
         const auto faults = FailingAllocations::nth(1);
-        try {
-            queue.push(pointer(capacity));
-        } catch (const std::bad_alloc&) {
-            is_refused = true;
-        }
+        EXPECT_THROW(queue.push(pointer(capacity)), std::bad_alloc);
     }
-    EXPECT_TRUE(is_refused);
     EXPECT_EQ(capacity, queue.size());
     queue.push(pointer(capacity));
     expect_and_pop(0, capacity + 1);

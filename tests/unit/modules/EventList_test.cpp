@@ -1,3 +1,6 @@
+#include <atomic>
+#include <thread>
+
 #include "modules/EventList.h"
 #include "unit/modules/Module_fixtures.h"
 
@@ -20,13 +23,6 @@ protected:
 
     EventList list;
 };
-
-TEST_F(EventListTest, IsEmptyAtFirst)
-{
-    EXPECT_FALSE(list.find(EVENT_NEW_BUFFER));
-    EXPECT_FALSE(list.find(nullptr));
-    EXPECT_FALSE(list.remove(EVENT_NEW_BUFFER));
-}
 
 TEST_F(EventListTest, FindsByTypeAndByHandle)
 {
@@ -110,6 +106,46 @@ TEST_F(EventListTest, EitherMakesAnEventOrListsNothingWhicheverAllocationFails)
         if (!struck)
             break;
     }
+}
+
+TEST_F(EventListTest, MakesOneEventOfATypeForSeveralThreads)
+{
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<int> made{0};
+        std::atomic<int> failed{0};
+        on_threads([&](int) {
+            const Registration registration = list.add(*stream, EVENT_NEW_BUFFER);
+            made += registration == Registration::made ? 1 : 0;
+            failed += registration == Registration::failed ? 1 : 0;
+        });
+        EXPECT_EQ(1, made);
+        EXPECT_EQ(0, failed);
+        list.clear();
+    }
+}
+
+TEST_F(EventListTest, FindsEventsThatOtherThreadsRemove)
+{
+    constexpr int rounds = 500;
+    std::atomic<bool> done{false};
+    std::thread finder([&] {
+        while (!done) {
+            const EventRef event = list.find(EVENT_NEW_BUFFER);
+            if (!event)
+                continue;
+            event->append(nullptr);
+            event->signal();
+            EXPECT_EQ(1U, event->get_FiredCount());
+            while (list.find(event.get()) && !done)
+                std::this_thread::yield();
+        }
+    });
+    for (int i = 0; i < rounds; ++i) {
+        EXPECT_EQ(Registration::made, list.add(*stream, EVENT_NEW_BUFFER));
+        EXPECT_TRUE(list.remove(EVENT_NEW_BUFFER));
+    }
+    done = true;
+    finder.join();
 }
 
 } // namespace

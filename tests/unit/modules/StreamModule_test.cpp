@@ -1,165 +1,84 @@
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "modules/StreamModule.h"
 #include "unit/modules/Module_fixtures.h"
 
+// What no exported function can bring about, and what a stream asks the settings and the library for.
+
 using namespace zvtest;
 using zvgentl::BufferModule;
-using zvgentl::EventList;
-using zvgentl::LogThrottle;
 using zvgentl::RevokeOutcome;
 using zvgentl::StreamMode;
-using zvgentl::StreamModule;
 
 namespace {
 
-const ExpectedLine cyclic_failure = {Priority::warning, "ZVGR_CameraCallbackRegister failed",
-                                     "StreamModule::connect", "StreamModule"};
-const ExpectedLine queued_failure = {Priority::warning, "ZVGR_StreamBufferCallbackRegister failed",
-                                     "StreamModule::connect", "StreamModule"};
-
 class StreamConnection : public CameraStream {
 protected:
-    uint32_t grabber() const { return fake.grabber_handle(0); }
-
-    static ExpectedLine connect_line(uint32_t handle, const char* type)
+    static ExpectedLine line(const std::string& message)
     {
-        return {Priority::information, "Connect callback for stream=0x" + hex(handle) + ", type=" + type,
-                "StreamModule::connect", "StreamModule"};
+        return {Priority::information, message, "StreamModule::connect", "StreamModule"};
     }
-    ExpectedLine image_id_line(const char* value) const
+    static ExpectedLine connecting(uint32_t handle, const std::string& mode)
     {
-        return {Priority::information,
-                "Is ZV_STREAM_BUFFER_INFO_IMAGEID supported for grabber 0x" + low_hex(uint64_t{grabber()}) +
-                    ": " + value,
-                "StreamModule::connect", "StreamModule"};
+        return line("Connect callback for stream=0x" + hex(handle) + ", type=" + mode);
     }
-    static ExpectedLine success_line(uint32_t handle)
+    static ExpectedLine connected(uint32_t handle)
     {
-        return {Priority::information, "Successful callback connect for stream=0x" + hex(handle),
-                "StreamModule::connect", "StreamModule"};
+        return line("Successful callback connect for stream=0x" + hex(handle));
     }
-    Call image_id_query() const
+    static ExpectedLine failure(const std::string& function)
     {
-        return call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_FrameImageId_Imp");
+        return {Priority::warning, function + " failed", "StreamModule::connect", "StreamModule"};
     }
 };
 
-TEST_F(StreamConnection, IsMissingAtFirst)
-{
-    EXPECT_FALSE(stream->is_Open());
-    EXPECT_EQ(ZV_NO_HANDLE, stream->get_Handle());
-    EXPECT_FALSE(stream->is_Acquiring());
-    EXPECT_EQ("Stream000", stream->getId());
-    EXPECT_EQ(camera, stream->get_Camera());
-}
-
-TEST_F(StreamConnection, RegistersTheStreamOrTheCamera)
-{
-    fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = -5;
-    const uint32_t queued = connect(StreamMode::queued);
-    EXPECT_EQ(
-        (Calls{image_id_query(), call("ZVGR_StreamBufferCallbackRegister", queued, any(), stream.get())}),
-        fake.calls());
-    EXPECT_LOG_LINES(connect_line(queued, "Queued"), image_id_line("-5"), success_line(queued));
-    EXPECT_TRUE(stream->is_Open());
-    EXPECT_EQ(queued, stream->get_Handle());
-    stream->close();
-
-    const uint32_t cyclic = connect(StreamMode::cyclic);
-    EXPECT_EQ((Calls{image_id_query(),
-                     call("ZVGR_CameraCallbackRegister", camera->get_CameraHandle(), any(), stream.get())}),
-              fake.calls());
-    EXPECT_LOG_LINES(connect_line(cyclic, "Cyclic"), image_id_line("-5"), success_line(cyclic));
-    stream->close();
-
-    const uint32_t neither = library_stream(StreamMode::queued);
-    forget();
-    stream->connect(neither, static_cast<StreamMode>(2));
-    EXPECT_EQ(Calls{image_id_query()}, fake.calls());
-    EXPECT_LOG_LINES(connect_line(neither, "Cyclic"), image_id_line("-5"), success_line(neither));
-    EXPECT_TRUE(stream->is_Open());
-}
-
-TEST_F(StreamConnection, NeedsACameraInCyclicModeAlone)
+TEST_F(StreamConnection, NeedsACameraOnlyInCyclicMode)
 {
     make_stream(nullptr);
     const uint32_t cyclic = connect(StreamMode::cyclic);
     EXPECT_EQ(Calls{}, fake.calls());
-    EXPECT_LOG_LINES(connect_line(cyclic, "Cyclic"), cyclic_failure);
+    EXPECT_LOG_LINES(connecting(cyclic, "Cyclic"), failure("ZVGR_CameraCallbackRegister"));
     EXPECT_TRUE(stream->is_Open()) << "but delivers nothing";
 
     make_stream(nullptr);
     const uint32_t queued = connect(StreamMode::queued);
     EXPECT_EQ((Calls{call("ZVGR_StreamBufferCallbackRegister", queued, any(), stream.get())}), fake.calls());
-    EXPECT_LOG_LINES(connect_line(queued, "Queued"), success_line(queued));
+    EXPECT_LOG_LINES(connecting(queued, "Queued"), connected(queued));
 }
 
-TEST_F(StreamConnection, SaysWhenTheLibraryRefusesTheCallback)
+TEST_F(StreamConnection, WarnsWhenTheLibraryRefusesTheCallback)
 {
-    struct Row {
-        StreamMode mode;
-        const char* function;
-        const char* name;
-        ExpectedLine failure;
-    };
-    for (const Row& row :
-         {Row{StreamMode::cyclic, "ZVGR_CameraCallbackRegister", "Cyclic", cyclic_failure},
-          Row{StreamMode::queued, "ZVGR_StreamBufferCallbackRegister", "Queued", queued_failure}}) {
-        fake.next(row.function).answers(any_failure);
-        const uint32_t handle = connect(row.mode);
-        EXPECT_LOG_LINES(connect_line(handle, row.name), image_id_line("9223372036854775807"), row.failure);
+    for (const auto& [mode, name, function] :
+         {std::tuple{StreamMode::cyclic, "Cyclic", "ZVGR_CameraCallbackRegister"},
+          {StreamMode::queued, "Queued", "ZVGR_StreamBufferCallbackRegister"}}) {
+        fake.next(function).answers(any_failure);
+        const uint32_t handle = connect(mode);
+        EXPECT_LOG_LINES(connecting(handle, name),
+                         line("Is ZV_STREAM_BUFFER_INFO_IMAGEID supported for grabber 0x" +
+                              low_hex(uint64_t{grabber()}) + ": 9223372036854775807"),
+                         failure(function));
         EXPECT_TRUE(stream->is_Open());
-        EXPECT_FALSE(fake.has_callback(handle));
         EXPECT_TRUE(stream->start(0)) << "it can still be started";
         stream->close();
     }
 }
 
-TEST_F(StreamConnection, TakesOnlyOneStatusForSuccess)
+TEST_F(StreamConnection, RegistersNothingInAnUnknownMode)
 {
-    for (const uint32_t status : {0U, 1U, 0x2FFFU, 0x3001U, 0xFFFFFFFFU}) {
-        SCOPED_TRACE(status);
-        const uint32_t handle = library_stream(StreamMode::queued);
-        forget();
-        fake.next("ZVGR_StreamBufferCallbackRegister").answers_after_effect(status);
-        stream->connect(handle, StreamMode::queued);
-        EXPECT_EQ(1U, times_logged(queued_failure.message));
-        stream->close();
-    }
-}
-
-TEST_F(StreamConnection, ForwardsTheLibrarysCallbacksToTheStream)
-{
-    const uint32_t cyclic = connect(StreamMode::cyclic);
-    fake.deliver_cyclic(cyclic, 0);
-    fake.deliver_cyclic(cyclic, 1);
-    EXPECT_EQ(2, stream->get_Underruns());
-    stream->close();
-
-    const uint32_t queued = connect(StreamMode::queued);
+    const uint32_t handle = library_stream(StreamMode::queued);
     forget();
-    fake.deliver_queued_to(queued, 0x1234);
-    EXPECT_EQ(1U, times_logged("stream callback for handle 0x1234, m_AcquisitionFlag=false, "
-                               "m_StreamDeliveredBuffers=0"));
+    stream->connect(handle, static_cast<StreamMode>(2));
+    EXPECT_EQ((Calls{call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_FrameImageId_Imp")}),
+              fake.calls());
+    EXPECT_TRUE(logged(connecting(handle, "Cyclic")));
 }
 
-TEST_F(StreamConnection, AsksTheGrabberAboutImageIdsEachTime)
-{
-    fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = 1;
-    connect(StreamMode::queued);
-    stream->close();
-    fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = 0;
-    connect(StreamMode::queued);
-    EXPECT_EQ(1U, fake.count("ZVGR_GetGrabberValueInt"));
-    EXPECT_EQ(1U, times_logged(image_id_line("0").message));
-}
+class Stream : public CameraStream {};
 
-class StreamSettings : public CameraStream {};
-
-TEST_F(StreamSettings, AreReadWhenTheStreamIsMade)
+TEST_F(Stream, ReadsItsSettingsWhenItIsMade)
 {
     make_stream(camera);
     EXPECT_EQ(
@@ -169,10 +88,13 @@ TEST_F(StreamSettings, AreReadWhenTheStreamIsMade)
                                    plain_read("GenTL.Stream.SignaledEventMode", 1)}),
         settings.reads());
     EXPECT_EQ(Calls{}, fake.calls());
+    settings.set("GenTL.Stream.BufferAllocMin", 9);
     EXPECT_EQ(4U, stream->get_BufferAllocMin());
+    make_stream(camera);
+    EXPECT_EQ(9U, stream->get_BufferAllocMin());
 }
 
-TEST_F(StreamSettings, TakeAnyNumberButZeroForSignalledEvents)
+TEST_F(Stream, SignalsEventsForAnySettingButZero)
 {
     for (const uint32_t setting : {0U, 1U, 2U, 0xFFFFFFFFU}) {
         settings.set("GenTL.Stream.SignaledEventMode", setting);
@@ -181,9 +103,53 @@ TEST_F(StreamSettings, TakeAnyNumberButZeroForSignalledEvents)
     }
 }
 
-class StreamClosing : public CameraStream {};
+TEST_F(Stream, AsksForThePayloadSizeThatASettingChooses)
+{
+    fake.stream_info(zv_stream_payload_at_creation, 111);
+    fake.stream_info(zv_stream_payload_now, 222);
+    for (const auto& [setting, size] :
+         {std::pair{1U, 111U}, {2U, 222U}, {0U, 222U}, {3U, 222U}, {0xFFFFFFFFU, 222U}}) {
+        settings.set("GenTL.Stream.StreamPayloadSizeType", setting);
+        make_stream(camera);
+        connect(StreamMode::queued);
+        settings.set("GenTL.Stream.StreamPayloadSizeType", 3 - setting);
+        EXPECT_EQ(size, stream->get_PayloadSize()) << setting;
+    }
+}
 
-TEST_F(StreamClosing, DeletesTheLibraryStreamOnce)
+TEST_F(Stream, HasPayloadSizeZeroUnlessTheLibraryWritesOne)
+{
+    connect(StreamMode::queued);
+    fake.stream_info(zv_stream_payload_now, 222);
+    fake.next("ZVGR_StreamGetInfo").answers(any_failure);
+    EXPECT_EQ(0U, stream->get_PayloadSize());
+    fake.next("ZVGR_StreamGetInfo").answers_after_effect(any_failure);
+    EXPECT_EQ(222U, stream->get_PayloadSize());
+}
+
+TEST_F(Stream, HasAlignment16WhenTheLibraryFails)
+{
+    connect(StreamMode::queued);
+    fake.stream_info(zv_stream_buffer_alignment, 4096);
+    EXPECT_EQ(4096U, stream->get_Alignment());
+    fake.next("ZVGR_StreamGetInfo").answers_after_effect(any_failure);
+    EXPECT_EQ(16U, stream->get_Alignment());
+    fake.next("ZVGR_StreamGetInfo").answers(0);
+    EXPECT_EQ(16U, stream->get_Alignment());
+    fake.next("ZVGR_StreamGetInfo").gives(0);
+    EXPECT_EQ(0U, stream->get_Alignment());
+}
+
+TEST_F(Stream, GrabsInOnlyOneStateOfItsChannel)
+{
+    EXPECT_FALSE(stream->is_Grabbing()) << "not available";
+    for (const int64_t state : {0, 1, 16, 17, 18, -17}) {
+        fake.grabber_enum("CameraChannelState") = state;
+        EXPECT_EQ(state == 17, stream->is_Grabbing()) << state;
+    }
+}
+
+TEST_F(Stream, IsDeletedInTheLibraryOnce)
 {
     stream->close(); // which never opened
     EXPECT_EQ(Calls{}, fake.calls());
@@ -197,15 +163,7 @@ TEST_F(StreamClosing, DeletesTheLibraryStreamOnce)
     EXPECT_LOG_LINES();
 }
 
-TEST_F(StreamClosing, HappensWhenAnOpenStreamIsDestroyed)
-{
-    const uint32_t handle = connect(StreamMode::cyclic);
-    forget();
-    stream.reset();
-    EXPECT_EQ((Calls{call("ZVGR_StreamDelete", handle)}), fake.calls());
-}
-
-TEST_F(StreamClosing, LeavesTheLibraryAloneOnceAbandoned)
+TEST_F(Stream, LeavesTheLibraryAloneOnceAbandoned)
 {
     connect(StreamMode::queued);
     forget();
@@ -215,40 +173,7 @@ TEST_F(StreamClosing, LeavesTheLibraryAloneOnceAbandoned)
     EXPECT_LOG_LINES();
 }
 
-TEST_F(StreamClosing, EmptiesPoolAndEventsAndEndsWaitsAndTheAcquisition)
-{
-    connect(StreamMode::queued);
-    ASSERT_NE(nullptr, stream->new_buffer(nullptr, 64, nullptr));
-    ASSERT_EQ(EventList::Registration::made, stream->get_Events().add(*stream, GenTL::EVENT_NEW_BUFFER));
-    const zvgentl::EventRef event = stream->get_Events().find(GenTL::EVENT_NEW_BUFFER);
-    ASSERT_TRUE(stream->start(0));
-    stream->close();
-    EXPECT_EQ(0U, stream->get_Buffers().size());
-    EXPECT_FALSE(stream->get_Events().find(GenTL::EVENT_NEW_BUFFER));
-    EXPECT_FALSE(stream->is_Acquiring());
-    GenTL::EVENT_NEW_BUFFER_DATA datum = {};
-    EXPECT_EQ(GenTL::GC_ERR_ABORT, event->get_event_data(&datum, GENTL_INFINITE));
-}
-
-class StreamThrottle : public CameraStream {};
-
-TEST_F(StreamThrottle, FollowsTheAcquisition)
-{
-    const auto is_due = [this] { return stream->is_log_due("EventGetData", LogThrottle::Mark::yes); };
-    connect(StreamMode::queued);
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(is_due());
-        EXPECT_TRUE(is_due());
-        ASSERT_TRUE(stream->start(0));
-        EXPECT_TRUE(is_due());
-        EXPECT_FALSE(is_due());
-        stream->stop();
-    }
-}
-
-class StreamDelivery : public CameraStream {};
-
-TEST_F(StreamDelivery, AsksForTheFrameOfTheStreamThatTheCallbackNames)
+TEST_F(Stream, AsksForTheFrameOfTheStreamThatTheCallbackNames)
 {
     connect(StreamMode::cyclic);
     const uint32_t other = library_stream(StreamMode::cyclic);
@@ -265,56 +190,14 @@ TEST_F(StreamDelivery, AsksForTheFrameOfTheStreamThatTheCallbackNames)
     EXPECT_EQ(uint32_t{zv_success}, ZVGR_StreamDelete(other));
 }
 
-TEST_F(StreamDelivery, StaysIdleWhenTheLibraryRefusesTheStart)
+TEST_F(Stream, RevokesNothingThatIsNotInItsPool)
 {
     connect(StreamMode::queued);
-    fake.next("ZVGR_CameraStartAcquire_GenTL").answers(any_failure);
-    EXPECT_FALSE(stream->start(5));
-    EXPECT_FALSE(stream->is_Acquiring());
-}
-
-TEST_F(StreamDelivery, EndsWithTheHandleZeroOnlyWhileItRuns)
-{
-    connect(StreamMode::queued);
-    stream->stream_buffer_callback(0);
-    ASSERT_TRUE(stream->start(0));
-    EXPECT_TRUE(stream->is_Acquiring());
-    stream->stream_buffer_callback(0);
-    EXPECT_FALSE(stream->is_Acquiring());
-}
-
-class StreamBuffers : public CameraStream {};
-
-TEST_F(StreamBuffers, AreRevokedByAddressAndHaveTheirPrivatePointerUntilThen)
-{
-    connect(StreamMode::queued);
-    int owner = 0;
-    BufferModule* const buffer = stream->new_buffer(nullptr, 64, &owner);
-    ASSERT_NE(nullptr, buffer);
-    EXPECT_EQ(&owner, stream->private_of(buffer));
     forget();
-    EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(&owner, 7));
+    EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(this, 7));
     EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(nullptr, 0));
     EXPECT_EQ(Calls{}, fake.calls());
-    EXPECT_EQ(RevokeOutcome::revoked, stream->revoke(buffer, buffer->get_GrabberHandle()));
-    EXPECT_EQ(0U, stream->get_Buffers().size());
-    EXPECT_EQ(nullptr, stream->private_of(buffer));
     EXPECT_EQ(nullptr, stream->private_of(nullptr));
-}
-
-TEST(StreamNames, AreThoseOfTheLogLines)
-{
-    EXPECT_STREQ("Cyclic", name_of(StreamMode::cyclic));
-    EXPECT_STREQ("Queued", name_of(StreamMode::queued));
-    for (const auto& [operation, name] : {std::pair{0, "ACQ_QUEUE_INPUT_TO_OUTPUT"},
-                                          {1, "ACQ_QUEUE_OUTPUT_DISCARD"},
-                                          {2, "ACQ_QUEUE_ALL_TO_INPUT"},
-                                          {3, "ACQ_QUEUE_UNQUEUED_TO_INPUT"},
-                                          {4, "ACQ_QUEUE_ALL_DISCARD"},
-                                          {1000, "FLUSH ALL EVENTS"},
-                                          {5, "UNSUPPORTED BUFFER QUEUE OPERATION 5"},
-                                          {INT32_MIN, "UNSUPPORTED BUFFER QUEUE OPERATION -2147483648"}})
-        EXPECT_EQ(name, zvgentl::queue_operation_name(operation));
 }
 
 } // namespace
