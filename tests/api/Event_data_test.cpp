@@ -1,9 +1,10 @@
 #include <array>
 #include <cstring>
 
-#include "Event_fixtures.h"
+#include "api/Event_fixtures.h"
+#include "api/Function.h"
 
-// EventGetData as it waits for a signal, EventKill and EventFlush.
+// EventGetData as it waits for a signal, the values of EventGetDataInfo, EventKill and EventFlush.
 
 namespace zvtest {
 
@@ -11,46 +12,18 @@ namespace {
 
 class EventGetData : public EventStream {};
 
-TEST_F(EventGetData, LogsTheRecordWithATrailingBlank)
-{
-    deliver(*buffers[0]);
-    forget();
-    take(7);
-    EXPECT_LOG_LINES(enter_line(7), exit_line(*buffers[0]));
-    EXPECT_TRUE(fake.calls().empty());
-}
-
 TEST_F(EventGetData, WritesNoMoreThanARecord)
 {
     deliver(*buffers[0]);
     std::array<uint8_t, 40> room{};
     room.fill(0xA5);
+    std::array<uint8_t, 40> expected = room;
+    std::memcpy(expected.data(), &buffers[0]->handle, 8);
+    std::memcpy(expected.data() + 8, &buffers[0]->user, 8);
     size_t size = room.size();
     EXPECT_EQ(GC_ERR_SUCCESS, get_data(room.data(), &size));
     EXPECT_EQ(16U, size);
-    EXPECT_EQ(0, std::memcmp(room.data(), &buffers[0]->handle, 8));
-    EXPECT_EQ(0, std::memcmp(room.data() + 8, &buffers[0]->user, 8));
-    for (size_t i = 16; i < room.size(); ++i)
-        EXPECT_EQ(0xA5, room[i]) << i;
-}
-
-TEST_F(EventGetData, GivesThePrivatePointerThatTheBufferHasNow)
-{
-    deliver(*buffers[0]);
-    int later = 0;
-    BUFFER_HANDLE same = nullptr;
-    ASSERT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, buffers[0]->memory.data(), buffer_size, &later, &same));
-    ASSERT_EQ(buffers[0]->handle, same);
-    EXPECT_EQ(&later, take().data.pUserPointer);
-}
-
-TEST_F(EventGetData, KeepsEveryEntryOfCollapsedSignals)
-{
-    deliver_buffers(3);
-    for (const auto& buffer : buffers)
-        EXPECT_EQ(buffer->handle, take(GENTL_INFINITE).data.BufferHandle);
-    // The three frames left one signal and the first call took it.
-    EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, take(30).code); }), 30);
+    EXPECT_EQ(expected, room);
 }
 
 TEST_F(EventGetData, TimesOutAndTouchesNothing)
@@ -62,71 +35,47 @@ TEST_F(EventGetData, TimesOutAndTouchesNothing)
     EXPECT_LOG_LINES(enter_line(0));
 }
 
-TEST_F(EventGetData, WaitsOutItsTimeout)
-{
-    EXPECT_GE(milliseconds_of([&] { EXPECT_EQ(GC_ERR_TIMEOUT, take(30).code); }), 30);
-}
-
-TEST_F(EventGetData, TakesAnEntryWhateverTheTimeout)
-{
-    for (const uint64_t timeout : {uint64_t{0}, uint64_t{1}, uint64_t{0xFFFFFFFE}, uint64_t{0xFFFFFFFF},
-                                   uint64_t{0x100000000}, uint64_t{GENTL_INFINITE}}) {
-        SCOPED_TRACE(timeout);
-        deliver(*buffers[0]);
-        EXPECT_EQ(GC_ERR_SUCCESS, take(timeout).code);
-    }
-}
-
-TEST_F(EventGetData, LogsTimeoutAndSizeInTheirLow32Bits)
+TEST_F(EventGetData, TakesAnEntryWhateverTheTimeoutAndLogsItsLow32Bits)
 {
     struct Row {
         uint64_t timeout;
-        const char* logged;
+        int logged;
     };
-    constexpr Row rows[] = {
-        {0xFFFFFFFE, "-2"}, {0xFFFFFFFF, "-1"}, {0x100000005, "5"}, {GENTL_INFINITE, "-1"}};
-    EVENT_NEW_BUFFER_DATA data;
-    for (const Row& row : rows) {
+    for (const Row& row : {Row{0, 0}, Row{7, 7}, Row{0xFFFFFFFE, -2}, Row{0xFFFFFFFF, -1},
+                           Row{0x100000005, 5}, Row{GENTL_INFINITE, -1}}) {
+        SCOPED_TRACE(row.timeout);
+        stop(); // so that every call is logged alike
+        EXPECT_EQ(GC_ERR_TIMEOUT, take().code);
+        start();
         deliver(*buffers[0]);
         forget();
+        EVENT_NEW_BUFFER_DATA data;
         size_t size = 0x300000010;
         EXPECT_EQ(GC_ERR_SUCCESS, get_data(&data, &size, row.timeout));
-        EXPECT_EQ("Enter EventGetData, handle=0x" + low_hex(event) +
-                      ", buffer size=16, timeout=" + row.logged + " ms",
-                  logged_messages().front());
+        EXPECT_LOG_LINES(enter_line(row.logged), exit_line(*buffers[0]));
+        EXPECT_TRUE(fake.calls().empty());
     }
 }
 
-TEST_F(EventGetData, RefusesEveryRoomSmallerThanARecord)
+TEST_F(EventGetData, RefusesEveryRoomSmallerThanARecordWithAndWithoutABuffer)
 {
     deliver(*buffers[0]);
     auto data = untouched<EVENT_NEW_BUFFER_DATA>();
     for (size_t room = 0; room < sizeof data; ++room) {
-        size_t size = room;
-        EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, get_data(&data, &size, GENTL_INFINITE)) << room;
-        EXPECT_EQ(16U, size) << room;
-        EXPECT_TRUE(is_untouched(data)) << room;
+        for (void* const buffer : {static_cast<void*>(&data), static_cast<void*>(nullptr)}) {
+            SCOPED_TRACE(room);
+            forget();
+            size_t size = room;
+            EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, get_data(buffer, &size, 5));
+            EXPECT_EQ(16U, size);
+            EXPECT_LOG_LINES(enter_line(5, Priority::debug, room), too_small);
+        }
     }
+    EXPECT_TRUE(is_untouched(data));
     EXPECT_EQ(1U, in_queue());
 }
 
-TEST_F(EventGetData, LooksAtTheRoomBeforeTheMissingBuffer)
-{
-    deliver(*buffers[0]);
-    forget();
-    size_t size = 8;
-    EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, get_data(nullptr, &size, 5));
-    EXPECT_LOG_LINES(
-        {Priority::debug, "Enter EventGetData, handle=0x" + low_hex(event) + ", buffer size=8, timeout=5 ms"},
-        {Priority::debug, "EventGetData - GC_ERR_BUFFER_TOO_SMALL, wanted size=16", "EventGetData",
-         "ZVGRLibGenTL"});
-    EXPECT_EQ(16U, size);
-    EXPECT_EQ(1U, in_queue());
-}
-
-class DiscardingEventGetData : public EventStream {};
-
-TEST_F(DiscardingEventGetData, DropsTheOldestEntry)
+TEST_F(EventGetData, DropsTheOldestEntryWithoutABuffer)
 {
     deliver_buffers(2);
     for (void* const missing : {static_cast<void*>(nullptr), all_ones<void*>()}) {
@@ -135,62 +84,129 @@ TEST_F(DiscardingEventGetData, DropsTheOldestEntry)
         EXPECT_EQ(100U, size);
     }
     EXPECT_EQ(0U, in_queue());
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, discard()) << "also when there is none";
+    EXPECT_LOG_LINES(enter_line(0), discarded);
 }
 
-TEST_F(DiscardingEventGetData, SucceedsOnAnEmptyQueue)
-{
-    EXPECT_EQ(GC_ERR_SUCCESS, discard());
-    EXPECT_LOG_LINES(enter_line(0), {Priority::debug, "EventGetData, pBuffer is NULL, discard next event",
-                                     "EventGetData", "ZVGRLibGenTL"});
-}
-
-TEST_F(DiscardingEventGetData, LeavesTheSignal)
-{
-    deliver(*buffers[0]);
-    discard();
-    EXPECT_EQ(GC_ERR_TIMEOUT, take(GENTL_INFINITE).code);
-}
-
-TEST_F(DiscardingEventGetData, LeavesAKillForALaterCall)
-{
-    kill();
-    EXPECT_EQ(GC_ERR_SUCCESS, discard());
-    EXPECT_EQ(GC_ERR_ABORT, take().code);
-}
-
-/// `event` is of the type that nothing ever fires.
-class RemoteDeviceEvent : public EventStream {
+class EventGetDataInfo : public EventStream {
 protected:
-    void SetUp() override
+    ExpectedLine enter_line(EVENT_DATA_INFO_CMD command) const
     {
-        EventStream::SetUp();
-        if (HasFatalFailure())
-            return;
-        ASSERT_EQ(GC_ERR_SUCCESS, GenTL::GCRegisterEvent(ds, EVENT_REMOTE_DEVICE, &event));
-        forget();
+        return {Priority::debug,
+                "Enter EventGetDataInfo, handle=0x" + low_hex(event) + ", info=" + std::to_string(command),
+                "EventGetDataInfo", "ZVGRLibGenTL"};
     }
-
-    uint8_t m_byte{0xA5};
 };
 
-TEST_F(RemoteDeviceEvent, NeverHasData)
+TEST_F(EventGetDataInfo, ValueTakesTheNextEntry)
 {
+    deliver_buffers(2);
+    forget();
+    const auto info = data_info<EVENT_NEW_BUFFER_DATA>(EVENT_DATA_VALUE);
+    EXPECT_EQ(GC_ERR_SUCCESS, info.code);
+    EXPECT_EQ(INFO_DATATYPE_PTR, info.type);
+    EXPECT_EQ(16U, info.size);
+    EXPECT_EQ(buffers[0]->handle, info.value.BufferHandle);
+    EXPECT_EQ(buffers[0]->user, info.value.pUserPointer);
+    EXPECT_LOG_LINES(enter_line(EVENT_DATA_VALUE),
+                     {Priority::debug, "Exit EventGetDataInfo", "EventGetDataInfo", "ZVGRLibGenTL"});
+    EXPECT_EQ(2U, awaiting());
+    EXPECT_EQ(buffers[1]->handle, take().data.BufferHandle);
+}
+
+TEST_F(EventGetDataInfo, GivesTypeAndSizeOfAValueWithoutTakingIt)
+{
+    for (const size_t entries : {size_t{0}, size_t{1}}) {
+        deliver_buffers(entries);
+        for (void* const missing : {static_cast<void*>(nullptr), all_ones<void*>()}) {
+            auto type = untouched<INFO_DATATYPE>();
+            size_t size = 0;
+            EXPECT_EQ(GC_ERR_SUCCESS,
+                      GenTL::EventGetDataInfo(event, nullptr, 0, EVENT_DATA_VALUE, &type, missing, &size));
+            EXPECT_EQ(INFO_DATATYPE_PTR, type);
+            EXPECT_EQ(16U, size);
+        }
+        EXPECT_EQ(entries, in_queue());
+    }
+}
+
+TEST_F(EventGetDataInfo, TakesNoEntryWithoutRoom)
+{
+    deliver(*buffers[0]);
+    for (const size_t room : {size_t{1}, size_t{8}, size_t{15}}) {
+        forget();
+        const auto info = data_info<EVENT_NEW_BUFFER_DATA>(EVENT_DATA_VALUE, room);
+        EXPECT_EQ(GC_ERR_BUFFER_TOO_SMALL, info.code);
+        EXPECT_EQ(INFO_DATATYPE_PTR, info.type);
+        EXPECT_EQ(16U, info.size);
+        EXPECT_TRUE(is_untouched(info.value));
+        EXPECT_LOG_LINES(enter_line(EVENT_DATA_VALUE),
+                         {Priority::warning, "EventGetDataInfo - GC_ERR_BUFFER_TOO_SMALL, wanted size=16",
+                          "EventGetDataInfo", "ZVGRLibGenTL"});
+    }
+    EXPECT_EQ(1U, in_queue());
+}
+
+TEST_F(EventGetDataInfo, HasNoValueInAnEmptyQueue)
+{
+    const auto info = data_info<EVENT_NEW_BUFFER_DATA>(EVENT_DATA_VALUE, 100);
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, info.code);
+    EXPECT_EQ(INFO_DATATYPE_PTR, info.type);
+    EXPECT_EQ(100U, info.size);
+    EXPECT_TRUE(is_untouched(info.value));
+    EXPECT_LOG_LINES(enter_line(EVENT_DATA_VALUE), FAILED_WITH(GC_ERR_NOT_AVAILABLE));
+}
+
+TEST_F(EventGetDataInfo, DoesNotReadTheDatumPassedIn)
+{
+    deliver(*buffers[0]);
+    auto data = untouched<EVENT_NEW_BUFFER_DATA>();
+    INFO_DATATYPE type = 0;
+    size_t size = sizeof data;
+    EXPECT_EQ(GC_ERR_SUCCESS, GenTL::EventGetDataInfo(event, all_ones<const void*>(), SIZE_MAX,
+                                                      EVENT_DATA_VALUE, &type, &data, &size));
+    EXPECT_EQ(buffers[0]->handle, data.BufferHandle);
+}
+
+/// An entry that is dropped, or taken as a value, rather than waited for.
+TEST_F(EventStream, KeepsSignalsAndKillsOfEntriesThatNobodyWaitedFor)
+{
+    const auto take_value = [this] { return data_info<EVENT_NEW_BUFFER_DATA>(EVENT_DATA_VALUE).code; };
+    for (const bool is_dropped : {true, false}) {
+        SCOPED_TRACE(is_dropped);
+        deliver(*buffers[0]);
+        EXPECT_EQ(GC_ERR_SUCCESS, is_dropped ? discard() : take_value());
+        EXPECT_EQ(0U, in_queue());
+        EXPECT_EQ(GC_ERR_TIMEOUT, take(GENTL_INFINITE).code) << "the signal is gone";
+        deliver(*buffers[0]);
+        kill();
+        EXPECT_EQ(GC_ERR_SUCCESS, is_dropped ? discard() : take_value());
+        EXPECT_EQ(GC_ERR_ABORT, take().code) << "the kill is gone";
+    }
+}
+
+TEST_F(EventStream, HasARemoteDeviceEventThatNothingFires)
+{
+    ASSERT_EQ(GC_ERR_SUCCESS, GenTL::GCRegisterEvent(ds, EVENT_REMOTE_DEVICE, &event));
     deliver(*buffers[0]);
     ASSERT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_INPUT_TO_OUTPUT));
     EXPECT_EQ(0U, fired());
+    uint8_t byte = 0xA5;
     size_t size = 0;
-    EXPECT_EQ(GC_ERR_TIMEOUT, get_data(&m_byte, &size));
+    EXPECT_EQ(GC_ERR_TIMEOUT, get_data(&byte, &size));
     EXPECT_EQ(0U, size);
-    EXPECT_EQ(0xA5, m_byte);
-}
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, data_info<uint8_t>(EVENT_DATA_VALUE).code);
+    EXPECT_EQ(0xA5, byte);
 
-TEST_F(RemoteDeviceEvent, DiscardsWithoutNeedingRoom)
-{
-    size_t size = 0;
-    EXPECT_EQ(GC_ERR_SUCCESS, get_data(nullptr, &size));
-    EXPECT_LOG_LINES(
-        {Priority::debug, "Enter EventGetData, handle=0x" + low_hex(event) + ", buffer size=0, timeout=0 ms"},
-        {Priority::debug, "EventGetData, pBuffer is NULL, discard next event"});
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, get_data(nullptr, &size)) << "it needs no room";
+    EXPECT_LOG_LINES(enter_line(0, Priority::debug, 0), discarded);
+    INFO_DATATYPE type = 0;
+    size = 100;
+    EXPECT_EQ(GC_ERR_SUCCESS,
+              GenTL::EventGetDataInfo(event, nullptr, 0, EVENT_DATA_VALUE, &type, nullptr, &size));
+    EXPECT_EQ(0U, size);
 }
 
 class EventKill : public EventStream {};
@@ -209,21 +225,17 @@ TEST_F(EventKill, DropsOneEntryOfTheAbortedCall)
     EXPECT_EQ(buffers[1]->handle, take().data.BufferHandle);
 }
 
-TEST_F(EventKill, IsSeenAfterAFlush)
+TEST_F(EventKill, IsLoggedAndSeenAfterAFlush)
 {
     deliver(*buffers[0]);
-    kill();
-    flush();
-    EXPECT_EQ(GC_ERR_ABORT, take().code);
-}
-
-TEST_F(EventKill, LogsItsHandle)
-{
+    forget();
     kill();
     EXPECT_LOG_LINES({Priority::information, "Enter EventKill, event handle=0x" + hex16(event), "EventKill",
                       "ZVGRLibGenTL"},
                      {Priority::information, "Exit EventKill", "EventKill", "ZVGRLibGenTL"});
     EXPECT_TRUE(fake.calls().empty());
+    flush();
+    EXPECT_EQ(GC_ERR_ABORT, take().code);
 }
 
 class EventFlush : public EventStream {};
@@ -238,6 +250,29 @@ TEST_F(EventFlush, DropsEveryEntry)
     EXPECT_TRUE(fake.calls().empty());
     EXPECT_EQ(0U, in_queue());
     EXPECT_EQ(3U, fired());
+    EXPECT_EQ(3U, awaiting());
+}
+
+/// It is registered so late in the closing of the stream that it is not unregistered any more.
+class EventOfAClosedStream : public QueuedStream {};
+
+TEST_F(EventOfAClosedStream, IsKnownButNotAvailable)
+{
+    fake.on("ZVGR_StreamDelete", [this](const Call&) { register_event(); });
+    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    Handles handles;
+    handles.event = event;
+    size_t tested = 0;
+    for (const Function& function : functions) {
+        if (function.kind != Kind::event)
+            continue;
+        Arguments a(function, handles);
+        EXPECT_EQ(GC_ERR_NOT_AVAILABLE, function.call(a)) << function.name;
+        EXPECT_LOGGED(Priority::error, "Exit, Returning error GC_ERR_NOT_AVAILABLE (0xFFFFFC0A)",
+                      function.name, "ZVGRLibGenTL");
+        ++tested;
+    }
+    EXPECT_EQ(5U, tested);
 }
 
 } // namespace

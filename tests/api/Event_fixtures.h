@@ -1,15 +1,9 @@
 #pragma once
 
 #include <array>
-#include <chrono>
-#include <cstdint>
 #include <string>
 
-#include <gtest/gtest.h>
-
-#include "GenTL/GenTL.h"
-
-#include "support/fixtures.h"
+#include "api/lines.h"
 
 // Situations around a registered event. Fixtures named after an exported function hide that function, so the
 // base offers the calls under other names.
@@ -29,20 +23,15 @@ protected:
 
     void prepare()
     {
+        buffers.clear();
         for (int& user : m_users)
             queue(announce(buffer_size, &user));
         register_event();
-        log_what_is_logged_once();
-        start();
-        forget();
-    }
-
-    /// One abort, one time-out.
-    void log_what_is_logged_once()
-    {
         kill();
         EXPECT_EQ(GC_ERR_ABORT, take().code);
         EXPECT_EQ(GC_ERR_TIMEOUT, take().code);
+        start();
+        forget();
     }
 
     void deliver_buffers(size_t count)
@@ -61,6 +50,12 @@ protected:
         size_t size = sizeof(EVENT_NEW_BUFFER_DATA);
         return get_data(nullptr, &size);
     }
+    template <class T>
+    Info<T> data_info(EVENT_DATA_INFO_CMD command, size_t room = default_room)
+    {
+        return query<T>(
+            room, [&](auto... out) { return GenTL::EventGetDataInfo(event, nullptr, 0, command, out...); });
+    }
     GC_ERROR kill() { return GenTL::EventKill(event); }
     GC_ERROR flush() { return GenTL::EventFlush(event); }
     GC_ERROR unregister() { return GenTL::GCUnregisterEvent(ds, EVENT_NEW_BUFFER); }
@@ -70,12 +65,12 @@ protected:
     /// Buffers in the stream's output queue.
     size_t awaiting() { return stream_info<size_t>(STREAM_INFO_NUM_AWAIT_DELIVERY).value; }
 
-    /// The enter line of EventGetData on `event` with room for one record.
-    ExpectedLine enter_line(int timeout, Priority priority = Priority::debug) const
+    /// The enter line of EventGetData on `event`, by default with room for one record.
+    ExpectedLine enter_line(int timeout, Priority priority = Priority::debug, size_t room = 16) const
     {
         return {priority,
-                "Enter EventGetData, handle=0x" + low_hex(event) +
-                    ", buffer size=16, timeout=" + std::to_string(timeout) + " ms",
+                "Enter EventGetData, handle=0x" + low_hex(event) + ", buffer size=" + std::to_string(room) +
+                    ", timeout=" + std::to_string(timeout) + " ms",
                 "EventGetData", "ZVGRLibGenTL"};
     }
     ExpectedLine exit_line(const Announced& buffer, Priority priority = Priority::debug) const
@@ -85,27 +80,32 @@ protected:
                     low_hex(buffer.user) + " ",
                 "EventGetData", "ZVGRLibGenTL"};
     }
+    const ExpectedLine too_small{Priority::debug, "EventGetData - GC_ERR_BUFFER_TOO_SMALL, wanted size=16",
+                                 "EventGetData", "ZVGRLibGenTL"};
+    const ExpectedLine discarded{Priority::debug, "EventGetData, pBuffer is NULL, discard next event",
+                                 "EventGetData", "ZVGRLibGenTL"};
 
 private:
     std::array<int, 3> m_users{};
 };
 
-/// How many milliseconds a call took, rounded down.
-template <class Function>
-int64_t milliseconds_of(Function function)
-{
-    const auto start = std::chrono::steady_clock::now();
-    function();
-    const auto taken = std::chrono::steady_clock::now() - start;
-    return std::chrono::duration_cast<std::chrono::milliseconds>(taken).count();
-}
-
-/// "Exit, Returning error <name> (0x<code>)" of a function.
-inline ExpectedLine error_exit(const std::string& function, const std::string& name, GC_ERROR code)
-{
-    return {Priority::error,
-            "Exit, Returning error " + name + " (0x" + low_hex(static_cast<uint64_t>(code)) + ")", function,
-            "ZVGRLibGenTL"};
-}
+/// The same with the setting that makes EventGetData poll instead of waiting for a signal.
+class PollingEventStream : public EventStream {
+protected:
+    void SetUp() override
+    {
+        EventStream::SetUp();
+        if (HasFatalFailure())
+            return;
+        // A stream reads the setting when it is made, at the next rebuild of the device list.
+        settings.set("GenTL.Stream.SignaledEventMode", 0);
+        fake.grabber(0).has_cameras(2);
+        ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
+        ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
+        dev = open_device(iface, "Device00");
+        ds = open_stream(dev, "Stream000");
+        prepare();
+    }
+};
 
 } // namespace zvtest

@@ -3,10 +3,10 @@
 #include <thread>
 #include <vector>
 
-#include "Event_fixtures.h"
+#include "api/Event_fixtures.h"
 
-// Events with consumers, frames and control calls on threads of their own. Every test ends whatever the order
-// in which the threads run; a wake-up that gets lost shows as a test that does not end.
+// Events with consumers, frames and control calls on several threads. Every test ends in whatever order the
+// threads run; a wake-up that gets lost shows as a test that does not end.
 
 namespace zvtest {
 
@@ -21,57 +21,42 @@ void wait_until(Condition condition)
         std::this_thread::yield();
 }
 
-class EventThreads : public EventStream {
+template <class Stream>
+class WithWaiters : public Stream {
 protected:
     /// Starts EventGetData on a thread and returns once it is past its handle check.
     Thread take_on_a_thread(uint64_t timeout = GENTL_INFINITE)
     {
         const size_t entered = calls_entered();
-        Thread thread = std::async(std::launch::async, [this, timeout] { return take(timeout).code; });
+        Thread thread = std::async(std::launch::async, [this, timeout] { return this->take(timeout).code; });
         wait_until([&] { return calls_entered() > entered; });
         return thread;
     }
 
-    std::vector<Thread> take_on_threads(size_t count)
+    /// Several calls wait, and `close` ends all of them.
+    template <class Close>
+    void expect_all_woken_by(Close close)
     {
-        std::vector<Thread> threads;
-        for (size_t i = 0; i < count; ++i)
-            threads.push_back(take_on_a_thread());
-        return threads;
+        std::vector<Thread> waiters;
+        for (int i = 0; i < 4; ++i)
+            waiters.push_back(take_on_a_thread());
+        EXPECT_EQ(GC_ERR_SUCCESS, close());
+        for (Thread& waiter : waiters)
+            EXPECT_EQ(GC_ERR_ABORT, waiter.get());
     }
 
-    /// A call that looks between an entry or a kill and its signal leaves the signal behind, which would end
-    /// the next wait without data.
-    void take_old_signal() { EXPECT_EQ(GC_ERR_TIMEOUT, take().code); }
-
+private:
     /// How many calls of EventGetData logged their enter line.
-    size_t calls_entered() const
+    static size_t calls_entered()
     {
         size_t count = 0;
         for (const std::string& message : logged_messages())
             count += message.rfind("Enter EventGetData", 0) == 0 ? 1 : 0;
         return count;
     }
-
-    /// The stream is open again, with buffers, event and acquisition.
-    void reopen_stream()
-    {
-        ds = open_stream(dev, "Stream000");
-        buffers.clear();
-        prepare();
-    }
 };
 
-TEST_F(EventThreads, AFrameWakesAWaiter)
-{
-    for (int round = 0; round < 100; ++round) {
-        Thread waiter = take_on_a_thread();
-        deliver(*buffers[0]);
-        EXPECT_EQ(GC_ERR_SUCCESS, waiter.get());
-        take_old_signal();
-        forget();
-    }
-}
+class EventThreads : public WithWaiters<EventStream> {};
 
 // Cut to 32 bits, the last but one would be no wait at all.
 TEST_F(EventThreads, LongTimeoutsWait)
@@ -83,7 +68,9 @@ TEST_F(EventThreads, LongTimeoutsWait)
         EXPECT_EQ(std::future_status::timeout, waiter.wait_for(std::chrono::milliseconds(20)));
         deliver(*buffers[0]);
         EXPECT_EQ(GC_ERR_SUCCESS, waiter.get());
-        take_old_signal();
+        // A call that looks between an entry and its signal leaves the signal behind, which would end the
+        // next wait without data.
+        EXPECT_EQ(GC_ERR_TIMEOUT, take().code);
     }
 }
 
@@ -108,17 +95,6 @@ TEST_F(EventThreads, NoFrameIsLostToAConsumerThatKeepsUp)
     library.join();
     EXPECT_EQ(frames, fired());
     EXPECT_EQ(0U, in_queue());
-}
-
-TEST_F(EventThreads, AKillWakesAWaiter)
-{
-    for (int round = 0; round < 100; ++round) {
-        Thread waiter = take_on_a_thread();
-        kill();
-        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
-        take_old_signal();
-        forget();
-    }
 }
 
 // A waiter that is woken for a kill that another one saw comes back with a time-out and waits again.
@@ -156,52 +132,26 @@ TEST_F(EventThreads, AnAbortMeetsAFrame)
     }
 }
 
+// EventModuleThreads.WakeEveryWaiterOnceClosed does this many times.
 TEST_F(EventThreads, UnregisteringWakesEveryWaiter)
 {
-    for (int round = 0; round < 50; ++round) {
-        std::vector<Thread> waiters = take_on_threads(4);
-        EXPECT_EQ(GC_ERR_SUCCESS, unregister());
-        for (Thread& waiter : waiters)
-            EXPECT_EQ(GC_ERR_ABORT, waiter.get());
-        forget();
-        register_event();
-    }
+    expect_all_woken_by([this] { return unregister(); });
 }
 
-TEST_F(EventThreads, ClosingTheStreamWakesEveryWaiter)
+TEST_F(EventThreads, ClosingTheStreamWakesEveryWaiterForAnyEvent)
 {
-    for (int round = 0; round < 20; ++round) {
-        std::vector<Thread> waiters = take_on_threads(4);
-        EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-        for (Thread& waiter : waiters)
-            EXPECT_EQ(GC_ERR_ABORT, waiter.get());
-        reopen_stream();
-    }
+    ASSERT_EQ(GC_ERR_SUCCESS, GCRegisterEvent(ds, EVENT_REMOTE_DEVICE, &event));
+    expect_all_woken_by([this] { return DSClose(ds); });
 }
 
 TEST_F(EventThreads, ClosingTheDeviceWakesEveryWaiter)
 {
-    std::vector<Thread> waiters = take_on_threads(4);
-    EXPECT_EQ(GC_ERR_SUCCESS, DevClose(dev));
-    for (Thread& waiter : waiters)
-        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+    expect_all_woken_by([this] { return DevClose(dev); });
 }
 
 TEST_F(EventThreads, ClosingTheInterfaceWakesEveryWaiter)
 {
-    std::vector<Thread> waiters = take_on_threads(4);
-    EXPECT_EQ(GC_ERR_SUCCESS, IFClose(iface));
-    for (Thread& waiter : waiters)
-        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
-}
-
-TEST_F(EventThreads, ClosingTheStreamWakesWaitersForARemoteDeviceEvent)
-{
-    ASSERT_EQ(GC_ERR_SUCCESS, GCRegisterEvent(ds, EVENT_REMOTE_DEVICE, &event));
-    std::vector<Thread> waiters = take_on_threads(3);
-    EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    for (Thread& waiter : waiters)
-        EXPECT_EQ(GC_ERR_ABORT, waiter.get());
+    expect_all_woken_by([this] { return IFClose(iface); });
 }
 
 // Who takes an entry resets the signal, and must not swallow that of the close for those who wait.
@@ -238,53 +188,7 @@ TEST_F(EventThreads, UnregisteringWakesWaitersAlthoughOthersResetTheSignal)
     }
 }
 
-TEST_F(EventThreads, FlushesAndQueriesMeetFrames)
-{
-    constexpr uint64_t frames = 2000;
-    log.set_level(Priority::warning);
-    std::atomic<bool> done{false};
-    std::thread library([&] {
-        for (uint64_t i = 0; i < frames; ++i)
-            deliver(*buffers[i % 3]);
-        done = true;
-    });
-    std::thread flusher([&] {
-        while (!done)
-            flush();
-    });
-    std::thread observer([&] {
-        uint64_t last = 0;
-        while (!done) {
-            const uint64_t now = fired();
-            EXPECT_GE(now, last);
-            EXPECT_LE(in_queue(), frames);
-            last = now;
-        }
-    });
-    while (!done)
-        take();
-    library.join();
-    flusher.join();
-    observer.join();
-    EXPECT_EQ(frames, fired());
-}
-
-class PollingEventThreads : public EventThreads {
-protected:
-    void SetUp() override
-    {
-        EventThreads::SetUp();
-        if (HasFatalFailure())
-            return;
-        settings.set("GenTL.Stream.SignaledEventMode", 0);
-        fake.grabber(0).has_cameras(2);
-        ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-        ASSERT_EQ(GC_ERR_SUCCESS, DevClose(dev));
-        ASSERT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
-        dev = open_device(iface, "Device00");
-        reopen_stream();
-    }
-};
+class PollingEventThreads : public WithWaiters<PollingEventStream> {};
 
 TEST_F(PollingEventThreads, SeeAFrameWithoutLimit)
 {
@@ -301,18 +205,15 @@ TEST_F(PollingEventThreads, SeeAKill)
     EXPECT_EQ(GC_ERR_ABORT, poller.get());
 }
 
-TEST_F(PollingEventThreads, DoNotSeeThatTheEventIsUnregistered)
+TEST_F(PollingEventThreads, DoNotSeeThatTheEventIsGone)
 {
-    Thread poller = take_on_a_thread(50);
+    Thread first = take_on_a_thread(50);
     EXPECT_EQ(GC_ERR_SUCCESS, unregister());
-    EXPECT_EQ(GC_ERR_TIMEOUT, poller.get());
-}
-
-TEST_F(PollingEventThreads, OutliveTheirStream)
-{
-    Thread poller = take_on_a_thread(50);
+    EXPECT_EQ(GC_ERR_TIMEOUT, first.get());
+    register_event();
+    Thread second = take_on_a_thread(50);
     EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    EXPECT_EQ(GC_ERR_TIMEOUT, poller.get());
+    EXPECT_EQ(GC_ERR_TIMEOUT, second.get());
 }
 
 } // namespace
