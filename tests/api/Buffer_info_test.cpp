@@ -1,99 +1,118 @@
 #include <string>
 
 #include "api/DS_modes.h"
+#include "api/lines.h"
 
-// What is special to DSGetBufferInfo among the info queries: which buffer it finds, and what changes with
-// frames.
+// What is special to DSGetBufferInfo among the info queries, the parts of a buffer and its chunks.
 
 using namespace zvtest;
 
 namespace {
-
-constexpr uint64_t timestamp = 0xFEDCBA9876543210U;
 
 class BufferInfo : public EitherStream {
 protected:
     void SetUp() override
     {
         EitherStream::SetUp();
-        buffer = &announce();
+        queue(announce());
+        start();
         forget();
     }
 
-    void deliver_frame()
+    uint64_t number(BUFFER_INFO_CMD command)
     {
-        queue(*buffer);
-        start();
-        deliver(*buffer, Frame{timestamp, 7, 0, -1});
+        return buffer_info<uint64_t>(buffers[0]->handle, command).value;
     }
-
-    bool flag(BUFFER_INFO_CMD command) { return buffer_info<bool8_t>(buffer->handle, command).value != 0; }
-    uint64_t number(BUFFER_INFO_CMD command) { return buffer_info<uint64_t>(buffer->handle, command).value; }
-
-    std::string enter_line(BUFFER_INFO_CMD command, BUFFER_HANDLE handle) const
-    {
-        return "Enter DSGetBufferInfo, info=" + std::to_string(command) + ", stream handle=0x" + low_hex(ds) +
-               ", buffer handle=0x" + low_hex(handle);
-    }
-
-    Announced* buffer{nullptr};
 };
 
-TEST_P(BufferInfo, KnowsNoFrameOfANewBuffer)
+TEST_P(BufferInfo, KnowsTheLastFrameAlsoWhenTheBufferIsQueuedAgain)
 {
-    EXPECT_FALSE(flag(BUFFER_INFO_NEW_DATA));
-    EXPECT_FALSE(flag(BUFFER_INFO_IMAGEPRESENT));
+    EXPECT_FALSE(is_new(*buffers[0]));
+    EXPECT_EQ(0, buffer_info<bool8_t>(buffers[0]->handle, BUFFER_INFO_IMAGEPRESENT).value);
     EXPECT_EQ(0U, number(BUFFER_INFO_TIMESTAMP));
     EXPECT_EQ(0U, number(BUFFER_INFO_FRAMEID));
     EXPECT_EQ(buffer_size, number(BUFFER_INFO_SIZE_FILLED));
-}
 
-TEST_P(BufferInfo, KnowsWhetherABufferIsQueued)
-{
-    EXPECT_FALSE(flag(BUFFER_INFO_IS_QUEUED));
-    queue(*buffer);
-    EXPECT_TRUE(flag(BUFFER_INFO_IS_QUEUED));
-}
-
-TEST_P(BufferInfo, KeepsTheFrameOfABufferThatIsQueuedAgain)
-{
-    deliver_frame();
-    queue(*buffer);
-    EXPECT_TRUE(flag(BUFFER_INFO_NEW_DATA));
-    EXPECT_EQ(timestamp, number(BUFFER_INFO_TIMESTAMP));
-}
-
-TEST_P(BufferInfo, KnowsWhetherABufferIsBeingFilled)
-{
-    bool is_acquiring = false;
-    bool is_new = true;
-    const char* const within = is_queued() ? "ZVGR_BufferGetInfo" : "ZVGR_StreamGetAux";
-    fake.on(within, [&](const Call&) {
-        is_acquiring = flag(BUFFER_INFO_IS_ACQUIRING);
-        is_new = flag(BUFFER_INFO_NEW_DATA);
-    });
-    deliver_frame();
-    EXPECT_TRUE(is_acquiring);
-    EXPECT_FALSE(is_new);
+    deliver(*buffers[0], Frame{42, 7, 0, -1});
+    queue(*buffers[0]);
+    EXPECT_TRUE(is_new(*buffers[0]));
+    EXPECT_EQ(42U, number(BUFFER_INFO_TIMESTAMP));
 }
 
 TEST_P(BufferInfo, LogsEveryCallOfAnAcquisition)
 {
-    deliver_frame();
-    forget();
-    for (int i = 0; i < 3; ++i)
-        buffer_info<size_t>(buffer->handle, BUFFER_INFO_SIZE);
-    EXPECT_EQ(3U, times_logged(enter_line(BUFFER_INFO_SIZE, buffer->handle)));
-    EXPECT_EQ(3U, times_logged("Exit DSGetBufferInfo"));
+    for (int i = 0; i < 3; ++i) {
+        forget();
+        number(BUFFER_INFO_TIMESTAMP);
+        EXPECT_LOG_LINES({Priority::trace, "Enter DSGetBufferInfo, info=3, stream handle=0x" + low_hex(ds) +
+                                               ", buffer handle=0x" + low_hex(buffers[0]->handle)},
+                         {Priority::trace, "Exit DSGetBufferInfo"});
+    }
 }
 
 INSTANTIATE_IN_BOTH_MODES(BufferInfo);
 
-class BufferInfoOfTwoStreams : public TwoStreams {};
+class BufferPart : public QueuedStream {
+protected:
+    /// A query that must stop before it answers.
+    void expect_refused(GC_ERROR code, BUFFER_HANDLE handle, uint32_t part, BUFFER_PART_INFO_CMD command,
+                        const ExpectedLine& reason)
+    {
+        SCOPED_TRACE(command);
+        forget();
+        const auto info = query<uint64_t>(
+            8, [&](auto... out) { return DSGetBufferPartInfo(ds, handle, part, command, out...); });
+        EXPECT_EQ(code, info.code);
+        EXPECT_EQ(8U, info.size);
+        EXPECT_TRUE(is_untouched(info.type));
+        EXPECT_TRUE(is_untouched(info.value));
+        EXPECT_LOG_LINES({Priority::debug, "Enter DSGetBufferPartInfo", "DSGetBufferPartInfo"}, reason);
+    }
+};
 
-TEST_F(BufferInfoOfTwoStreams, RefusesABufferOfTheOther)
+TEST_F(BufferPart, IsTheFirstOrNoneOfABuffer)
 {
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, buffer_info<size_t>(announce_on_other(), BUFFER_INFO_SIZE).code);
+    const BUFFER_HANDLE buffer = announce().handle;
+    const ExpectedLine invalid = FAILED_WITH(GC_ERR_INVALID_PARAMETER);
+    expect_refused(GC_ERR_INVALID_PARAMETER, buffer, 1, BUFFER_PART_INFO_BASE, invalid);
+    expect_refused(GC_ERR_INVALID_PARAMETER, buffer, 0xFFFFFFFFU, BUFFER_PART_INFO_BASE, invalid);
+    expect_refused(GC_ERR_INVALID_PARAMETER, buffer, 1, 99, invalid);
+    expect_refused(GC_ERR_INVALID_HANDLE, ds, 1, 99,
+                   info_line("DSGetBufferPartInfo - GC_ERR_INVALID_HANDLE"));
+}
+
+class DSGetNumBufferParts : public QueuedStream {};
+
+TEST_F(DSGetNumBufferParts, ReportsNoneForAnyBuffer)
+{
+    const Announced& buffer = announce();
+    int stranger = 0;
+    for (const BUFFER_HANDLE handle : {buffer.handle, BUFFER_HANDLE{nullptr}, BUFFER_HANDLE{&stranger}}) {
+        forget();
+        auto parts = untouched<uint32_t>();
+        EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DSGetNumBufferParts(ds, handle, &parts));
+        EXPECT_EQ(0U, parts);
+        EXPECT_LOG_LINES({Priority::debug, "Enter DSGetNumBufferParts", "DSGetNumBufferParts"},
+                         {Priority::debug, "Exit DSGetNumBufferParts", "DSGetNumBufferParts"});
+    }
+}
+
+class DSGetBufferChunkData : public OpenLibrary {};
+
+TEST_F(DSGetBufferChunkData, IsNotImplementedWhateverTheArguments)
+{
+    auto chunks = untouched<size_t>();
+    SINGLE_CHUNK_DATA data = {};
+    int stranger = 0;
+    EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GenTL::DSGetBufferChunkData(nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED,
+              GenTL::DSGetBufferChunkData(all_ones<DS_HANDLE>(), &stranger, all_ones<SINGLE_CHUNK_DATA*>(),
+                                          all_ones<size_t*>()));
+    forget();
+    EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, GenTL::DSGetBufferChunkData(&stranger, &stranger, &data, &chunks));
+    EXPECT_TRUE(is_untouched(chunks));
+    EXPECT_LOG_LINES({Priority::information, "Enter DSGetBufferChunkData", "DSGetBufferChunkData"},
+                     FAILED_WITH(GC_ERR_NOT_IMPLEMENTED));
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 #include <cstring>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "api/DS_modes.h"
+#include "api/lines.h"
 
 using namespace zvtest;
 
@@ -15,15 +17,24 @@ const std::set<std::string> announcing_calls = {"ZVGR_BufferAnnounce", "ZVGR_Buf
 int first_owner;
 int second_owner;
 
-class AnnouncedBuffer : public EitherStream {};
-
-TEST_P(AnnouncedBuffer, IsMemoryOfTheConsumer)
+/// The enter lines.
+ExpectedLine announcing(DS_HANDLE ds, const void* memory, int size, const void* owner)
 {
-    const Announced& buffer = announce(1000, &first_owner);
-    EXPECT_EQ(buffer.memory.data(), buffer_info<const void*>(buffer.handle, BUFFER_INFO_BASE).value);
-    EXPECT_EQ(1000U, buffer_info<size_t>(buffer.handle, BUFFER_INFO_SIZE).value);
-    EXPECT_EQ(&first_owner, buffer_info<const void*>(buffer.handle, BUFFER_INFO_USER_PTR).value);
+    return {Priority::debug,
+            "Enter DSAnnounceBuffer, stream handle=0x" + low_hex(ds) + ", requested buffer=0x" +
+                low_hex(memory) + ", size=" + std::to_string(size) + ", private=0x" + low_hex(owner),
+            "DSAnnounceBuffer"};
 }
+
+ExpectedLine allocating(DS_HANDLE ds, int size, const void* owner)
+{
+    return {Priority::debug,
+            "Enter DSAllocAndAnnounceBuffer, stream handle=0x" + low_hex(ds) +
+                ", size=" + std::to_string(size) + ", private=0x" + low_hex(owner),
+            "DSAllocAndAnnounceBuffer"};
+}
+
+class AnnouncedBuffer : public EitherStream {};
 
 TEST_P(AnnouncedBuffer, IsInNoQueue)
 {
@@ -35,48 +46,28 @@ TEST_P(AnnouncedBuffer, IsInNoQueue)
     EXPECT_EQ(0U, fake.count("ZVGR_BufferToQueue"));
 }
 
-TEST_P(AnnouncedBuffer, LogsEntryAndHandle)
+TEST_P(AnnouncedBuffer, MayHaveAnySizeOfWhichTheLow32BitsAreLogged)
 {
-    uint8_t memory[16];
-    BUFFER_HANDLE handle = nullptr;
-    ASSERT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory, sizeof memory, &first_owner, &handle));
-    EXPECT_LOG_LINES(
-        {Priority::debug,
-         "Enter DSAnnounceBuffer, stream handle=0x" + low_hex(ds) + ", requested buffer=0x" +
-             low_hex(memory) + ", size=16, private=0x" + low_hex(&first_owner),
-         "DSAnnounceBuffer"},
-        {Priority::debug, "Exit DSAnnounceBuffer, buffer handle=0x" + low_hex(handle), "DSAnnounceBuffer"});
-}
-
-TEST_P(AnnouncedBuffer, LogsTheLowBitsOfAGreatSize)
-{
-    // The size is not touched, so memory of one byte may claim any.
+    // The memory is not touched, so one byte may claim any size.
     uint8_t memory[1];
-    BUFFER_HANDLE handle = nullptr;
-    ASSERT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory, 0x1FFFFFFFFU, nullptr, &handle));
-    EXPECT_LOGGED(Priority::debug, "Enter DSAnnounceBuffer, stream handle=0x" + low_hex(ds) +
-                                       ", requested buffer=0x" + low_hex(memory) + ", size=-1, private=0x0");
-    EXPECT_EQ(0x1FFFFFFFFU, buffer_info<size_t>(handle, BUFFER_INFO_SIZE).value);
-}
-
-TEST_P(AnnouncedBuffer, MayBeEmpty)
-{
-    const Announced& buffer = announce(1, nullptr);
-    BUFFER_HANDLE empty = nullptr;
-    auto* const memory = const_cast<uint8_t*>(buffer.memory.data());
-    EXPECT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory, 0, nullptr, &empty));
-    EXPECT_NE(buffer.handle, empty);
-    EXPECT_EQ(0U, buffer_info<size_t>(empty, BUFFER_INFO_SIZE).value);
-    EXPECT_EQ(memory, buffer_info<const void*>(empty, BUFFER_INFO_BASE).value);
+    for (const auto& [size, logged_size] : {std::pair{size_t{16}, 16}, {0x1FFFFFFFFU, -1}, {0, 0}}) {
+        forget();
+        BUFFER_HANDLE handle = nullptr;
+        EXPECT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory, size, &first_owner, &handle));
+        EXPECT_LOG_LINES(announcing(ds, memory, logged_size, &first_owner),
+                         {Priority::debug, "Exit DSAnnounceBuffer, buffer handle=0x" + low_hex(handle),
+                          "DSAnnounceBuffer"});
+        EXPECT_EQ(size, buffer_info<size_t>(handle, BUFFER_INFO_SIZE).value);
+        EXPECT_EQ(memory, buffer_info<const void*>(handle, BUFFER_INFO_BASE).value);
+    }
+    EXPECT_EQ(3U, num_announced());
 }
 
 TEST_P(AnnouncedBuffer, IsFoundAgainByMemoryAndSize)
 {
     Announced& buffer = announce(64, &first_owner);
     queue(buffer);
-    settings.clear_reads();
-    fake.clear_calls();
-    log.clear_lines();
+    forget();
     fake.grabber_int("Width") = 4711;
 
     BUFFER_HANDLE again = nullptr;
@@ -84,11 +75,12 @@ TEST_P(AnnouncedBuffer, IsFoundAgainByMemoryAndSize)
     EXPECT_EQ(buffer.handle, again);
     EXPECT_TRUE(fake.calls().empty());
     EXPECT_TRUE(settings.reads().empty());
-    EXPECT_LOGGED(Priority::debug,
-                  "Found buffer 0x" + hex16(again) + " with handle=0x" + hex(buffer.library) + ", ptr=0x" +
-                      hex16(buffer.memory.data()) + " in buffer pool",
-                  "StreamModule::new_buffer", "StreamModule");
-    EXPECT_LOGGED(Priority::debug, "Exit DSAnnounceBuffer, buffer handle=0x" + low_hex(again));
+    EXPECT_LOG_LINES(announcing(ds, buffer.memory.data(), 64, &second_owner),
+                     {Priority::debug,
+                      "Found buffer 0x" + hex16(again) + " with handle=0x" + hex(buffer.library) +
+                          ", ptr=0x" + hex16(buffer.memory.data()) + " in buffer pool",
+                      "StreamModule::new_buffer", "StreamModule"},
+                     {Priority::debug, "Exit DSAnnounceBuffer, buffer handle=0x" + low_hex(again)});
 
     EXPECT_EQ(1U, num_announced());
     EXPECT_EQ(&second_owner, buffer_info<const void*>(again, BUFFER_INFO_USER_PTR).value);
@@ -96,54 +88,34 @@ TEST_P(AnnouncedBuffer, IsFoundAgainByMemoryAndSize)
     EXPECT_NE(4711U, buffer_info<size_t>(again, BUFFER_INFO_WIDTH).value) << "its geometry changed";
 }
 
-TEST_P(AnnouncedBuffer, IsFoundAgainWhoeverAllocatedItsMemory)
-{
-    const Announced& buffer = alloc_and_announce(256);
-    void* const memory = buffer_info<void*>(buffer.handle, BUFFER_INFO_BASE).value;
-    BUFFER_HANDLE again = nullptr;
-    EXPECT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory, 256, &second_owner, &again));
-    EXPECT_EQ(buffer.handle, again);
-}
-
 INSTANTIATE_IN_BOTH_MODES(AnnouncedBuffer);
 
 class AllocatedBuffer : public EitherStream {};
 
-TEST_P(AllocatedBuffer, HasWritableMemoryOfItsSize)
+TEST_P(AllocatedBuffer, HasWritableMemoryOfItsOwn)
 {
-    const Announced& buffer = alloc_and_announce(10000, &first_owner);
-    auto* const memory = buffer_info<uint8_t*>(buffer.handle, BUFFER_INFO_BASE).value;
-    ASSERT_NE(nullptr, memory);
-    std::memset(memory, 0x5A, 10000);
-    EXPECT_EQ(10000U, buffer_info<size_t>(buffer.handle, BUFFER_INFO_SIZE).value);
-    EXPECT_EQ(&first_owner, buffer_info<const void*>(buffer.handle, BUFFER_INFO_USER_PTR).value);
-}
+    std::set<void*> memories;
+    for (const size_t size : {size_t{10000}, size_t{64}, size_t{64}, size_t{0}}) {
+        const BUFFER_HANDLE handle = alloc_and_announce(size, &first_owner).handle;
+        void* const memory = buffer_info<void*>(handle, BUFFER_INFO_BASE).value;
+        ASSERT_NE(nullptr, memory);
+        std::memset(memory, 0x5A, size);
+        EXPECT_TRUE(memories.insert(memory).second) << "of another buffer";
+        EXPECT_EQ(size, buffer_info<size_t>(handle, BUFFER_INFO_SIZE).value);
+        EXPECT_EQ(&first_owner, buffer_info<const void*>(handle, BUFFER_INFO_USER_PTR).value);
 
-TEST_P(AllocatedBuffer, IsNewEachTime)
-{
-    const BUFFER_HANDLE first = alloc_and_announce(64).handle;
-    const BUFFER_HANDLE second = alloc_and_announce(64).handle;
-    EXPECT_NE(first, second);
-    EXPECT_EQ(2U, num_announced());
-    EXPECT_NE(buffer_info<void*>(first, BUFFER_INFO_BASE).value,
-              buffer_info<void*>(second, BUFFER_INFO_BASE).value);
-}
-
-TEST_P(AllocatedBuffer, HasMemoryEvenWhenEmpty)
-{
-    const Announced& buffer = alloc_and_announce(0);
-    EXPECT_NE(nullptr, buffer_info<void*>(buffer.handle, BUFFER_INFO_BASE).value);
-    EXPECT_EQ(0U, buffer_info<size_t>(buffer.handle, BUFFER_INFO_SIZE).value);
+        BUFFER_HANDLE again = nullptr;
+        EXPECT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory, size, &first_owner, &again));
+        EXPECT_EQ(handle, again) << "it is not found by its memory";
+    }
+    EXPECT_EQ(4U, num_announced());
 }
 
 TEST_P(AllocatedBuffer, LogsEntryAndHandle)
 {
     BUFFER_HANDLE handle = nullptr;
     ASSERT_EQ(GC_ERR_SUCCESS, DSAllocAndAnnounceBuffer(ds, 32, &first_owner, &handle));
-    EXPECT_LOG_LINES({Priority::debug,
-                      "Enter DSAllocAndAnnounceBuffer, stream handle=0x" + low_hex(ds) +
-                          ", size=32, private=0x" + low_hex(&first_owner),
-                      "DSAllocAndAnnounceBuffer"},
+    EXPECT_LOG_LINES(allocating(ds, 32, &first_owner),
                      {Priority::debug, "Exit DSAllocAndAnnounceBuffer, buffer handle=0x" + low_hex(handle)});
 }
 
@@ -151,35 +123,14 @@ INSTANTIATE_IN_BOTH_MODES(AllocatedBuffer);
 
 class CyclicAnnounce : public CyclicStream {};
 
-TEST_F(CyclicAnnounce, TellsTheLibraryNothing)
+TEST_F(CyclicAnnounce, DoesNotCallTheLibrary)
 {
     announce();
     alloc_and_announce();
     EXPECT_EQ(Calls{}, fake.calls_of(announcing_calls));
 }
 
-class QueuedAnnounce : public QueuedStream {
-protected:
-    /// Announces, expects the failure in every place where it shows, and gives the library's buffers left.
-    void expect_refused(const Calls& made, size_t left_in_library)
-    {
-        const std::string text_before = last_error();
-        forget();
-        BUFFER_HANDLE handle = &handle;
-        EXPECT_EQ(GC_ERR_RESOURCE_IN_USE, DSAllocAndAnnounceBuffer(ds, 64, &first_owner, &handle));
-        EXPECT_EQ(nullptr, handle);
-        EXPECT_EQ(made, fake.calls()) << "no geometry is asked for, nothing is revoked";
-        EXPECT_LOG_LINES({Priority::debug, "Enter DSAllocAndAnnounceBuffer, stream handle=0x" + low_hex(ds) +
-                                               ", size=64, private=0x" + low_hex(&first_owner)},
-                         {Priority::error,
-                          "Wasn't able to alllocate buffer with size=64, for stream handle=0x" + low_hex(ds),
-                          "DSAllocAndAnnounceBuffer"},
-                         {Priority::error, "Exit, Returning error GC_ERR_RESOURCE_IN_USE (0xFFFFFC14)"});
-        EXPECT_EQ(0U, stream_info<size_t>(STREAM_INFO_NUM_ANNOUNCED).value);
-        EXPECT_EQ(left_in_library, fake.buffers(stream()).size());
-        EXPECT_EQ(text_before, last_error());
-    }
-};
+class QueuedAnnounce : public QueuedStream {};
 
 TEST_F(QueuedAnnounce, PassesTheConsumersMemoryOn)
 {
@@ -207,32 +158,41 @@ TEST_F(QueuedAnnounce, FailsWhenTheLibraryRefusesTheMemory)
     EXPECT_EQ(GC_ERR_RESOURCE_IN_USE, DSAnnounceBuffer(ds, memory, sizeof memory, &first_owner, &handle));
     EXPECT_EQ(nullptr, handle);
     EXPECT_EQ((Calls{call("ZVGR_BufferAnnounce", stream(), memory, 64, &first_owner)}), fake.calls());
-    EXPECT_LOG_LINES({Priority::debug, "Enter DSAnnounceBuffer, stream handle=0x" + low_hex(ds) +
-                                           ", requested buffer=0x" + low_hex(memory) +
-                                           ", size=64, private=0x" + low_hex(&first_owner)},
+    EXPECT_LOG_LINES(announcing(ds, memory, 64, &first_owner),
                      {Priority::error,
                       "Wasn't able to create buffer=0x" + hex16(memory) +
                           " with size=64, for stream handle=0x" + low_hex(ds),
                       "DSAnnounceBuffer"},
-                     {Priority::error, "Exit, Returning error GC_ERR_RESOURCE_IN_USE (0xFFFFFC14)"});
+                     FAILED_WITH(GC_ERR_RESOURCE_IN_USE));
     EXPECT_EQ(0U, stream_info<size_t>(STREAM_INFO_NUM_ANNOUNCED).value);
 }
 
-TEST_F(QueuedAnnounce, FailsWhenTheLibraryDoesNotAllocate)
+TEST_F(QueuedAnnounce, FailsWhenTheLibraryDoesNotAllocateOrGivesNoAddress)
 {
+    const std::string text_before = last_error();
+    const Call allocation = call("ZVGR_BufferAllocAndAnnounce", stream(), 64, &first_owner);
+    const Call query = call("ZVGR_BufferGetInfo", any(), zv_buffer_address);
+    const auto expect_refused = [&](const Calls& made, size_t left_in_library) {
+        forget();
+        BUFFER_HANDLE handle = &handle;
+        EXPECT_EQ(GC_ERR_RESOURCE_IN_USE, DSAllocAndAnnounceBuffer(ds, 64, &first_owner, &handle));
+        EXPECT_EQ(nullptr, handle);
+        EXPECT_EQ(made, fake.calls()) << "no geometry is asked for, nothing is revoked";
+        EXPECT_LOG_LINES(allocating(ds, 64, &first_owner),
+                         {Priority::error,
+                          "Wasn't able to alllocate buffer with size=64, for stream handle=0x" + low_hex(ds),
+                          "DSAllocAndAnnounceBuffer"},
+                         FAILED_WITH(GC_ERR_RESOURCE_IN_USE));
+        EXPECT_EQ(0U, stream_info<size_t>(STREAM_INFO_NUM_ANNOUNCED).value);
+        EXPECT_EQ(left_in_library, fake.buffers(stream()).size());
+    };
     fake.next("ZVGR_BufferAllocAndAnnounce").answers(any_failure);
-    expect_refused({call("ZVGR_BufferAllocAndAnnounce", stream(), 64, &first_owner)}, 0);
-}
-
-TEST_F(QueuedAnnounce, FailsWhenTheLibraryDoesNotGiveTheAddress)
-{
-    const Calls made{call("ZVGR_BufferAllocAndAnnounce", stream(), 64, &first_owner),
-                     call("ZVGR_BufferGetInfo", any(), zv_buffer_address)};
+    expect_refused({allocation}, 0);
     fake.next("ZVGR_BufferGetInfo").answers(any_failure);
-    expect_refused(made, 1);
-    forget();
+    expect_refused({allocation, query}, 1);
     fake.next("ZVGR_BufferGetInfo").gives(0);
-    expect_refused(made, 2);
+    expect_refused({allocation, query}, 2);
+    EXPECT_EQ(text_before, last_error());
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <array>
 #include <limits>
 #include <ostream>
 #include <string>
@@ -6,79 +6,51 @@
 #include <vector>
 
 #include "api/DS_modes.h"
+#include "api/lines.h"
 
 using namespace zvtest;
 
 namespace {
 
 constexpr ACQ_QUEUE_TYPE flush_all_events = 1000;
+constexpr ACQ_QUEUE_TYPE flushes_of_events[] = {ACQ_QUEUE_OUTPUT_DISCARD, ACQ_QUEUE_ALL_TO_INPUT,
+                                                ACQ_QUEUE_ALL_DISCARD, flush_all_events};
 
-enum class Queue { general, input, output };
+enum Queue : size_t { general, input, output };
 
-const char* name_of(Queue queue)
-{
-    switch (queue) {
-    case Queue::general:
-        return "BUFFER_QUEUE_TYPE::GENERAL";
-    case Queue::input:
-        return "BUFFER_QUEUE_TYPE::INPUT";
-    default:
-        return "BUFFER_QUEUE_TYPE::OUTPUT";
-    }
-}
+constexpr const char* queue_names[] = {"GENERAL", "INPUT", "OUTPUT"};
 
-/// What an operation does with a buffer of one queue.
-struct Move {
-    ACQ_QUEUE_TYPE operation;
+constexpr int not_called = -1;
+
+/// Where an operation moves buffers, by the queue that they are in.
+struct Operation {
+    ACQ_QUEUE_TYPE number;
     const char* name;
-    Queue from;
-    Queue to;
-    int library_queue; // where it goes in the library in queued mode; -1: the library is not called
+    std::array<Queue, 3> destinations;
+    std::array<int, 3> library_queues; // in queued mode
 };
 
-std::ostream& operator<<(std::ostream& out, const Move& move)
-{
-    return out << move.name << " from " << name_of(move.from);
-}
-
-const Move moves[] = {
-    {ACQ_QUEUE_INPUT_TO_OUTPUT, "ACQ_QUEUE_INPUT_TO_OUTPUT", Queue::general, Queue::general, -1},
-    {ACQ_QUEUE_INPUT_TO_OUTPUT, "ACQ_QUEUE_INPUT_TO_OUTPUT", Queue::input, Queue::output, 1},
-    {ACQ_QUEUE_INPUT_TO_OUTPUT, "ACQ_QUEUE_INPUT_TO_OUTPUT", Queue::output, Queue::output, -1},
-    {ACQ_QUEUE_OUTPUT_DISCARD, "ACQ_QUEUE_OUTPUT_DISCARD", Queue::general, Queue::general, -1},
-    {ACQ_QUEUE_OUTPUT_DISCARD, "ACQ_QUEUE_OUTPUT_DISCARD", Queue::input, Queue::input, -1},
-    {ACQ_QUEUE_OUTPUT_DISCARD, "ACQ_QUEUE_OUTPUT_DISCARD", Queue::output, Queue::general, -1},
-    {ACQ_QUEUE_ALL_TO_INPUT, "ACQ_QUEUE_ALL_TO_INPUT", Queue::general, Queue::input, 0},
-    {ACQ_QUEUE_ALL_TO_INPUT, "ACQ_QUEUE_ALL_TO_INPUT", Queue::input, Queue::input, -1},
-    {ACQ_QUEUE_ALL_TO_INPUT, "ACQ_QUEUE_ALL_TO_INPUT", Queue::output, Queue::input, 0},
-    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::general, Queue::input, 0},
-    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::input, Queue::input, -1},
-    {ACQ_QUEUE_UNQUEUED_TO_INPUT, "ACQ_QUEUE_UNQUEUED_TO_INPUT", Queue::output, Queue::output, -1},
-    {ACQ_QUEUE_ALL_DISCARD, "ACQ_QUEUE_ALL_DISCARD", Queue::general, Queue::general, -1},
-    {ACQ_QUEUE_ALL_DISCARD, "ACQ_QUEUE_ALL_DISCARD", Queue::input, Queue::general, -1},
-    {ACQ_QUEUE_ALL_DISCARD, "ACQ_QUEUE_ALL_DISCARD", Queue::output, Queue::general, -1},
-    {flush_all_events, "FLUSH ALL EVENTS", Queue::general, Queue::general, -1},
-    {flush_all_events, "FLUSH ALL EVENTS", Queue::input, Queue::input, -1},
-    {flush_all_events, "FLUSH ALL EVENTS", Queue::output, Queue::output, -1},
+const Operation operations[] = {
+    {0, "ACQ_QUEUE_INPUT_TO_OUTPUT", {general, output, output}, {not_called, zv_queue_output, not_called}},
+    {1, "ACQ_QUEUE_OUTPUT_DISCARD", {general, input, general}, {not_called, not_called, not_called}},
+    {2, "ACQ_QUEUE_ALL_TO_INPUT", {input, input, input}, {zv_queue_input, not_called, zv_queue_input}},
+    {3, "ACQ_QUEUE_UNQUEUED_TO_INPUT", {input, input, output}, {zv_queue_input, not_called, not_called}},
+    {4, "ACQ_QUEUE_ALL_DISCARD", {general, general, general}, {not_called, not_called, not_called}},
+    {1000, "FLUSH ALL EVENTS", {general, input, output}, {not_called, not_called, not_called}},
 };
+
+std::ostream& operator<<(std::ostream& out, const Operation& operation) { return out << operation.name; }
 
 /// A stream that finds out the queue of a buffer, and brings one into it.
-class FlushedStream : public OpenStream {
+class FlushedStream : public CountedStream {
 protected:
-    void SetUp() override
-    {
-        OpenStream::SetUp();
-        fake.allow_handle("ZVGR_BufferToQueue", 0);
-        fake.allow_handle("ZVGR_BufferRevoke", 0);
-    }
-
-    Announced& announce_in(Queue queue_wanted)
+    Announced& announce_in(Queue wanted)
     {
         Announced& buffer = announce();
-        if (queue_wanted == Queue::general)
+        if (wanted == general)
             return buffer;
         queue(buffer);
-        if (queue_wanted == Queue::output) {
+        if (wanted == output) {
             start();
             deliver(buffer);
             stop();
@@ -88,56 +60,63 @@ protected:
 
     Queue queue_of_only_buffer()
     {
-        if (stream_info<size_t>(STREAM_INFO_NUM_QUEUED).value == 1)
-            return Queue::input;
-        return stream_info<size_t>(STREAM_INFO_NUM_AWAIT_DELIVERY).value == 1 ? Queue::output
-                                                                              : Queue::general;
+        if (num_queued() == 1)
+            return input;
+        return num_await_delivery() == 1 ? output : general;
     }
 
-    size_t num_in_event() { return event_info<size_t>(EVENT_NUM_IN_QUEUE).value; }
     void flush(ACQ_QUEUE_TYPE operation) { EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, operation)); }
+
+    std::vector<ExpectedLine> enter_and_request(ACQ_QUEUE_TYPE operation, const std::string& name,
+                                                const Announced& buffer, Queue queue) const
+    {
+        return {
+            {Priority::debug,
+             "Enter DSFlushQueue, stream handle=0x" + hex16(ds) + ", operation=" + std::to_string(operation),
+             "DSFlushQueue", "ZVGRLibGenTL"},
+            {Priority::debug,
+             "Request operation '" + name + "' for buffer 0x" + hex16(buffer.handle) + " with handle=0x" +
+                 hex(buffer.library) + ", currently in queue=BUFFER_QUEUE_TYPE::" + queue_names[queue],
+             "StreamModule::buffer_operation", "StreamModule"}};
+    }
 };
 
-class FlushMove : public FlushedStream, public testing::WithParamInterface<std::tuple<Mode, Move>> {
+using Move = std::tuple<Mode, Operation, Queue>;
+
+class FlushMove : public FlushedStream, public testing::WithParamInterface<Move> {
 protected:
-    bool is_queued() const override { return std::get<0>(GetParam()) == Mode::queued; }
-    const Move& move() const { return std::get<1>(GetParam()); }
+    bool is_queued() const override { return std::get<Mode>(GetParam()) == Mode::queued; }
 };
 
-TEST_P(FlushMove, MovesTheBufferAndTellsTheLibraryInQueuedModeOnly)
+TEST_P(FlushMove, MovesTheBufferAndCallsTheLibraryOnlyInQueuedMode)
 {
-    const Announced& buffer = announce_in(move().from);
-    ASSERT_EQ(move().from, queue_of_only_buffer());
+    const auto& operation = std::get<Operation>(GetParam());
+    const Queue from = std::get<Queue>(GetParam());
+    const Announced& buffer = announce_in(from);
+    ASSERT_EQ(from, queue_of_only_buffer());
     forget();
-    EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, move().operation));
+    flush(operation.number);
     Calls expected;
-    if (is_queued() && move().library_queue >= 0)
-        expected.push_back(call("ZVGR_BufferToQueue", buffer.library, move().library_queue));
+    if (is_queued() && operation.library_queues[from] != not_called)
+        expected.push_back(call("ZVGR_BufferToQueue", buffer.library, operation.library_queues[from]));
     EXPECT_EQ(expected, fake.calls());
-    EXPECT_LOG_LINES({Priority::debug,
-                      "Enter DSFlushQueue, stream handle=0x" + hex16(ds) +
-                          ", operation=" + std::to_string(move().operation),
-                      "DSFlushQueue", "ZVGRLibGenTL"},
-                     {Priority::debug,
-                      std::string("Request operation '") + move().name + "' for buffer 0x" +
-                          hex16(buffer.handle) + " with handle=0x" + hex(buffer.library) +
-                          ", currently in queue=" + name_of(move().from),
-                      "StreamModule::buffer_operation", "StreamModule"},
-                     {Priority::debug, "Exit DSFlushQueue", "DSFlushQueue", "ZVGRLibGenTL"});
-    EXPECT_EQ(move().to, queue_of_only_buffer());
+    std::vector<ExpectedLine> lines = enter_and_request(operation.number, operation.name, buffer, from);
+    lines.push_back({Priority::debug, "Exit DSFlushQueue", "DSFlushQueue", "ZVGRLibGenTL"});
+    EXPECT_TRUE(logged_exactly(lines));
+    EXPECT_EQ(operation.destinations[from], queue_of_only_buffer());
 }
 
-std::string name_of_move(const testing::TestParamInfo<std::tuple<Mode, Move>>& info)
+std::string name_of_move(const testing::TestParamInfo<Move>& info)
 {
-    const auto& [mode, move] = info.param;
-    const char* const from[] = {"general", "input", "output"};
-    return testing::PrintToString(mode) + "_" + std::to_string(move.operation) + "_from_" +
-           from[static_cast<size_t>(move.from)];
+    const auto& [mode, operation, from] = info.param;
+    return testing::PrintToString(mode) + "_" + std::to_string(operation.number) + "_from_" +
+           queue_names[from];
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, FlushMove,
                          testing::Combine(testing::Values(Mode::queued, Mode::cyclic),
-                                          testing::ValuesIn(moves)),
+                                          testing::ValuesIn(operations),
+                                          testing::Values(general, input, output)),
                          name_of_move);
 
 class FlushQueue : public FlushedStream, public testing::WithParamInterface<Mode> {
@@ -148,56 +127,50 @@ protected:
     void deliver_two()
     {
         register_event();
-        announce_in(Queue::output);
-        announce_in(Queue::output);
+        announce_in(output);
+        announce_in(output);
         ASSERT_EQ(2U, num_in_event());
     }
 };
 
 TEST_P(FlushQueue, ActsOnEveryBufferInPoolOrder)
 {
-    const Announced& first = announce_in(Queue::output);
-    const Announced& second = announce_in(Queue::input);
-    const Announced& third = announce_in(Queue::general);
+    const Announced& first = announce_in(output);
+    const Announced& second = announce_in(input);
+    const Announced& third = announce_in(general);
     forget();
     flush(ACQ_QUEUE_ALL_TO_INPUT);
     const Calls queued = {call("ZVGR_BufferToQueue", first.library, zv_queue_input),
                           call("ZVGR_BufferToQueue", third.library, zv_queue_input)};
     EXPECT_EQ(is_queued() ? queued : Calls{}, fake.calls());
     EXPECT_EQ(5U, log.lines().size()) << "enter, a line per buffer, exit";
-    EXPECT_EQ(3U, stream_info<size_t>(STREAM_INFO_NUM_QUEUED).value);
-    EXPECT_TRUE(buffer_info<bool8_t>(second.handle, BUFFER_INFO_IS_QUEUED).value);
+    EXPECT_EQ(3U, num_queued());
+    EXPECT_TRUE(is_in_input_pool(second));
 }
 
-TEST_P(FlushQueue, PutsInputBuffersIntoTheEventInPoolOrder)
+TEST_P(FlushQueue, FiresForInputBuffersInPoolOrderButDeliversNothing)
 {
     register_event();
-    const BUFFER_HANDLE first = announce_in(Queue::input).handle;
-    announce_in(Queue::general);
-    const BUFFER_HANDLE third = announce_in(Queue::input).handle;
+    const Announced& first = announce_in(input);
+    announce_in(general);
+    const Announced& third = announce_in(input);
     flush(ACQ_QUEUE_INPUT_TO_OUTPUT);
     EXPECT_EQ(2U, num_in_event());
-    EXPECT_EQ(first, take().data.BufferHandle);
-    EXPECT_EQ(third, take().data.BufferHandle);
-}
-
-TEST_P(FlushQueue, CountsMovedBuffersAsFiredButNotAsDelivered)
-{
-    register_event();
-    announce_in(Queue::input);
-    flush(ACQ_QUEUE_INPUT_TO_OUTPUT);
-    EXPECT_EQ(1U, event_info<uint64_t>(EVENT_NUM_FIRED).value);
-    EXPECT_EQ(0U, stream_info<uint64_t>(STREAM_INFO_NUM_DELIVERED).value);
-    EXPECT_FALSE(buffer_info<bool8_t>(buffers[0]->handle, BUFFER_INFO_NEW_DATA).value);
+    EXPECT_EQ(2U, event_info<uint64_t>(EVENT_NUM_FIRED).value);
+    EXPECT_EQ(0U, num_delivered());
+    EXPECT_FALSE(is_new(first));
+    EXPECT_EQ(first.handle, take().data.BufferHandle);
+    EXPECT_EQ(third.handle, take().data.BufferHandle);
 }
 
 TEST_P(FlushQueue, EmptiesTheEventWhenOutputBuffersLeaveTheirQueue)
 {
-    const ACQ_QUEUE_TYPE operations[] = {ACQ_QUEUE_OUTPUT_DISCARD, ACQ_QUEUE_ALL_TO_INPUT,
-                                         ACQ_QUEUE_ALL_DISCARD, flush_all_events};
-    for (const ACQ_QUEUE_TYPE operation : operations) {
+    for (const ACQ_QUEUE_TYPE operation : flushes_of_events) {
         SCOPED_TRACE(operation);
         deliver_two();
+        flush(ACQ_QUEUE_INPUT_TO_OUTPUT);
+        flush(ACQ_QUEUE_UNQUEUED_TO_INPUT);
+        EXPECT_EQ(2U, num_in_event()) << "which do not touch what is in it";
         flush(operation);
         EXPECT_EQ(0U, num_in_event());
         EXPECT_EQ(GC_ERR_SUCCESS, GCUnregisterEvent(ds, EVENT_NEW_BUFFER));
@@ -205,75 +178,53 @@ TEST_P(FlushQueue, EmptiesTheEventWhenOutputBuffersLeaveTheirQueue)
     }
 }
 
-TEST_P(FlushQueue, LeavesTheEventAloneOtherwise)
+// Flushing only the events is done buffer by buffer, so an empty pool has nothing to do it for.
+TEST_P(FlushQueue, EmptiesTheEventOfAnEmptyPoolUnlessOnlyEventsAreFlushed)
 {
-    deliver_two();
-    flush(ACQ_QUEUE_INPUT_TO_OUTPUT);
-    flush(ACQ_QUEUE_UNQUEUED_TO_INPUT);
-    EXPECT_EQ(2U, num_in_event());
-}
-
-TEST_P(FlushQueue, EmptiesTheEventOfAnEmptyPoolToo)
-{
-    for (const ACQ_QUEUE_TYPE operation :
-         {ACQ_QUEUE_OUTPUT_DISCARD, ACQ_QUEUE_ALL_TO_INPUT, ACQ_QUEUE_ALL_DISCARD}) {
+    for (const ACQ_QUEUE_TYPE operation : flushes_of_events) {
         SCOPED_TRACE(operation);
         register_event();
-        const Announced& buffer = announce_in(Queue::output);
+        const Announced& buffer = announce_in(output);
         ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffer.handle, nullptr, nullptr));
         ASSERT_EQ(1U, num_in_event());
         flush(operation);
-        EXPECT_EQ(0U, num_in_event());
+        EXPECT_EQ(operation == flush_all_events ? 1U : 0U, num_in_event());
     }
 }
 
-TEST_P(FlushQueue, FlushesEventsBufferByBuffer)
+TEST_P(FlushQueue, IgnoresTheStatusOfTheLibrary)
 {
-    register_event();
-    const Announced& buffer = announce_in(Queue::output);
-    ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffer.handle, nullptr, nullptr));
-    flush(flush_all_events);
-    EXPECT_EQ(1U, num_in_event()) << "an empty pool has no buffer to do it for";
-    announce();
-    flush(flush_all_events);
-    EXPECT_EQ(0U, num_in_event());
-}
-
-TEST_P(FlushQueue, IgnoresWhatTheLibrarySays)
-{
-    announce_in(Queue::general);
+    announce_in(general);
     fake.always("ZVGR_BufferToQueue").answers(any_failure);
     flush(ACQ_QUEUE_ALL_TO_INPUT);
-    EXPECT_EQ(Queue::input, queue_of_only_buffer());
+    EXPECT_EQ(input, queue_of_only_buffer());
     flush(ACQ_QUEUE_INPUT_TO_OUTPUT);
-    EXPECT_EQ(Queue::output, queue_of_only_buffer());
+    EXPECT_EQ(output, queue_of_only_buffer());
 }
 
 TEST_P(FlushQueue, RefusesAnUnknownOperationAtTheFirstBuffer)
 {
     register_event();
+    const Announced& buffer = announce_in(output);
+    announce_in(input);
     for (const ACQ_QUEUE_TYPE operation :
          {-1, 5, 7, 999, 1001, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()}) {
         const std::string number = std::to_string(operation);
         SCOPED_TRACE(number);
-        const Announced& buffer = buffers.empty() ? announce_in(Queue::output) : *buffers[0];
-        announce_in(Queue::input);
-        const size_t in_event = num_in_event();
         forget();
         EXPECT_EQ(GC_ERR_NOT_IMPLEMENTED, DSFlushQueue(ds, operation));
         EXPECT_EQ(Calls{}, fake.calls());
-        EXPECT_LOG_LINES(
-            {Priority::debug, "Enter DSFlushQueue, stream handle=0x" + hex16(ds) + ", operation=" + number},
-            {Priority::debug, "Request operation 'UNSUPPORTED BUFFER QUEUE OPERATION " + number +
-                                  "' for buffer 0x" + hex16(buffer.handle) + " with handle=0x" +
-                                  hex(buffer.library) + ", currently in queue=BUFFER_QUEUE_TYPE::OUTPUT"},
-            {Priority::error, "Unsupported buffer queue operation " + number,
-             "StreamModule::buffer_operation", "StreamModule"},
-            {Priority::error, "Exit, Returning error false (0x0)", "StreamModule::buffer_operation",
-             "StreamModule"},
-            {Priority::error, "Unsupported buffer operation= " + number, "DSFlushQueue", "ZVGRLibGenTL"},
-            {Priority::error, "Exit, Returning error GC_ERR_NOT_IMPLEMENTED (0xFFFFFC15)", "DSFlushQueue"});
-        EXPECT_EQ(in_event, num_in_event());
+        std::vector<ExpectedLine> lines =
+            enter_and_request(operation, "UNSUPPORTED BUFFER QUEUE OPERATION " + number, buffer, output);
+        lines.insert(lines.end(), {{Priority::error, "Unsupported buffer queue operation " + number,
+                                    "StreamModule::buffer_operation", "StreamModule"},
+                                   {Priority::error, "Exit, Returning error false (0x0)",
+                                    "StreamModule::buffer_operation", "StreamModule"},
+                                   {Priority::error, "Unsupported buffer operation= " + number,
+                                    "DSFlushQueue", "ZVGRLibGenTL"},
+                                   FAILED_WITH(GC_ERR_NOT_IMPLEMENTED)});
+        EXPECT_TRUE(logged_exactly(lines));
+        EXPECT_EQ(1U, num_in_event());
     }
 }
 
@@ -296,33 +247,30 @@ TEST_F(DSFlushQueue, AcceptsAnyOperationOnAnEmptyPool)
     }
 }
 
-/// In a process of its own: a wait that nothing signalled says so once per process.
+/// In a process of its own, because a wait without a signal is logged once per process.
 TEST_F(DSFlushQueue, DoesNotSignalMovedBuffers)
 {
     register_event();
-    announce_in(Queue::input);
+    announce_in(input);
     EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DSFlushQueue(ds, ACQ_QUEUE_INPUT_TO_OUTPUT));
     EXPECT_EQ(GC_ERR_SUCCESS, EventFlush(event)); // empties the queue and leaves the signal as it is
     forget();
     EXPECT_EQ(GC_ERR_TIMEOUT, take(0).code);
-    const std::vector<LogLine> lines = log.lines();
-    EXPECT_EQ(
-        1, std::count_if(lines.begin(), lines.end(),
-                         [](const LogLine& line) { return line.function == "EventModule::get_event_data"; }))
-        << "the wait was signalled";
+    EXPECT_LOGGED(Priority::error, "Event wait timeout with error=0x102 for timeout=0",
+                  "EventModule::get_event_data");
 }
 
-TEST_F(DSFlushQueue, HasMovedBuffersToTheInputPoolWhenTheLibraryIsTold)
+TEST_F(DSFlushQueue, HasMovedBuffersToTheInputPoolWhenTheLibraryIsCalled)
 {
-    Queue seen = Queue::general;
+    Queue seen = general;
     fake.on("ZVGR_BufferToQueue", [&](const Call&) { seen = queue_of_only_buffer(); });
     announce();
     for (const ACQ_QUEUE_TYPE operation : {ACQ_QUEUE_ALL_TO_INPUT, ACQ_QUEUE_UNQUEUED_TO_INPUT}) {
         SCOPED_TRACE(operation);
         EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DSFlushQueue(ds, ACQ_QUEUE_ALL_DISCARD));
-        seen = Queue::general;
+        seen = general;
         EXPECT_EQ(GC_ERR_SUCCESS, GenTL::DSFlushQueue(ds, operation));
-        EXPECT_EQ(Queue::input, seen) << "a frame filled at once would be lost";
+        EXPECT_EQ(input, seen) << "a frame filled at once would be lost";
     }
 }
 

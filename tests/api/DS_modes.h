@@ -17,8 +17,8 @@ inline std::ostream& operator<<(std::ostream& out, Mode mode)
     return out << (mode == Mode::queued ? "Queued" : "Cyclic");
 }
 
-/// A stream in the mode of the parameter. INSTANTIATE_IN_BOTH_MODES(Class) behind the tests.
-class EitherStream : public OpenStream, public testing::WithParamInterface<Mode> {
+/// A stream in either mode that can be asked what it counts.
+class CountedStream : public OpenStream {
 protected:
     void SetUp() override
     {
@@ -29,42 +29,34 @@ protected:
         fake.allow_handle("ZVGR_BufferRevoke", 0);
     }
 
-    bool is_queued() const override { return GetParam() == Mode::queued; }
+    size_t num_announced() { return stream_info<size_t>(STREAM_INFO_NUM_ANNOUNCED).value; }
+    size_t num_queued() { return stream_info<size_t>(STREAM_INFO_NUM_QUEUED).value; }
+    size_t num_await_delivery() { return stream_info<size_t>(STREAM_INFO_NUM_AWAIT_DELIVERY).value; }
+    uint64_t num_delivered() { return stream_info<uint64_t>(STREAM_INFO_NUM_DELIVERED).value; }
+    uint64_t num_underrun() { return stream_info<uint64_t>(STREAM_INFO_NUM_UNDERRUN).value; }
+    size_t num_in_event() { return event_info<size_t>(EVENT_NUM_IN_QUEUE).value; }
 
     bool is_in_input_pool(const Announced& buffer)
     {
         return buffer_info<bool8_t>(buffer.handle, BUFFER_INFO_IS_QUEUED).value != 0;
     }
-    size_t num_announced() { return stream_info<size_t>(STREAM_INFO_NUM_ANNOUNCED).value; }
-    size_t num_queued() { return stream_info<size_t>(STREAM_INFO_NUM_QUEUED).value; }
-    size_t num_await_delivery() { return stream_info<size_t>(STREAM_INFO_NUM_AWAIT_DELIVERY).value; }
+    bool is_new(const Announced& buffer)
+    {
+        return buffer_info<bool8_t>(buffer.handle, BUFFER_INFO_NEW_DATA).value != 0;
+    }
+    bool is_acquiring(const Announced& buffer)
+    {
+        return buffer_info<bool8_t>(buffer.handle, BUFFER_INFO_IS_ACQUIRING).value != 0;
+    }
+
+    /// A library call within the delivery of a frame, once the buffer is being filled.
+    const char* within_delivery() const { return is_queued() ? "ZVGR_BufferGetInfo" : "ZVGR_StreamGetAux"; }
 };
 
-/// Two cameras with an open stream each; `ds` is the first one's.
-class TwoStreams : public QueuedStream {
+/// A stream in the mode of the parameter. INSTANTIATE_IN_BOTH_MODES(Class) follows the tests.
+class EitherStream : public CountedStream, public testing::WithParamInterface<Mode> {
 protected:
-    DEV_HANDLE other_dev{nullptr};
-    DS_HANDLE other{nullptr};
-
-    void SetUp() override
-    {
-        QueuedStream::SetUp();
-        EXPECT_EQ(GC_ERR_SUCCESS, DevClose(dev));
-        fake.grabber(0).has_cameras(2);
-        EXPECT_EQ(GC_ERR_SUCCESS, IFUpdateDeviceList(iface, nullptr, 0));
-        other_dev = open_device(iface, "Device01");
-        other = open_stream(other_dev, "Stream010");
-        dev = open_device(iface, "Device00");
-        ds = open_stream(dev, "Stream000"); // last, so that stream() is its handle
-        forget();
-    }
-
-    BUFFER_HANDLE announce_on_other()
-    {
-        BUFFER_HANDLE handle = nullptr;
-        EXPECT_EQ(GC_ERR_SUCCESS, DSAllocAndAnnounceBuffer(other, 64, nullptr, &handle));
-        return handle;
-    }
+    bool is_queued() const override { return GetParam() == Mode::queued; }
 };
 
 inline std::string name_of_mode(const testing::TestParamInfo<Mode>& info)

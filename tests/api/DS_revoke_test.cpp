@@ -17,6 +17,14 @@ protected:
         forget();
     }
 
+    ExpectedLine enter_line(BUFFER_HANDLE handle, const void* memory) const
+    {
+        return {Priority::information,
+                "Enter DSRevokeBuffer, stream handle=0x" + low_hex(ds) + ", buffer handle=0x" +
+                    low_hex(handle) + ", user buffer=0x" + low_hex(memory),
+                "DSRevokeBuffer"};
+    }
+
     /// Revokes the buffer and expects every trace of it to be gone, but not the other buffers.
     void expect_revoked(const Announced& buffer)
     {
@@ -24,10 +32,7 @@ protected:
         forget();
         EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffer.handle, nullptr, nullptr));
         EXPECT_EQ((Calls{call("ZVGR_BufferRevoke", stream(), buffer.library)}), fake.calls());
-        EXPECT_LOG_LINES({Priority::information,
-                          "Enter DSRevokeBuffer, stream handle=0x" + low_hex(ds) + ", buffer handle=0x" +
-                              low_hex(buffer.handle) + ", user buffer=0x0",
-                          "DSRevokeBuffer"},
+        EXPECT_LOG_LINES(enter_line(buffer.handle, nullptr),
                          {Priority::information, "Exit DSRevokeBuffer", "DSRevokeBuffer"});
         EXPECT_EQ(before - 1, num_announced());
         EXPECT_EQ(GC_ERR_INVALID_HANDLE, buffer_info<size_t>(buffer.handle, BUFFER_INFO_SIZE).code);
@@ -35,29 +40,22 @@ protected:
     }
 };
 
-/// From no queue, while it waits to be filled or to be fetched, and when the consumer has it.
-TEST_P(RevokedBuffer, IsRevokedFromEveryQueue)
+TEST_P(RevokedBuffer, IsRevokedAtEveryStageOfItsWay)
 {
-    struct Row {
-        const char* name;
-        bool is_queued;
-        bool is_delivered;
-        bool is_fetched;
-    };
-    for (const Row& row : {Row{"in no queue", false, false, false}, Row{"queued", true, false, false},
-                           Row{"delivered", true, true, false}, Row{"fetched", true, true, true}}) {
+    enum Stage { announced, queued, delivered, fetched };
+    for (const Stage stage : {announced, queued, delivered, fetched}) {
         for (const bool is_running : {false, true}) {
-            if (row.is_delivered && !is_running)
+            if (stage >= delivered && !is_running)
                 continue;
-            SCOPED_TRACE(std::string(row.name) + (is_running ? ", running" : ""));
+            SCOPED_TRACE(std::to_string(stage) + (is_running ? ", running" : ""));
             Announced& buffer = announce();
-            if (row.is_queued)
+            if (stage >= queued)
                 queue(buffer);
             if (is_running)
                 start();
-            if (row.is_delivered)
+            if (stage >= delivered)
                 deliver(buffer);
-            if (row.is_fetched) {
+            if (stage == fetched) {
                 EXPECT_EQ(buffer.handle, take().data.BufferHandle);
             }
             expect_revoked(buffer);
@@ -69,40 +67,31 @@ TEST_P(RevokedBuffer, IsRevokedFromEveryQueue)
     }
 }
 
-TEST_P(RevokedBuffer, IsGivenBackWithItsPointers)
+TEST_P(RevokedBuffer, IsGivenBackWithItsPointersWhoeverAllocatedTheMemory)
 {
     int owner = 0;
-    const Announced& buffer = announce(64, &owner);
-    void* memory = &memory;
-    void* user = nullptr;
-    forget();
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffer.handle, &memory, &user));
-    EXPECT_EQ(buffer.memory.data(), memory);
-    EXPECT_EQ(&owner, user);
-    EXPECT_LOGGED(Priority::information, "Enter DSRevokeBuffer, stream handle=0x" + low_hex(ds) +
-                                             ", buffer handle=0x" + low_hex(buffer.handle) +
-                                             ", user buffer=0x" + low_hex(&memory));
-}
-
-TEST_P(RevokedBuffer, GivesTheAddressOfMemoryThatGoesWithIt)
-{
-    const BUFFER_HANDLE handle = alloc_and_announce(64).handle;
-    void* const base = buffer_info<void*>(handle, BUFFER_INFO_BASE).value;
-    void* memory = nullptr;
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, handle, &memory, nullptr));
-    EXPECT_EQ(base, memory);
+    announce(64, &owner);
+    alloc_and_announce(64, &owner);
+    for (const size_t i : {2U, 3U}) {
+        const BUFFER_HANDLE handle = buffers[i]->handle;
+        void* const base = buffer_info<void*>(handle, BUFFER_INFO_BASE).value;
+        void* memory = &memory;
+        void* user = nullptr;
+        forget();
+        EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, handle, &memory, &user));
+        EXPECT_TRUE(logged(enter_line(handle, &memory)));
+        EXPECT_EQ(base, memory);
+        EXPECT_EQ(&owner, user);
+    }
 }
 
 TEST_P(RevokedBuffer, NeedsNoOutputs)
 {
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[0]->handle, nullptr, nullptr));
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[1]->handle, all_ones<void**>(), all_ones<void**>()));
-    EXPECT_LOGGED(Priority::information, "Enter DSRevokeBuffer, stream handle=0x" + low_hex(ds) +
-                                             ", buffer handle=0x" + low_hex(buffers[1]->handle) +
-                                             ", user buffer=0x0");
+    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[0]->handle, all_ones<void**>(), all_ones<void**>()));
+    EXPECT_TRUE(logged(enter_line(buffers[0]->handle, nullptr)));
 }
 
-TEST_P(RevokedBuffer, IsGoneWhateverTheLibrarySays)
+TEST_P(RevokedBuffer, IsGoneWhateverTheLibraryAnswers)
 {
     fake.next("ZVGR_BufferRevoke").answers(any_failure);
     expect_revoked(*buffers[0]);
@@ -136,25 +125,6 @@ TEST_P(RevokedBuffer, IsRefusedToTheSlowerOfTwoCallers)
     EXPECT_EQ(1U, num_announced());
 }
 
-TEST_P(RevokedBuffer, IsStillReportedByTheEventButWithoutItsPointer)
-{
-    int owner = 0;
-    Announced& buffer = *buffers[0];
-    BUFFER_HANDLE same = nullptr;
-    EXPECT_EQ(GC_ERR_SUCCESS,
-              DSAnnounceBuffer(ds, buffer.memory.data(), buffer.memory.size(), &owner, &same));
-    queue(buffer);
-    start();
-    deliver(buffer);
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffer.handle, nullptr, nullptr));
-
-    EXPECT_EQ(1U, event_info<size_t>(EVENT_NUM_IN_QUEUE).value);
-    const Taken taken = take();
-    EXPECT_EQ(GC_ERR_SUCCESS, taken.code);
-    EXPECT_EQ(buffer.handle, taken.data.BufferHandle);
-    EXPECT_EQ(nullptr, taken.data.pUserPointer);
-}
-
 TEST_P(RevokedBuffer, CanBeDiscardedFromTheEvent)
 {
     queue(*buffers[0]);
@@ -166,27 +136,6 @@ TEST_P(RevokedBuffer, CanBeDiscardedFromTheEvent)
     EXPECT_EQ(0U, event_info<size_t>(EVENT_NUM_IN_QUEUE).value);
 }
 
-TEST_P(RevokedBuffer, LeavesTheOthersToBeFilled)
-{
-    queue(*buffers[0]);
-    queue(*buffers[1]);
-    start();
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, buffers[0]->handle, nullptr, nullptr));
-    deliver(*buffers[1], Frame{0, 0, 0, 0x77});
-    EXPECT_EQ(buffers[1]->handle, take().data.BufferHandle);
-    EXPECT_EQ(0x77, buffers[1]->memory[0]);
-}
-
 INSTANTIATE_IN_BOTH_MODES(RevokedBuffer);
-
-class RevokeOfTwoStreams : public TwoStreams {};
-
-TEST_F(RevokeOfTwoStreams, RefusesABufferOfTheOther)
-{
-    const BUFFER_HANDLE foreign = announce_on_other();
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSRevokeBuffer(ds, foreign, nullptr, nullptr));
-    EXPECT_EQ(0U, fake.count("ZVGR_BufferRevoke"));
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(other, foreign, nullptr, nullptr));
-}
 
 } // namespace

@@ -1,26 +1,24 @@
 #pragma once
 
 #include <algorithm>
+#include <vector>
 
 #include "api/DS_modes.h"
 
 namespace zvtest {
 
-/// What frames leave behind, on a stream that runs with four queued buffers and an event.
-template <class RunningStream>
-class Delivering : public RunningStream {
+template <Mode mode>
+class StreamInMode : public CountedStream {
 protected:
-    uint64_t num_delivered() { return counter(STREAM_INFO_NUM_DELIVERED); }
-    uint64_t num_underrun() { return counter(STREAM_INFO_NUM_UNDERRUN); }
-    uint64_t num_queued() { return counter(STREAM_INFO_NUM_QUEUED); }
-    uint64_t num_await_delivery() { return counter(STREAM_INFO_NUM_AWAIT_DELIVERY); }
-    uint64_t in_event() { return this->template event_info<uint64_t>(EVENT_NUM_IN_QUEUE).value; }
+    bool is_queued() const override { return mode == Mode::queued; }
+};
 
-    uint64_t timestamp(size_t i) { return value<uint64_t>(i, BUFFER_INFO_TIMESTAMP); }
-    uint64_t frame_id(size_t i) { return value<uint64_t>(i, BUFFER_INFO_FRAMEID); }
-    bool is_new(size_t i) { return value<bool8_t>(i, BUFFER_INFO_NEW_DATA) != 0; }
-    bool is_in_input_pool(size_t i) { return value<bool8_t>(i, BUFFER_INFO_IS_QUEUED) != 0; }
-    bool is_acquiring(size_t i) { return value<bool8_t>(i, BUFFER_INFO_IS_ACQUIRING) != 0; }
+/// What frames leave behind, on a stream that runs with four queued buffers and an event.
+template <class Stream>
+class Delivering : public Running<Stream> {
+protected:
+    uint64_t timestamp(size_t i) { return number(i, BUFFER_INFO_TIMESTAMP); }
+    uint64_t frame_id(size_t i) { return number(i, BUFFER_INFO_FRAMEID); }
 
     static bool is_filled_with(const std::vector<uint8_t>& memory, uint8_t value)
     {
@@ -28,11 +26,9 @@ protected:
     }
 
 private:
-    uint64_t counter(STREAM_INFO_CMD command) { return this->template stream_info<uint64_t>(command).value; }
-    template <class T>
-    T value(size_t i, BUFFER_INFO_CMD command)
+    uint64_t number(size_t i, BUFFER_INFO_CMD command)
     {
-        return this->template buffer_info<T>(this->buffers[i]->handle, command).value;
+        return this->template buffer_info<uint64_t>(this->buffers[i]->handle, command).value;
     }
 };
 

@@ -8,13 +8,19 @@ using namespace zvtest;
 
 namespace {
 
-class QueuedDelivery : public Delivering<RunningQueuedStream> {
+class QueuedDelivery : public Delivering<StreamInMode<Mode::queued>> {
 protected:
     static ExpectedLine callback_line(uint64_t handle, const char* flag, uint64_t delivered)
     {
         return {Priority::trace,
                 "stream callback for handle 0x" + hex(handle) + ", m_AcquisitionFlag=" + flag +
                     ", m_StreamDeliveredBuffers=" + std::to_string(delivered),
+                "StreamModule::stream_buffer_callback", "StreamModule"};
+    }
+
+    static ExpectedLine frame_line(uint64_t handle, const std::string& id)
+    {
+        return {Priority::trace, "New buffer handle 0x" + hex(handle) + " with " + id,
                 "StreamModule::stream_buffer_callback", "StreamModule"};
     }
 
@@ -38,69 +44,41 @@ protected:
     }
 };
 
-TEST_F(QueuedDelivery, HandsOverTheBufferThatTheLibraryNames)
-{
-    deliver(*buffers[2], Frame{777, 12, 34, -1});
-    EXPECT_TRUE(is_new(2));
-    EXPECT_FALSE(is_new(0));
-    EXPECT_EQ(12U, frame_id(2));
-    EXPECT_EQ(buffers[2]->handle, take().data.BufferHandle);
-}
-
-TEST_F(QueuedDelivery, AsksForTimestampAndFrameId)
-{
-    const uint64_t handle = buffers[0]->library;
-    deliver(*buffers[0]);
-    EXPECT_EQ((Calls{call("ZVGR_BufferGetInfo", handle, zv_buffer_timestamp),
-                     call("ZVGR_BufferGetInfo", handle, zv_buffer_frame_id)}),
-              fake.calls());
-}
-
-TEST_F(QueuedDelivery, LogsThreeLinesPerFrame)
+TEST_F(QueuedDelivery, AsksForTimestampAndFrameIdAndLogsTheLow32BitsOfTheLatter)
 {
     const uint64_t first = buffers[0]->library;
     const uint64_t second = buffers[1]->library;
     deliver(*buffers[0], Frame{1, 7, 0, -1});
-    deliver(*buffers[1], Frame{1, 8, 0, -1});
-    EXPECT_LOG_LINES(callback_line(first, "true", 0),
-                     {Priority::trace, "New buffer handle 0x" + hex(first) + " with FrameId 7",
-                      "StreamModule::stream_buffer_callback", "StreamModule"},
-                     event_line(first), callback_line(second, "true", 1),
-                     {Priority::trace, "New buffer handle 0x" + hex(second) + " with FrameId 8"},
-                     event_line(second));
-}
+    EXPECT_EQ((Calls{call("ZVGR_BufferGetInfo", first, zv_buffer_timestamp),
+                     call("ZVGR_BufferGetInfo", first, zv_buffer_frame_id)}),
+              fake.calls());
+    EXPECT_LOG_LINES(callback_line(first, "true", 0), frame_line(first, "FrameId 7"), event_line(first));
 
-TEST_F(QueuedDelivery, KeepsAll64BitsOfAFrameIdAndPrintsTheLow32)
-{
-    deliver(*buffers[0], Frame{1, 0x8000000500000006U, 0, -1});
-    EXPECT_EQ(0x8000000500000006U, frame_id(0));
-    EXPECT_LOGGED(Priority::trace, "New buffer handle 0x" + hex(buffers[0]->library) + " with FrameId 6");
+    EXPECT_EQ(GC_ERR_SUCCESS, GCUnregisterEvent(ds, EVENT_NEW_BUFFER));
+    forget();
+    deliver(*buffers[1], Frame{1, 0x8000000500000006U, 0, -1});
+    EXPECT_LOG_LINES(callback_line(second, "true", 1), frame_line(second, "FrameId 6"));
+    EXPECT_EQ(0x8000000500000006U, frame_id(1));
 }
 
 TEST_F(QueuedDelivery, AsksForTheImageIdWhereTheGrabberSupportsIt)
 {
-    reopen_with_image_id_support(1);
-    const uint64_t handle = buffers[0]->library;
-    deliver(*buffers[0], Frame{99, 12, 0xF000000000000034U, -1});
-    EXPECT_EQ((Calls{call("ZVGR_BufferGetInfo", handle, zv_buffer_timestamp),
-                     call("ZVGR_BufferGetInfo", handle, zv_buffer_image_id)}),
-              fake.calls());
-    EXPECT_LOG_LINES(callback_line(handle, "true", 0),
-                     {Priority::trace, "New buffer handle 0x" + hex(handle) + " with ImageId " +
-                                           std::to_string(0xF000000000000034U)},
-                     event_line(handle));
-    EXPECT_EQ(0xF000000000000034U, frame_id(0));
-    EXPECT_EQ(99U, timestamp(0));
-}
-
-TEST_F(QueuedDelivery, TakesOnlyOneValueForSupportOfImageIds)
-{
-    for (const int64_t support :
-         {int64_t{0}, int64_t{2}, int64_t{-1}, int64_t{0x100000001}, ZV_NOT_AVAILABLE}) {
+    constexpr uint64_t image_id = 0xF000000000000034U;
+    for (const int64_t support : {int64_t{1}, int64_t{0}, int64_t{2}, int64_t{-1}, int64_t{0x100000001}}) {
         SCOPED_TRACE(support);
         reopen_with_image_id_support(support);
-        deliver(*buffers[0], Frame{1, 12, 34, -1});
-        EXPECT_EQ(12U, frame_id(0));
+        const uint64_t handle = buffers[0]->library;
+        deliver(*buffers[0], Frame{99, 12, image_id, -1});
+        const uint32_t asked = support == 1 ? zv_buffer_image_id : zv_buffer_frame_id;
+        EXPECT_EQ((Calls{call("ZVGR_BufferGetInfo", handle, zv_buffer_timestamp),
+                         call("ZVGR_BufferGetInfo", handle, asked)}),
+                  fake.calls());
+        EXPECT_LOG_LINES(
+            callback_line(handle, "true", 0),
+            frame_line(handle, support == 1 ? "ImageId " + std::to_string(image_id) : "FrameId 12"),
+            event_line(handle));
+        EXPECT_EQ(support == 1 ? image_id : 12, frame_id(0));
+        EXPECT_EQ(99U, timestamp(0));
     }
 }
 
@@ -111,7 +89,7 @@ TEST_F(QueuedDelivery, ReadsAsZeroWhatTheLibraryDoesNotSet)
     deliver(*buffers[0], Frame{778, 13, 0, -1});
     EXPECT_EQ(0U, timestamp(0));
     EXPECT_EQ(0U, frame_id(0));
-    EXPECT_LOGGED(Priority::trace, "New buffer handle 0x" + hex(buffers[0]->library) + " with FrameId 0");
+    EXPECT_TRUE(logged(frame_line(buffers[0]->library, "FrameId 0")));
     EXPECT_EQ(2U, num_delivered());
 }
 
@@ -122,52 +100,30 @@ TEST_F(QueuedDelivery, DeliversABufferOfAnyQueue)
     deliver(*buffers[0]); // and one that was not fetched yet
     EXPECT_EQ(1U, num_await_delivery());
     EXPECT_EQ(2U, num_delivered());
-    EXPECT_EQ(2U, in_event());
+    EXPECT_EQ(2U, num_in_event());
 }
 
-TEST_F(QueuedDelivery, LogsFramesOfAnIdleStream)
+TEST_F(QueuedDelivery, WarnsOfAHandleThatIsNotOneOfItsBuffers)
 {
-    stop();
-    forget();
-    deliver(*buffers[0]);
-    EXPECT_LOG_LINES(callback_line(buffers[0]->library, "false", 0));
-}
-
-TEST_F(QueuedDelivery, WarnsOfAnUnknownHandle)
-{
-    const uint64_t unknown = 0xABCDEF0123456789U;
-    fake.deliver_queued_to(stream(), unknown);
-    EXPECT_EQ(Calls{}, fake.calls());
-    EXPECT_LOG_LINES(callback_line(unknown, "true", 0),
-                     {Priority::warning,
-                      "stream handle 0x" + hex(unknown) + " wasn't found in m_StreamBufferMap",
-                      "StreamModule::stream_buffer_callback", "StreamModule"});
-    EXPECT_EQ(0U, num_delivered());
+    const uint64_t of_earlier_stream = buffers[0]->library;
+    reopen_with_image_id_support(0);
+    const Announced& revoked = announce();
+    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, revoked.handle, nullptr, nullptr));
+    for (const uint64_t handle : {uint64_t{0xABCDEF0123456789U}, of_earlier_stream, revoked.library}) {
+        forget();
+        fake.deliver_queued_to(stream(), handle);
+        EXPECT_EQ(Calls{}, fake.calls());
+        EXPECT_LOG_LINES(callback_line(handle, "true", 0),
+                         {Priority::warning,
+                          "stream handle 0x" + hex(handle) + " wasn't found in m_StreamBufferMap",
+                          "StreamModule::stream_buffer_callback", "StreamModule"});
+        EXPECT_EQ(0U, num_delivered());
+    }
     deliver(*buffers[0]);
     EXPECT_EQ(1U, num_delivered()) << "and goes on";
 }
 
-TEST_F(QueuedDelivery, WarnsOfABufferThatWasRevoked)
-{
-    const Announced& revoked = *buffers[1];
-    EXPECT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, revoked.handle, nullptr, nullptr));
-    forget();
-    fake.deliver_queued(revoked.library);
-    EXPECT_EQ(Calls{}, fake.calls());
-    EXPECT_LOGGED(Priority::warning,
-                  "stream handle 0x" + hex(revoked.library) + " wasn't found in m_StreamBufferMap");
-    EXPECT_EQ(0U, num_delivered());
-}
-
-TEST_F(QueuedDelivery, WarnsOfABufferOfTheStreamBeforeItWasClosed)
-{
-    const uint64_t old = buffers[0]->library;
-    reopen_with_image_id_support(0);
-    fake.deliver_queued_to(stream(), old);
-    EXPECT_LOGGED(Priority::warning, "stream handle 0x" + hex(old) + " wasn't found in m_StreamBufferMap");
-}
-
-TEST_F(QueuedDelivery, EndsWithTheHandleZero)
+TEST_F(QueuedDelivery, EndsWithTheHandleZeroUntilTheNextStart)
 {
     deliver(*buffers[0]);
     forget();
@@ -179,27 +135,13 @@ TEST_F(QueuedDelivery, EndsWithTheHandleZero)
     EXPECT_LOG_LINES(callback_line(0, "true", 1), callback_line(buffers[1]->library, "false", 1),
                      callback_line(0, "false", 1));
     EXPECT_EQ(1U, num_delivered()) << "the count stays";
-    EXPECT_FALSE(is_new(1));
+    EXPECT_FALSE(is_new(*buffers[1]));
     EXPECT_EQ(3U, num_queued());
-}
 
-TEST_F(QueuedDelivery, GoesOnAfterTheNextStart)
-{
-    fake.deliver_queued_to(stream(), 0);
     stop();
     start();
     deliver(*buffers[1]);
     EXPECT_EQ(1U, num_delivered());
-}
-
-TEST_F(QueuedDelivery, LogsTwoLinesPerFrameWithoutAnEvent)
-{
-    EXPECT_EQ(GC_ERR_SUCCESS, GCUnregisterEvent(ds, EVENT_NEW_BUFFER));
-    forget();
-    deliver(*buffers[0], Frame{1, 7, 0, -1});
-    EXPECT_LOG_LINES(
-        callback_line(buffers[0]->library, "true", 0),
-        {Priority::trace, "New buffer handle 0x" + hex(buffers[0]->library) + " with FrameId 7"});
 }
 
 } // namespace

@@ -38,52 +38,32 @@ protected:
         return {Priority::information, "Opening stream type=" + mode, "CameraModule::open_Stream",
                 "CameraModule"};
     }
-    /// What a stream logs while it connects.
-    std::vector<ExpectedLine> connecting(const std::string& mode, const std::string& image_id) const
-    {
-        const std::string handle = "stream=0x" + hex(fake.last_stream());
-        return {info_line("Connect callback for " + handle + ", type=" + mode),
-                info_line("Is ZV_STREAM_BUFFER_INFO_IMAGEID supported for grabber 0x" + low_hex(grabber()) +
-                          ": " + image_id),
-                info_line("Successful callback connect for " + handle)};
-    }
 };
 
-TEST_F(DevOpenDataStream, MakesAQueuedStream)
+TEST_F(DevOpenDataStream, MakesAStreamAndConnectsIt)
 {
-    offers_queued_mode(1);
-    fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = 1;
-    EXPECT_EQ(GC_ERR_SUCCESS, open());
-    EXPECT_EQ((Calls{call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_QueuedBuffers_Imp"),
-                     call("ZVGR_StreamCreate", camera(), 0),
-                     call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_FrameImageId_Imp"),
-                     call("ZVGR_StreamBufferCallbackRegister", fake.last_stream(), any(), ds)}),
-              fake.calls());
-    EXPECT_EQ((std::vector<SettingsRead>{override_read("GenTL.Stream.QueuedBufferMode")}), settings.reads());
+    const Call capability = call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_QueuedBuffers_Imp");
+    const Call image_ids = call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_FrameImageId_Imp");
+    for (const bool is_queued : {true, false}) {
+        offers_queued_mode(is_queued ? 1 : 0);
+        fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = is_queued ? 1 : -5;
+        forget();
+        EXPECT_EQ(GC_ERR_SUCCESS, open());
+        const uint32_t made = fake.last_stream();
+        const Calls queued = {capability, call("ZVGR_StreamCreate", camera(), 0), image_ids,
+                              call("ZVGR_StreamBufferCallbackRegister", made, any(), ds)};
+        const Calls cyclic = {capability, call("ZVGR_StreamCreateAndAlloc", camera(), 4, 0), image_ids,
+                              call("ZVGR_CameraCallbackRegister", camera(), any(), ds)};
+        EXPECT_EQ(is_queued ? queued : cyclic, fake.calls());
 
-    std::vector<ExpectedLine> lines{enter(), opening("Queued")};
-    const auto connected = connecting("Queued", "1");
-    lines.insert(lines.end(), connected.begin(), connected.end());
-    lines.push_back(exit());
-    EXPECT_TRUE(logged_exactly(lines));
-}
-
-TEST_F(DevOpenDataStream, MakesACyclicStream)
-{
-    offers_queued_mode(0);
-    fake.grabber_int("FW_Dma_Capable_FrameImageId_Imp") = 0;
-    EXPECT_EQ(GC_ERR_SUCCESS, open());
-    EXPECT_EQ((Calls{call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_QueuedBuffers_Imp"),
-                     call("ZVGR_StreamCreateAndAlloc", camera(), 4, 0),
-                     call("ZVGR_GetGrabberValueInt", grabber(), "FW_Dma_Capable_FrameImageId_Imp"),
-                     call("ZVGR_CameraCallbackRegister", camera(), any(), ds)}),
-              fake.calls());
-
-    std::vector<ExpectedLine> lines{enter(), opening("Cyclic")};
-    const auto connected = connecting("Cyclic", "0");
-    lines.insert(lines.end(), connected.begin(), connected.end());
-    lines.push_back(exit());
-    EXPECT_TRUE(logged_exactly(lines));
+        const std::string mode = is_queued ? "Queued" : "Cyclic";
+        EXPECT_LOG_LINES(enter(), opening(mode),
+                         info_line("Connect callback for stream=0x" + hex(made) + ", type=" + mode),
+                         info_line("Is ZV_STREAM_BUFFER_INFO_IMAGEID supported for grabber 0x" +
+                                   low_hex(grabber()) + (is_queued ? ": 1" : ": -5")),
+                         info_line("Successful callback connect for stream=0x" + hex(made)), exit());
+        EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    }
 }
 
 TEST_F(DevOpenDataStream, ChoosesTheModeBySettingAndCapability)
