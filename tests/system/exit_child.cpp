@@ -5,15 +5,16 @@
 #include <string>
 #include <thread>
 
+#include "support/process/process_state.h"
 #include "system/consumer/Camera.h"
 #include "system/consumer/Library.h"
-#include "system/process_state.h"
 
 // A consumer that ends its process while it acquires, in the way that its argument names: with exit code 0
 // unless something goes wrong before. Settings and variables are those of the test that starts it.
 
 using namespace GenTL;
 using namespace zvsystem;
+using namespace zvtest;
 
 namespace {
 

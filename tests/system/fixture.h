@@ -10,12 +10,14 @@
 
 #include "zvgr/FrameStamp.h"
 
+#include "support/process/process_state.h"
 #include "system/consumer/Camera.h"
 #include "system/consumer/Library.h"
 #include "system/consumer/Surroundings.h"
-#include "system/process_state.h"
 
 namespace zvsystem {
+
+using namespace zvtest;
 
 /// The built producer.
 constexpr const char* producer_file = ZV_PRODUCER_FILE;

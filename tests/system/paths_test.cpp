@@ -5,7 +5,6 @@
 #include <dlfcn.h>
 
 #include "system/fixture.h"
-#include "system/process_state.h"
 
 // TL_INFO_PATHNAME is the file that was loaded, whatever name it was loaded by.
 

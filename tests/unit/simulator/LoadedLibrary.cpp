@@ -4,7 +4,7 @@
 
 #include <dlfcn.h>
 
-#include "system/process_state.h"
+#include "support/process/process_state.h"
 
 namespace zvsim_test {
 
@@ -19,7 +19,7 @@ void LoadedLibrary::unload()
 
 bool LoadedLibrary::is_mapped()
 {
-    return zvsystem::is_mapped(std::filesystem::path{ZVGR_LIBRARY}.filename().string());
+    return zvtest::is_mapped(std::filesystem::path{ZVGR_LIBRARY}.filename().string());
 }
 
 LoadedLibrary::Symbol LoadedLibrary::find(const char* name) const
@@ -58,7 +58,7 @@ void Loaded::start(Mode mode)
 
 bool threads_become(size_t number)
 {
-    return becomes_true([number] { return zvsystem::thread_count() == number; });
+    return becomes_true([number] { return zvtest::thread_count() == number; });
 }
 
 } // namespace zvsim_test

@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "system/process_state.h"
+#include "support/process/process_state.h"
 #include "unit/simulator/LoadedLibrary.h"
 
 // The library when it is unloaded, and when the process ends, in every state.
@@ -17,10 +17,10 @@ using namespace zvsim_test;
 size_t resting_threads()
 {
     pid_t thread = 0;
-    std::thread{[&] { thread = zvsystem::this_thread(); }}.join();
+    std::thread{[&] { thread = zvtest::this_thread(); }}.join();
     EXPECT_TRUE(
         becomes_true([&] { return !std::filesystem::exists("/proc/self/task/" + std::to_string(thread)); }));
-    return zvsystem::thread_count();
+    return zvtest::thread_count();
 }
 
 TEST(Unload, LeavesNothingAfterEverythingWasClosed)
@@ -39,10 +39,10 @@ TEST(Unload, LeavesNothingAfterEverythingWasClosed)
         }
         EXPECT_FALSE(LoadedLibrary::is_mapped());
         if (round == 0) { // what the process itself opens and starts, it has by now
-            descriptors = zvsystem::open_descriptors();
+            descriptors = zvtest::open_descriptors();
             others = resting_threads();
         }
-        EXPECT_EQ(descriptors, zvsystem::open_descriptors());
+        EXPECT_EQ(descriptors, zvtest::open_descriptors());
         EXPECT_TRUE(threads_become(others));
     }
 }

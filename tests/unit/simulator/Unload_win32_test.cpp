@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "system/process_state.h"
+#include "support/process/process_state.h"
 #include "unit/simulator/LoadedLibrary.h"
 
 // The library when it is unloaded on Windows, where no unload can wait for a thread: whatever its threads run
@@ -12,7 +12,7 @@ using namespace zvsim_test;
 
 class Streaming : public testing::Test {
 protected:
-    size_t threads_before{zvsystem::thread_count()};
+    size_t threads_before{zvtest::thread_count()};
     Loaded loaded;
 };
 

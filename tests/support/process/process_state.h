@@ -7,7 +7,7 @@
 
 #include <sys/types.h>
 
-namespace zvsystem {
+namespace zvtest {
 
 /// Whether a file of this name is mapped into the process.
 bool is_mapped(const std::string& file_name);
@@ -49,4 +49,4 @@ constexpr bool is_sanitized =
     false;
 #endif
 
-} // namespace zvsystem
+} // namespace zvtest

@@ -1,4 +1,4 @@
-#include "system/process_state.h"
+#include "support/process/process_state.h"
 
 #include <stdexcept>
 
@@ -7,7 +7,7 @@
 #include <psapi.h>
 #include <tlhelp32.h>
 
-namespace zvsystem {
+namespace zvtest {
 
 namespace {
 
@@ -91,4 +91,4 @@ MemorySize memory_size()
     return {counters.WorkingSetSize, counters.PagefileUsage};
 }
 
-} // namespace zvsystem
+} // namespace zvtest

@@ -1,4 +1,4 @@
-#include "system/process_state.h"
+#include "support/process/process_state.h"
 
 #include <filesystem>
 #include <fstream>
@@ -9,7 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace zvsystem {
+namespace zvtest {
 
 namespace fs = std::filesystem;
 
@@ -70,4 +70,4 @@ MemorySize memory_size()
     return {pages.resident * page, pages.virtual_space * page};
 }
 
-} // namespace zvsystem
+} // namespace zvtest
