@@ -1,10 +1,12 @@
 #include "unit/logger/Sandbox.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
 #include <unistd.h>
 
@@ -18,10 +20,15 @@ Folder::Folder() : m_path(platform::make_private_folder("zvlogger-").generic_str
     fs::permissions(m_path, static_cast<fs::perms>(0755)); // for tests that give up the rights of root
 }
 
+// Entry by entry: on Windows a log that is still open stays until it is closed, and remove_all would wait for
+// that.
 Folder::~Folder()
 {
+    std::vector<fs::path> entries{m_path};
     std::error_code ignored;
-    fs::remove_all(m_path, ignored);
+    for (const auto& entry : fs::recursive_directory_iterator{m_path, ignored})
+        entries.push_back(entry.path());
+    std::for_each(entries.rbegin(), entries.rend(), [&](const fs::path& path) { fs::remove(path, ignored); });
 }
 
 Environment::~Environment()
