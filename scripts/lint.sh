@@ -40,7 +40,7 @@ if [ ${#sources[@]} -eq 0 ]; then
 fi
 echo "clang-tidy over ${#sources[@]} files"
 if ! printf '%s\0' "${sources[@]}" |
-    xargs -0 -n 4 -P "$(nproc)" clang-tidy-14 -p $build --quiet 2> >(grep -v 'warnings generated' >&2); then
+    xargs -0 -n 2 -P "$(nproc)" clang-tidy-14 -p $build --quiet 2> >(grep -v 'warnings generated' >&2); then
     echo "lint: clang-tidy has findings" >&2
     exit 1
 fi

@@ -98,13 +98,16 @@ case "${1:-}" in
     ;;
 esac
 
+# Programs that run at the same time: more than cores, because many of them wait.
+test_jobs=$((2 * $(nproc)))
+
 # Builds a preset and runs the tests that its test preset selects.
 build_and_test()
 {
     # Without ZV_WITH_ARAVIS the tests that need the parser would be left out without a word.
     cmake --preset "$1" --log-level=WARNING -D ZV_WITH_ARAVIS=ON &&
         cmake --build --preset "$1" &&
-        ctest --preset "$1" -j "$(nproc)"
+        ctest --preset "$1" -j "$test_jobs"
 }
 
 # The same for Windows, where there is no such parser.
@@ -117,7 +120,7 @@ build_and_test_for_windows()
     # An older build folder may remember other libraries.
     cmake --fresh --preset windows --log-level=WARNING &&
         cmake --build --preset windows &&
-        ctest --preset windows -j "$(nproc)"
+        ctest --preset windows -j "$test_jobs"
 }
 
 run_stage()
