@@ -25,6 +25,8 @@ public:
     AutoResetEvent(const AutoResetEvent&) = delete;
     AutoResetEvent& operator=(const AutoResetEvent&) = delete;
 
+    /// False when the system refused one, for want of memory for instance.
+    bool exists() const noexcept { return m_body != nullptr; }
     void set() noexcept;
     void reset() noexcept;
     /// Waits for a signal for at most `milliseconds`, without limit for `wait_forever`.

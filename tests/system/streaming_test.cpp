@@ -1,6 +1,4 @@
-#include <atomic>
-#include <future>
-
+#include "support/process/SleepingThread.h"
 #include "system/fixture.h"
 
 // Frames from the software cameras to the consumer, every byte of them.
@@ -105,20 +103,16 @@ TEST_P(Streaming, EndsByItselfAfterTheRequestedFramesAndStartsAgain)
 TEST_P(Streaming, EndsAWaitWithAFrameAfterFlushesAndAStop)
 {
     camera.start(); // without a buffer to fill
-    std::atomic<pid_t> waiter{0};
     Filled filled{};
-    auto code = std::async(std::launch::async, [&] {
-        waiter = this_thread();
-        return camera.get(filled, GENTL_INFINITE);
-    });
-    // This thread holds no lock while it looks, so what the other sleeps on is the event.
-    EXPECT_TRUE(eventually([&] { return waiter != 0 && is_asleep(waiter); }));
+    GC_ERROR code = GC_ERR_ERROR;
+    SleepingThread waiter{[&] { code = camera.get(filled, GENTL_INFINITE); }};
     EXPECT_EQ(GC_ERR_SUCCESS, gentl.EventFlush(camera.event()));
     camera.flush(ACQ_QUEUE_OUTPUT_DISCARD);
     camera.flush(ACQ_QUEUE_ALL_DISCARD);
     camera.stop();
     camera.start_and_queue();
-    ASSERT_EQ(GC_ERR_SUCCESS, code.get());
+    waiter.join();
+    ASSERT_EQ(GC_ERR_SUCCESS, code);
 
     FrameCheck check(camera);
     check.expect_good(filled);

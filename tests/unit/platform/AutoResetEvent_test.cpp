@@ -1,18 +1,18 @@
 #include <atomic>
 #include <memory>
-#include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/AutoResetEvent.h"
 #include "platform/process.h"
 #include "support/FailingAllocations.h"
+#include "support/process/SleepingThread.h"
 
 using platform::AutoResetEvent;
 using platform::monotonic_milliseconds;
 using platform::wait_forever;
 using platform::WaitResult;
+using zvtest::SleepingThread;
 
 TEST(AutoResetEvent, GivesOneWaitTheSignalsThatNobodyTook)
 {
@@ -57,46 +57,59 @@ TEST(AutoResetEvent, WakesAWaiterWithAndWithoutLimit)
     for (const uint32_t limit : {uint32_t{3600 * 1000}, wait_forever}) {
         AutoResetEvent event;
         WaitResult result = WaitResult::failed;
-        std::thread waiter([&] { result = event.wait(limit); });
+        SleepingThread waiter{[&] { result = event.wait(limit); }};
         event.set();
         waiter.join();
         EXPECT_EQ(WaitResult::signalled, result);
     }
 }
 
-// Each signal is answered before the next is given, so none can collapse: as many waits end as signals came.
-TEST(AutoResetEvent, ReleasesOneWaiterPerSignal)
+TEST(AutoResetEvent, ReleasesOneWaiterPerSignalWhetherOrNotItHasRunYet)
 {
-    constexpr int waiters = 4;
-    constexpr int signals = 400;
+    for (int round = 0; round < 200; ++round) {
+        AutoResetEvent event;
+        std::atomic<int> released{0};
+        const auto wait = [&] { released += event.wait(wait_forever) == WaitResult::signalled ? 1 : 0; };
+        SleepingThread first{wait};
+        SleepingThread second{wait};
+        SleepingThread third{wait};
+        event.set();
+        event.set();
+        event.set();
+        first.join();
+        second.join();
+        third.join();
+        EXPECT_EQ(3, released);
+        EXPECT_EQ(WaitResult::timed_out, event.wait(0)) << "no signal is left";
+    }
+}
+
+TEST(AutoResetEvent, LeavesASignalWithTheWaiterThatItReleased)
+{
+    for (int round = 0; round < 200; ++round) {
+        AutoResetEvent event;
+        WaitResult result = WaitResult::failed;
+        SleepingThread waiter{[&] { result = event.wait(wait_forever); }};
+        event.set();
+        event.reset();
+        EXPECT_EQ(WaitResult::timed_out, event.wait(0)) << "a later wait does not take it either";
+        waiter.join();
+        EXPECT_EQ(WaitResult::signalled, result);
+    }
+}
+
+TEST(AutoResetEvent, ForgetsAWaiterThatGaveUp)
+{
     AutoResetEvent event;
-    AutoResetEvent answer;
-    std::atomic<int> woken{0};
-    std::atomic<bool> done{false};
-    std::vector<std::thread> threads;
-    threads.reserve(waiters);
-    for (int i = 0; i < waiters; ++i) {
-        threads.emplace_back([&] {
-            while (event.wait(wait_forever) == WaitResult::signalled && !done) {
-                ++woken;
-                answer.set();
-            }
-            answer.set();
-        });
-    }
-    for (int i = 0; i < signals; ++i) {
-        event.set();
-        ASSERT_EQ(WaitResult::signalled, answer.wait(wait_forever));
-        ASSERT_EQ(i + 1, woken.load());
-    }
-    done = true;
-    for (int i = 0; i < waiters; ++i) {
-        event.set();
-        ASSERT_EQ(WaitResult::signalled, answer.wait(wait_forever));
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(signals, woken.load());
+    WaitResult result = WaitResult::failed;
+    SleepingThread longer{[&] { result = event.wait(wait_forever); }};
+    EXPECT_EQ(WaitResult::timed_out, event.wait(1));
+    event.set();
+    longer.join();
+    EXPECT_EQ(WaitResult::signalled, result);
+    EXPECT_EQ(WaitResult::timed_out, event.wait(1));
+    event.set();
+    EXPECT_EQ(WaitResult::signalled, event.wait(0));
 }
 
 TEST(AutoResetEvent, FailsEveryWaitWhenTheSystemRefusedIt)
