@@ -84,10 +84,12 @@ GC_ERROR InfoOutput::write_number(const InfoValue& value, const ApiCall& call, i
                                   NumberLog log) const
 {
     const size_t room = *m_size;
-    *m_size = value.width();
-    if (m_buffer == nullptr)
+    if (m_buffer == nullptr) {
+        *m_size = value.width();
         return GC_ERR_SUCCESS;
+    }
     if (room < value.width()) {
+        *m_size = value.width();
         if (logs_too_small(log)) {
             call.log_error(At{252}, "info= %d, size=%u(expected=%u)", command, static_cast<unsigned>(room),
                            static_cast<unsigned>(value.width()));
@@ -97,6 +99,7 @@ GC_ERROR InfoOutput::write_number(const InfoValue& value, const ApiCall& call, i
     }
     const uint64_t number = value.number();
     std::memcpy(m_buffer, &number, value.width()); // little-endian: the low bytes come first
+    *m_size = value.width();                       // last: a consumer may pass the same memory for both
     if (logs_written(log))
         log_written(value, call);
     return GC_ERR_SUCCESS;

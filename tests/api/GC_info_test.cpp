@@ -8,6 +8,17 @@ namespace zvtest {
 
 namespace {
 
+class NumbersAndSizes : public OpenLibrary {};
+
+// The size is written last.
+TEST_F(NumbersAndSizes, MayShareTheirMemory)
+{
+    INFO_DATATYPE type = untouched<INFO_DATATYPE>();
+    size_t both = sizeof both;
+    EXPECT_EQ(GC_ERR_SUCCESS, GCGetInfo(TL_INFO_GENTL_VER_MINOR, &type, &both, &both));
+    EXPECT_EQ(sizeof(uint32_t), both);
+}
+
 class ProducerPath : public OpenSystem {};
 
 TEST_F(ProducerPath, NamesTheFileThatTheProducerWasLoadedFrom)
