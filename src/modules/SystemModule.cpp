@@ -27,9 +27,11 @@ SystemModule::~SystemModule()
 
 void SystemModule::destroy_interfaces()
 {
-    for (auto& iface : m_interfaces)
+    // Out of the list first: a look-up on another thread finds no interface rather than half of one.
+    decltype(m_interfaces) ended;
+    ended.swap(m_interfaces);
+    for (auto& iface : ended)
         iface.reset();
-    m_interfaces.clear();
 }
 
 InterfaceModule* SystemModule::get_Interface(uint32_t index) const noexcept
@@ -55,8 +57,10 @@ int32_t SystemModule::get_InterfaceIndex(const InterfaceModule* iface) const noe
 void SystemModule::init_Interfaces(int32_t count)
 {
     destroy_interfaces();
+    decltype(m_interfaces) made; // listed when complete: memory may run out before
     for (int32_t i = 0; i < count; ++i)
-        m_interfaces.push_back(std::make_unique<InterfaceModule>(*this, "FG" + std::to_string(i)));
+        made.push_back(std::make_unique<InterfaceModule>(*this, "FG" + std::to_string(i)));
+    m_interfaces.swap(made);
 }
 
 std::string SystemModule::get_Url() const { return port_memory.url(); }

@@ -41,7 +41,8 @@ public:
     /// GC_ERR_INVALID_ADDRESS, with `*size` untouched, for an address outside.
     GenTL::GC_ERROR ReadPort(uint64_t address, void* buffer, size_t* size) const;
 
-    /// Destroys every interface and lists `count` new closed ones; a negative count lists none.
+    /// Destroys every interface and lists `count` new closed ones; a negative count lists none. Throws
+    /// std::bad_alloc, and then lists none, when memory runs out.
     void init_Interfaces(int32_t count);
 
 private:

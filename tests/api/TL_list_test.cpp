@@ -1,6 +1,7 @@
 #include <set>
 
 #include "api/lines.h"
+#include "support/FailingAllocations.h"
 
 // TLUpdateInterfaceList and TLGetNumInterfaces, and the scan that TLGetInterfaceID makes.
 
@@ -81,6 +82,33 @@ TEST_F(TLUpdateInterfaceList, ForgetsGrabbersThatAreGone)
     fake.has_grabbers(0);
     EXPECT_EQ(0U, update());
     EXPECT_EQ(1, changed);
+}
+
+TEST_F(TLUpdateInterfaceList, ListsNothingUntilTheRebuildIsDone)
+{
+    log.set_level(Priority::fatal); // lines are made of memory as well
+    size_t failures = 0;
+    for (long nth = 1;; ++nth) {
+        SCOPED_TRACE(nth);
+        fake.has_grabbers(1);
+        update();
+        fake.has_grabbers(4);
+        GC_ERROR code = GC_ERR_SUCCESS;
+        bool struck = false;
+        {
+            const auto faults = FailingAllocations::nth(nth);
+            code = GenTL::TLUpdateInterfaceList(tl, &changed, 0);
+            struck = faults.struck();
+        }
+        if (!struck)
+            break;
+        EXPECT_EQ(GC_ERR_ERROR, code);
+        forget();
+        EXPECT_EQ(3U, num_interfaces());
+        failures += fake.count("ZV_DeviceScan"); // there was no list
+    }
+    EXPECT_LE(3U, failures) << "an allocation for each interface";
+    EXPECT_EQ(3U, num_interfaces());
 }
 
 TEST_F(TLUpdateInterfaceList, NeedsNoFlag)
