@@ -117,8 +117,11 @@ uint32_t Library::open_grabber(uint32_t index)
     Grabber grabber{place, device, {}};
     place.camera = 0;
     for (const auto& camera : device->cameras()) {
-        grabber.cameras.push_back(new_handle());
-        cameras.emplace(grabber.cameras.back(), Camera{handle, camera.get(), place});
+        const auto [kept, is_new] = m_camera_handles.try_emplace({place.grabber, place.camera}, 0);
+        if (is_new)
+            kept->second = new_handle();
+        grabber.cameras.push_back(kept->second);
+        cameras.emplace(kept->second, Camera{handle, camera.get(), place});
         ++place.camera;
     }
     if (m_last_handle == ZV_NO_HANDLE - 1)
@@ -413,6 +416,7 @@ void Library::shut_down()
     std::vector<std::unique_ptr<GrabberDevice>>{}.swap(m_devices);
     m_configuration.reset();
     m_texts.clear();
+    m_camera_handles.clear();
 }
 
 } // namespace zvsim

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "zvgr/ZVGRLib.h"
@@ -157,6 +158,8 @@ private:
     std::unique_ptr<PlugTimer> m_plug_timer;
     std::set<std::string> m_texts;
     std::map<uint32_t, Grabber> m_grabbers;
+    /// The handle of each camera, by its grabber's position and its own: kept while the grabber is closed.
+    std::map<std::pair<uint32_t, uint32_t>, uint32_t> m_camera_handles;
     std::map<uint32_t, Camera> m_cameras;
     /// With the dead ones whose thread has not left yet.
     std::map<uint32_t, std::unique_ptr<Stream>> m_streams;

@@ -6,9 +6,11 @@
 /// **Status.** `uint32_t`; `zv_success` is success, every other value a failure.
 /// **Handles.** Grabber, camera and stream handles are `uint32_t` in one flat space, `zv_no_handle` is none
 /// and 0 is never given out; a dead handle's value is not used again in the process. The value getters and
-/// `ZVGR_GetXmlUrl` accept all three kinds. Camera handles stay the same over scans, one per camera, until
-/// their grabber is closed. `ZVGR_CameraClose` ends acquisition; its stream handles live on until
-/// `ZVGR_StreamDelete` or `ZVGR_Close`. A buffer handle is `uint64_t`, 0 is none.
+/// `ZVGR_GetXmlUrl` accept all three kinds. A camera keeps its handle for as long as the library is loaded:
+/// over scans, over the loss and return of the camera, and over the closing and opening of its grabber. While
+/// the grabber is closed, calls with the handle fail; once it is open again they work, and the camera is
+/// closed. `ZVGR_CameraClose` ends acquisition; its stream handles live on until `ZVGR_StreamDelete` or
+/// `ZVGR_Close`. A buffer handle is `uint64_t`, 0 is none.
 /// **Threads.** Calls may come from any thread at any time. Callbacks come on a thread of the library, never
 /// from inside a call for the same stream, one at a time for one stream. When `ZVGR_CameraStopAcquire_GenTL`,
 /// `ZVGR_StreamDelete` or `ZVGR_Close` has returned, no callback of the stream runs or comes until a new
@@ -114,7 +116,8 @@ ZVGR_API const char* ZVGR_CALL ZV_DeviceDisplayName(uint32_t index);
 
 /** Opens the grabber at a scan position: its handle, or ZV_NO_HANDLE. */
 ZVGR_API uint32_t ZVGR_CALL ZVGR_Open(uint32_t index);
-/** Closes a grabber; every handle below it is dead afterwards. */
+/** Closes a grabber; the handles of its streams and buffers are dead afterwards, those of its cameras rest.
+ */
 ZVGR_API uint32_t ZVGR_CALL ZVGR_Close(uint32_t grabber);
 
 /** Writes the handles of the attached cameras. `count`: in, room in `cameras`; out, cameras found. */

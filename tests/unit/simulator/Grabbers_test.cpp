@@ -81,21 +81,46 @@ TEST_F(OpenGrabber, CameraListHasTheSameHandlesAndStaysWithinItsRoom)
     }
 }
 
+TEST_F(OpenGrabber, CamerasKeepTheirHandlesAndRestWhileItIsClosed)
+{
+    ASSERT_EQ(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+    const uint32_t stream = create_stream(cameras[0]);
+    ASSERT_EQ(success, ZVGR_Close(grabber));
+    ZvCameraInfo info{};
+    EXPECT_NE(success, ZVGR_CameraInfo2(cameras[0], &info));
+    EXPECT_NE(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+    EXPECT_EQ(ZV_NOT_AVAILABLE, ZVGR_GetCameraValueInt(cameras[0], "Width"));
+
+    grabber = ZVGR_Open(coaxpress);
+    EXPECT_EQ(cameras, cameras_of(grabber));
+    EXPECT_NE(success, ZVGR_CameraClose(cameras[0])) << "it is closed";
+    EXPECT_NE(success, ZVGR_StreamDelete(stream)) << "its stream is gone";
+    ASSERT_EQ(success, ZVGR_CameraOpen2(cameras[0], nullptr));
+    const uint32_t later = create_stream(cameras[0]);
+    EXPECT_EQ(success, ZVGR_CameraStartAcquire_GenTL(cameras[0], later, 0));
+    EXPECT_EQ(success, ZVGR_CameraStopAcquire_GenTL(cameras[0]));
+}
+
 TEST_F(Scanned, HandlesOfAllKindsDifferAndAreNotGivenOutAgain)
 {
     std::set<uint64_t> handles{0, ZV_NO_HANDLE};
+    uint32_t first_camera = 0;
     for (int round = 0; round < 50; ++round) {
         const uint32_t grabber = ZVGR_Open(camera_link_hs);
         const uint32_t camera = cameras_of(grabber).at(0);
+        if (round == 0)
+            first_camera = camera;
+        EXPECT_EQ(first_camera, camera);
         ASSERT_EQ(success, ZVGR_CameraOpen2(camera, nullptr));
         const uint32_t stream = create_stream(camera);
         const uint64_t buffer = announce(stream);
         ASSERT_EQ(success, ZVGR_BufferRevoke(stream, buffer));
         for (const uint64_t handle : std::vector<uint64_t>{
-                 grabber, camera, stream, create_stream(camera, Mode::cyclic), buffer, announce(stream)})
+                 grabber, stream, create_stream(camera, Mode::cyclic), buffer, announce(stream)})
             EXPECT_TRUE(handles.insert(handle).second) << handle << " came back";
         ASSERT_EQ(success, ZVGR_Close(grabber));
     }
+    EXPECT_TRUE(handles.insert(first_camera).second);
 }
 
 TEST_F(OpenCamera, CanBeOpenedAgainAndIsClosedByOneClose)
