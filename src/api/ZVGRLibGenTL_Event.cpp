@@ -166,10 +166,10 @@ try {
         return call.fail(At{1229}, GC_ERR_NOT_IMPLEMENTED);
     }
     const EventList::Registration registration = stream->get_Events().add(*stream, iEventID);
-    if (registration == EventList::Registration::failed)
+    if (registration.outcome == EventList::Outcome::failed)
         return report_not_available(call, iEventID, kind_name);
-    *phEvent = stream->get_Events().find(iEventID).get();
-    if (registration == EventList::Registration::existed)
+    *phEvent = registration.event.get();
+    if (registration.outcome == EventList::Outcome::existed)
         return report_existing(call, iEventID, kind_name);
     return call.succeed(At{1237}, "Exit GCRegisterEvent, handle=0x%X", low32(*phEvent));
 } catch (...) {

@@ -86,7 +86,7 @@ void AlignedMemory::Free::operator()(void* memory) const noexcept
 BufferModule::BufferModule(const StreamModule& stream, void* memory, uint64_t size, uint64_t grabber_handle,
                            void* private_pointer)
     : m_grabber_handle(grabber_handle), m_private(private_pointer), m_stream(stream),
-      m_queue_lock(serialise_setting(settings::serialize_buffer_type)), m_memory(memory)
+      m_queue_lock(serialise_setting(settings::serialize_buffer_type)), m_copy_size(size), m_memory(memory)
 {
     query_geometry(size);
     if (m_memory == nullptr) {

@@ -84,6 +84,10 @@ public:
     const StreamModule& get_Stream() const noexcept { return m_stream; }
     void* get_Memory() const noexcept { return m_memory; }
     uint64_t get_Size() const noexcept { return get_Geometry(Geometry::size); }
+    /// How many bytes of a ring frame are copied into the buffer: its size, unless less is readable.
+    uint64_t get_CopySize() const noexcept { return m_copy_size; }
+    /// Before the buffer is in a pool.
+    void limit_copy(uint64_t size) noexcept { m_copy_size = size; }
     /// A signed value's bits for width, height and offsets; 0 for an index that does not exist.
     uint64_t get_Geometry(Geometry value) const noexcept;
 
@@ -120,6 +124,7 @@ private:
     std::atomic<BUFFER_QUEUE_TYPE> m_queue{BUFFER_QUEUE_TYPE::GENERAL};
     mutable SerialLock m_queue_lock;
     std::array<uint64_t, 9> m_geometry{};
+    uint64_t m_copy_size;
     std::atomic<FillState> m_fill_state{FillState::never_filled};
     std::atomic<uint64_t> m_frame_id{0};
     AlignedMemory m_own_memory;

@@ -39,17 +39,32 @@ PinnedBuffer BufferPool::pin_first(Condition condition)
 {
     const std::lock_guard lock(m_mutex);
     for (const auto& buffer : m_pool) {
-        if (condition(*buffer)) {
-            ++buffer->m_pins;
-            return PinnedBuffer(*this, *buffer);
-        }
+        if (condition(*buffer))
+            return pin(*buffer);
     }
     return {};
 }
 
+PinnedBuffer BufferPool::pin(BufferModule& buffer) noexcept
+{
+    ++buffer.m_pins;
+    return PinnedBuffer{*this, buffer};
+}
+
+// Consumers ask several times for the same buffer, and then for the next.
 PinnedBuffer BufferPool::find(const void* handle)
 {
-    return pin_first([handle](const BufferModule& buffer) { return &buffer == handle; });
+    const std::lock_guard lock{m_mutex};
+    const size_t size = m_pool.size();
+    for (size_t i = 0, position = m_last_found; i < size; ++i, ++position) {
+        if (position >= size)
+            position = 0;
+        if (m_pool[position].get() == handle) {
+            m_last_found = position;
+            return pin(*m_pool[position]);
+        }
+    }
+    return {};
 }
 
 PinnedBuffer BufferPool::at(size_t position)
@@ -70,8 +85,7 @@ PinnedBuffer BufferPool::find_library_handle(uint64_t grabber_handle)
     const auto entry = m_StreamBufferMap.find(grabber_handle);
     if (entry == m_StreamBufferMap.end())
         return {};
-    ++entry->second->m_pins;
-    return PinnedBuffer(*this, *entry->second);
+    return pin(*entry->second);
 }
 
 PinnedBuffer BufferPool::take_first_input()
@@ -87,6 +101,8 @@ PinnedBuffer BufferPool::take_first_input()
 BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer)
 {
     const std::lock_guard lock(m_mutex);
+    if (!m_is_open)
+        return nullptr;
     m_pool.push_back(std::move(buffer));
     return m_pool.back().get();
 }
@@ -97,6 +113,8 @@ BufferModule* BufferPool::add_mapped(std::unique_ptr<BufferModule> buffer)
     // The entry is made first and linked last, so that when memory runs out neither container holds anything.
     std::map<uint64_t, BufferModule*> entry{{grabber_handle, buffer.get()}};
     const std::lock_guard lock(m_mutex);
+    if (!m_is_open)
+        return nullptr;
     m_pool.push_back(std::move(buffer));
     m_StreamBufferMap.erase(grabber_handle);
     m_StreamBufferMap.merge(entry);
@@ -116,9 +134,16 @@ bool BufferPool::remove(const void* handle)
     return true;
 }
 
-void BufferPool::clear()
+void BufferPool::open()
+{
+    const std::lock_guard lock{m_mutex};
+    m_is_open = true;
+}
+
+void BufferPool::close()
 {
     std::unique_lock lock(m_mutex);
+    m_is_open = false;
     while (!m_pool.empty()) {
         std::unique_ptr<BufferModule> first = std::move(m_pool.front());
         m_pool.pop_front();
@@ -129,7 +154,7 @@ void BufferPool::clear()
 void BufferPool::unpin(BufferModule& buffer) noexcept
 {
     const std::lock_guard lock(m_mutex);
-    if (--buffer.m_pins == 0)
+    if (--buffer.m_pins == 0 && m_waiting != 0)
         m_unpinned.notify_all();
 }
 
@@ -138,7 +163,9 @@ void BufferPool::destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<
     const auto entry = m_StreamBufferMap.find(buffer->get_GrabberHandle());
     if (entry != m_StreamBufferMap.end() && entry->second == buffer.get())
         m_StreamBufferMap.erase(entry);
+    ++m_waiting;
     m_unpinned.wait(lock, [&buffer] { return buffer->m_pins == 0; });
+    --m_waiting;
     lock.unlock();
     buffer.reset();
     lock.lock();

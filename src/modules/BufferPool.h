@@ -43,7 +43,7 @@ private:
 class BufferPool {
 public:
     BufferPool() = default;
-    ~BufferPool() { clear(); }
+    ~BufferPool() { close(); }
     BufferPool(const BufferPool&) = delete;
     BufferPool& operator=(const BufferPool&) = delete;
 
@@ -69,23 +69,29 @@ public:
         return count;
     }
 
+    /// Null, and the buffer is destroyed, when the pool is closed.
     BufferModule* add(std::unique_ptr<BufferModule> buffer);
-    /// Adds a buffer that callbacks name by its library handle.
+    /// The same for a buffer that callbacks name by its library handle.
     BufferModule* add_mapped(std::unique_ptr<BufferModule> buffer);
     /// Destroys a buffer; false when it is not, or no longer, in the pool.
     bool remove(const void* handle);
-    /// Destroys every buffer, in order.
-    void clear();
+    /// Destroys every buffer, in order, and refuses new ones until open().
+    void close();
+    void open();
 
 private:
     friend class PinnedBuffer;
 
     template <class Condition>
     PinnedBuffer pin_first(Condition condition);
+    PinnedBuffer pin(BufferModule& buffer) noexcept;
     void unpin(BufferModule& buffer) noexcept;
     void destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<std::mutex>& lock);
 
     mutable std::mutex m_mutex;
+    bool m_is_open{true};
+    size_t m_last_found{0}; // where the next search for a handle begins: usually it is this one or the next
+    int m_waiting{0};       // threads that wait for a buffer to be unpinned
     std::condition_variable m_unpinned;
     std::deque<std::unique_ptr<BufferModule>> m_pool;
     std::map<uint64_t, BufferModule*> m_StreamBufferMap;

@@ -5,6 +5,7 @@
 
 #include "modules/DeviceModule.h"
 #include "modules/Quarantine.h" // destroyed after the store, because it is defined before it
+#include "modules/StreamModule.h"
 
 namespace zvgentl {
 
@@ -28,6 +29,15 @@ DeviceModule* DeviceStore::keep(std::unique_ptr<DeviceModule> device)
     const std::lock_guard lock(m_mutex);
     m_devices.push_back(std::move(device));
     return m_devices.back().get();
+}
+
+void DeviceStore::end_waits_below(const InterfaceModule& iface)
+{
+    const std::lock_guard lock{m_mutex};
+    for (const auto& device : m_devices) {
+        if (device->get_Parent() == &iface)
+            device->get_Camera()->get_Stream(0)->get_Events().end_waits();
+    }
 }
 
 } // namespace zvgentl

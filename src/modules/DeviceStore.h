@@ -8,6 +8,7 @@
 namespace zvgentl {
 
 class DeviceModule;
+class InterfaceModule;
 
 /// Owns every device module until the library is unloaded. Interfaces only list devices: one that leaves a
 /// list stays alive, with an open camera and its stream, because consumers and the library's callbacks may
@@ -22,6 +23,9 @@ public:
     DeviceStore& operator=(const DeviceStore&) = delete;
 
     DeviceModule* keep(std::unique_ptr<DeviceModule> device);
+
+    /// Ends the waits for the events of every device that was made for the interface, listed or not.
+    void end_waits_below(const InterfaceModule& iface);
 
     /// A system begins, or ends, to use the devices.
     void add_user() noexcept { m_users.fetch_add(1); }

@@ -34,19 +34,23 @@ EventRef EventList::find(const void* handle) const
 
 EventList::Registration EventList::add(StreamModule& source, EVENT_TYPE type)
 {
-    if (find(type))
-        return Registration::existed;
+    if (EventRef known = find(type))
+        return {Outcome::existed, std::move(known)};
     try {
-        const EventRef made(
-            new EventModule(source, type)); // its constructor reads a setting: not under the mutex
-        const std::lock_guard lock(m_mutex);
-        // Another thread may have been faster.
-        if (std::any_of(m_events.begin(), m_events.end(), is_of_type(type)))
-            return Registration::existed;
+        EventRef made{new EventModule{source, type}}; // its constructor reads a setting: not under the mutex
+        if (!made->can_signal())
+            return {Outcome::failed, {}};
+        const std::lock_guard lock{m_mutex};
+        // Another thread may have been faster, or is closing the stream.
+        const auto known = std::find_if(m_events.begin(), m_events.end(), is_of_type(type));
+        if (known != m_events.end())
+            return {Outcome::existed, *known};
+        if (!m_is_open)
+            return {Outcome::failed, {}};
         m_events.push_back(made);
-        return Registration::made;
+        return {Outcome::made, std::move(made)};
     } catch (const std::bad_alloc&) {
-        return Registration::failed;
+        return {Outcome::failed, {}};
     }
 }
 
@@ -65,13 +69,27 @@ bool EventList::remove(EVENT_TYPE type)
     return true;
 }
 
-void EventList::clear()
+void EventList::end_waits()
+{
+    const std::lock_guard lock{m_mutex};
+    for (const EventRef& event : m_events)
+        event->close();
+}
+
+void EventList::open()
+{
+    const std::lock_guard lock{m_mutex};
+    m_is_open = true;
+}
+
+void EventList::close()
 {
     // One by one and without an allocation: closing a stream cannot fail.
     for (;;) {
         EventRef first;
         {
             const std::lock_guard lock(m_mutex);
+            m_is_open = false;
             if (m_events.empty())
                 return;
             first = std::move(m_events.front());

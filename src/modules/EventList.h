@@ -14,9 +14,14 @@ class StreamModule;
 /// reference, which keeps an event alive after it left the list.
 class EventList {
 public:
-    enum class Registration { made, existed, failed };
+    enum class Outcome { made, existed, failed };
+    struct Registration {
+        Outcome outcome;
+        EventRef event; // what was registered, or was before; none when that failed
+    };
 
-    /// Registers an event of the type unless there is one. `failed` when there is no memory for it.
+    /// Registers an event of the type unless there is one. `failed` when there is no memory for any part of
+    /// it, or when the list is closed.
     Registration add(StreamModule& source, GenTL::EVENT_TYPE type);
 
     EventRef find(GenTL::EVENT_TYPE type) const;
@@ -24,14 +29,18 @@ public:
 
     /// Closes the event of the type and takes it out; false when there is none.
     bool remove(GenTL::EVENT_TYPE type);
-    /// Closes every event, in order, and takes it out.
-    void clear();
+    /// Aborts the waits for every event, now and later; the events stay.
+    void end_waits();
+    /// Closes every event, in order, takes it out, and refuses new ones until open().
+    void close();
+    void open();
 
 private:
     template <class Condition>
     EventRef find_if(Condition condition) const;
 
     mutable std::mutex m_mutex;
+    bool m_is_open{true};
     std::deque<EventRef> m_events;
 };
 

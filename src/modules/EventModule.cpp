@@ -54,12 +54,25 @@ size_t EventModule::get_QueueLength() const
     return m_queue.size();
 }
 
+void EventModule::push(BufferModule* buffer)
+{
+    m_fired.fetch_add(1, std::memory_order_relaxed);
+    m_queue.push(buffer);
+}
+
 void EventModule::append(BufferModule* buffer)
 {
     const std::lock_guard lock(m_queue_lock);
-    m_fired.fetch_add(1, std::memory_order_relaxed);
     const std::lock_guard container(m_container);
-    m_queue.push(buffer);
+    push(buffer);
+}
+
+void EventModule::append_and_signal(BufferModule* buffer)
+{
+    const std::lock_guard lock(m_queue_lock);
+    const std::lock_guard container(m_container);
+    push(buffer);
+    m_os_event.set();
 }
 
 void EventModule::flush()
@@ -81,7 +94,7 @@ void EventModule::close() noexcept
     m_os_event.set();
 }
 
-bool EventModule::try_take(void* destination)
+bool EventModule::try_take(void* destination, Signal signal)
 {
     BufferModule* buffer = nullptr;
     {
@@ -95,6 +108,8 @@ bool EventModule::try_take(void* destination)
             return false;
         buffer = m_queue.front();
         m_queue.pop();
+        if (signal == Signal::reset)
+            reset_os_event();
     }
     if (destination != nullptr && m_type == EVENT_NEW_BUFFER) {
         // The entry may name a buffer that has been revoked since; only its stream knows.
@@ -130,10 +145,8 @@ GC_ERROR EventModule::get_event_data(void* destination, uint64_t timeout)
         reset_os_event();
         return GC_ERR_ABORT;
     }
-    if (try_take(destination)) {
-        reset_os_event();
+    if (try_take(destination, Signal::reset))
         return GC_ERR_SUCCESS;
-    }
 
     const WaitResult result = m_os_event.wait(milliseconds_to_wait(timeout));
     if (result != WaitResult::signalled) {

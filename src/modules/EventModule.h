@@ -38,9 +38,14 @@ public:
     uint64_t get_FiredCount() const noexcept { return m_fired.load(std::memory_order_relaxed); }
     size_t get_QueueLength() const;
 
+    /// False when there was no memory for what consumers wait for.
+    bool can_signal() const noexcept { return m_os_event.exists(); }
+
     /// Adds a buffer at the back of the queue. Does not signal.
     void append(BufferModule* buffer);
-    void signal() noexcept { m_os_event.set(); }
+    /// Adds a buffer and signals, in one step: no consumer sees the entry without its signal, so none takes
+    /// the entry and leaves the signal for a later wait.
+    void append_and_signal(BufferModule* buffer);
     /// Drops every entry; a pending signal stays.
     void flush();
     /// Aborts one wait: the present one, or the next.
@@ -50,14 +55,18 @@ public:
     /// True once: when a kill waits for a consumer to see it.
     bool take_abort() noexcept { return m_abort.exchange(false); }
 
+    /// What happens to the signal when an entry is taken, in one step with the taking.
+    enum class Signal { keep, reset };
+
     /// Takes the oldest entry, as a datum at `destination` unless that is null. False when there is none.
-    bool try_take(void* destination);
+    bool try_take(void* destination, Signal signal = Signal::keep);
     /// Waits for an entry: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT. `timeout` in milliseconds.
     GenTL::GC_ERROR get_event_data(void* destination, uint64_t timeout);
 
 private:
     friend class EventRef;
 
+    void push(BufferModule* buffer);
     void drop_front();
     void reset_os_event() noexcept;
 

@@ -35,6 +35,8 @@ InterfaceModule::~InterfaceModule()
 {
     if (is_Open())
         std::ignore = close_Grabber(); // nothing can be done about a failure
+    // No frame can come any more, and no handle is left to end a wait with.
+    device_store.end_waits_below(*this);
 }
 
 void InterfaceModule::mark_closed_with_cameras()

@@ -23,7 +23,8 @@ class SystemModule;
 class InterfaceModule final : public QuarantinedModule<retired_interfaces> {
 public:
     InterfaceModule(SystemModule& parent, std::string id);
-    /// Closes an open grabber. Devices are only dropped.
+    /// Closes an open grabber and ends the waits for events of the streams below, also of devices that the
+    /// list has dropped. Devices are only dropped.
     ~InterfaceModule();
 
     std::string getId() const override { return m_id; }

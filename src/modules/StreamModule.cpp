@@ -54,7 +54,9 @@ StreamModule::~StreamModule() { close(); }
 
 void StreamModule::connect(uint32_t stream_handle, StreamMode mode)
 {
-    m_mode = mode;
+    m_mode.store(mode, std::memory_order_relaxed);
+    m_pool.open();
+    m_events.open();
     m_stream_handle.store(stream_handle, std::memory_order_relaxed);
     log_information(stream_module_logger, "StreamModule::connect", At{140},
                     "Connect callback for stream=0x%x, type=%s", stream_handle, name_of(mode));
@@ -87,8 +89,8 @@ void StreamModule::connect(uint32_t stream_handle, StreamMode mode)
 
 void StreamModule::close()
 {
-    m_events.clear();
-    m_pool.clear();
+    m_events.close();
+    m_pool.close();
     m_AcquisitionFlag.store(false, std::memory_order_relaxed);
     if (!is_Open())
         return;

@@ -102,6 +102,8 @@ public:
     bool is_Grabbing() const;
 
 private:
+    bool is_Queued() const noexcept { return m_mode.load(std::memory_order_relaxed) == StreamMode::queued; }
+    uint64_t readable_of(uint64_t size) const;
     BufferModule* announce_cyclic(void* memory, uint64_t size, void* private_pointer);
     BufferModule* announce_queued(void* memory, uint64_t size, void* private_pointer);
     void move_to_input(BufferModule& buffer);
@@ -112,7 +114,7 @@ private:
     void deliver(BufferModule& buffer, EventModule* event);
 
     const std::string m_id;
-    StreamMode m_mode{StreamMode::queued};
+    std::atomic<StreamMode> m_mode{StreamMode::queued};
     std::atomic<uint32_t> m_stream_handle{ZV_NO_HANDLE};
     CameraModule* const m_camera;
     std::mutex m_mutex;

@@ -52,19 +52,32 @@ BufferModule* StreamModule::new_buffer(void* memory, uint64_t size, void* privat
         return known.get();
     }
     try {
-        return m_mode == StreamMode::cyclic ? announce_cyclic(memory, size, private_pointer)
-                                            : announce_queued(memory, size, private_pointer);
+        return is_Queued() ? announce_queued(memory, size, private_pointer)
+                           : announce_cyclic(memory, size, private_pointer);
     } catch (const std::bad_alloc&) {
         // What the library announced before is released when the stream is deleted.
         return nullptr;
     }
 }
 
+/// How much of a ring frame and what follows it may be copied into a buffer of this size. The library is
+/// asked only for a buffer that is large enough for the answer to matter.
+uint64_t StreamModule::readable_of(uint64_t size) const
+{
+    constexpr uint64_t readable_beyond_frame = uint64_t{64} << 20U;
+    if (size <= readable_beyond_frame)
+        return size;
+    uint64_t frame = 0;
+    std::ignore = ZVGR_StreamGetInfo(get_Handle(), zv_stream_payload_at_creation, &frame); // a failure: 0
+    return size - readable_beyond_frame <= frame ? size : frame + readable_beyond_frame;
+}
+
 BufferModule* StreamModule::announce_cyclic(void* memory, uint64_t size, void* private_pointer)
 {
     constexpr uint64_t no_library_buffer = 0;
-    return m_pool.add(
-        std::make_unique<BufferModule>(*this, memory, size, no_library_buffer, private_pointer));
+    auto buffer = std::make_unique<BufferModule>(*this, memory, size, no_library_buffer, private_pointer);
+    buffer->limit_copy(readable_of(size));
+    return m_pool.add(std::move(buffer));
 }
 
 BufferModule* StreamModule::announce_queued(void* memory, uint64_t size, void* private_pointer)
@@ -106,13 +119,13 @@ void StreamModule::move_to_input(BufferModule& buffer)
 {
     buffer.set_Queue(
         BUFFER_QUEUE_TYPE::INPUT); // before the call, whose status is ignored, as in queue_buffer
-    if (m_mode == StreamMode::queued)
+    if (is_Queued())
         std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_input);
 }
 
 void StreamModule::move_to_output(BufferModule& buffer)
 {
-    if (m_mode == StreamMode::queued)
+    if (is_Queued())
         std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_output); // as in queue_buffer
     buffer.set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
 }

@@ -43,8 +43,10 @@ void StreamModule::stop()
     m_underruns.exchange(0, std::memory_order_relaxed);
     // Nothing can be done about a camera that does not stop; stopping twice is not an error.
     std::ignore = ZVGR_CameraStopAcquire_GenTL(m_camera->get_CameraHandle());
-    // A frame whose delivery had already begun may have been counted meanwhile. None is under way any more.
+    // Frames may have been counted meanwhile: delivered, or missed because the flag was down. None is under
+    // way any more.
     m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
+    m_underruns.exchange(0, std::memory_order_relaxed);
 }
 
 void StreamModule::buffer_callback(uint32_t stream_handle)
@@ -65,10 +67,10 @@ void StreamModule::buffer_callback(uint32_t stream_handle)
               static_cast<int>(frame), address(source), address(buffer->get_Memory()),
               static_cast<size_t>(buffer->get_Size()));
     buffer->set_FillState(FillState::filling);
-    // Contract: the announced size is copied, not the frame's; the library keeps memory beyond a ring frame
-    // readable. Pinned by CyclicDelivery.CopiesTheAnnouncedSize.
+    // Contract: the announced size is copied, not the frame's, as far as the library keeps the memory beyond
+    // a ring frame readable. Pinned by CyclicDelivery.CopiesTheAnnouncedSize.
     if (source != nullptr)
-        std::memcpy(buffer->get_Memory(), source, static_cast<size_t>(buffer->get_Size()));
+        std::memcpy(buffer->get_Memory(), source, static_cast<size_t>(buffer->get_CopySize()));
     ZvFrameAux record{};
     std::ignore = ZVGR_StreamGetAux(stream_handle, frame, &record); // a failure leaves timestamp 0
     const auto frame_id = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(frame)));
@@ -123,10 +125,8 @@ void StreamModule::deliver(BufferModule& buffer, EventModule* event)
 {
     m_StreamDeliveredBuffers.fetch_add(1, std::memory_order_relaxed);
     buffer.set_FillState(FillState::filled);
-    if (event == nullptr)
-        return;
-    event->append(&buffer);
-    event->signal();
+    if (event != nullptr)
+        event->append_and_signal(&buffer);
 }
 
 } // namespace zvgentl

@@ -131,6 +131,17 @@ TEST_P(StopAcquisition, StopsDeliveryBeforeTheLibraryIsCalledAndWhateverItAnswer
     EXPECT_FALSE(is_new(buffer));
 }
 
+TEST_P(StopAcquisition, LeavesNoCountOfFramesThatCameMeanwhile)
+{
+    const Announced& buffer = announce();
+    queue(buffer);
+    start();
+    fake.on("ZVGR_CameraStopAcquire_GenTL", [&](const Call&) { deliver(buffer); });
+    stop();
+    EXPECT_EQ(0U, num_underrun());
+    EXPECT_EQ(0U, num_delivered());
+}
+
 TEST_P(StopAcquisition, LeavesBuffersInTheirQueues)
 {
     queue(announce());

@@ -99,6 +99,26 @@ TEST_P(ClosedStream, HasLostItsBuffersAndItsEventWhenTheLibraryDeletesIt)
     EXPECT_EQ(GC_ERR_INVALID_HANDLE, code);
 }
 
+TEST_P(ClosedStream, RefusesBuffersAndEventsFromTheMomentThatItsClosingBegins)
+{
+    uint8_t memory[64];
+    BUFFER_HANDLE buffer = nullptr;
+    GC_ERROR announced = GC_ERR_SUCCESS;
+    GC_ERROR registered = GC_ERR_SUCCESS;
+    fake.on("ZVGR_StreamDelete", [&](const Call&) {
+        announced = DSAnnounceBuffer(ds, memory, sizeof memory, nullptr, &buffer);
+        registered = GCRegisterEvent(ds, EVENT_NEW_BUFFER, &event);
+    });
+    EXPECT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    EXPECT_EQ(GC_ERR_RESOURCE_IN_USE, announced);
+    EXPECT_EQ(nullptr, buffer);
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, registered);
+    EXPECT_EQ(nullptr, event);
+    reopen(is_queued());
+    EXPECT_EQ(0U, num_announced());
+    EXPECT_EQ(GC_ERR_NOT_INITIALIZED, GCUnregisterEvent(ds, EVENT_NEW_BUFFER));
+}
+
 INSTANTIATE_IN_BOTH_MODES(ClosedStream);
 
 class DSGetParentDev : public QueuedStream {};

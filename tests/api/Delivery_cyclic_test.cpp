@@ -67,6 +67,42 @@ TEST_F(CyclicDelivery, CopiesBeyondTheFrameIntoALargerBuffer)
     EXPECT_EQ(ring_frame_bytes + 1000, buffer_info<size_t>(buffer.handle, BUFFER_INFO_SIZE_FILLED).value);
 }
 
+// A library keeps 64 MiB beyond the frame readable; what lies behind is nobody's to read.
+TEST_F(CyclicDelivery, CopiesNoMoreThanTheLibraryKeepsReadable)
+{
+    constexpr size_t beyond = size_t{64} << 20U;
+    constexpr size_t frame_size = 4096;
+    constexpr size_t readable = frame_size + beyond;
+    EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_ALL_DISCARD));
+    fake.stream_info(zv_stream_payload_at_creation, frame_size);
+    std::vector<uint8_t> ring(readable, 0x22);
+    fake.always("ZVGR_StreamGetPtr").answers_pointer(ring.data());
+    std::vector<uint8_t> memory(readable + 100);
+    for (const size_t size : {readable - 1, readable, readable + 1, size_t{1} << 40U, size_t{1} << 47U}) {
+        SCOPED_TRACE(size);
+        std::fill(memory.begin(), memory.end(), uint8_t{0xEE});
+        BUFFER_HANDLE handle = nullptr;
+        forget();
+        ASSERT_EQ(GC_ERR_SUCCESS, DSAnnounceBuffer(ds, memory.data(), size, nullptr, &handle));
+        EXPECT_EQ((Calls{call("ZVGR_StreamGetInfo", stream(), zv_stream_payload_at_creation)}),
+                  fake.calls_of("ZVGR_StreamGetInfo"));
+        ASSERT_EQ(GC_ERR_SUCCESS, DSQueueBuffer(ds, handle));
+        frame(0);
+        const size_t copied = std::min(size, readable);
+        EXPECT_EQ(0x22, memory[copied - 1]);
+        EXPECT_EQ(0xEE, memory[copied]);
+        EXPECT_EQ(size, buffer_info<size_t>(handle, BUFFER_INFO_SIZE_FILLED).value) << "as announced";
+        ASSERT_EQ(GC_ERR_SUCCESS, DSRevokeBuffer(ds, handle, nullptr, nullptr));
+    }
+}
+
+TEST_F(CyclicDelivery, AsksForTheSizeOfAFrameOnlyWhenItMatters)
+{
+    forget();
+    announce(size_t{64} << 20U);
+    EXPECT_EQ(0U, fake.count("ZVGR_StreamGetInfo"));
+}
+
 TEST_F(CyclicDelivery, DeliversAnEmptyBuffer)
 {
     EXPECT_EQ(GC_ERR_SUCCESS, DSFlushQueue(ds, ACQ_QUEUE_ALL_DISCARD));

@@ -253,28 +253,6 @@ TEST_F(EventFlush, DropsEveryEntry)
     EXPECT_EQ(3U, awaiting());
 }
 
-/// It is registered so late in the closing of the stream that it is not unregistered any more.
-class EventOfAClosedStream : public QueuedStream {};
-
-TEST_F(EventOfAClosedStream, IsKnownButNotAvailable)
-{
-    fake.on("ZVGR_StreamDelete", [this](const Call&) { register_event(); });
-    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
-    Handles handles;
-    handles.event = event;
-    size_t tested = 0;
-    for (const Function& function : functions) {
-        if (function.kind != Kind::event)
-            continue;
-        Arguments a(function, handles);
-        EXPECT_EQ(GC_ERR_NOT_AVAILABLE, function.call(a)) << function.name;
-        EXPECT_LOGGED(Priority::error, "Exit, Returning error GC_ERR_NOT_AVAILABLE (0xFFFFFC0A)",
-                      function.name, "ZVGRLibGenTL");
-        ++tested;
-    }
-    EXPECT_EQ(5U, tested);
-}
-
 } // namespace
 
 } // namespace zvtest

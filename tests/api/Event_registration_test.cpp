@@ -130,6 +130,27 @@ TEST_F(GCRegisterEvent, RefusesEveryKindButTheStreamWhateverTheType)
     EXPECT_EQ(before, last_error());
 }
 
+TEST_F(GCRegisterEvent, AnswersThatThereIsNoMemoryWhateverPartOfTheEventLacksIt)
+{
+    log.set_level(Priority::fatal); // lines are made of memory as well
+    for (long nth = 1;; ++nth) {
+        SCOPED_TRACE(nth);
+        GC_ERROR code = GC_ERR_SUCCESS;
+        bool struck = false;
+        {
+            const auto faults = FailingAllocations::nth(nth);
+            code = add();
+            struck = faults.struck();
+        }
+        if (!struck)
+            break;
+        EXPECT_EQ(GC_ERR_NOT_AVAILABLE, code);
+        EXPECT_EQ(nullptr, event);
+        EXPECT_EQ(GC_ERR_NOT_INITIALIZED, remove(ds));
+    }
+    EXPECT_EQ(GC_ERR_TIMEOUT, take().code) << "the one that was made can be waited for";
+}
+
 TEST_F(GCRegisterEvent, AnswersThatThereIsNoMemory)
 {
     // The queue that an event makes room for is the only large block that a registration asks for.

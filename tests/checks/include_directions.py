@@ -88,7 +88,7 @@ RULES = [
          (GTEST, PICTURES, SYSTEM, r"nlohmann/.*"), knows_system=True),
     Rule("tests/packages", (), (SYSTEM,), knows_system=True),
     Rule("tests/checks", INTERFACES, (GTEST,)),
-    Rule("benchmarks", ("include/GenTL", "tests/system"), (SYSTEM,), knows_system=True),
+    Rule("benchmarks", ("include/GenTL", "include/zvgr", "tests/system"), (SYSTEM,), knows_system=True),
 ]
 
 # Only platform asks for the operating system on behalf of these.

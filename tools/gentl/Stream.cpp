@@ -122,21 +122,14 @@ NewBufferEvent::~NewBufferEvent()
 
 std::optional<BUFFER_HANDLE> NewBufferEvent::wait(std::chrono::milliseconds timeout) const
 {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + timeout;
-    for (auto left = timeout;; left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now())) {
-        EVENT_NEW_BUFFER_DATA data{};
-        std::size_t size = sizeof data;
-        const auto allowed = static_cast<std::uint64_t>(std::max<std::int64_t>(left.count(), 0));
-        const GC_ERROR code = m_stream.producer().functions().EventGetData(m_handle, &data, &size, allowed);
-        if (code == GC_ERR_SUCCESS)
-            return data.BufferHandle;
-        if (code != GC_ERR_TIMEOUT)
-            m_stream.producer().check(code, "EventGetData");
-        // A signal whose buffer an earlier call already took ends the call before its time: wait on.
-        if (Clock::now() >= end)
-            return std::nullopt;
-    }
+    EVENT_NEW_BUFFER_DATA data{};
+    std::size_t size = sizeof data;
+    const auto allowed = static_cast<std::uint64_t>(timeout.count());
+    const GC_ERROR code = m_stream.producer().functions().EventGetData(m_handle, &data, &size, allowed);
+    if (code == GC_ERR_TIMEOUT)
+        return std::nullopt;
+    m_stream.producer().check(code, "EventGetData");
+    return data.BufferHandle;
 }
 
 void NewBufferEvent::kill() const noexcept { m_stream.producer().functions().EventKill(m_handle); }

@@ -98,8 +98,7 @@ protected:
     void add_event()
     {
         StreamModule& stream = stream_of_first_camera();
-        stream.get_Events().add(stream, EVENT_NEW_BUFFER);
-        event = stream.get_Events().find(EVENT_TYPE{EVENT_NEW_BUFFER}).get();
+        event = stream.get_Events().add(stream, EVENT_NEW_BUFFER).event.get();
         ASSERT_NE(nullptr, event);
     }
     void expect_not_available()
@@ -116,6 +115,18 @@ protected:
 private:
     std::array<uint8_t, 64> m_memory{};
 };
+
+TEST_F(ClosedStreamWithContents, HasAnEventThatNoFunctionUses)
+{
+    EVENT_NEW_BUFFER_DATA data{};
+    INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
+    size_t size = sizeof data;
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, EventGetData(event, &data, &size, 0));
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, EventGetInfo(event, EVENT_EVENT_TYPE, &type, &data, &size));
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, EventGetDataInfo(event, nullptr, 0, EVENT_DATA_ID, &type, &data, &size));
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, EventFlush(event));
+    EXPECT_EQ(GC_ERR_NOT_AVAILABLE, EventKill(event));
+}
 
 TEST_F(ClosedStreamWithContents, HasABufferThatIsKnown)
 {

@@ -42,7 +42,7 @@ TEST_F(Pool, FindsNothingWhenItIsEmpty)
     EXPECT_FALSE(pool.find_memory(nullptr, 0));
     EXPECT_FALSE(pool.find_library_handle(0));
     EXPECT_FALSE(pool.take_first_input());
-    pool.clear();
+    pool.close();
 }
 
 TEST_F(Pool, FindsBuffersByAddressAndPosition)
@@ -104,9 +104,13 @@ TEST_F(Pool, FindsNothingForALateCallback)
     EXPECT_FALSE(pool.find_library_handle(5));
     EXPECT_FALSE(pool.find(removed));
     EXPECT_EQ(kept, pool.find_library_handle(6).get());
-    pool.clear();
+    pool.close();
     EXPECT_FALSE(pool.find_library_handle(6));
     EXPECT_EQ(0U, pool.size());
+    EXPECT_EQ(nullptr, add()) << "a closed pool takes none";
+    EXPECT_EQ(nullptr, add_mapped(7));
+    EXPECT_FALSE(pool.find_library_handle(7));
+    pool.open();
     BufferModule* const later = add_mapped(5);
     EXPECT_EQ(later, pool.find_library_handle(5).get());
 }
@@ -194,7 +198,7 @@ TEST_F(PoolThreads, ClearingWaitsForEveryPin)
         {
             const PinnedBuffer of_first = pool.find(first);
             clearer = std::thread([&] {
-                pool.clear();
+                pool.close();
                 is_cleared = true;
             });
             wait_until_taken_out(first);

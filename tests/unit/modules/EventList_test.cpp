@@ -11,13 +11,13 @@ namespace {
 using namespace GenTL;
 using zvgentl::EventList;
 using zvgentl::EventRef;
-using Registration = EventList::Registration;
+using Outcome = EventList::Outcome;
 
 class EventListTest : public LooseStream {
 protected:
     void TearDown() override
     {
-        list.clear();
+        list.close();
         LooseStream::TearDown();
     }
 
@@ -26,8 +26,8 @@ protected:
 
 TEST_F(EventListTest, FindsByTypeAndByHandle)
 {
-    EXPECT_EQ(Registration::made, list.add(*stream, EVENT_NEW_BUFFER));
-    EXPECT_EQ(Registration::made, list.add(*stream, EVENT_REMOTE_DEVICE));
+    EXPECT_EQ(Outcome::made, list.add(*stream, EVENT_NEW_BUFFER).outcome);
+    EXPECT_EQ(Outcome::made, list.add(*stream, EVENT_REMOTE_DEVICE).outcome);
     const EventRef event = list.find(EVENT_REMOTE_DEVICE);
     ASSERT_TRUE(event);
     EXPECT_EQ(EVENT_REMOTE_DEVICE, event->get_Type());
@@ -40,11 +40,12 @@ TEST_F(EventListTest, FindsByTypeAndByHandle)
 
 TEST_F(EventListTest, HasOneEventOfAType)
 {
-    list.add(*stream, EVENT_NEW_BUFFER);
-    const void* const first = list.find(EVENT_NEW_BUFFER).get();
+    const EventRef first = list.add(*stream, EVENT_NEW_BUFFER).event;
+    EXPECT_EQ(first.get(), list.find(EVENT_NEW_BUFFER).get());
     settings.clear_reads();
-    EXPECT_EQ(Registration::existed, list.add(*stream, EVENT_NEW_BUFFER));
-    EXPECT_EQ(first, list.find(EVENT_NEW_BUFFER).get());
+    const EventList::Registration second = list.add(*stream, EVENT_NEW_BUFFER);
+    EXPECT_EQ(Outcome::existed, second.outcome);
+    EXPECT_EQ(first.get(), second.event.get());
     EXPECT_TRUE(settings.reads().empty()); // none was made
 }
 
@@ -61,16 +62,34 @@ TEST_F(EventListTest, ClosesWhatItRemoves)
     EXPECT_FALSE(list.remove(EVENT_NEW_BUFFER));
 }
 
-TEST_F(EventListTest, ClosesEverythingWhenCleared)
+TEST_F(EventListTest, ClosesEverythingAndRefusesNewEventsUntilItOpensAgain)
 {
     list.add(*stream, EVENT_NEW_BUFFER);
     list.add(*stream, EVENT_REMOTE_DEVICE);
     const EventRef events[] = {list.find(EVENT_NEW_BUFFER), list.find(EVENT_REMOTE_DEVICE)};
-    list.clear();
+    list.close();
     for (const EventRef& event : events) {
         EXPECT_EQ(GC_ERR_ABORT, event->get_event_data(nullptr, GENTL_INFINITE));
         EXPECT_FALSE(list.find(event.get()));
         EXPECT_FALSE(list.find(event->get_Type()));
+    }
+    const EventList::Registration refused = list.add(*stream, EVENT_NEW_BUFFER);
+    EXPECT_EQ(Outcome::failed, refused.outcome);
+    EXPECT_FALSE(refused.event);
+    EXPECT_FALSE(list.find(EVENT_NEW_BUFFER));
+    list.open();
+    EXPECT_EQ(Outcome::made, list.add(*stream, EVENT_NEW_BUFFER).outcome);
+}
+
+TEST_F(EventListTest, KeepsItsEventsWhenItEndsTheWaits)
+{
+    list.add(*stream, EVENT_NEW_BUFFER);
+    list.add(*stream, EVENT_REMOTE_DEVICE);
+    list.end_waits();
+    for (const EVENT_TYPE type : {EVENT_NEW_BUFFER, EVENT_REMOTE_DEVICE}) {
+        const EventRef event = list.find(type);
+        ASSERT_TRUE(event);
+        EXPECT_EQ(GC_ERR_ABORT, event->get_event_data(nullptr, GENTL_INFINITE));
     }
 }
 
@@ -90,21 +109,20 @@ TEST_F(EventListTest, EitherMakesAnEventOrListsNothingWhicheverAllocationFails)
 {
     for (long n = 1;; ++n) {
         SCOPED_TRACE(n);
-        Registration registration = Registration::failed;
+        EventList::Registration registration{Outcome::failed, {}};
         bool struck = false;
         {
             const auto faults = FailingAllocations::nth(n);
             registration = list.add(*stream, EVENT_NEW_BUFFER);
             struck = faults.struck();
         }
-        EXPECT_NE(Registration::existed, registration);
-        EXPECT_EQ(registration == Registration::made, static_cast<bool>(list.find(EVENT_NEW_BUFFER)));
-        if (n == 1) {
-            EXPECT_EQ(Registration::failed, registration);
-        }
-        list.clear();
-        if (!struck)
+        EXPECT_EQ(struck ? Outcome::failed : Outcome::made, registration.outcome);
+        EXPECT_EQ(!struck, static_cast<bool>(registration.event));
+        EXPECT_EQ(!struck, static_cast<bool>(list.find(EVENT_NEW_BUFFER)));
+        if (!struck) {
+            EXPECT_LT(3, n) << "the event, what it is waited for with, its queue and its place in the list";
             break;
+        }
     }
 }
 
@@ -114,13 +132,14 @@ TEST_F(EventListTest, MakesOneEventOfATypeForSeveralThreads)
         std::atomic<int> made{0};
         std::atomic<int> failed{0};
         on_threads([&](int) {
-            const Registration registration = list.add(*stream, EVENT_NEW_BUFFER);
-            made += registration == Registration::made ? 1 : 0;
-            failed += registration == Registration::failed ? 1 : 0;
+            const Outcome outcome = list.add(*stream, EVENT_NEW_BUFFER).outcome;
+            made += outcome == Outcome::made ? 1 : 0;
+            failed += outcome == Outcome::failed ? 1 : 0;
         });
         EXPECT_EQ(1, made);
         EXPECT_EQ(0, failed);
-        list.clear();
+        list.close();
+        list.open();
     }
 }
 
@@ -133,15 +152,14 @@ TEST_F(EventListTest, FindsEventsThatOtherThreadsRemove)
             const EventRef event = list.find(EVENT_NEW_BUFFER);
             if (!event)
                 continue;
-            event->append(nullptr);
-            event->signal();
+            event->append_and_signal(nullptr);
             EXPECT_EQ(1U, event->get_FiredCount());
             while (list.find(event.get()) && !done)
                 std::this_thread::yield();
         }
     });
     for (int i = 0; i < rounds; ++i) {
-        EXPECT_EQ(Registration::made, list.add(*stream, EVENT_NEW_BUFFER));
+        EXPECT_EQ(Outcome::made, list.add(*stream, EVENT_NEW_BUFFER).outcome);
         EXPECT_TRUE(list.remove(EVENT_NEW_BUFFER));
     }
     done = true;

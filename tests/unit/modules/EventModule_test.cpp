@@ -163,19 +163,28 @@ TEST_F(EventModuleTest, DoesNotSignalWhatItAppends)
     expect_full_wait();
 }
 
-TEST_F(EventModuleTest, EndsItsWaitWithASignalWithoutAnEntry)
+TEST_F(EventModuleTest, KeepsTheSignalOfAnEntryThatIsFlushedForOneWait)
 {
-    event->signal();
+    event->append_and_signal(first);
+    event->flush();
     EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
     expect_full_wait();
 }
 
+TEST_F(EventModuleTest, TakesAnEntryWithItsSignalOrWithout)
+{
+    event->append_and_signal(first);
+    EXPECT_TRUE(event->try_take(&data, EventModule::Signal::reset));
+    expect_full_wait();
+    event->append_and_signal(first);
+    EXPECT_TRUE(event->try_take(&data));
+    EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
+}
+
 TEST_F(EventModuleTest, KeepsEveryEntryOfCollapsedSignals)
 {
-    event->append(first);
-    event->signal();
-    event->append(second);
-    event->signal();
+    event->append_and_signal(first);
+    event->append_and_signal(second);
     EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
     EXPECT_EQ(first, data.BufferHandle);
     EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
@@ -220,9 +229,9 @@ TEST_F(EventModuleTest, TimesOutWithoutAnOperatingSystemEvent)
         event.emplace(*stream, EVENT_NEW_BUFFER);
         EXPECT_TRUE(faults.struck());
     }
+    EXPECT_FALSE(event->can_signal());
     EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
-    event->append(first);
-    event->signal();
+    event->append_and_signal(first);
     EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
     event->close();
     EXPECT_EQ(GC_ERR_ABORT, get(GENTL_INFINITE));
@@ -381,7 +390,7 @@ TEST_F(EventRefTest, KeepsAnEventThatLeftItsList)
     events.add(*stream, EVENT_NEW_BUFFER);
     event = events.find(EVENT_NEW_BUFFER).get();
     EXPECT_FALSE(is_destroyed(event));
-    events.clear();
+    events.close();
     EXPECT_TRUE(is_destroyed(event));
 }
 #endif
