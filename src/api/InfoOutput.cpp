@@ -99,7 +99,8 @@ GC_ERROR InfoOutput::write_number(const InfoValue& value, const ApiCall& call, i
     }
     const uint64_t number = value.number();
     std::memcpy(m_buffer, &number, value.width()); // little-endian: the low bytes come first
-    *m_size = value.width();                       // last: a consumer may pass the same memory for both
+    // Last, because a consumer may pass the same memory for both.
+    *m_size = value.width();
     if (logs_written(log))
         log_written(value, call);
     return GC_ERR_SUCCESS;
