@@ -69,7 +69,7 @@ RULES = [
     Rule("tests/support", SRC + INTERFACES, (GTEST, POCO)),
     Rule("tests/support/process", (), (SYSTEM,), knows_system=True),
     Rule("tests/support/win32", (), (SYSTEM,), knows_system=True),
-    Rule("tests/unit", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
+    Rule("tests/unit", SRC + INTERFACES + ("tests/support",), (GTEST, POCO, COMPILER)),
     Rule("tests/unit/support", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
     Rule("tests/unit/resources", ("src/resources",), (GTEST, r"zip\.h")),
     Rule("tests/unit/logger", ("logger", "platform", "include/zvlog", "tests/support"), (GTEST, POCO, SYSTEM),

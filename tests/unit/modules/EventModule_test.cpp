@@ -17,7 +17,7 @@
 #endif
 
 #if defined(ZV_ADDRESS_SANITIZER)
-extern "C" int __asan_address_is_poisoned(const volatile void* address); // NOLINT: the sanitizer's name
+#include <sanitizer/asan_interface.h>
 #endif
 
 namespace zvtest {
