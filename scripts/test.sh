@@ -5,7 +5,7 @@
 #     scripts/test.sh --all          the same
 #     scripts/test.sh --since REV    only the stages that can notice what changed since a revision: for everyday work
 #     scripts/test.sh --quick        only the release build and its tests
-#     scripts/test.sh STAGE...       the named stages: release windows asan tsan coverage lint packages
+#     scripts/test.sh STAGE...       the named stages: release windows asan tsan coverage packages lint
 #     scripts/test.sh --plan FILE... prints the stages that a change of these files needs, and stops
 #
 # Without names, the stages for Windows are left out if their tools cannot be installed; the verdict says so. How long each
@@ -15,7 +15,7 @@ cd "$(dirname "$0")/.."
 # shellcheck source=scripts/lib.sh
 . scripts/lib.sh
 
-all_stages=(release windows asan tsan coverage lint packages)
+all_stages=(release windows asan tsan coverage packages lint)
 
 # A pattern of paths, and the stages that a change there needs. Every path that matches counts, in every row.
 stage_table='
@@ -123,12 +123,38 @@ build_and_test_for_windows()
         ctest --preset windows -j "$test_jobs"
 }
 
+# clang-tidy needs nothing but processors. Beside other stages it runs from the start, in what they leave idle while tests
+# wait; its own stage then waits for the rest and shows what it found.
+lint_log=build/lint.log
+lint_job=""
+start_lint()
+{
+    # It reads how the preset compiles. Made here, because two stages cannot make it at the same time.
+    [ -e build/asan/compile_commands.json ] || cmake --preset asan --log-level=WARNING -D ZV_WITH_ARAVIS=ON
+    # In a process group of its own, so that nothing of it outlives a run that fails.
+    setsid nice -n 19 scripts/lint.sh ${since:+--since "$since"} >$lint_log 2>&1 &
+    lint_job=$!
+    trap 'kill -- -"$lint_job" 2>/dev/null || true' EXIT
+}
+
+run_lint()
+{
+    if [ -z "$lint_job" ]; then
+        scripts/lint.sh ${since:+--since "$since"}
+        return
+    fi
+    local code=0
+    wait "$lint_job" || code=$?
+    cat $lint_log
+    return $code
+}
+
 run_stage()
 {
     case "$1" in
     release | asan | tsan) build_and_test "$1" ;;
     coverage) scripts/coverage.sh ;;
-    lint) scripts/lint.sh ${since:+--since "$since"} ;;
+    lint) run_lint ;;
     windows) build_and_test_for_windows ;;
     packages) scripts/package.sh --try ;;
     esac
@@ -150,6 +176,10 @@ write_times()
 step "Packages"
 # shellcheck disable=SC2086
 ensure_packages $packages_to_test
+
+if [ ${#stages[@]} -gt 1 ] && [[ " ${stages[*]} " == *" lint "* ]]; then
+    start_lint
+fi
 
 passed=()
 left_out=""
