@@ -131,6 +131,15 @@ TEST_P(StopAcquisition, StopsDeliveryBeforeTheLibraryIsCalledAndWhateverItAnswer
     EXPECT_FALSE(is_new(buffer));
 }
 
+TEST_P(StopAcquisition, ResetsTheCountsBeforeTheLibraryIsCalled)
+{
+    deliver(announce()); // idle: an underrun in cyclic mode
+    uint64_t meanwhile = 1;
+    fake.on("ZVGR_CameraStopAcquire_GenTL", [&](const Call&) { meanwhile = num_underrun(); });
+    stop();
+    EXPECT_EQ(0U, meanwhile);
+}
+
 TEST_P(StopAcquisition, LeavesNoCountOfFramesThatCameMeanwhile)
 {
     const Announced& buffer = announce();
