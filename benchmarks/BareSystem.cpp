@@ -1,9 +1,5 @@
 #include "benchmarks/BareSystem.h"
 
-#include <stdexcept>
-
-#include <dlfcn.h>
-
 namespace zvbench {
 
 using namespace GenTL;
@@ -13,46 +9,7 @@ namespace {
 
 constexpr uint32_t cameras_per_grabber = 16;
 
-template <class Function>
-void find(Function*& function, void* address)
-{
-    function = reinterpret_cast<Function*>(address);
-}
-
 } // namespace
-
-BareLibraries::Loaded::Loaded(const char* file) : m_handle{dlopen(file, RTLD_NOW | RTLD_LOCAL)}
-{
-    if (m_handle == nullptr)
-        throw std::runtime_error{dlerror()}; // NOLINT(concurrency-mt-unsafe): the text is this thread's own
-}
-
-BareLibraries::Loaded::~Loaded() { dlclose(m_handle); }
-
-void* BareLibraries::Loaded::find(const char* name) const
-{
-    void* const address = dlsym(m_handle, name);
-    if (address == nullptr)
-        throw std::runtime_error{std::string{name} + " is missing"};
-    return address;
-}
-
-// The loader takes a library that is loaded already for every later need of a library of that name.
-BareLibraries::BareLibraries() : m_grabber{ZV_BARE_GRABBER_FILE}, m_chain{ZV_BARE_CHAIN_FILE}
-{
-    find(set_up, m_grabber.find("bare_set_up"));
-    find(last_buffer, m_grabber.find("bare_last_buffer"));
-    find(deliver, m_grabber.find("bare_deliver"));
-    find(deliver_ring, m_grabber.find("bare_deliver_ring"));
-    find(chain_open, m_chain.find("chain_open"));
-    find(chain_close, m_chain.find("chain_close"));
-    find(chain_library_handle, m_chain.find("chain_library_handle"));
-    find(chain_get, m_chain.find("chain_get"));
-    find(chain_info, m_chain.find("chain_info"));
-    find(chain_queue, m_chain.find("chain_queue"));
-}
-
-BareLibraries::~BareLibraries() = default;
 
 BareSystem::BareSystem(BareLibraries& libraries, size_t cameras, size_t buffers, uint64_t payload)
     : m_libraries{libraries}

@@ -17,38 +17,21 @@ namespace zvbench {
 /// The bare grabber library and the bare chain, loaded before the producer, which then uses the same grabber
 /// library.
 class BareLibraries {
-public:
-    BareLibraries();
-    ~BareLibraries();
-    BareLibraries(const BareLibraries&) = delete;
-    BareLibraries& operator=(const BareLibraries&) = delete;
-
-private:
-    class Loaded {
-    public:
-        explicit Loaded(const char* file);
-        ~Loaded();
-        Loaded(const Loaded&) = delete;
-        Loaded& operator=(const Loaded&) = delete;
-        void* find(const char* name) const;
-
-    private:
-        void* m_handle;
-    };
-    Loaded m_grabber;
-    Loaded m_chain;
+    // The loader takes a library that is loaded already for every later need of a library of that name.
+    zvsystem::LoadedFile m_grabber{ZV_BARE_GRABBER_FILE};
+    zvsystem::LoadedFile m_chain{ZV_BARE_CHAIN_FILE};
 
 public:
-    decltype(&::bare_set_up) set_up;
-    decltype(&::bare_last_buffer) last_buffer;
-    decltype(&::bare_deliver) deliver;
-    decltype(&::bare_deliver_ring) deliver_ring;
-    decltype(&::chain_open) chain_open;
-    decltype(&::chain_close) chain_close;
-    decltype(&::chain_library_handle) chain_library_handle;
-    decltype(&::chain_get) chain_get;
-    decltype(&::chain_info) chain_info;
-    decltype(&::chain_queue) chain_queue;
+    decltype(&::bare_set_up) set_up{m_grabber.find("bare_set_up")};
+    decltype(&::bare_last_buffer) last_buffer{m_grabber.find("bare_last_buffer")};
+    decltype(&::bare_deliver) deliver{m_grabber.find("bare_deliver")};
+    decltype(&::bare_deliver_ring) deliver_ring{m_grabber.find("bare_deliver_ring")};
+    decltype(&::chain_open) chain_open{m_chain.find("chain_open")};
+    decltype(&::chain_close) chain_close{m_chain.find("chain_close")};
+    decltype(&::chain_library_handle) chain_library_handle{m_chain.find("chain_library_handle")};
+    decltype(&::chain_get) chain_get{m_chain.find("chain_get")};
+    decltype(&::chain_info) chain_info{m_chain.find("chain_info")};
+    decltype(&::chain_queue) chain_queue{m_chain.find("chain_queue")};
 };
 
 /// What a consumer has of an open stream.

@@ -63,6 +63,10 @@ set(ZV_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, 'address,undef
 if(ZV_SANITIZE)
     add_compile_options(-fsanitize=${ZV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${ZV_SANITIZE})
+    add_compile_definitions(ZV_SANITIZED)
+    if(ZV_SANITIZE MATCHES address)
+        add_compile_definitions(ZV_ADDRESS_SANITIZER)
+    endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         # It compares types by address, which differ between the producer and a program that loads it.
         add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-sanitize=function,vptr>)

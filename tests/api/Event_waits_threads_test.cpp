@@ -9,13 +9,13 @@ namespace zvtest {
 
 namespace {
 
-/// A consumer that sleeps in EventGetData without a time-out.
+/// A consumer that sleeps in EventGetData.
 class Waiter {
 public:
-    explicit Waiter(EVENT_HANDLE event)
-        : m_thread{[this, event] {
+    explicit Waiter(EVENT_HANDLE event, uint64_t timeout = GENTL_INFINITE)
+        : m_thread{[this, event, timeout] {
               size_t size = sizeof m_datum;
-              m_code = EventGetData(event, &m_datum, &size, GENTL_INFINITE);
+              m_code = EventGetData(event, &m_datum, &size, timeout);
           }}
     {
     }
@@ -38,7 +38,54 @@ private:
     SleepingThread m_thread;
 };
 
-class EventWaits : public EventStream {};
+class EventWaits : public EventStream {
+protected:
+    /// Several calls wait, and `close` ends all of them.
+    template <class Close>
+    void expect_all_ended_by(Close close)
+    {
+        Waiter waiters[]{Waiter{event}, Waiter{event}, Waiter{event}, Waiter{event}};
+        EXPECT_EQ(GC_ERR_SUCCESS, close());
+        for (Waiter& waiter : waiters)
+            EXPECT_EQ(GC_ERR_ABORT, waiter.code());
+    }
+};
+
+// Cut to 32 bits, the last but one would be no wait at all.
+TEST_F(EventWaits, LastForLongTimeouts)
+{
+    for (const uint64_t timeout :
+         {uint64_t{0xFFFFFFFE}, uint64_t{0xFFFFFFFF}, uint64_t{0x100000000}, uint64_t{GENTL_INFINITE}}) {
+        SCOPED_TRACE(timeout);
+        Waiter waiter{event, timeout};
+        EXPECT_TRUE(waiter.is_asleep());
+        deliver(*buffers[0]);
+        EXPECT_EQ(GC_ERR_SUCCESS, waiter.code());
+        EXPECT_EQ(GC_ERR_TIMEOUT, take().code);
+    }
+}
+
+// EventModuleThreads.WakeEveryWaiterOnceClosed does this many times.
+TEST_F(EventWaits, EndWhenTheEventIsUnregistered)
+{
+    expect_all_ended_by([this] { return unregister(); });
+}
+
+TEST_F(EventWaits, EndWithTheStreamForAnyEvent)
+{
+    ASSERT_EQ(GC_ERR_SUCCESS, GCRegisterEvent(ds, EVENT_REMOTE_DEVICE, &event));
+    expect_all_ended_by([this] { return DSClose(ds); });
+}
+
+TEST_F(EventWaits, EndWithTheDevice)
+{
+    expect_all_ended_by([this] { return DevClose(dev); });
+}
+
+TEST_F(EventWaits, EndWhenTheInterfaceIsClosed)
+{
+    expect_all_ended_by([this] { return IFClose(iface); });
+}
 
 TEST_F(EventWaits, EndWithAFrameEachWhenFramesComeAtOnce)
 {

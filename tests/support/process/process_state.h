@@ -37,14 +37,8 @@ MemorySize memory_size();
 /// Whether a sanitizer keeps freed memory for a while, and a record of every library that was ever loaded, so
 /// that sizes do not come back; its leak checker reports what was lost.
 constexpr bool is_sanitized =
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(ZV_SANITIZED)
     true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-    true;
-#else
-    false;
-#endif
 #else
     false;
 #endif

@@ -16,25 +16,28 @@ inline void check(GenTL::GC_ERROR code, const char* function)
         throw std::runtime_error(std::string(function) + " answered " + std::to_string(code));
 }
 
+/// An exported function, as a pointer of the type that is asked for.
+struct Symbol {
+    void* address;
+    template <class Function>
+    operator Function*() const // NOLINT(google-explicit-constructor): converting is all that it does
+    {
+        return reinterpret_cast<Function*>(address);
+    }
+};
+
+/// Throws std::runtime_error that names a function that is missing.
+inline Symbol find_symbol(void* library, const char* name)
+{
+    void* const address = dlsym(library, name);
+    if (address == nullptr)
+        throw std::runtime_error(std::string(name) + " is not exported");
+    return {address};
+}
+
 /// The functions of a loaded producer that the system tests and the benchmarks call.
 class Functions {
-    /// An exported function, as a pointer of the type that is asked for.
-    struct Symbol {
-        void* address;
-        template <class Function>
-        operator Function*() const // NOLINT(google-explicit-constructor): converting is all that it does
-        {
-            return reinterpret_cast<Function*>(address);
-        }
-    };
-
-    Symbol find(const char* name) const
-    {
-        void* const address = dlsym(m_library, name);
-        if (address == nullptr)
-            throw std::runtime_error(std::string(name) + " is not exported");
-        return {address};
-    }
+    Symbol find(const char* name) const { return find_symbol(m_library, name); }
     void* m_library;
 
 public:

@@ -6,30 +6,38 @@
 
 namespace zvsystem {
 
-/// The producer's file, as a consumer loads it: by the dynamic loader, with its symbols kept to itself.
-class Library {
+/// A file, as consumers load it: by the dynamic loader, with its symbols kept to itself.
+class LoadedFile {
 public:
     /// Throws std::runtime_error with the loader's words when the file cannot be loaded.
-    explicit Library(const std::filesystem::path& file) : m_library(load(file)), m_functions(m_library) {}
+    explicit LoadedFile(const std::filesystem::path& file)
+        : m_handle{dlopen(file.string().c_str(), RTLD_NOW | RTLD_LOCAL)}
+    {
+        if (m_handle == nullptr)
+            throw std::runtime_error{dlerror()}; // NOLINT(concurrency-mt-unsafe): this thread's own
+    }
     /// Unloads it.
-    ~Library() { dlclose(m_library); }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
+    ~LoadedFile() { dlclose(m_handle); }
+    LoadedFile(const LoadedFile&) = delete;
+    LoadedFile& operator=(const LoadedFile&) = delete;
+
+    void* handle() const noexcept { return m_handle; }
+    Symbol find(const char* name) const { return find_symbol(m_handle, name); }
+
+private:
+    void* m_handle;
+};
+
+/// The producer's file and its functions.
+class Library {
+public:
+    explicit Library(const std::filesystem::path& file) : m_file{file} {}
 
     const Functions& functions() const noexcept { return m_functions; }
 
 private:
-    static void* load(const std::filesystem::path& file)
-    {
-        void* const library = dlopen(file.string().c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr)
-            throw std::runtime_error(
-                dlerror()); // NOLINT(concurrency-mt-unsafe): the text is this thread's own
-        return library;
-    }
-
-    void* m_library;
-    Functions m_functions;
+    LoadedFile m_file;
+    Functions m_functions{m_file.handle()};
 };
 
 /// A loaded and initialised producer.

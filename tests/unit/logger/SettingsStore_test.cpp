@@ -248,7 +248,7 @@ TEST_F(Settings, AKeyThatNoFileCanHoldIsItsDefault)
 // file and before it replaces it.
 struct Edit {
     const char* name;
-    const char* before; // empty: there is no file
+    const char* before; // empty: the file does not exist
     void (*edit)(const std::string& file);
     Replacement replacement;
     const char* after; // as before

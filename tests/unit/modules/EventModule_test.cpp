@@ -8,14 +8,6 @@
 
 #include "unit/modules/Module_fixtures.h"
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ZV_ADDRESS_SANITIZER
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define ZV_ADDRESS_SANITIZER
-#endif
-
 #if defined(ZV_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #endif
