@@ -1,6 +1,5 @@
 #include "api/ProcessState.h"
 
-#include <atomic>
 #include <mutex>
 #include <tuple>
 #include <utility>
@@ -9,25 +8,19 @@
 
 namespace zvgentl {
 
-namespace {
-
-std::atomic<bool> initialised{false};
-// A plain pointer without an owner: a system that nobody closed may still be in use on other threads while
-// the process ends, so it is not destroyed then.
+std::atomic<bool> library_is_initialised{false};
 std::atomic<SystemModule*> system_module{nullptr};
+
+namespace {
 
 std::mutex last_error_mutex; // a leaf, never held over a call
 std::string last_error_text = "No Error";
 
 } // namespace
 
-bool is_initialised() noexcept { return initialised.load(std::memory_order_acquire); }
+bool set_initialised() noexcept { return !library_is_initialised.exchange(true); }
 
-bool set_initialised() noexcept { return !initialised.exchange(true); }
-
-void set_uninitialised() noexcept { initialised.store(false); }
-
-SystemModule* current_system() noexcept { return system_module.load(std::memory_order_acquire); }
+void set_uninitialised() noexcept { library_is_initialised.store(false); }
 
 bool set_system(std::unique_ptr<SystemModule> system) noexcept
 {

@@ -6,8 +6,6 @@
 #include <Poco/Channel.h>
 #include <Poco/Message.h>
 
-#include "zvlog/ZVLogger.h"
-
 #include "platform/process.h"
 
 namespace zvgentl {
@@ -87,21 +85,25 @@ ZVPocoLogger* const camera_module_logger = logger_of("CameraModule.cpp");
 ZVPocoLogger* const event_module_logger = logger_of("EventModule.cpp");
 ZVPocoLogger* const stream_module_logger = logger_of("StreamModule.cpp");
 
-bool is_logged(const ZVPocoLogger* logger, Priority priority) noexcept
+void write_line_list(ZVPocoLogger* logger, Priority priority, const char* function, At at, const char* format,
+                     va_list arguments) noexcept
 {
-    return logger != nullptr && logger->getLevel() >= static_cast<int>(priority);
-}
-
-void write_line(ZVPocoLogger* logger, Priority priority, const char* function, At at, const char* format,
-                va_list arguments) noexcept
-{
-    if (!is_logged(logger, priority) || format == nullptr)
+    if (format == nullptr)
         return;
     Line line;
     open_line(line, *logger, function);
     line.append("[%d]: ", at.number);
     line.append_list(format, arguments);
     hand_over(line, *logger, priority);
+}
+
+void write_line(ZVPocoLogger* logger, Priority priority, const char* function, At at, const char* format,
+                ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, format);
+    write_line_list(logger, priority, function, at, format, arguments);
+    va_end(arguments);
 }
 
 void write_bare_line(ZVPocoLogger* logger, Priority priority, const char* function, const char* format,
@@ -117,56 +119,5 @@ void write_bare_line(ZVPocoLogger* logger, Priority priority, const char* functi
     va_end(arguments);
     hand_over(line, *logger, priority);
 }
-
-// The list of arguments has to be opened in the function that declares it, hence six bodies that look the
-// same. NOLINTBEGIN(cert-dcl50-cpp)
-void log_fatal(ZVPocoLogger* logger, const char* function, At at, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    write_line(logger, Priority::fatal, function, at, format, arguments);
-    va_end(arguments);
-}
-
-void log_error(ZVPocoLogger* logger, const char* function, At at, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    write_line(logger, Priority::error, function, at, format, arguments);
-    va_end(arguments);
-}
-
-void log_warning(ZVPocoLogger* logger, const char* function, At at, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    write_line(logger, Priority::warning, function, at, format, arguments);
-    va_end(arguments);
-}
-
-void log_information(ZVPocoLogger* logger, const char* function, At at, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    write_line(logger, Priority::information, function, at, format, arguments);
-    va_end(arguments);
-}
-
-void log_debug(ZVPocoLogger* logger, const char* function, At at, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    write_line(logger, Priority::debug, function, at, format, arguments);
-    va_end(arguments);
-}
-
-void log_trace(ZVPocoLogger* logger, const char* function, At at, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    write_line(logger, Priority::trace, function, at, format, arguments);
-    va_end(arguments);
-}
-// NOLINTEND(cert-dcl50-cpp)
 
 } // namespace zvgentl

@@ -3,7 +3,7 @@
 #include <cstdarg>
 #include <cstdint>
 
-class ZVPocoLogger;
+#include "zvlog/ZVLogger.h"
 
 // Lets the compiler check the arguments of a format; the positions count a member function's `this` as 1.
 #if defined(__clang__)
@@ -33,29 +33,60 @@ enum class Priority {
     trace = 8,
 };
 
+/// True when the logger takes lines of the priority. Asked by every line; ask it for arguments that are
+/// costly to form.
+inline bool is_logged(const ZVPocoLogger* logger, Priority priority) noexcept
+{
+    return logger != nullptr && logger->getLevel() >= static_cast<int>(priority);
+}
+
+/// Forms a line that its caller found to be wanted, and hands it to the logger's channel. A channel that
+/// fails loses the line, never the call that wrote it. The format was checked where it is a literal.
+void write_line(ZVPocoLogger* logger, Priority priority, const char* function, At at, const char* format,
+                ...) noexcept;
+ZV_PRINTF(5, 0)
+void write_line_list(ZVPocoLogger* logger, Priority priority, const char* function, At at, const char* format,
+                     va_list arguments) noexcept;
+
+// A variadic function whose guard is compiled into its caller: a line that nobody wants costs a comparison.
+// Only GCC lets such a function pass its arguments on; elsewhere the guard comes after a call.
+#if defined(__GNUC__) && !defined(__clang__)
+#define ZV_GUARDED_LINE [[gnu::always_inline]] inline
+#define ZV_WRITE_LINE(logger, priority, function, at, format)                                                \
+    write_line(logger, priority, function, at, format, __builtin_va_arg_pack())
+#else
+#define ZV_GUARDED_LINE inline
+#define ZV_WRITE_LINE(logger, priority, function, at, format)                                                \
+    do {                                                                                                     \
+        va_list arguments;                                                                                   \
+        va_start(arguments, format);                                                                         \
+        write_line_list(logger, priority, function, at, format, arguments);                                  \
+        va_end(arguments);                                                                                   \
+    } while (false)
+#endif
+
 /// The six formatting entry points, one per priority. A line reads
 /// "thr<id>:<logger>::{<function>}[<number>]: <message>", is built in 4096 bytes on the caller's stack and
 /// handed to the logger's channel as one message. Nothing is formatted when the logger is null, the format is
 /// null or the logger's level excludes the priority. `function` may be null; then its braces are left out.
 /// Any thread.
-ZV_PRINTF(4, 5) void log_fatal(ZVPocoLogger* logger, const char* function, At at, const char* format, ...);
-ZV_PRINTF(4, 5) void log_error(ZVPocoLogger* logger, const char* function, At at, const char* format, ...);
-ZV_PRINTF(4, 5) void log_warning(ZVPocoLogger* logger, const char* function, At at, const char* format, ...);
-ZV_PRINTF(4, 5)
-void log_information(ZVPocoLogger* logger, const char* function, At at, const char* format, ...);
-ZV_PRINTF(4, 5) void log_debug(ZVPocoLogger* logger, const char* function, At at, const char* format, ...);
-ZV_PRINTF(4, 5) void log_trace(ZVPocoLogger* logger, const char* function, At at, const char* format, ...);
+#define ZV_LOG_ENTRY_POINT(name, priority)                                                                   \
+    ZV_PRINTF(4, 5)                                                                                          \
+    ZV_GUARDED_LINE void name(ZVPocoLogger* logger, const char* function, At at, const char* format,         \
+                              ...) noexcept                                                                  \
+    {                                                                                                        \
+        if (is_logged(logger, priority))                                                                     \
+            ZV_WRITE_LINE(logger, priority, function, at, format);                                           \
+    }
+ZV_LOG_ENTRY_POINT(log_fatal, Priority::fatal)
+ZV_LOG_ENTRY_POINT(log_error, Priority::error)
+ZV_LOG_ENTRY_POINT(log_warning, Priority::warning)
+ZV_LOG_ENTRY_POINT(log_information, Priority::information)
+ZV_LOG_ENTRY_POINT(log_debug, Priority::debug)
+ZV_LOG_ENTRY_POINT(log_trace, Priority::trace)
+#undef ZV_LOG_ENTRY_POINT
 
-/// True when the logger takes lines of the priority: for arguments that are costly to form.
-bool is_logged(const ZVPocoLogger* logger, Priority priority) noexcept;
-
-/// The common body of the entry points, for callers that chose the priority themselves. A channel that fails
-/// loses the line, never the call that wrote it.
-ZV_PRINTF(5, 0)
-void write_line(ZVPocoLogger* logger, Priority priority, const char* function, At at, const char* format,
-                va_list arguments) noexcept;
-
-/// The same without the bracketed number in front of the message.
+/// A line without the bracketed number in front of its message; none unless the logger takes the priority.
 ZV_PRINTF(4, 5)
 void write_bare_line(ZVPocoLogger* logger, Priority priority, const char* function, const char* format,
                      ...) noexcept;
