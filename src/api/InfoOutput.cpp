@@ -3,21 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
-#include "api/arguments.h"
-
 namespace zvgentl {
 
 using namespace GenTL;
 
-namespace {
-
-bool logs_too_small(NumberLog log) { return log == NumberLog::too_small || log == NumberLog::both; }
-bool logs_written(NumberLog log) { return log == NumberLog::written || log == NumberLog::both; }
-
-void log_written(const InfoValue& value, const ApiCall& call)
+void InfoOutput::log_written(const InfoNumber& value, const ApiCall& call)
 {
-    const auto number = static_cast<unsigned long long>(value.number());
-    switch (value.type()) {
+    const auto number = static_cast<unsigned long long>(value.number);
+    switch (value.type) {
     case INFO_DATATYPE_INT32:
         call.log(At{210}, "Type INFO_DATATYPE_INT32: value=%d", static_cast<int>(number));
         break;
@@ -31,26 +24,6 @@ void log_written(const InfoValue& value, const ApiCall& call)
         call.log(At{219}, "Type INFO_DATATYPE_SIZET: value=%llu", number);
         break;
     }
-}
-
-} // namespace
-
-InfoOutput::InfoOutput(INFO_DATATYPE* type, void* buffer, size_t* size) noexcept
-    : m_type(given(type)), m_buffer(given(buffer)), m_size(given(size))
-{
-}
-
-bool InfoOutput::is_incomplete() const noexcept { return m_type == nullptr || m_size == nullptr; }
-
-bool InfoOutput::is_malformed() const noexcept
-{
-    return is_incomplete() || (m_buffer != nullptr && *m_size == 0);
-}
-
-GC_ERROR InfoOutput::write(const InfoValue& value, const ApiCall& call, int32_t command, NumberLog log) const
-{
-    *m_type = value.type();
-    return value.is_string() ? write_text(value.text(), call) : write_number(value, call, command, log);
 }
 
 GC_ERROR InfoOutput::write_text(const std::string& text, const ApiCall& call) const
@@ -80,30 +53,16 @@ GC_ERROR InfoOutput::write_text(const std::string& text, const ApiCall& call) co
     return error;
 }
 
-GC_ERROR InfoOutput::write_number(const InfoValue& value, const ApiCall& call, int32_t command,
-                                  NumberLog log) const
+GC_ERROR InfoOutput::report_too_small(size_t width, const ApiCall& call, int32_t command, NumberLog log) const
 {
     const size_t room = *m_size;
-    if (m_buffer == nullptr) {
-        *m_size = value.width();
-        return GC_ERR_SUCCESS;
+    *m_size = width;
+    if (log == NumberLog::too_small || log == NumberLog::both) {
+        call.log_error(At{252}, "info= %d, size=%u(expected=%u)", command, static_cast<unsigned>(room),
+                       static_cast<unsigned>(width));
+        call.fail(At{254}, GC_ERR_BUFFER_TOO_SMALL);
     }
-    if (room < value.width()) {
-        *m_size = value.width();
-        if (logs_too_small(log)) {
-            call.log_error(At{252}, "info= %d, size=%u(expected=%u)", command, static_cast<unsigned>(room),
-                           static_cast<unsigned>(value.width()));
-            call.fail(At{254}, GC_ERR_BUFFER_TOO_SMALL);
-        }
-        return GC_ERR_BUFFER_TOO_SMALL;
-    }
-    const uint64_t number = value.number();
-    std::memcpy(m_buffer, &number, value.width()); // little-endian: the low bytes come first
-    // Last, because a consumer may pass the same memory for both.
-    *m_size = value.width();
-    if (logs_written(log))
-        log_written(value, call);
-    return GC_ERR_SUCCESS;
+    return GC_ERR_BUFFER_TOO_SMALL;
 }
 
 GC_ERROR InfoOutput::refuse(const ApiCall& call, At diagnostic, At exit, int32_t command) const

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <string>
 
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
 #include "api/InfoValue.h"
+#include "api/arguments.h"
 
 namespace zvgentl {
 
@@ -22,25 +24,59 @@ enum class NumberLog {
 /// except the answer that takes an entry out of an event, and the type of a URL that is not available.
 class InfoOutput {
 public:
-    InfoOutput(GenTL::INFO_DATATYPE* type, void* buffer, size_t* size) noexcept;
+    InfoOutput(GenTL::INFO_DATATYPE* type, void* buffer, size_t* size) noexcept
+        : m_type(given(type)), m_buffer(given(buffer)), m_size(given(size))
+    {
+    }
 
     /// Type or size not given.
-    bool is_incomplete() const noexcept;
+    bool is_incomplete() const noexcept { return m_type == nullptr || m_size == nullptr; }
     /// Incomplete, or a buffer given with size 0.
-    bool is_malformed() const noexcept;
+    bool is_malformed() const noexcept { return is_incomplete() || (m_buffer != nullptr && *m_size == 0); }
 
     /// Hands a value over: sets the type, then copies a text by the string rule or a number by the fixed-size
     /// rule. GC_ERR_SUCCESS, GC_ERR_BUFFER_TOO_SMALL, or GC_ERR_INVALID_PARAMETER for a text without its
     /// terminating zero.
-    GenTL::GC_ERROR write(const InfoValue& value, const ApiCall& call, int32_t command, NumberLog log) const;
+    GenTL::GC_ERROR write(const InfoValue& value, const ApiCall& call, int32_t command, NumberLog log) const
+    {
+        if (!value.is_string())
+            return write(value.number(), call, command, log);
+        *m_type = GenTL::INFO_DATATYPE_STRING;
+        return write_text(value.text(), call);
+    }
+    GenTL::GC_ERROR write(const InfoNumber& value, const ApiCall& call, int32_t command, NumberLog log) const
+    {
+        *m_type = value.type;
+        if (m_buffer != nullptr) {
+            if (*m_size < value.width)
+                return report_too_small(value.width, call, command, log);
+            copy_low_bytes(m_buffer, value.number, value.width);
+        }
+        // Last, because a consumer may pass the same memory for both.
+        *m_size = value.width;
+        if (m_buffer != nullptr && (log == NumberLog::written || log == NumberLog::both))
+            log_written(value, call);
+        return GenTL::GC_ERR_SUCCESS;
+    }
 
     /// Answers an unknown command: size 0, "info= %d" and GC_ERR_NOT_IMPLEMENTED with its exit line.
     GenTL::GC_ERROR refuse(const ApiCall& call, At diagnostic, At exit, int32_t command) const;
 
 private:
     GenTL::GC_ERROR write_text(const std::string& text, const ApiCall& call) const;
-    GenTL::GC_ERROR write_number(const InfoValue& value, const ApiCall& call, int32_t command,
-                                 NumberLog log) const;
+    GenTL::GC_ERROR report_too_small(size_t width, const ApiCall& call, int32_t command, NumberLog log) const;
+
+    /// Little-endian: the low bytes come first. By cases, so that each is one instruction.
+    static void copy_low_bytes(void* destination, uint64_t number, size_t width) noexcept
+    {
+        if (width == 8)
+            std::memcpy(destination, &number, 8);
+        else if (width == 4)
+            std::memcpy(destination, &number, 4);
+        else
+            std::memcpy(destination, &number, 1);
+    }
+    static void log_written(const InfoNumber& value, const ApiCall& call);
 
     GenTL::INFO_DATATYPE* m_type;
     void* m_buffer; // null for a size query

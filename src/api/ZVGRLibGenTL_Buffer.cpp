@@ -9,6 +9,7 @@
 #include "modules/BufferModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
+#include "modules/handles.h"
 
 // Functions that describe a buffer: DSGetBufferInfo, its parts and its chunks.
 
@@ -18,45 +19,42 @@ using namespace zvgentl;
 
 namespace {
 
-bool is_filled(const BufferModule& buffer) { return buffer.get_FillState() == FillState::filled; }
+bool is_in(const BufferFacts& buffer, FillState state) { return buffer.fill_state.get() == state; }
 
 template <Geometry value>
-InfoValue geometry_size(const BufferModule& buffer)
+InfoNumber geometry_size(const BufferFacts& buffer)
 {
-    return InfoValue::sizet(buffer.get_Geometry(value));
+    return InfoNumber::sizet(buffer.get_Geometry(value));
 }
 
 template <Geometry value>
-InfoValue geometry_number(const BufferModule& buffer)
+InfoNumber geometry_number(const BufferFacts& buffer)
 {
-    return InfoValue::uint64(buffer.get_Geometry(value));
+    return InfoNumber::uint64(buffer.get_Geometry(value));
 }
 
-InfoValue zero_size(const BufferModule&) { return InfoValue::sizet(0); }
+InfoNumber zero_size(const BufferFacts&) { return InfoNumber::sizet(0); }
 
-InfoValue memory_address(const BufferModule& buffer) { return InfoValue::ptr(buffer.get_Memory()); }
+InfoNumber memory_address(const BufferFacts& buffer) { return InfoNumber::ptr(buffer.memory.get()); }
 
-constexpr InfoRow<BufferModule> buffer_info[] = {
+constexpr NumberRow<BufferFacts> buffer_info[] = {
     {BUFFER_INFO_BASE, memory_address},
     {BUFFER_INFO_SIZE, geometry_size<Geometry::size>},
-    {BUFFER_INFO_USER_PTR, [](const BufferModule& buffer) { return InfoValue::ptr(buffer.get_Private()); }},
+    {BUFFER_INFO_USER_PTR,
+     [](const BufferFacts& buffer) { return InfoNumber::ptr(buffer.private_pointer.get()); }},
     {BUFFER_INFO_TIMESTAMP,
-     [](const BufferModule& buffer) { return InfoValue::uint64(buffer.get_Timestamp()); }},
-    {BUFFER_INFO_NEW_DATA, [](const BufferModule& buffer) { return InfoValue::bool8(is_filled(buffer)); }},
+     [](const BufferFacts& buffer) { return InfoNumber::uint64(buffer.timestamp.get()); }},
+    {BUFFER_INFO_NEW_DATA,
+     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::filled)); }},
     {BUFFER_INFO_IS_QUEUED,
-     [](const BufferModule& buffer) {
-         return InfoValue::bool8(buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT);
+     [](const BufferFacts& buffer) {
+         return InfoNumber::bool8(buffer.queue.get() == BUFFER_QUEUE_TYPE::INPUT);
      }},
     {BUFFER_INFO_IS_ACQUIRING,
-     [](const BufferModule& buffer) {
-         return InfoValue::bool8(buffer.get_FillState() == FillState::filling);
-     }},
+     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::filling)); }},
     {BUFFER_INFO_IS_INCOMPLETE,
-     [](const BufferModule& buffer) {
-         return InfoValue::bool8(buffer.get_FillState() == FillState::incomplete);
-     }},
-    {BUFFER_INFO_TLTYPE,
-     [](const BufferModule& buffer) { return InfoValue::string(transport_type_of(buffer.get_Stream())); }},
+     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::incomplete)); }},
+    {BUFFER_INFO_TLTYPE, nullptr}, // see get_rare_info
     {BUFFER_INFO_SIZE_FILLED, geometry_size<Geometry::data_size>},
     {BUFFER_INFO_WIDTH, geometry_size<Geometry::width>},
     {BUFFER_INFO_HEIGHT, geometry_size<Geometry::height>},
@@ -64,28 +62,66 @@ constexpr InfoRow<BufferModule> buffer_info[] = {
     {BUFFER_INFO_YOFFSET, geometry_size<Geometry::y_offset>},
     {BUFFER_INFO_XPADDING, zero_size},
     {BUFFER_INFO_YPADDING, zero_size},
-    {BUFFER_INFO_FRAMEID, [](const BufferModule& buffer) { return InfoValue::uint64(buffer.get_FrameId()); }},
+    {BUFFER_INFO_FRAMEID,
+     [](const BufferFacts& buffer) { return InfoNumber::uint64(buffer.frame_id.get()); }},
     {BUFFER_INFO_IMAGEPRESENT,
-     [](const BufferModule& buffer) { return InfoValue::bool8(is_filled(buffer)); }},
+     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::filled)); }},
     {BUFFER_INFO_IMAGEOFFSET, zero_size},
-    {BUFFER_INFO_PAYLOADTYPE, [](const BufferModule&) { return InfoValue::sizet(PAYLOAD_TYPE_IMAGE); }},
+    {BUFFER_INFO_PAYLOADTYPE, [](const BufferFacts&) { return InfoNumber::sizet(PAYLOAD_TYPE_IMAGE); }},
     {BUFFER_INFO_PIXELFORMAT, geometry_number<Geometry::pixel_format>},
     {BUFFER_INFO_PIXELFORMAT_NAMESPACE, geometry_number<Geometry::pixel_format_namespace>},
     {BUFFER_INFO_DELIVERED_IMAGEHEIGHT, geometry_size<Geometry::delivered_image_height>},
     {BUFFER_INFO_PIXEL_ENDIANNESS,
-     [](const BufferModule&) { return InfoValue::int32(PIXELENDIANNESS_LITTLE); }},
+     [](const BufferFacts&) { return InfoNumber::int32(PIXELENDIANNESS_LITTLE); }},
     {BUFFER_INFO_DATA_SIZE, geometry_size<Geometry::data_size>},
     {BUFFER_INFO_DATA_LARGER_THAN_BUFFER,
-     [](const BufferModule& buffer) {
-         return InfoValue::bool8(buffer.get_Geometry(Geometry::data_size) > buffer.get_Size());
+     [](const BufferFacts& buffer) {
+         return InfoNumber::bool8(buffer.get_Geometry(Geometry::data_size) >
+                                  buffer.get_Geometry(Geometry::size));
      }},
-    {BUFFER_INFO_CONTAINS_CHUNKDATA, [](const BufferModule&) { return InfoValue::bool8(false); }},
+    {BUFFER_INFO_CONTAINS_CHUNKDATA, [](const BufferFacts&) { return InfoNumber::bool8(false); }},
 };
 
-constexpr InfoRow<BufferModule> buffer_part_info[] = {
+constexpr NumberRow<BufferFacts> buffer_part_info[] = {
     {BUFFER_PART_INFO_BASE, memory_address},
     {BUFFER_PART_INFO_DATA_SIZE, geometry_size<Geometry::size>},
 };
+
+/// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good;
+/// else null, and refuse_buffer says why. Who finds the facts' buffer unchanged after reading them has read
+/// those of the handle.
+const BufferFacts* find_facts(DS_HANDLE stream_handle, BUFFER_HANDLE handle) noexcept
+{
+    const BufferFacts* const facts = buffer_index.find(handle);
+    if (facts == nullptr)
+        return nullptr;
+    const StreamModule* const stream = facts->stream.get();
+    return stream == stream_handle && is_in_tree(*stream) && stream->is_Open() ? facts : nullptr;
+}
+
+/// Says which of the handles is not good, the stream's first.
+GC_ERROR refuse_buffer(const ApiCall& call, DS_HANDLE stream_handle, BUFFER_HANDLE handle)
+{
+    const auto stream = check_stream_handle(stream_handle, call, Open::required);
+    if (!stream)
+        return stream.error();
+    call.log_error(At{3322}, "invalid buffer handle %016llX", address(handle));
+    return call.fail(At{3323}, GC_ERR_INVALID_HANDLE);
+}
+
+/// What is not among the facts: the transport type, for which the library is asked, and nothing else.
+GC_ERROR get_rare_info(const ApiCall& call, const InfoOutput& output, DS_HANDLE stream_handle,
+                       BUFFER_HANDLE handle, int32_t command)
+{
+    const BufferFacts* const facts = find_facts(stream_handle, handle);
+    if (facts == nullptr || facts->buffer.get() != handle)
+        return refuse_buffer(call, stream_handle, handle);
+    if (command != BUFFER_INFO_TLTYPE)
+        return output.refuse(call, At{3328}, At{3329}, command);
+    const InfoValue type = InfoValue::string(transport_type_of(*facts->stream.get()));
+    const GC_ERROR error = output.write(type, call, command, NumberLog::too_small);
+    return error != GC_ERR_SUCCESS ? error : call.succeed(At{3331}, "Exit DSGetBufferInfo");
+}
 
 } // namespace
 
@@ -100,19 +136,16 @@ try {
     const InfoOutput output{piType, pBuffer, piSize};
     if (output.is_malformed())
         return call.fail(At{3316}, GC_ERR_INVALID_PARAMETER);
-    const auto stream = check_stream_handle(hDataStream, call, Open::required);
-    if (!stream)
-        return stream.error();
-    const PinnedBuffer buffer = stream->get_Buffers().find(hBuffer);
-    if (!buffer) {
-        call.log_error(At{3322}, "invalid buffer handle %016llX", address(hBuffer));
-        return call.fail(At{3323}, GC_ERR_INVALID_HANDLE);
-    }
-
     const auto* const row = find_row(buffer_info, iInfoCmd);
-    if (row == nullptr)
-        return output.refuse(call, At{3328}, At{3329}, iInfoCmd);
-    const GC_ERROR error = output.write(row->value(*buffer), call, iInfoCmd, NumberLog::too_small);
+    if (row == nullptr || row->value == nullptr)
+        return get_rare_info(call, output, hDataStream, hBuffer, iInfoCmd);
+    const BufferFacts* const facts = find_facts(hDataStream, hBuffer);
+    if (facts == nullptr)
+        return refuse_buffer(call, hDataStream, hBuffer);
+    const InfoNumber value = row->value(*facts);
+    if (facts->buffer.get() != hBuffer) // revoked meanwhile
+        return refuse_buffer(call, hDataStream, hBuffer);
+    const GC_ERROR error = output.write(value, call, iInfoCmd, NumberLog::too_small);
     return error != GC_ERR_SUCCESS ? error : call.succeed(At{3331}, "Exit DSGetBufferInfo");
 } catch (...) {
     return after_exception("DSGetBufferInfo");
@@ -171,7 +204,7 @@ try {
     const auto* const row = find_row(buffer_part_info, iInfoCmd);
     if (row == nullptr)
         return output.refuse(call, At{3416}, At{3417}, iInfoCmd);
-    const GC_ERROR error = output.write(row->value(*buffer), call, iInfoCmd, NumberLog::silent);
+    const GC_ERROR error = output.write(row->value(buffer->get_Facts()), call, iInfoCmd, NumberLog::silent);
     return error != GC_ERR_SUCCESS ? error : call.succeed(At{3419}, "Exit DSGetBufferPartInfo");
 } catch (...) {
     return after_exception("DSGetBufferPartInfo");

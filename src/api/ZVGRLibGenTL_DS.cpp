@@ -19,28 +19,7 @@ using namespace zvgentl;
 
 namespace {
 
-bool is_filling(const BufferModule& buffer) { return buffer.get_FillState() == FillState::filling; }
-
-/// The input pool holds what waits to be filled and what is being filled.
-size_t count_waiting(const StreamModule& stream)
-{
-    return stream.get_Buffers().count_if([](const BufferModule& buffer) {
-        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT && !is_filling(buffer);
-    });
-}
-
-size_t count_started(const StreamModule& stream)
-{
-    return stream.get_Buffers().count_if([](const BufferModule& buffer) {
-        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT && is_filling(buffer);
-    });
-}
-
-size_t count_output(const StreamModule& stream)
-{
-    return stream.get_Buffers().count_if(
-        [](const BufferModule& buffer) { return buffer.get_Queue() == BUFFER_QUEUE_TYPE::OUTPUT; });
-}
+using Place = BufferPool::Place;
 
 constexpr InfoRow<StreamModule> stream_info[] = {
     {STREAM_INFO_ID, [](const StreamModule& stream) { return InfoValue::string(stream.getId()); }},
@@ -55,12 +34,14 @@ constexpr InfoRow<StreamModule> stream_info[] = {
     {STREAM_INFO_NUM_ANNOUNCED,
      [](const StreamModule& stream) { return InfoValue::sizet(stream.get_Buffers().size()); }},
     {STREAM_INFO_NUM_QUEUED,
-     [](const StreamModule& stream) { return InfoValue::sizet(count_waiting(stream)); }},
+     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_Buffers().count(Place::waiting)); }},
     {STREAM_INFO_NUM_AWAIT_DELIVERY,
-     [](const StreamModule& stream) { return InfoValue::sizet(count_output(stream)); }},
+     [](const StreamModule& stream) { return InfoValue::sizet(stream.get_Buffers().count(Place::output)); }},
     // Contract: UINT64, where the standard has SIZET.
     {STREAM_INFO_NUM_STARTED,
-     [](const StreamModule& stream) { return InfoValue::uint64(count_started(stream)); }},
+     [](const StreamModule& stream) {
+         return InfoValue::uint64(stream.get_Buffers().count(Place::started));
+     }},
     {STREAM_INFO_PAYLOAD_SIZE,
      [](const StreamModule& stream) { return InfoValue::sizet(stream.get_PayloadSize()); }},
     {STREAM_INFO_IS_GRABBING,
@@ -179,12 +160,10 @@ try {
     if (!stream)
         return stream.error();
 
-    const PinnedBuffer buffer = stream->get_Buffers().find(hBuffer);
-    if (!buffer) {
+    if (!stream->queue_buffer(hBuffer)) {
         call.log_error(At{3020}, "DSQueueBuffer - GC_ERR_INVALID_HANDLE: invalid buffer handle");
         return GC_ERR_INVALID_HANDLE;
     }
-    stream->queue_buffer(*buffer);
     return call.succeed(At{3024}, "Exit DSQueueBuffer");
 } catch (...) {
     return after_exception("DSQueueBuffer");

@@ -50,22 +50,21 @@ GC_ERROR report_existing(const ApiCall& call, EVENT_TYPE type, const char* handl
 /// The enter and exit lines of EventGetData: debug, or trace once one call of an acquisition has been logged.
 ApiCall throttled_call(StreamModule& stream, LogThrottle::Mark mark)
 {
-    return ApiCall{"EventGetData",
-                   stream.is_log_due("EventGetData", mark) ? Priority::debug : Priority::trace};
+    const bool is_due = stream.is_log_due(LogThrottle::Function::event_get_data, mark);
+    return ApiCall{"EventGetData", is_due ? Priority::debug : Priority::trace};
 }
 
 /// Drops the oldest entry. Its buffer is in no queue afterwards: neither delivered nor to be filled again.
-void discard_next(EventModule& event)
+void discard_next(const EventPlace& place, EVENT_HANDLE handle)
 {
-    if (event.get_Type() != EVENT_NEW_BUFFER) {
-        event.try_take(nullptr);
-        return;
-    }
+    const EventRef event = place.stream->get_Events().find(handle);
     EVENT_NEW_BUFFER_DATA datum{};
-    if (!event.try_take(&datum))
+    const bool has_datum = place.type == EVENT_NEW_BUFFER;
+    if (!event || !event->try_take(has_datum ? &datum : nullptr) || !has_datum)
         return;
-    if (const PinnedBuffer buffer = event.get_Source().get_Buffers().find(datum.BufferHandle))
-        buffer->set_Queue(BUFFER_QUEUE_TYPE::GENERAL);
+    BufferPool& buffers = place.stream->get_Buffers();
+    if (const PinnedBuffer buffer = buffers.find(datum.BufferHandle))
+        buffers.set_queue(*buffer, BUFFER_QUEUE_TYPE::GENERAL);
 }
 
 /// Logs only the first time in the process.
@@ -75,11 +74,11 @@ void log_once(std::atomic<bool>& is_logged_already, At at, const char* text)
         log_error(api_logger, "EventGetData", at, "%s", text);
 }
 
-GC_ERROR wait_for_signal(EventModule& event, void* destination, uint64_t timeout)
+GC_ERROR wait_for_signal(const StreamModule& stream, EVENT_HANDLE handle, void* destination, uint64_t timeout)
 {
     static std::atomic<bool> is_abort_logged{false};
     static std::atomic<bool> is_timeout_logged{false};
-    const GC_ERROR error = event.get_event_data(destination, timeout);
+    const GC_ERROR error = stream.get_Events().get_event_data(handle, destination, timeout);
     if (error == GC_ERR_ABORT)
         log_once(is_abort_logged, At{1150}, "EventGetData GC_ERR_ABORT");
     else if (error != GC_ERR_SUCCESS)
@@ -89,15 +88,19 @@ GC_ERROR wait_for_signal(EventModule& event, void* destination, uint64_t timeout
 
 /// Spins on the queue, for consumers that prefer latency to processor time. Ignores that the event was
 /// closed.
-GC_ERROR poll(const ApiCall& call, EventModule& event, void* destination, uint64_t timeout)
+GC_ERROR poll(const ApiCall& call, const StreamModule& stream, EVENT_HANDLE handle, void* destination,
+              uint64_t timeout)
 {
+    const EventRef event = stream.get_Events().find(handle);
+    if (!event) // unregistered since it was checked
+        return GC_ERR_ABORT;
     const uint64_t start = platform::monotonic_milliseconds();
     for (;;) {
-        if (event.take_abort()) {
+        if (event->take_abort()) {
             call.log(At{1162}, "EventGetData GC_ERR_ABORT");
             return GC_ERR_ABORT;
         }
-        const bool is_taken = event.try_take(destination);
+        const bool is_taken = event->try_take(destination);
         // Contract: an entry that was taken too late is lost. Pinned by PollingEventGetData.LosesALateEntry.
         if (platform::monotonic_milliseconds() - start >= timeout) {
             call.log(At{1168}, "EventGetData - GC_ERR_TIMEOUT, event was signaled but no data can be "
@@ -205,17 +208,17 @@ try {
     const ApiCall call{"EventGetData", Priority::debug};
     if (!call.library_is_open(At{1280}))
         return GC_ERR_NOT_INITIALIZED;
-    const auto event = check_event_handle(hEvent, call, Open::required);
-    if (!event)
-        return event.error();
+    const auto place = check_event_place(hEvent, call, Open::required);
+    if (!place)
+        return place.error();
     // The stream decides the priority of the enter line, so the line comes after the handle check.
-    StreamModule& stream = event->get_Source();
+    StreamModule& stream = *place->stream;
     throttled_call(stream, LogThrottle::Mark::no)
         .log(At{1287}, "Enter EventGetData, handle=0x%X, buffer size=%d, timeout=%d ms", low32(hEvent),
              logged_size(piSize), low32_signed(iTimeout));
     if (is_missing(piSize))
         return call.fail(At{1290}, GC_ERR_INVALID_PARAMETER);
-    const size_t data_size = event->get_DataSize();
+    const size_t data_size = EventModule::data_size_of(place->type);
     if (data_size > *piSize) { // before the missing buffer
         *piSize = data_size;
         call.log(At{1294}, "EventGetData - GC_ERR_BUFFER_TOO_SMALL, wanted size=%d",
@@ -223,17 +226,17 @@ try {
         return GC_ERR_BUFFER_TOO_SMALL;
     }
     if (is_missing(pBuffer)) {
-        discard_next(*event);
+        discard_next(*place, hEvent);
         return call.succeed(At{1299}, "EventGetData, pBuffer is NULL, discard next event");
     }
 
-    const GC_ERROR error = stream.is_SignaledEventMode() ? wait_for_signal(*event, pBuffer, iTimeout)
-                                                         : poll(call, *event, pBuffer, iTimeout);
+    const GC_ERROR error = stream.is_SignaledEventMode() ? wait_for_signal(stream, hEvent, pBuffer, iTimeout)
+                                                         : poll(call, stream, hEvent, pBuffer, iTimeout);
     if (error != GC_ERR_SUCCESS)
         return error;
     *piSize = data_size;
     const ApiCall exit = throttled_call(stream, LogThrottle::Mark::yes);
-    if (event->get_Type() != EVENT_NEW_BUFFER)
+    if (place->type != EVENT_NEW_BUFFER)
         return exit.succeed(At{1309}, "Exit EventGetData");
     EVENT_NEW_BUFFER_DATA datum{};
     std::memcpy(&datum, pBuffer, sizeof datum);

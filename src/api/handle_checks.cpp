@@ -1,11 +1,10 @@
 #include "api/handle_checks.h"
 
-#include "api/ProcessState.h"
 #include "modules/CameraModule.h"
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
-#include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
+#include "modules/handles.h"
 
 namespace zvgentl {
 
@@ -79,19 +78,15 @@ PinnedBuffer find_buffer(const void* handle)
     return found;
 }
 
-EventRef find_event(const void* handle)
+/// The stream of the tree that a stream's or event's handle belongs to, or null.
+StreamModule* find_owner(const void* handle) noexcept
 {
-    EventRef found;
-    visit_streams([&](StreamModule& stream) {
-        found = stream.get_Events().find(handle);
-        return static_cast<bool>(found);
-    });
-    return found;
+    StreamModule* const stream = stream_index.find(handle);
+    return stream != nullptr && is_in_tree(*stream) ? stream : nullptr;
 }
 
-bool has_open_owners(const EventModule& event)
+bool has_open_owners(const StreamModule& stream)
 {
-    const StreamModule& stream = event.get_Source();
     const CameraModule& camera = *stream.get_Camera();
     return stream.is_Open() && camera.is_Open() && camera.get_Parent()->is_Open();
 }
@@ -107,12 +102,8 @@ Port port_if_open(const Module& module)
 
 StreamModule* find_stream(const void* handle)
 {
-    StreamModule* found = nullptr;
-    visit_streams([&](StreamModule& stream) {
-        found = &stream == handle ? &stream : nullptr;
-        return found != nullptr;
-    });
-    return found;
+    StreamModule* const stream = find_owner(handle);
+    return stream == handle ? stream : nullptr;
 }
 
 bool is_system(TL_HANDLE handle) noexcept { return handle != nullptr && handle == current_system(); }
@@ -173,15 +164,35 @@ Checked<PinnedBuffer> check_buffer_handle(BUFFER_HANDLE handle, const ApiCall& c
     return buffer;
 }
 
+namespace {
+
+GC_ERROR refuse_event_handle(const ApiCall& call)
+{
+    call.log_error(At{362}, "%s - GC_ERR_INVALID_HANDLE", call.function());
+    return GC_ERR_INVALID_HANDLE;
+}
+
+} // namespace
+
+Checked<std::optional<EventPlace>> check_event_place(EVENT_HANDLE handle, const ApiCall& call, Open open)
+{
+    StreamModule* const stream = find_owner(handle);
+    const auto type = stream != nullptr ? stream->get_Events().type_of(handle) : std::nullopt;
+    if (!type)
+        return refuse_event_handle(call);
+    if (open == Open::required && !has_open_owners(*stream))
+        return call.fail(At{366}, GC_ERR_NOT_AVAILABLE);
+    return std::optional{EventPlace{stream, *type}};
+}
+
 Checked<EventRef> check_event_handle(EVENT_HANDLE handle, const ApiCall& call, Open open)
 {
-    EventRef event = handle != nullptr ? find_event(handle) : EventRef();
-    if (!event) {
-        call.log_error(At{362}, "%s - GC_ERR_INVALID_HANDLE", call.function());
-        return GC_ERR_INVALID_HANDLE;
-    }
-    if (open == Open::required && !has_open_owners(*event))
-        return call.fail(At{366}, GC_ERR_NOT_AVAILABLE);
+    const auto place = check_event_place(handle, call, open);
+    if (!place)
+        return place.error();
+    EventRef event = place->stream->get_Events().find(handle);
+    if (!event) // unregistered since
+        return refuse_event_handle(call);
     return event;
 }
 

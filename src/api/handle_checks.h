@@ -1,19 +1,20 @@
 #pragma once
 
+#include <optional>
 #include <utility>
 
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
-#include "modules/BufferPool.h"
+#include "api/ProcessState.h"
 #include "modules/EventModule.h"
+#include "modules/StreamModule.h"
 #include "port/Port.h"
 
 namespace zvgentl {
 
 class DeviceModule;
 class InterfaceModule;
-class StreamModule;
 
 /// Whether a check also refuses modules that are closed.
 enum class Open { irrelevant, required };
@@ -50,7 +51,17 @@ Checked<DeviceModule*> check_device_handle(GenTL::DEV_HANDLE handle, const ApiCa
 Checked<StreamModule*> check_stream_handle(GenTL::DS_HANDLE handle, const ApiCall& call, Open open);
 /// A buffer of any stream, open or not.
 Checked<PinnedBuffer> check_buffer_handle(GenTL::BUFFER_HANDLE handle, const ApiCall& call);
+/// What an event handle stands for: the type that was registered, and where. The event itself may be gone as
+/// soon as the check is done.
+struct EventPlace {
+    StreamModule* stream;
+    GenTL::EVENT_TYPE type;
+};
+
 /// Also GC_ERR_NOT_AVAILABLE: for an event of a closed stream, camera or interface.
+Checked<std::optional<EventPlace>> check_event_place(GenTL::EVENT_HANDLE handle, const ApiCall& call,
+                                                     Open open);
+/// The same, with a reference to the event.
 Checked<EventRef> check_event_handle(GenTL::EVENT_HANDLE handle, const ApiCall& call, Open open);
 
 /// The module that a handle names as a port, of any kind; no port for a closed one. Never logs.
@@ -58,6 +69,12 @@ Port find_port(const void* handle);
 
 /// What any handle names, for functions that accept several kinds.
 ModuleKind get_handle_type(const void* handle);
+
+/// Whether a stream's handle may be used at all.
+inline bool is_in_tree(const StreamModule& stream) noexcept
+{
+    return stream.is_Listed() && current_system() != nullptr;
+}
 
 /// A stream of the tree, open or not, or null.
 StreamModule* find_stream(const void* handle);

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdio>
 #include <limits>
-#include <mutex>
 #include <new>
+#include <tuple>
 
 #include "zvgr/ZVGRLib.h"
 
@@ -26,11 +26,6 @@ namespace {
 constexpr std::align_val_t memory_alignment{4096};
 
 constexpr PortMemory port_memory{"ZV_BufferGenTL.zip", buffer_description, buffer_description_size};
-
-SerialLock::Serialise serialise_setting(const PlainSetting& setting)
-{
-    return read(setting) != 0 ? SerialLock::Serialise::yes : SerialLock::Serialise::no;
-}
 
 /// A dimension as the grabber delivers it, else as the camera sends it: grabbers may crop or assemble images.
 int64_t dimension(uint32_t handle, const char* name)
@@ -85,14 +80,18 @@ void AlignedMemory::Free::operator()(void* memory) const noexcept
 
 BufferModule::BufferModule(const StreamModule& stream, void* memory, uint64_t size, uint64_t grabber_handle,
                            void* private_pointer)
-    : m_grabber_handle(grabber_handle), m_private(private_pointer), m_stream(stream),
-      m_queue_lock(serialise_setting(settings::serialize_buffer_type)), m_copy_size(size), m_memory(memory)
+    : m_grabber_handle(grabber_handle), m_stream(stream), m_facts(buffer_facts.take()), m_copy_size(size)
 {
+    // The tag is one atomic word, so there is nothing to serialise; the setting is there for those who look.
+    std::ignore = read(settings::serialize_buffer_type);
+    m_facts->stream.set(&stream);
+    m_facts->private_pointer.set(private_pointer);
     query_geometry(size);
-    if (m_memory == nullptr) {
+    if (memory == nullptr) {
         m_own_memory = AlignedMemory(size);
-        m_memory = m_own_memory.get();
+        memory = m_own_memory.get();
     }
+    m_facts->memory.set(memory);
 }
 
 void BufferModule::query_geometry(uint64_t size)
@@ -104,24 +103,24 @@ void BufferModule::query_geometry(uint64_t size)
     // Unsigned, because hostile values may overflow.
     const uint64_t height = static_cast<uint64_t>(image_height) * static_cast<uint64_t>(segments);
 
-    geometry(Geometry::width) = static_cast<uint64_t>(width);
-    geometry(Geometry::height) = height;
-    geometry(Geometry::size) = size;
-    geometry(Geometry::data_size) = size;
-    geometry(Geometry::x_offset) =
-        static_cast<uint64_t>(value_or(ZVGR_GetCameraValueInt(handle, "OffsetX"), 0));
-    geometry(Geometry::y_offset) =
-        static_cast<uint64_t>(value_or(ZVGR_GetCameraValueInt(handle, "OffsetY"), 0));
+    (*m_facts)[Geometry::width].set(static_cast<uint64_t>(width));
+    (*m_facts)[Geometry::height].set(height);
+    (*m_facts)[Geometry::size].set(size);
+    (*m_facts)[Geometry::data_size].set(size);
+    (*m_facts)[Geometry::x_offset].set(
+        static_cast<uint64_t>(value_or(ZVGR_GetCameraValueInt(handle, "OffsetX"), 0)));
+    (*m_facts)[Geometry::y_offset].set(
+        static_cast<uint64_t>(value_or(ZVGR_GetCameraValueInt(handle, "OffsetY"), 0)));
 
     const int64_t camera_format = value_or(ZVGR_GetCameraValueEnum(handle, "PixelFormat"), 0);
     const uint64_t format = standard_pixel_format(static_cast<uint64_t>(camera_format));
     constexpr uint64_t pfnc_16_bit = 3;
     constexpr uint64_t pfnc_32_bit = 4;
-    geometry(Geometry::pixel_format) = format;
-    geometry(Geometry::pixel_format_namespace) =
-        read(settings::pixel_format_namespace).value_or(format < 0x10000 ? pfnc_16_bit : pfnc_32_bit);
-    geometry(Geometry::delivered_image_height) =
-        read(settings::delivered_image_height).value_or(static_cast<uint32_t>(height));
+    (*m_facts)[Geometry::pixel_format].set(format);
+    (*m_facts)[Geometry::pixel_format_namespace].set(
+        read(settings::pixel_format_namespace).value_or(format < 0x10000 ? pfnc_16_bit : pfnc_32_bit));
+    (*m_facts)[Geometry::delivered_image_height].set(
+        read(settings::delivered_image_height).value_or(static_cast<uint32_t>(height)));
 }
 
 std::string BufferModule::getId() const
@@ -146,28 +145,10 @@ GC_ERROR BufferModule::ReadPort(uint64_t address, void* buffer, size_t* size) co
     return GC_ERR_INVALID_ADDRESS;
 }
 
-uint64_t BufferModule::get_Geometry(Geometry value) const noexcept
-{
-    const auto index = static_cast<size_t>(value);
-    return index < m_geometry.size() ? m_geometry[index] : 0;
-}
-
-BUFFER_QUEUE_TYPE BufferModule::get_Queue() const
-{
-    const std::lock_guard lock(m_queue_lock);
-    return m_queue.load(std::memory_order_relaxed);
-}
-
-void BufferModule::set_Queue(BUFFER_QUEUE_TYPE queue)
-{
-    const std::lock_guard lock(m_queue_lock);
-    m_queue.store(queue, std::memory_order_relaxed);
-}
-
 void BufferModule::set_Frame(uint64_t timestamp, uint64_t frame_id) noexcept
 {
-    m_timestamp.store(timestamp, std::memory_order_relaxed);
-    m_frame_id.store(frame_id, std::memory_order_relaxed);
+    m_facts->timestamp.set(timestamp);
+    m_facts->frame_id.set(frame_id);
 }
 
 } // namespace zvgentl

@@ -1,9 +1,23 @@
 #include "modules/BufferPool.h"
 
 #include <algorithm>
-#include <utility>
+#include <mutex>
 
 namespace zvgentl {
+
+namespace {
+
+using Place = BufferPool::Place;
+
+/// Where a buffer is counted that has this tag and fill state.
+Place counted_place(BUFFER_QUEUE_TYPE queue, FillState state) noexcept
+{
+    constexpr Place places[] = {Place::elsewhere, Place::waiting, Place::output}; // by tag
+    const bool is_started = queue == BUFFER_QUEUE_TYPE::INPUT && state == FillState::filling;
+    return is_started ? Place::started : places[static_cast<size_t>(queue)];
+}
+
+} // namespace
 
 PinnedBuffer::PinnedBuffer(PinnedBuffer&& other) noexcept
     : m_pool(std::exchange(other.m_pool, nullptr)), m_buffer(std::exchange(other.m_buffer, nullptr))
@@ -19,130 +33,215 @@ PinnedBuffer& PinnedBuffer::operator=(PinnedBuffer&& other) noexcept
 
 PinnedBuffer::~PinnedBuffer()
 {
-    if (m_buffer != nullptr)
-        m_pool->unpin(*m_buffer);
+    if (m_buffer == nullptr)
+        return;
+    const ShortLock::Held held{m_pool->m_lock};
+    m_pool->unpin(held, *m_buffer);
 }
 
 size_t BufferPool::size() const
 {
-    const std::lock_guard lock(m_mutex);
+    const ShortLock::Held held{m_lock};
     return m_pool.size();
 }
 
-bool BufferPool::holds(const void* handle) const
+size_t BufferPool::count(Place place) const
 {
-    return count_if([handle](const BufferModule& buffer) { return &buffer == handle; }) != 0;
+    const ShortLock::Held held{m_lock};
+    return m_counts[static_cast<size_t>(place)];
 }
 
-template <class Condition>
-PinnedBuffer BufferPool::pin_first(Condition condition)
+bool BufferPool::holds(const void* handle) const noexcept
 {
-    const std::lock_guard lock(m_mutex);
-    for (const auto& buffer : m_pool) {
-        if (condition(*buffer))
-            return pin(*buffer);
-    }
-    return {};
+    return read(handle, [](const BufferFacts&) {});
 }
 
-PinnedBuffer BufferPool::pin(BufferModule& buffer) noexcept
+BufferModule* BufferPool::look_up(const void* handle) const noexcept
 {
-    ++buffer.m_pins;
-    return PinnedBuffer{*this, buffer};
+    const BufferFacts* const facts = buffer_index.find(handle);
+    return facts != nullptr && facts->pool.get() == this ? facts->buffer.get() : nullptr;
 }
 
-// Consumers ask several times for the same buffer, and then for the next.
+PinnedBuffer BufferPool::pin(BufferModule* buffer) noexcept
+{
+    if (buffer == nullptr)
+        return {};
+    ++buffer->m_pins;
+    return PinnedBuffer{*this, *buffer};
+}
+
+void BufferPool::unpin(const ShortLock::Held& /*held*/, BufferModule& buffer) noexcept
+{
+    if (--buffer.m_pins == 0 && m_waiting != 0)
+        m_unpinned.notify_all();
+}
+
 PinnedBuffer BufferPool::find(const void* handle)
 {
-    const std::lock_guard lock{m_mutex};
-    const size_t size = m_pool.size();
-    for (size_t i = 0, position = m_last_found; i < size; ++i, ++position) {
-        if (position >= size)
-            position = 0;
-        if (m_pool[position].get() == handle) {
-            m_last_found = position;
-            return pin(*m_pool[position]);
+    const ShortLock::Held held{m_lock};
+    return pin(look_up(handle));
+}
+
+PinnedBuffer BufferPool::at(size_t position)
+{
+    const ShortLock::Held held{m_lock};
+    return pin(position < m_pool.size() ? m_pool[position].get() : nullptr);
+}
+
+PinnedBuffer BufferPool::find_memory(const void* memory, uint64_t size)
+{
+    const ShortLock::Held held{m_lock};
+    BufferModule* first = nullptr;
+    const auto [begin, end] = m_by_memory.equal_range(memory);
+    for (auto entry = begin; entry != end; ++entry) {
+        BufferModule* const buffer = entry->second;
+        if (buffer->get_Size() == size && (first == nullptr || buffer->m_order < first->m_order))
+            first = buffer;
+    }
+    return pin(first);
+}
+
+/// Where the buffer of an announce number is, or the next that is left.
+BufferPool::Buffers::iterator BufferPool::place_of(uint64_t order)
+{
+    return std::lower_bound(m_pool.begin(), m_pool.end(), order,
+                            [](const auto& buffer, uint64_t wanted) { return buffer->m_order < wanted; });
+}
+
+PinnedBuffer BufferPool::take_first_input()
+{
+    const ShortLock::Held held{m_lock};
+    for (auto place = place_of(m_input_from); place != m_pool.end(); ++place) {
+        BufferModule& buffer = **place;
+        m_input_from = buffer.m_order + 1;
+        if (buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT) {
+            change(buffer, BUFFER_QUEUE_TYPE::OUTPUT, buffer.get_FillState());
+            return pin(&buffer);
         }
     }
     return {};
 }
 
-PinnedBuffer BufferPool::at(size_t position)
+PinnedBuffer BufferPool::take_library_handle(uint64_t grabber_handle)
 {
-    return pin_first([&position](const BufferModule&) { return position-- == 0; });
-}
-
-PinnedBuffer BufferPool::find_memory(const void* memory, uint64_t size)
-{
-    return pin_first([memory, size](const BufferModule& buffer) {
-        return buffer.get_Memory() == memory && buffer.get_Size() == size;
-    });
-}
-
-PinnedBuffer BufferPool::find_library_handle(uint64_t grabber_handle)
-{
-    const std::lock_guard lock(m_mutex);
+    const ShortLock::Held held{m_lock};
     const auto entry = m_StreamBufferMap.find(grabber_handle);
     if (entry == m_StreamBufferMap.end())
         return {};
-    return pin(*entry->second);
+    change(*entry->second, BUFFER_QUEUE_TYPE::OUTPUT, FillState::filling);
+    return pin(entry->second);
 }
 
-PinnedBuffer BufferPool::take_first_input()
+void BufferPool::complete(const ShortLock::Held& held, PinnedBuffer buffer) noexcept
 {
-    return pin_first([](BufferModule& buffer) {
-        if (buffer.get_Queue() != BUFFER_QUEUE_TYPE::INPUT)
-            return false;
-        buffer.set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
-        return true;
-    });
+    change(*buffer, buffer->get_Queue(), FillState::filled);
+    unpin(held, *std::exchange(buffer.m_buffer, nullptr));
 }
 
-BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer)
+std::optional<uint64_t> BufferPool::queue(const void* handle)
 {
-    const std::lock_guard lock(m_mutex);
+    const ShortLock::Held held{m_lock};
+    BufferModule* const buffer = look_up(handle);
+    if (buffer == nullptr)
+        return std::nullopt;
+    change(*buffer, BUFFER_QUEUE_TYPE::INPUT, buffer->get_FillState());
+    return buffer->get_GrabberHandle();
+}
+
+void BufferPool::set_queue(BufferModule& buffer, BUFFER_QUEUE_TYPE queue)
+{
+    const ShortLock::Held held{m_lock};
+    change(buffer, queue, buffer.get_FillState());
+}
+
+void BufferPool::set_fill_state(BufferModule& buffer, FillState state)
+{
+    const ShortLock::Held held{m_lock};
+    change(buffer, buffer.get_Queue(), state);
+}
+
+/// Of the place where the buffer is counted. One that was removed while a frame was copied into it is counted
+/// nowhere.
+size_t& BufferPool::count_of(const BufferModule& buffer) noexcept
+{
+    const bool is_listed = buffer.m_facts->buffer.get() != nullptr;
+    const Place place =
+        is_listed ? counted_place(buffer.get_Queue(), buffer.get_FillState()) : Place::elsewhere;
+    return m_counts[static_cast<size_t>(place)];
+}
+
+void BufferPool::change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept
+{
+    --count_of(buffer);
+    buffer.m_facts->queue.set(queue);
+    buffer.m_facts->fill_state.set(state);
+    ++count_of(buffer);
+    if (queue == BUFFER_QUEUE_TYPE::INPUT)
+        m_input_from = std::min(m_input_from, buffer.m_order);
+}
+
+BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer, Mapped mapped)
+{
+    BufferModule& added = *buffer;
+    const ShortLock::Held held{m_lock};
     if (!m_is_open)
         return nullptr;
-    m_pool.push_back(std::move(buffer));
-    return m_pool.back().get();
+    try {
+        m_by_memory.emplace(added.get_Memory(), &added);
+        m_pool.emplace_back();
+        buffer_index.add(&added, added.m_facts.get());
+        if (mapped == Mapped::yes) // last: it may take the handle over from another buffer
+            m_StreamBufferMap[added.get_GrabberHandle()] = &added;
+    } catch (...) { // no memory for one of the entries: leave none behind
+        if (!m_pool.empty() && m_pool.back() == nullptr)
+            m_pool.pop_back();
+        forget(added);
+        throw;
+    }
+    added.m_order = m_announced++;
+    added.m_facts->pool.set(this);
+    added.m_facts->buffer.set(&added);
+    ++count_of(added);
+    m_pool.back() = std::move(buffer);
+    return &added;
 }
 
-BufferModule* BufferPool::add_mapped(std::unique_ptr<BufferModule> buffer)
+/// Takes out everything that finds the buffer.
+void BufferPool::forget(BufferModule& buffer) noexcept
 {
-    const uint64_t grabber_handle = buffer->get_GrabberHandle();
-    // The entry is made first and linked last, so that when memory runs out neither container holds anything.
-    std::map<uint64_t, BufferModule*> entry{{grabber_handle, buffer.get()}};
-    const std::lock_guard lock(m_mutex);
-    if (!m_is_open)
-        return nullptr;
-    m_pool.push_back(std::move(buffer));
-    m_StreamBufferMap.erase(grabber_handle);
-    m_StreamBufferMap.merge(entry);
-    return m_pool.back().get();
+    buffer.m_facts->buffer.set(nullptr);
+    buffer_index.remove(&buffer);
+    const auto [begin, end] = m_by_memory.equal_range(buffer.get_Memory());
+    const auto entry = std::find_if(begin, end, [&](const auto& found) { return found.second == &buffer; });
+    if (entry != end)
+        m_by_memory.erase(entry);
+    const auto mapped = m_StreamBufferMap.find(buffer.get_GrabberHandle());
+    if (mapped != m_StreamBufferMap.end() && mapped->second == &buffer)
+        m_StreamBufferMap.erase(mapped);
 }
 
 bool BufferPool::remove(const void* handle)
 {
-    std::unique_lock lock(m_mutex);
-    const auto position = std::find_if(m_pool.begin(), m_pool.end(),
-                                       [handle](const auto& entry) { return entry.get() == handle; });
-    if (position == m_pool.end())
+    std::unique_lock lock{m_lock};
+    BufferModule* const buffer = look_up(handle);
+    if (buffer == nullptr)
         return false;
-    std::unique_ptr<BufferModule> found = std::move(*position);
-    m_pool.erase(position);
+    const auto place = place_of(buffer->m_order);
+    std::unique_ptr<BufferModule> found = std::move(*place);
+    m_pool.erase(place);
     destroy(std::move(found), lock);
     return true;
 }
 
 void BufferPool::open()
 {
-    const std::lock_guard lock{m_mutex};
+    const ShortLock::Held held{m_lock};
     m_is_open = true;
 }
 
 void BufferPool::close()
 {
-    std::unique_lock lock(m_mutex);
+    std::unique_lock lock{m_lock};
     m_is_open = false;
     while (!m_pool.empty()) {
         std::unique_ptr<BufferModule> first = std::move(m_pool.front());
@@ -151,18 +250,10 @@ void BufferPool::close()
     }
 }
 
-void BufferPool::unpin(BufferModule& buffer) noexcept
+void BufferPool::destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<ShortLock>& lock)
 {
-    const std::lock_guard lock(m_mutex);
-    if (--buffer.m_pins == 0 && m_waiting != 0)
-        m_unpinned.notify_all();
-}
-
-void BufferPool::destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<std::mutex>& lock)
-{
-    const auto entry = m_StreamBufferMap.find(buffer->get_GrabberHandle());
-    if (entry != m_StreamBufferMap.end() && entry->second == buffer.get())
-        m_StreamBufferMap.erase(entry);
+    --count_of(*buffer);
+    forget(*buffer);
     ++m_waiting;
     m_unpinned.wait(lock, [&buffer] { return buffer->m_pins == 0; });
     --m_waiting;

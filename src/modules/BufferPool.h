@@ -1,12 +1,17 @@
 #pragma once
 
+#include <array>
 #include <condition_variable>
 #include <deque>
-#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <unordered_map>
+#include <utility>
 
 #include "modules/BufferModule.h"
+#include "modules/ShortLock.h"
+#include "modules/handles.h"
 
 namespace zvgentl {
 
@@ -19,6 +24,8 @@ public:
     PinnedBuffer(PinnedBuffer&& other) noexcept;
     PinnedBuffer& operator=(PinnedBuffer&& other) noexcept;
     ~PinnedBuffer();
+    PinnedBuffer(const PinnedBuffer&) = delete;
+    PinnedBuffer& operator=(const PinnedBuffer&) = delete;
 
     explicit operator bool() const noexcept { return m_buffer != nullptr; }
     BufferModule* get() const noexcept { return m_buffer; }
@@ -33,46 +40,66 @@ private:
     BufferModule* m_buffer{nullptr};
 };
 
-/// The announced buffers of a stream in announce order, and the map from library handles to them. Owned by
-/// the stream.
+/// The announced buffers of a stream in announce order, their queues and fill states, and what finds them: by
+/// handle, by memory and by library handle. Owned by the stream, whose lock guards everything in it; consumer
+/// threads and the library's callback thread enter it.
 ///
-/// Consumer threads and the library's callback thread enter it. Its mutex guards pool, map and pins, with
-/// only the buffers' own locks below it: it is never held over a call of the grabber library, a log line or a
-/// copy. Whoever works on a buffer pins it; removing a buffer waits until its pins are gone, so a frame that
-/// is being copied is finished before its memory goes away.
+/// Whoever works on a buffer without the lock pins it; removing a buffer waits until its pins are gone, so a
+/// frame that is being copied is finished before its memory goes away.
 class BufferPool {
 public:
-    BufferPool() = default;
+    explicit BufferPool(ShortLock& lock) : m_lock{lock} {}
     ~BufferPool() { close(); }
     BufferPool(const BufferPool&) = delete;
     BufferPool& operator=(const BufferPool&) = delete;
 
+    /// What consumers count.
+    enum class Place { elsewhere, waiting, started, output };
+
     size_t size() const;
-    bool holds(const void* handle) const;
+    /// How many buffers wait to be filled, are being filled, or are in the output queue.
+    size_t count(Place place) const;
+    bool holds(const void* handle) const noexcept;
+
+    /// Reads facts of the buffer of a handle, without a lock. False when there is no such buffer, and also
+    /// when it was removed meanwhile: what was read then is worthless.
+    template <class Read>
+    bool read(const void* handle, Read read) const noexcept
+    {
+        const BufferFacts* const facts = buffer_index.find(handle);
+        if (facts == nullptr || facts->pool.get() != this)
+            return false;
+        read(*facts);
+        return facts->buffer.get() == handle;
+    }
 
     PinnedBuffer find(const void* handle);
     /// The buffer at a position; later positions move up when one is removed.
     PinnedBuffer at(size_t position);
     PinnedBuffer find_memory(const void* memory, uint64_t size);
-    PinnedBuffer find_library_handle(uint64_t grabber_handle);
     /// The first buffer of the input pool, taken out of it: its tag is OUTPUT when this returns.
     PinnedBuffer take_first_input();
+    /// The buffer of a library handle, which the library has filled: its tag is OUTPUT and its fill state
+    /// `filling` when this returns.
+    PinnedBuffer take_library_handle(uint64_t grabber_handle);
+    /// The end of a frame: the buffer is filled, and no longer pinned.
+    void complete(const ShortLock::Held& held, PinnedBuffer buffer) noexcept;
 
-    /// How many buffers satisfy `condition`, a callable over const BufferModule&.
-    template <class Condition>
-    size_t count_if(Condition condition) const
-    {
-        const std::lock_guard lock(m_mutex);
-        size_t count = 0;
-        for (const auto& buffer : m_pool)
-            count += condition(*buffer) ? 1 : 0;
-        return count;
-    }
+    /// Puts the buffer of a handle into the input pool. Its library handle; nothing when there is no such
+    /// buffer. Who finds the buffer in the input pool also sees what the consumer did before: both took the
+    /// lock.
+    std::optional<uint64_t> queue(const void* handle);
+    /// Change a buffer that the caller has pinned.
+    void set_queue(BufferModule& buffer, BUFFER_QUEUE_TYPE queue);
+    void set_fill_state(BufferModule& buffer, FillState state);
 
     /// Null, and the buffer is destroyed, when the pool is closed.
-    BufferModule* add(std::unique_ptr<BufferModule> buffer);
+    BufferModule* add(std::unique_ptr<BufferModule> buffer) { return add(std::move(buffer), Mapped::no); }
     /// The same for a buffer that callbacks name by its library handle.
-    BufferModule* add_mapped(std::unique_ptr<BufferModule> buffer);
+    BufferModule* add_mapped(std::unique_ptr<BufferModule> buffer)
+    {
+        return add(std::move(buffer), Mapped::yes);
+    }
     /// Destroys a buffer; false when it is not, or no longer, in the pool.
     bool remove(const void* handle);
     /// Destroys every buffer, in order, and refuses new ones until open().
@@ -81,20 +108,29 @@ public:
 
 private:
     friend class PinnedBuffer;
+    enum class Mapped { no, yes };
+    using Buffers = std::deque<std::unique_ptr<BufferModule>>;
 
-    template <class Condition>
-    PinnedBuffer pin_first(Condition condition);
-    PinnedBuffer pin(BufferModule& buffer) noexcept;
-    void unpin(BufferModule& buffer) noexcept;
-    void destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<std::mutex>& lock);
+    BufferModule* add(std::unique_ptr<BufferModule> buffer, Mapped mapped);
+    PinnedBuffer pin(BufferModule* buffer) noexcept;
+    void unpin(const ShortLock::Held& held, BufferModule& buffer) noexcept;
+    BufferModule* look_up(const void* handle) const noexcept;
+    Buffers::iterator place_of(uint64_t order);
+    void change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept;
+    size_t& count_of(const BufferModule& buffer) noexcept;
+    void forget(BufferModule& buffer) noexcept;
+    void destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<ShortLock>& lock);
 
-    mutable std::mutex m_mutex;
+    ShortLock& m_lock;
     bool m_is_open{true};
-    size_t m_last_found{0}; // where the next search for a handle begins: usually it is this one or the next
-    int m_waiting{0};       // threads that wait for a buffer to be unpinned
-    std::condition_variable m_unpinned;
-    std::deque<std::unique_ptr<BufferModule>> m_pool;
-    std::map<uint64_t, BufferModule*> m_StreamBufferMap;
+    uint64_t m_announced{0};  // buffers ever
+    uint64_t m_input_from{0}; // no buffer announced before this one is in the input pool
+    int m_waiting{0};         // threads that wait for a buffer to be unpinned
+    std::condition_variable_any m_unpinned;
+    std::array<size_t, 4> m_counts{}; // by Place
+    Buffers m_pool;
+    std::unordered_multimap<const void*, BufferModule*> m_by_memory;
+    std::unordered_map<uint64_t, BufferModule*> m_StreamBufferMap;
 };
 
 } // namespace zvgentl

@@ -1,35 +1,73 @@
 #include "modules/EventList.h"
 
 #include <algorithm>
+#include <mutex>
 #include <new>
 #include <utility>
 
 namespace zvgentl {
 
-using GenTL::EVENT_TYPE;
+using namespace GenTL;
 
-namespace {
-
-auto is_of_type(EVENT_TYPE type)
+EventModule* EventList::look_up(EVENT_TYPE type) const noexcept
 {
-    return [type](const EventRef& event) { return event->get_Type() == type; };
+    for (const EventRef& event : m_events) {
+        if (event->get_Type() == type)
+            return event.get();
+    }
+    return nullptr;
 }
 
-} // namespace
-
-template <class Condition>
-EventRef EventList::find_if(Condition condition) const
+EventModule* EventList::look_up(const void* handle) const noexcept
 {
-    const std::lock_guard lock(m_mutex);
-    const auto position = std::find_if(m_events.begin(), m_events.end(), condition);
-    return position == m_events.end() ? EventRef() : *position;
+    for (const EventRef& event : m_events) {
+        if (event.get() == handle)
+            return event.get();
+    }
+    return nullptr;
 }
 
-EventRef EventList::find(EVENT_TYPE type) const { return find_if(is_of_type(type)); }
+EventRef EventList::find(EVENT_TYPE type) const
+{
+    const ShortLock::Held held{m_lock};
+    return EventRef{look_up(type)};
+}
 
 EventRef EventList::find(const void* handle) const
 {
-    return find_if([handle](const EventRef& event) { return event.get() == handle; });
+    const ShortLock::Held held{m_lock};
+    return EventRef{look_up(handle)};
+}
+
+std::optional<EVENT_TYPE> EventList::type_of(const void* handle) const
+{
+    if (handle != nullptr && handle == m_new_buffer_event.load(std::memory_order_acquire))
+        return EVENT_NEW_BUFFER;
+    const ShortLock::Held held{m_lock};
+    const EventModule* const event = look_up(handle);
+    return event != nullptr ? std::optional{event->get_Type()} : std::nullopt;
+}
+
+void EventList::deliver(const ShortLock::Held& held, BufferModule* buffer) const
+{
+    if (EventModule* const event = look_up(EVENT_NEW_BUFFER))
+        event->append_and_signal(held, buffer);
+}
+
+GC_ERROR EventList::get_event_data(const void* handle, void* destination, uint64_t timeout) const
+{
+    EventRef event;
+    {
+        const ShortLock::Held held{m_lock};
+        EventModule* const found = look_up(handle);
+        if (found == nullptr) // unregistered since it was checked
+            return GC_ERR_ABORT;
+        const GC_ERROR at_once = found->take_at_once(held, destination);
+        if (at_once != GC_ERR_TIMEOUT)
+            return at_once;
+        event = EventRef{found};
+    }
+    return event->wait_for_entry(destination, timeout);
 }
 
 EventList::Registration EventList::add(StreamModule& source, EVENT_TYPE type)
@@ -40,14 +78,15 @@ EventList::Registration EventList::add(StreamModule& source, EVENT_TYPE type)
         EventRef made{new EventModule{source, type}}; // its constructor reads a setting: not under the mutex
         if (!made->can_signal())
             return {Outcome::failed, {}};
-        const std::lock_guard lock{m_mutex};
+        const ShortLock::Held held{m_lock};
         // Another thread may have been faster, or is closing the stream.
-        const auto known = std::find_if(m_events.begin(), m_events.end(), is_of_type(type));
-        if (known != m_events.end())
-            return {Outcome::existed, *known};
+        if (EventModule* const known = look_up(type))
+            return {Outcome::existed, EventRef{known}};
         if (!m_is_open)
             return {Outcome::failed, {}};
         m_events.push_back(made);
+        if (type == EVENT_NEW_BUFFER)
+            m_new_buffer_event.store(made.get(), std::memory_order_release);
         return {Outcome::made, std::move(made)};
     } catch (const std::bad_alloc&) {
         return {Outcome::failed, {}};
@@ -58,12 +97,16 @@ bool EventList::remove(EVENT_TYPE type)
 {
     EventRef found;
     {
-        const std::lock_guard lock(m_mutex);
-        const auto position = std::find_if(m_events.begin(), m_events.end(), is_of_type(type));
+        const ShortLock::Held held{m_lock};
+        const auto position = std::find_if(m_events.begin(), m_events.end(), [type](const EventRef& event) {
+            return event->get_Type() == type;
+        });
         if (position == m_events.end())
             return false;
         found = *position;
         m_events.erase(position);
+        if (type == EVENT_NEW_BUFFER)
+            m_new_buffer_event.store(nullptr, std::memory_order_release);
     }
     found->close();
     return true;
@@ -71,14 +114,14 @@ bool EventList::remove(EVENT_TYPE type)
 
 void EventList::end_waits()
 {
-    const std::lock_guard lock{m_mutex};
+    const ShortLock::Held held{m_lock};
     for (const EventRef& event : m_events)
         event->close();
 }
 
 void EventList::open()
 {
-    const std::lock_guard lock{m_mutex};
+    const ShortLock::Held held{m_lock};
     m_is_open = true;
 }
 
@@ -88,8 +131,9 @@ void EventList::close()
     for (;;) {
         EventRef first;
         {
-            const std::lock_guard lock(m_mutex);
+            const ShortLock::Held held{m_lock};
             m_is_open = false;
+            m_new_buffer_event.store(nullptr, std::memory_order_release);
             if (m_events.empty())
                 return;
             first = std::move(m_events.front());

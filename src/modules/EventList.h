@@ -1,19 +1,23 @@
 #pragma once
 
+#include <atomic>
 #include <deque>
-#include <mutex>
+#include <optional>
 
 #include "modules/EventModule.h"
+#include "modules/ShortLock.h"
 
 namespace zvgentl {
 
 class StreamModule;
 
 /// The events registered on a stream, at most one per type. Owned by the stream; entered by consumer threads
-/// and the library's callback thread. Its mutex guards the list and is a leaf. What it hands out is a
-/// reference, which keeps an event alive after it left the list.
+/// and the library's callback thread. Its lock guards the list; only the events' own locks are taken below
+/// it. What it hands out is a reference, which keeps an event alive after it left the list.
 class EventList {
 public:
+    explicit EventList(ShortLock& lock) : m_lock{lock} {}
+
     enum class Outcome { made, existed, failed };
     struct Registration {
         Outcome outcome;
@@ -26,6 +30,13 @@ public:
 
     EventRef find(GenTL::EVENT_TYPE type) const;
     EventRef find(const void* handle) const;
+    /// The type of the event of a handle; nothing when there is none.
+    std::optional<GenTL::EVENT_TYPE> type_of(const void* handle) const;
+    /// Appends a buffer to the new-buffer event and signals it, if there is one.
+    void deliver(const ShortLock::Held& held, BufferModule* buffer) const;
+    /// Waits for an entry of the event of a handle: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT. Takes a
+    /// reference only if there is something to wait for. `timeout` in milliseconds.
+    GenTL::GC_ERROR get_event_data(const void* handle, void* destination, uint64_t timeout) const;
 
     /// Closes the event of the type and takes it out; false when there is none.
     bool remove(GenTL::EVENT_TYPE type);
@@ -36,10 +47,12 @@ public:
     void open();
 
 private:
-    template <class Condition>
-    EventRef find_if(Condition condition) const;
+    EventModule* look_up(GenTL::EVENT_TYPE type) const noexcept;
+    EventModule* look_up(const void* handle) const noexcept;
 
-    mutable std::mutex m_mutex;
+    ShortLock& m_lock;
+    /// Says of most handles what type their event has, without the lock.
+    std::atomic<const EventModule*> m_new_buffer_event{nullptr};
     bool m_is_open{true};
     std::deque<EventRef> m_events;
 };

@@ -2,11 +2,14 @@
 
 #include <cstdio>
 #include <cstring>
+#include <mutex>
+#include <tuple>
 #include <utility>
 
 #include "log/Log.h"
 #include "modules/BufferModule.h"
 #include "modules/StreamModule.h"
+#include "modules/handles.h"
 #include "modules/settings.h"
 
 namespace zvgentl {
@@ -21,20 +24,22 @@ uint32_t milliseconds_to_wait(uint64_t timeout)
     return timeout < platform::wait_forever ? static_cast<uint32_t>(timeout) : platform::wait_forever;
 }
 
-SerialLock::Serialise serialise_setting()
-{
-    return read(settings::serialize_stream_event) != 0 ? SerialLock::Serialise::yes
-                                                       : SerialLock::Serialise::no;
-}
-
 } // namespace
 
 EventModule::EventModule(StreamModule& source, EVENT_TYPE type)
-    : m_source(source), m_queue_lock(serialise_setting()), m_type(type)
+    : m_source(source), m_type(type), m_lock(source.get_Lock())
 {
+    // The queue has a lock in any case, because nothing else keeps it whole; the setting is there for those
+    // who look.
+    std::ignore = read(settings::serialize_stream_event);
+    stream_index.add(this, &source);
 }
 
-EventModule::~EventModule() { close(); }
+EventModule::~EventModule()
+{
+    close();
+    stream_index.remove(this);
+}
 
 std::string EventModule::getId() const
 {
@@ -43,42 +48,33 @@ std::string EventModule::getId() const
     return id;
 }
 
-size_t EventModule::get_DataSize() const noexcept
-{
-    return m_type == EVENT_NEW_BUFFER ? sizeof(EVENT_NEW_BUFFER_DATA) : 0;
-}
-
 size_t EventModule::get_QueueLength() const
 {
-    const std::lock_guard container(m_container);
+    const ShortLock::Held held{m_lock};
     return m_queue.size();
 }
 
 void EventModule::push(BufferModule* buffer)
 {
-    m_fired.fetch_add(1, std::memory_order_relaxed);
+    m_fired.store(m_fired.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); // under the lock
     m_queue.push(buffer);
 }
 
 void EventModule::append(BufferModule* buffer)
 {
-    const std::lock_guard lock(m_queue_lock);
-    const std::lock_guard container(m_container);
+    const ShortLock::Held held{m_lock};
     push(buffer);
 }
 
-void EventModule::append_and_signal(BufferModule* buffer)
+void EventModule::append_and_signal(const ShortLock::Held& /*held*/, BufferModule* buffer)
 {
-    const std::lock_guard lock(m_queue_lock);
-    const std::lock_guard container(m_container);
     push(buffer);
     m_os_event.set();
 }
 
 void EventModule::flush()
 {
-    const std::lock_guard lock(m_queue_lock);
-    const std::lock_guard container(m_container);
+    const ShortLock::Held held{m_lock};
     m_queue.clear();
 }
 
@@ -94,23 +90,22 @@ void EventModule::close() noexcept
     m_os_event.set();
 }
 
-bool EventModule::try_take(void* destination, Signal signal)
+bool EventModule::try_take(void* destination)
 {
-    BufferModule* buffer = nullptr;
-    {
-        const std::lock_guard lock(m_queue_lock);
-        const std::lock_guard container(m_container);
-        if (m_queue.empty())
-            return false;
-        const bool is_removed =
-            destination == nullptr || m_type == EVENT_NEW_BUFFER || m_type == EVENT_REMOTE_DEVICE;
-        if (!is_removed)
-            return false;
-        buffer = m_queue.front();
-        m_queue.pop();
-        if (signal == Signal::reset)
-            reset_os_event();
-    }
+    const ShortLock::Held held{m_lock};
+    return pop(held, destination);
+}
+
+bool EventModule::pop(const ShortLock::Held& /*held*/, void* destination)
+{
+    if (m_queue.empty())
+        return false;
+    const bool is_removed =
+        destination == nullptr || m_type == EVENT_NEW_BUFFER || m_type == EVENT_REMOTE_DEVICE;
+    if (!is_removed)
+        return false;
+    BufferModule* const buffer = m_queue.front();
+    m_queue.pop();
     if (destination != nullptr && m_type == EVENT_NEW_BUFFER) {
         // The entry may name a buffer that has been revoked since; only its stream knows.
         const EVENT_NEW_BUFFER_DATA datum{buffer, m_source.private_of(buffer)};
@@ -119,9 +114,8 @@ bool EventModule::try_take(void* destination, Signal signal)
     return true;
 }
 
-void EventModule::drop_front()
+void EventModule::drop_front() noexcept
 {
-    const std::lock_guard container(m_container);
     if (!m_queue.empty())
         m_queue.pop();
 }
@@ -136,18 +130,33 @@ void EventModule::reset_os_event() noexcept
 
 GC_ERROR EventModule::get_event_data(void* destination, uint64_t timeout)
 {
+    {
+        const ShortLock::Held held{m_lock};
+        const GC_ERROR at_once = take_at_once(held, destination);
+        if (at_once != GC_ERR_TIMEOUT)
+            return at_once;
+    }
+    return wait_for_entry(destination, timeout);
+}
+
+GC_ERROR EventModule::take_at_once(const ShortLock::Held& held, void* destination)
+{
     if (m_closing.load())
         return GC_ERR_ABORT;
     if (take_abort()) {
         // Contract: a kill also drops one entry. Pinned by EventKill.DropsOneEntryOfTheAbortedCall.
-        const std::lock_guard lock(m_queue_lock);
         drop_front();
         reset_os_event();
         return GC_ERR_ABORT;
     }
-    if (try_take(destination, Signal::reset))
-        return GC_ERR_SUCCESS;
+    if (!pop(held, destination))
+        return GC_ERR_TIMEOUT;
+    reset_os_event();
+    return GC_ERR_SUCCESS;
+}
 
+GC_ERROR EventModule::wait_for_entry(void* destination, uint64_t timeout)
+{
     const WaitResult result = m_os_event.wait(milliseconds_to_wait(timeout));
     if (result != WaitResult::signalled) {
         static std::atomic<bool> is_reported{false};
@@ -159,7 +168,7 @@ GC_ERROR EventModule::get_event_data(void* destination, uint64_t timeout)
     }
 
     if (take_abort()) {
-        const std::lock_guard lock(m_queue_lock);
+        const ShortLock::Held held{m_lock};
         drop_front();
         if (m_closing.load())
             m_os_event.set();

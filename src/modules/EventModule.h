@@ -2,14 +2,13 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 #include "GenTL/GenTL.h"
 
 #include "modules/BufferQueue.h"
 #include "modules/Quarantine.h"
-#include "modules/SerialLock.h"
+#include "modules/ShortLock.h"
 #include "platform/AutoResetEvent.h"
 
 namespace zvgentl {
@@ -22,7 +21,7 @@ class StreamModule;
 /// Owned by whoever holds a reference (EventRef): the stream's event list from registration to unregistration
 /// or close, a consumer inside a call, a callback while it delivers. So a waiter outlives the closing of its
 /// event. The queue never owns buffers and may hold handles of revoked ones. Entered by consumer and callback
-/// threads.
+/// threads; its source's lock guards the queue, and makes one step of a change of queue and signal.
 class EventModule final : public QuarantinedModule<retired_events> {
 public:
     EventModule(StreamModule& source, GenTL::EVENT_TYPE type);
@@ -33,7 +32,11 @@ public:
     StreamModule& get_Source() const noexcept { return m_source; }
     GenTL::EVENT_TYPE get_Type() const noexcept { return m_type; }
     /// Bytes of one datum: 16 for a new-buffer event, 0 for every other.
-    size_t get_DataSize() const noexcept;
+    static constexpr size_t data_size_of(GenTL::EVENT_TYPE type) noexcept
+    {
+        return type == GenTL::EVENT_NEW_BUFFER ? sizeof(GenTL::EVENT_NEW_BUFFER_DATA) : 0;
+    }
+    size_t get_DataSize() const noexcept { return data_size_of(m_type); }
     /// Entries ever appended.
     uint64_t get_FiredCount() const noexcept { return m_fired.load(std::memory_order_relaxed); }
     size_t get_QueueLength() const;
@@ -45,7 +48,7 @@ public:
     void append(BufferModule* buffer);
     /// Adds a buffer and signals, in one step: no consumer sees the entry without its signal, so none takes
     /// the entry and leaves the signal for a later wait.
-    void append_and_signal(BufferModule* buffer);
+    void append_and_signal(const ShortLock::Held& held, BufferModule* buffer);
     /// Drops every entry; a pending signal stays.
     void flush();
     /// Aborts one wait: the present one, or the next.
@@ -53,31 +56,34 @@ public:
     /// Aborts every wait, now and later.
     void close() noexcept;
     /// True once: when a kill waits for a consumer to see it.
-    bool take_abort() noexcept { return m_abort.exchange(false); }
-
-    /// What happens to the signal when an entry is taken, in one step with the taking.
-    enum class Signal { keep, reset };
+    bool take_abort() noexcept { return m_abort.load() && m_abort.exchange(false); }
 
     /// Takes the oldest entry, as a datum at `destination` unless that is null. False when there is none.
-    bool try_take(void* destination, Signal signal = Signal::keep);
-    /// Waits for an entry: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT. `timeout` in milliseconds.
+    bool try_take(void* destination);
+    /// The beginning of a wait, as far as it needs no waiting: an abort, or an entry. GC_ERR_TIMEOUT when
+    /// there is neither.
+    GenTL::GC_ERROR take_at_once(const ShortLock::Held& held, void* destination);
+    /// The rest of a wait that began with that answer: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT.
+    /// `timeout` in milliseconds.
+    GenTL::GC_ERROR wait_for_entry(void* destination, uint64_t timeout);
+    /// Both.
     GenTL::GC_ERROR get_event_data(void* destination, uint64_t timeout);
 
 private:
     friend class EventRef;
 
     void push(BufferModule* buffer);
-    void drop_front();
+    bool pop(const ShortLock::Held& held, void* destination);
+    void drop_front() noexcept;
     void reset_os_event() noexcept;
 
     StreamModule& m_source;
     std::atomic<bool> m_closing{false};
-    mutable SerialLock m_queue_lock;
     platform::AutoResetEvent m_os_event;
     const GenTL::EVENT_TYPE m_type;
     std::atomic<uint64_t> m_fired{0};
     std::atomic<bool> m_abort{false};
-    mutable std::mutex m_container; // guards the queue also when a setting turns the queue lock off
+    ShortLock& m_lock; // the source's
     BufferQueue m_queue;
     std::atomic<int32_t> m_references{0};
 };

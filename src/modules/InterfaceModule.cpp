@@ -9,6 +9,7 @@
 #include "modules/CameraScan.h"
 #include "modules/DeviceModule.h"
 #include "modules/DeviceStore.h"
+#include "modules/StreamModule.h"
 #include "modules/SystemModule.h"
 
 namespace zvgentl {
@@ -33,6 +34,7 @@ InterfaceModule::InterfaceModule(SystemModule& parent, std::string id) : m_id(st
 
 InterfaceModule::~InterfaceModule()
 {
+    drop_Devices();
     if (is_Open())
         std::ignore = close_Grabber(); // nothing can be done about a failure
     // No frame can come any more, and no handle is left to end a wait with.
@@ -94,9 +96,16 @@ int32_t InterfaceModule::get_CameraIndex(const void* camera) const noexcept
     return position == m_devices.end() ? -1 : static_cast<int32_t>(position - m_devices.begin());
 }
 
+void InterfaceModule::drop_Devices() noexcept
+{
+    for (const DeviceModule* device : m_devices)
+        device->get_Camera()->get_Stream(0)->set_Listed(false);
+    m_devices.clear();
+}
+
 size_t InterfaceModule::init_Cameras(const CameraScan& scan)
 {
-    m_devices.clear();
+    drop_Devices();
     try {
         m_devices.reserve(scan.count());
     } catch (const std::bad_alloc&) {
@@ -108,6 +117,7 @@ size_t InterfaceModule::init_Cameras(const CameraScan& scan)
         if (device == nullptr)
             continue;
         device->get_Camera()->init_Camera(scan.handle(i), scan.identity(i));
+        device->get_Camera()->get_Stream(0)->set_Listed(true);
         m_devices.push_back(device);
     }
     return m_devices.size();

@@ -56,7 +56,9 @@ public:
     int32_t get_CameraIndex(const void* camera) const noexcept;
     const std::vector<DeviceModule*>& get_Devices() const noexcept { return m_devices; }
 
-    /// Drops the listed devices, without closing them, and lists one new closed device per camera found.
+    /// Drops the listed devices, without closing them.
+    void drop_Devices() noexcept;
+    /// Drops the listed devices and lists one new closed device per camera found.
     /// Answers the size of the list, smaller than the scan when memory ran out.
     size_t init_Cameras(const CameraScan& scan);
 

@@ -7,6 +7,7 @@
 #include "modules/CameraModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/grabber_info.h"
+#include "modules/handles.h"
 #include "modules/settings.h"
 
 // The stream itself: its life and what it asks the library.
@@ -48,9 +49,14 @@ StreamModule::StreamModule(CameraModule* camera, std::string id)
       m_buffer_alloc_min(read(settings::buffer_alloc_min)),
       m_signaled_event_mode(read(settings::signaled_event_mode) != 0)
 {
+    stream_index.add(this, this);
 }
 
-StreamModule::~StreamModule() { close(); }
+StreamModule::~StreamModule()
+{
+    close();
+    stream_index.remove(this);
+}
 
 void StreamModule::connect(uint32_t stream_handle, StreamMode mode)
 {
@@ -98,11 +104,6 @@ void StreamModule::close()
     // failure.
     std::ignore = ZVGR_StreamDelete(get_Handle());
     m_stream_handle.store(ZV_NO_HANDLE, std::memory_order_relaxed);
-}
-
-bool StreamModule::is_log_due(std::string_view function, LogThrottle::Mark mark)
-{
-    return m_throttle.is_due(function, is_Acquiring() ? Acquisition::running : Acquisition::idle, mark);
 }
 
 uint64_t StreamModule::get_PayloadSize() const

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
-#include <string_view>
 
 #include "zvgr/ZVGRLib.h"
 
@@ -37,8 +36,9 @@ std::string queue_operation_name(int32_t operation);
 /// The data stream of one camera: the announced buffers, the registered events and the delivery of frames.
 /// Made and owned by its camera, closed until `connect`, and open to be connected again after `close`.
 ///
-/// Consumer threads call it; the library's thread enters the two callbacks. Pool and events have a leaf mutex
-/// each; flags and counters are atomic and order nothing. `m_mutex` lets one cyclic frame at a time be
+/// Consumer threads call it; the library's thread enters the two callbacks. One short lock guards pool,
+/// events and their queues; it is a leaf, never held over a call of the grabber library, a log line, a copy
+/// or a wait. Flags and counters are atomic and order nothing. `m_mutex` lets one cyclic frame at a time be
 /// delivered: it is held over the library's queries for that frame, and no function that a consumer calls
 /// takes it.
 class StreamModule final : public PortModule {
@@ -48,6 +48,10 @@ public:
 
     std::string getId() const override { return m_id; }
     CameraModule* get_Camera() const noexcept { return m_camera; }
+    /// Whether the stream's device is in the list of an interface, and so in the module tree. Its interface
+    /// says so.
+    bool is_Listed() const noexcept { return m_listed.load(std::memory_order_acquire); }
+    void set_Listed(bool listed) noexcept { m_listed.store(listed, std::memory_order_release); }
     uint32_t get_Handle() const noexcept { return m_stream_handle.load(std::memory_order_relaxed); }
     bool is_Open() const noexcept { return get_Handle() != ZV_NO_HANDLE; }
 
@@ -65,7 +69,8 @@ public:
     /// Announces memory of the consumer, or memory that library or buffer allocate when `memory` is null. The
     /// same memory and size again give the same buffer with the new private pointer. Null on failure.
     BufferModule* new_buffer(void* memory, uint64_t size, void* private_pointer);
-    void queue_buffer(BufferModule& buffer);
+    /// Puts a buffer of the pool into the input pool; false when there is none of that handle.
+    bool queue_buffer(const void* handle);
     /// `buffer` is compared, never read.
     RevokeOutcome revoke(const void* buffer, uint64_t grabber_handle);
     /// Moves buffers between queues by an ACQ_QUEUE_* operation; false for an unsupported one met with a
@@ -75,10 +80,15 @@ public:
     void* private_of(const void* buffer);
 
     // Events
+    ShortLock& get_Lock() noexcept { return m_lock; }
     EventList& get_Events() noexcept { return m_events; }
+    const EventList& get_Events() const noexcept { return m_events; }
     bool is_SignaledEventMode() const noexcept { return m_signaled_event_mode; }
     /// Whether a function that is called per frame should log now.
-    bool is_log_due(std::string_view function, LogThrottle::Mark mark);
+    bool is_log_due(LogThrottle::Function function, LogThrottle::Mark mark) noexcept
+    {
+        return m_throttle.is_due(function, is_Acquiring() ? Acquisition::running : Acquisition::idle, mark);
+    }
 
     // Acquisition: StreamModule_delivery.cpp
     /// Starts the camera for `frames` frames, 0: until stopped. False when the library refuses.
@@ -111,23 +121,26 @@ private:
     /// `queue` is the buffer's queue as it was logged; false for an unsupported operation.
     bool apply_operation(int32_t operation, BufferModule& buffer, BUFFER_QUEUE_TYPE queue,
                          EventModule* event);
-    void deliver(BufferModule& buffer, EventModule* event);
+    void reset_counts();
+    void deliver(PinnedBuffer buffer);
 
     const std::string m_id;
     std::atomic<StreamMode> m_mode{StreamMode::queued};
     std::atomic<uint32_t> m_stream_handle{ZV_NO_HANDLE};
     CameraModule* const m_camera;
+    std::atomic<bool> m_listed{false};
     std::mutex m_mutex;
     std::atomic<int64_t> m_image_id_supported{0};
     const uint32_t m_payload_size_type;
     const uint32_t m_buffer_alloc_min;
     const bool m_signaled_event_mode;
     std::atomic<bool> m_AcquisitionFlag{false};
-    BufferPool m_pool;
-    EventList m_events;
+    ShortLock m_lock; // of pool and events
+    BufferPool m_pool{m_lock};
+    EventList m_events{m_lock};
     LogThrottle m_throttle;
     std::atomic<int64_t> m_underruns{0};
-    std::atomic<int64_t> m_StreamDeliveredBuffers{0};
+    std::atomic<int64_t> m_StreamDeliveredBuffers{0}; // changed under the lock
 };
 
 } // namespace zvgentl

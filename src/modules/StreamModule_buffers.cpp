@@ -97,13 +97,16 @@ BufferModule* StreamModule::announce_queued(void* memory, uint64_t size, void* p
     return m_pool.add_mapped(std::make_unique<BufferModule>(*this, memory, size, handle, private_pointer));
 }
 
-void StreamModule::queue_buffer(BufferModule& buffer)
+bool StreamModule::queue_buffer(const void* handle)
 {
     // The tag first: the library may fill the buffer before the call returns.
-    buffer.set_Queue(BUFFER_QUEUE_TYPE::INPUT);
+    const auto grabber_handle = m_pool.queue(handle);
+    if (!grabber_handle)
+        return false;
     // Contract: in both modes; a cyclic buffer's handle 0 fails and nothing more.
     // Pinned by DSQueueBuffer.CallsTheLibraryInCyclicModeToo.
-    std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_input);
+    std::ignore = ZVGR_BufferToQueue(*grabber_handle, zv_queue_input);
+    return true;
 }
 
 RevokeOutcome StreamModule::revoke(const void* buffer, uint64_t grabber_handle)
@@ -117,7 +120,8 @@ RevokeOutcome StreamModule::revoke(const void* buffer, uint64_t grabber_handle)
 
 void StreamModule::move_to_input(BufferModule& buffer)
 {
-    buffer.set_Queue(
+    m_pool.set_queue(
+        buffer,
         BUFFER_QUEUE_TYPE::INPUT); // before the call, whose status is ignored, as in queue_buffer
     if (is_Queued())
         std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_input);
@@ -127,7 +131,7 @@ void StreamModule::move_to_output(BufferModule& buffer)
 {
     if (is_Queued())
         std::ignore = ZVGR_BufferToQueue(buffer.get_GrabberHandle(), zv_queue_output); // as in queue_buffer
-    buffer.set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
+    m_pool.set_queue(buffer, BUFFER_QUEUE_TYPE::OUTPUT);
 }
 
 bool StreamModule::buffer_operation(int32_t operation)
@@ -172,7 +176,7 @@ bool StreamModule::apply_operation(int32_t operation, BufferModule& buffer, BUFF
         return true;
     case ACQ_QUEUE_OUTPUT_DISCARD:
         if (queue == BUFFER_QUEUE_TYPE::OUTPUT)
-            buffer.set_Queue(BUFFER_QUEUE_TYPE::GENERAL);
+            m_pool.set_queue(buffer, BUFFER_QUEUE_TYPE::GENERAL);
         return true;
     case ACQ_QUEUE_ALL_TO_INPUT:
         if (queue != BUFFER_QUEUE_TYPE::INPUT)
@@ -183,7 +187,7 @@ bool StreamModule::apply_operation(int32_t operation, BufferModule& buffer, BUFF
             move_to_input(buffer);
         return true;
     case ACQ_QUEUE_ALL_DISCARD:
-        buffer.set_Queue(BUFFER_QUEUE_TYPE::GENERAL);
+        m_pool.set_queue(buffer, BUFFER_QUEUE_TYPE::GENERAL);
         return true;
     case flush_all_events:
         if (event != nullptr)
@@ -196,8 +200,10 @@ bool StreamModule::apply_operation(int32_t operation, BufferModule& buffer, BUFF
 
 void* StreamModule::private_of(const void* buffer)
 {
-    const PinnedBuffer pinned = m_pool.find(buffer);
-    return pinned ? pinned->get_Private() : nullptr;
+    void* private_pointer = nullptr;
+    const bool is_found =
+        m_pool.read(buffer, [&](const BufferFacts& facts) { private_pointer = facts.private_pointer.get(); });
+    return is_found ? private_pointer : nullptr;
 }
 
 } // namespace zvgentl

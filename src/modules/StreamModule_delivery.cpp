@@ -3,6 +3,7 @@
 #include <cstring>
 #include <mutex>
 #include <tuple>
+#include <utility>
 
 #include "log/Log.h"
 #include "modules/CameraModule.h"
@@ -30,23 +31,27 @@ bool StreamModule::start(uint32_t frames)
     if (!succeeded(ZVGR_CameraStartAcquire_GenTL(m_camera->get_CameraHandle(), get_Handle(), frames)))
         return false;
     m_AcquisitionFlag.store(true, std::memory_order_relaxed);
-    m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
-    m_underruns.exchange(0, std::memory_order_relaxed);
+    reset_counts();
     return true;
+}
+
+void StreamModule::reset_counts()
+{
+    const ShortLock::Held held{m_lock};
+    m_StreamDeliveredBuffers.store(0, std::memory_order_relaxed);
+    m_underruns.exchange(0, std::memory_order_relaxed);
 }
 
 void StreamModule::stop()
 {
     m_AcquisitionFlag.store(false, std::memory_order_relaxed);
     // Contract: the counts read 0 after a stop. Pinned by DSStopAcquisition.ResetsTheCounters.
-    m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
-    m_underruns.exchange(0, std::memory_order_relaxed);
+    reset_counts();
     // Nothing can be done about a camera that does not stop; stopping twice is not an error.
     std::ignore = ZVGR_CameraStopAcquire_GenTL(m_camera->get_CameraHandle());
     // Frames may have been counted meanwhile: delivered, or missed because the flag was down. None is under
     // way any more.
-    m_StreamDeliveredBuffers.exchange(0, std::memory_order_relaxed);
-    m_underruns.exchange(0, std::memory_order_relaxed);
+    reset_counts();
 }
 
 void StreamModule::buffer_callback(uint32_t stream_handle)
@@ -56,7 +61,7 @@ void StreamModule::buffer_callback(uint32_t stream_handle)
         return;
     }
     const std::lock_guard lock(m_mutex);
-    const PinnedBuffer buffer = m_pool.take_first_input();
+    PinnedBuffer buffer = m_pool.take_first_input();
     if (!buffer)
         return;
 
@@ -66,7 +71,7 @@ void StreamModule::buffer_callback(uint32_t stream_handle)
               "curr_BuffIndex=%d, src_BuffPtr=%016llX, curr_BuffPtr=%016llX, curr_BuffSize=%zu",
               static_cast<int>(frame), address(source), address(buffer->get_Memory()),
               static_cast<size_t>(buffer->get_Size()));
-    buffer->set_FillState(FillState::filling);
+    m_pool.set_fill_state(*buffer, FillState::filling);
     // Contract: the announced size is copied, not the frame's, as far as the library keeps the memory beyond
     // a ring frame readable. Pinned by CyclicDelivery.CopiesTheAnnouncedSize.
     if (source != nullptr)
@@ -75,8 +80,7 @@ void StreamModule::buffer_callback(uint32_t stream_handle)
     std::ignore = ZVGR_StreamGetAux(stream_handle, frame, &record); // a failure leaves timestamp 0
     const auto frame_id = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(frame)));
     buffer->set_Frame(record.timestamp, frame_id);
-    const EventRef event = m_events.find(GenTL::EVENT_NEW_BUFFER);
-    deliver(*buffer, event.get());
+    deliver(std::move(buffer));
 }
 
 void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
@@ -87,7 +91,7 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
               handle, is_Acquiring() ? "true" : "false", static_cast<long long>(get_Delivered()));
     if (!is_Acquiring())
         return;
-    const PinnedBuffer buffer = m_pool.find_library_handle(buffer_handle);
+    PinnedBuffer buffer = m_pool.take_library_handle(buffer_handle);
     if (!buffer) {
         if (buffer_handle == 0) // the library ended the acquisition by itself
             m_AcquisitionFlag.store(false, std::memory_order_relaxed);
@@ -97,8 +101,6 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
         return;
     }
 
-    buffer->set_Queue(BUFFER_QUEUE_TYPE::OUTPUT);
-    buffer->set_FillState(FillState::filling);
     const uint64_t timestamp = buffer_value(buffer_handle, zv_buffer_timestamp);
     if (m_image_id_supported.load(std::memory_order_relaxed) == 1) {
         const uint64_t image_id = buffer_value(buffer_handle, zv_buffer_image_id);
@@ -112,21 +114,22 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
         log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{458},
                   "New buffer handle 0x%llx with FrameId %u", handle, static_cast<unsigned>(frame_id));
     }
-    const EventRef event = m_events.find(GenTL::EVENT_NEW_BUFFER);
-    if (event)
-        log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{463},
-                  "add buffer handle 0x%llx to event %016llX", handle, address(event.get()));
-    deliver(*buffer, event.get());
+    if (is_logged(stream_module_logger, Priority::trace)) {
+        if (const EventRef event = m_events.find(GenTL::EVENT_NEW_BUFFER))
+            log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{463},
+                      "add buffer handle 0x%llx to event %016llX", handle, address(event.get()));
+    }
+    deliver(std::move(buffer));
 }
 
-/// Publishes a frame that is complete. State and count come before the event: a consumer that it wakes finds
-/// both.
-void StreamModule::deliver(BufferModule& buffer, EventModule* event)
+/// Publishes a frame that is complete, in one step: a consumer that takes it finds its state and the count.
+void StreamModule::deliver(PinnedBuffer buffer)
 {
-    m_StreamDeliveredBuffers.fetch_add(1, std::memory_order_relaxed);
-    buffer.set_FillState(FillState::filled);
-    if (event != nullptr)
-        event->append_and_signal(&buffer);
+    BufferModule* const handle = buffer.get();
+    const ShortLock::Held held{m_lock};
+    m_StreamDeliveredBuffers.store(get_Delivered() + 1, std::memory_order_relaxed);
+    m_pool.complete(held, std::move(buffer));
+    m_events.deliver(held, handle);
 }
 
 } // namespace zvgentl

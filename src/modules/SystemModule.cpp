@@ -30,6 +30,8 @@ void SystemModule::destroy_interfaces()
     // Out of the list first: a look-up on another thread finds no interface rather than half of one.
     decltype(m_interfaces) ended;
     ended.swap(m_interfaces);
+    for (const auto& iface : ended)
+        iface->drop_Devices();
     for (auto& iface : ended)
         iface.reset();
 }

@@ -37,9 +37,9 @@ TEST_F(Buffer, HasZerosAfterItsNineValuesOfGeometry)
 {
     settings.set_override("GenTL.Buffer.PixelFormatNameSpace", 77);
     const BufferModule buffer(*stream, memory, 1, 1, nullptr);
-    EXPECT_EQ(77U, buffer.get_Geometry(static_cast<Geometry>(8)));
+    EXPECT_EQ(77U, buffer.get_Facts().get_Geometry(static_cast<Geometry>(8)));
     for (const uint32_t index : {9U, 10U, UINT32_MAX})
-        EXPECT_EQ(0U, buffer.get_Geometry(static_cast<Geometry>(index))) << index;
+        EXPECT_EQ(0U, buffer.get_Facts().get_Geometry(static_cast<Geometry>(index))) << index;
 }
 
 TEST_F(Buffer, HasAnAlignedAddressThatDoesNotSoonComeBack)

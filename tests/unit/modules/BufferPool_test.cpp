@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <memory>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -9,9 +11,12 @@
 
 using namespace zvtest;
 using zvgentl::BUFFER_QUEUE_TYPE;
+using zvgentl::BufferFacts;
 using zvgentl::BufferModule;
 using zvgentl::BufferPool;
+using zvgentl::FillState;
 using zvgentl::PinnedBuffer;
+using Place = BufferPool::Place;
 
 namespace {
 
@@ -27,7 +32,8 @@ protected:
     BufferModule* add() { return pool.add(make(0)); }
     BufferModule* add_mapped(uint64_t library_handle) { return pool.add_mapped(make(library_handle)); }
 
-    BufferPool pool;
+    zvgentl::ShortLock lock;
+    BufferPool pool{lock};
 };
 
 TEST_F(Pool, FindsNothingWhenItIsEmpty)
@@ -40,7 +46,7 @@ TEST_F(Pool, FindsNothingWhenItIsEmpty)
     }
     EXPECT_FALSE(pool.at(0));
     EXPECT_FALSE(pool.find_memory(nullptr, 0));
-    EXPECT_FALSE(pool.find_library_handle(0));
+    EXPECT_FALSE(pool.take_library_handle(0));
     EXPECT_FALSE(pool.take_first_input());
     pool.close();
 }
@@ -79,21 +85,21 @@ TEST_F(Pool, FindsTheFirstBufferWithMemoryAndSize)
 TEST_F(Pool, FindsOnlyMappedBuffersByTheirLibraryHandle)
 {
     pool.add(make(5));
-    EXPECT_FALSE(pool.find_library_handle(5));
+    EXPECT_FALSE(pool.take_library_handle(5));
     BufferModule* const mapped = add_mapped(0x100000005);
-    EXPECT_EQ(mapped, pool.find_library_handle(0x100000005).get());
-    EXPECT_FALSE(pool.find_library_handle(5)) << "a handle has 64 bits";
+    EXPECT_EQ(mapped, pool.take_library_handle(0x100000005).get());
+    EXPECT_FALSE(pool.take_library_handle(5)) << "a handle has 64 bits";
 }
 
 TEST_F(Pool, FindsTheLatestBufferOfALibraryHandle)
 {
     BufferModule* const old = add_mapped(5);
     BufferModule* const latest = add_mapped(5);
-    EXPECT_EQ(latest, pool.find_library_handle(5).get());
+    EXPECT_EQ(latest, pool.take_library_handle(5).get());
     EXPECT_TRUE(pool.remove(old));
-    EXPECT_EQ(latest, pool.find_library_handle(5).get()) << "the entry no longer belongs to the old buffer";
+    EXPECT_EQ(latest, pool.take_library_handle(5).get()) << "the entry no longer belongs to the old buffer";
     EXPECT_TRUE(pool.remove(latest));
-    EXPECT_FALSE(pool.find_library_handle(5));
+    EXPECT_FALSE(pool.take_library_handle(5));
 }
 
 TEST_F(Pool, FindsNothingForALateCallback)
@@ -101,35 +107,123 @@ TEST_F(Pool, FindsNothingForALateCallback)
     BufferModule* const removed = add_mapped(5);
     BufferModule* const kept = add_mapped(6);
     EXPECT_TRUE(pool.remove(removed));
-    EXPECT_FALSE(pool.find_library_handle(5));
+    EXPECT_FALSE(pool.take_library_handle(5));
     EXPECT_FALSE(pool.find(removed));
-    EXPECT_EQ(kept, pool.find_library_handle(6).get());
+    EXPECT_EQ(kept, pool.take_library_handle(6).get());
     pool.close();
-    EXPECT_FALSE(pool.find_library_handle(6));
+    EXPECT_FALSE(pool.take_library_handle(6));
     EXPECT_EQ(0U, pool.size());
     EXPECT_EQ(nullptr, add()) << "a closed pool takes none";
     EXPECT_EQ(nullptr, add_mapped(7));
-    EXPECT_FALSE(pool.find_library_handle(7));
+    EXPECT_FALSE(pool.take_library_handle(7));
     pool.open();
     BufferModule* const later = add_mapped(5);
-    EXPECT_EQ(later, pool.find_library_handle(5).get());
+    EXPECT_EQ(later, pool.take_library_handle(5).get());
 }
 
-TEST_F(Pool, CountsAndTakesInputBuffersInPoolOrder)
+TEST_F(Pool, KeepsTheOldOwnerOfALibraryHandleWhenMemoryRunsOut)
+{
+    BufferModule* const known = add_mapped(5);
+    bool has_failed = true;
+    for (long n = 1; has_failed; ++n) {
+        auto buffer = make(5);
+        const void* const handle = buffer.get();
+        try {
+            const auto fault = FailingAllocations::nth(n);
+            pool.add_mapped(std::move(buffer));
+            has_failed = fault.struck();
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(1U, pool.size());
+            EXPECT_FALSE(pool.holds(handle));
+            EXPECT_EQ(known, pool.take_library_handle(5).get());
+            EXPECT_EQ(known, pool.find_memory(known->get_Memory(), size).get());
+        }
+    }
+    EXPECT_EQ(2U, pool.size());
+    EXPECT_EQ(pool.at(1).get(), pool.take_library_handle(5).get());
+}
+
+TEST_F(Pool, TakesInputBuffersInPoolOrder)
 {
     BufferModule* const first = add();
     BufferModule* const second = add();
     BufferModule* const third = add();
-    third->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
-    second->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
-    EXPECT_EQ(2U, pool.count_if([](const BufferModule& buffer) {
-        return buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT;
-    }));
+    pool.queue(third);
+    pool.queue(second);
     EXPECT_EQ(second, pool.take_first_input().get());
     EXPECT_EQ(BUFFER_QUEUE_TYPE::OUTPUT, second->get_Queue());
+    pool.queue(second);
+    EXPECT_EQ(second, pool.take_first_input().get()) << "it comes before the third again";
     EXPECT_EQ(third, pool.take_first_input().get());
     EXPECT_FALSE(pool.take_first_input());
     EXPECT_EQ(BUFFER_QUEUE_TYPE::GENERAL, first->get_Queue());
+    pool.remove(second);
+    BufferModule* const fourth = add();
+    pool.queue(fourth);
+    pool.queue(first);
+    EXPECT_EQ(first, pool.take_first_input().get());
+    EXPECT_EQ(fourth, pool.take_first_input().get());
+}
+
+TEST_F(Pool, QueuesOnlyItsOwnBuffers)
+{
+    BufferPool other{lock};
+    const BufferModule* const stranger = other.add(make(7));
+    EXPECT_FALSE(pool.queue(stranger));
+    EXPECT_FALSE(pool.holds(stranger));
+    EXPECT_EQ(7U, other.queue(stranger));
+    const BufferModule* const mine = add_mapped(8);
+    EXPECT_EQ(8U, pool.queue(mine));
+    EXPECT_TRUE(pool.remove(mine));
+    EXPECT_FALSE(pool.queue(mine));
+}
+
+TEST_F(Pool, CountsBuffersByWhereTheyAre)
+{
+    const auto counts = [this] {
+        return std::array{pool.count(Place::waiting), pool.count(Place::started), pool.count(Place::output)};
+    };
+    using Counts = std::array<size_t, 3>;
+    BufferModule* const buffer = add_mapped(5);
+    EXPECT_EQ((Counts{0, 0, 0}), counts());
+    pool.queue(buffer);
+    EXPECT_EQ((Counts{1, 0, 0}), counts());
+    PinnedBuffer frame = pool.take_library_handle(5);
+    EXPECT_EQ((Counts{0, 0, 1}), counts()) << "the library has filled it";
+    pool.queue(buffer);
+    EXPECT_EQ((Counts{0, 1, 0}), counts()) << "queued before its frame is complete";
+    {
+        const zvgentl::ShortLock::Held held{lock};
+        pool.complete(held, std::move(frame));
+    }
+    EXPECT_EQ((Counts{1, 0, 0}), counts());
+    pool.set_fill_state(*buffer, FillState::filling);
+    pool.set_queue(*buffer, BUFFER_QUEUE_TYPE::OUTPUT);
+    EXPECT_EQ((Counts{0, 0, 1}), counts());
+    EXPECT_TRUE(pool.remove(buffer));
+    EXPECT_EQ((Counts{0, 0, 0}), counts());
+}
+
+TEST_F(Pool, ReadsFactsOfBuffersThatItHolds)
+{
+    uint64_t id = 0;
+    const auto read_id = [&](const BufferFacts& facts) { id = facts.frame_id.get(); };
+    BufferModule* const buffer = add();
+    buffer->set_Frame(1, 42);
+    EXPECT_TRUE(pool.read(buffer, read_id));
+    EXPECT_EQ(42U, id);
+    EXPECT_FALSE(pool.read(this, read_id));
+    EXPECT_FALSE(pool.read(buffer, [&](const BufferFacts&) { pool.remove(buffer); })) << "removed meanwhile";
+    EXPECT_FALSE(pool.read(buffer, read_id));
+}
+
+TEST_F(Pool, DoesNotTakeFactsForThoseOfAnotherBuffer)
+{
+    BufferModule* const buffer = add();
+    EXPECT_FALSE(pool.read(buffer, [&](const BufferFacts& facts) {
+        pool.remove(buffer);
+        EXPECT_EQ(&facts, &add()->get_Facts()) << "they are used again";
+    }));
 }
 
 TEST_F(Pool, HandsAPinOnWhenItIsMoved)
@@ -166,18 +260,20 @@ TEST_F(PoolThreads, RemovingWaitsForTheLastPin)
 {
     BufferModule* const buffer = add_mapped(5);
     std::atomic<bool> is_removed{false};
-    PinnedBuffer first = pool.find_library_handle(5);
+    PinnedBuffer first = pool.take_library_handle(5);
     PinnedBuffer second = pool.at(0);
     std::thread remover([&] {
         EXPECT_TRUE(pool.remove(buffer));
         is_removed = true;
     });
     wait_until_taken_out(buffer);
-    EXPECT_FALSE(pool.find_library_handle(5)) << "a late callback";
+    EXPECT_FALSE(pool.take_library_handle(5)) << "a late callback";
     EXPECT_FALSE(pool.remove(buffer)) << "the other thread does that";
+    pool.set_queue(*first, BUFFER_QUEUE_TYPE::INPUT);
+    EXPECT_EQ(0U, pool.count(Place::waiting)) << "it is out of the pool";
     EXPECT_EQ(0U, pool.size());
     BufferModule* const added = add_mapped(6);
-    EXPECT_EQ(added, pool.find_library_handle(6).get());
+    EXPECT_EQ(added, pool.take_library_handle(6).get());
     first = PinnedBuffer();
     EXPECT_FALSE(is_removed.load());
     std::fill_n(static_cast<uint8_t*>(second->get_Memory()), size, uint8_t{1}); // still there to be written
@@ -229,14 +325,14 @@ TEST_F(PoolThreads, SurvivesEverythingAtOnce)
         for (uint64_t i = 0; !is_over.load(); ++i) {
             if (const PinnedBuffer taken = pool.take_first_input())
                 std::fill_n(static_cast<uint8_t*>(taken->get_Memory()), size, uint8_t{2});
-            if (const PinnedBuffer found = pool.find_library_handle(i % 8 + 1))
+            if (const PinnedBuffer found = pool.take_library_handle(i % 8 + 1))
                 found->set_Frame(i, i);
         }
     });
     std::thread queueing([&] {
         for (size_t i = 0; !is_over.load(); ++i) {
             if (const PinnedBuffer buffer = pool.at(i % 8))
-                buffer->set_Queue(BUFFER_QUEUE_TYPE::INPUT);
+                pool.queue(buffer.get());
         }
     });
     for (int i = 0; i < rounds; ++i) {
@@ -250,7 +346,7 @@ TEST_F(PoolThreads, SurvivesEverythingAtOnce)
     queueing.join();
     EXPECT_EQ(8U, pool.size());
     for (uint64_t i = 1; i <= 8; ++i)
-        EXPECT_TRUE(pool.find_library_handle(i)) << i;
+        EXPECT_TRUE(pool.take_library_handle(i)) << i;
 }
 
 } // namespace

@@ -157,7 +157,7 @@ TEST_F(EventModuleTest, DoesNotSignalWhatItAppends)
 
 TEST_F(EventModuleTest, KeepsTheSignalOfAnEntryThatIsFlushedForOneWait)
 {
-    event->append_and_signal(first);
+    append_and_signal(*event, first);
     event->flush();
     EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
     expect_full_wait();
@@ -165,18 +165,18 @@ TEST_F(EventModuleTest, KeepsTheSignalOfAnEntryThatIsFlushedForOneWait)
 
 TEST_F(EventModuleTest, TakesAnEntryWithItsSignalOrWithout)
 {
-    event->append_and_signal(first);
-    EXPECT_TRUE(event->try_take(&data, EventModule::Signal::reset));
+    append_and_signal(*event, first);
+    EXPECT_EQ(GC_ERR_SUCCESS, get());
     expect_full_wait();
-    event->append_and_signal(first);
+    append_and_signal(*event, first);
     EXPECT_TRUE(event->try_take(&data));
     EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
 }
 
 TEST_F(EventModuleTest, KeepsEveryEntryOfCollapsedSignals)
 {
-    event->append_and_signal(first);
-    event->append_and_signal(second);
+    append_and_signal(*event, first);
+    append_and_signal(*event, second);
     EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
     EXPECT_EQ(first, data.BufferHandle);
     EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
@@ -223,7 +223,7 @@ TEST_F(EventModuleTest, TimesOutWithoutAnOperatingSystemEvent)
     }
     EXPECT_FALSE(event->can_signal());
     EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
-    event->append_and_signal(first);
+    append_and_signal(*event, first);
     EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
     event->close();
     EXPECT_EQ(GC_ERR_ABORT, get(GENTL_INFINITE));

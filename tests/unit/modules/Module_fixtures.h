@@ -158,6 +158,12 @@ protected:
             *stream, m_memory.data(), m_memory.size(), uint64_t{0}, private_pointer));
     }
 
+    void append_and_signal(zvgentl::EventModule& event, zvgentl::BufferModule* buffer)
+    {
+        const zvgentl::ShortLock::Held held{stream->get_Lock()};
+        event.append_and_signal(held, buffer);
+    }
+
     std::unique_ptr<zvgentl::StreamModule> stream;
 
 private:

@@ -179,7 +179,7 @@ TEST_F(Stream, AsksForTheFrameOfTheStreamThatTheCallbackNames)
     const uint32_t other = library_stream(StreamMode::cyclic);
     BufferModule* const buffer = stream->new_buffer(nullptr, 64, nullptr);
     ASSERT_NE(nullptr, buffer);
-    buffer->set_Queue(zvgentl::BUFFER_QUEUE_TYPE::INPUT);
+    stream->get_Buffers().queue(buffer);
     ASSERT_TRUE(stream->start(0));
     forget();
     stream->buffer_callback(other);

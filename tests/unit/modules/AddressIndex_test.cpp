@@ -1,0 +1,121 @@
+#include <atomic>
+#include <new>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "modules/AddressIndex.h"
+#include "support/FailingAllocations.h"
+
+namespace zvtest {
+
+namespace {
+
+struct Item {
+    alignas(16) int number{0};
+};
+
+class Index : public testing::Test {
+protected:
+    void add(size_t first, size_t end)
+    {
+        for (size_t i = first; i < end; ++i)
+            index.add(&items[i], &items[i]);
+    }
+    void expect_found(size_t first, size_t end)
+    {
+        for (size_t i = first; i < end; ++i)
+            EXPECT_EQ(&items[i], index.find(&items[i])) << i;
+    }
+    void expect_unknown(size_t first, size_t end)
+    {
+        for (size_t i = first; i < end; ++i)
+            EXPECT_EQ(nullptr, index.find(&items[i])) << i;
+    }
+
+    std::vector<Item> items{10000};
+    zvgentl::AddressIndex<Item> index;
+};
+
+TEST_F(Index, FindsNothingWhenItIsEmpty)
+{
+    EXPECT_EQ(nullptr, index.find(nullptr));
+    expect_unknown(0, items.size());
+    index.remove(&items[0]);
+    index.remove(nullptr);
+}
+
+TEST_F(Index, FindsWhatWasAddedHoweverMuchThereIs)
+{
+    add(0, 5000);
+    expect_found(0, 5000);
+    expect_unknown(5000, items.size());
+    EXPECT_EQ(nullptr, index.find(nullptr));
+}
+
+TEST_F(Index, HasAnyValueForAnAddress)
+{
+    index.add(&items[0], &items[7]);
+    EXPECT_EQ(&items[7], index.find(&items[0]));
+    EXPECT_EQ(nullptr, index.find(&items[7]));
+}
+
+// With 10,000 entries many stand at one another's places.
+TEST_F(Index, StillFindsTheOthersWhenSomeAreRemoved)
+{
+    add(0, items.size());
+    for (size_t i = 0; i < items.size(); i += 3)
+        index.remove(&items[i]);
+    for (size_t i = 0; i < items.size(); ++i)
+        EXPECT_EQ(i % 3 == 0 ? nullptr : &items[i], index.find(&items[i])) << i;
+    for (size_t i = items.size(); i-- > 0;)
+        index.remove(&items[i]);
+    expect_unknown(0, items.size());
+    add(0, items.size());
+    expect_found(0, items.size());
+}
+
+TEST_F(Index, ChangesNothingWhenMemoryRunsOut)
+{
+    size_t added = 0;
+    for (bool has_failed = false; !has_failed; ++added) {
+        ASSERT_LT(added, items.size());
+        const auto fault = FailingAllocations::nth(1);
+        try {
+            index.add(&items[added], &items[added]);
+        } catch (const std::bad_alloc&) {
+            has_failed = true;
+            --added;
+        }
+    }
+    EXPECT_GT(added, 0U);
+    expect_found(0, added);
+    expect_unknown(added, items.size());
+    add(added, added + 1);
+    expect_found(0, added + 1);
+}
+
+TEST_F(Index, FindsWhatStaysWhileOthersComeAndGo)
+{
+    constexpr size_t kept = 100;
+    add(0, kept);
+    std::atomic<bool> is_over{false};
+    std::thread finder{[&] {
+        while (!is_over)
+            expect_found(0, kept);
+    }};
+    for (int round = 0; round < 20; ++round) {
+        add(kept, 1000);
+        for (size_t i = kept; i < 1000; ++i)
+            index.remove(&items[i]);
+    }
+    add(kept, items.size()); // it grows under the finder
+    is_over = true;
+    finder.join();
+    expect_found(0, items.size());
+}
+
+} // namespace
+
+} // namespace zvtest
