@@ -1,5 +1,7 @@
 #include <atomic>
 #include <memory>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -110,6 +112,183 @@ TEST(AutoResetEvent, ForgetsAWaiterThatGaveUp)
     EXPECT_EQ(WaitResult::timed_out, event.wait(1));
     event.set();
     EXPECT_EQ(WaitResult::signalled, event.wait(0));
+}
+
+TEST(AutoResetEvent, ReleasesTheOneThatWaitsLongest)
+{
+    AutoResetEvent event;
+    const auto wait = [&] { event.wait(wait_forever); };
+    SleepingThread first{wait};
+    SleepingThread second{wait};
+    SleepingThread third{wait};
+    for (SleepingThread* const next : {&first, &second, &third}) {
+        event.set();
+        next->join();
+    }
+    EXPECT_EQ(WaitResult::timed_out, event.wait(0));
+}
+
+TEST(AutoResetEvent, KeepsTheOrderOfTheOthersWhenOneGivesUp)
+{
+    for (const bool is_last : {false, true}) {
+        AutoResetEvent event;
+        const auto wait = [&] { event.wait(wait_forever); };
+        SleepingThread first{wait};
+        std::thread impatient{[&] { EXPECT_EQ(WaitResult::timed_out, event.wait(1)); }};
+        if (is_last)
+            impatient.join();
+        SleepingThread second{wait};
+        if (!is_last)
+            impatient.join();
+        event.set();
+        first.join();
+        event.set();
+        second.join();
+        EXPECT_EQ(WaitResult::timed_out, event.wait(0));
+    }
+}
+
+// Whoever wins, the signal is there once: with the waiter, or for the next.
+TEST(AutoResetEvent, GivesASignalAtTheTimeoutToTheWaiterOrToTheNext)
+{
+    for (int round = 0; round < 500; ++round) {
+        AutoResetEvent event;
+        std::atomic<bool> is_started{false};
+        WaitResult result = WaitResult::failed;
+        std::thread waiter{[&] {
+            is_started = true;
+            result = event.wait(1);
+        }};
+        while (!is_started)
+            std::this_thread::yield();
+        const uint64_t start = monotonic_milliseconds();
+        while (monotonic_milliseconds() - start < 1)
+            std::this_thread::yield();
+        event.set();
+        waiter.join();
+        const WaitResult left = event.wait(0);
+        if (result == WaitResult::signalled)
+            ASSERT_EQ(WaitResult::timed_out, left) << "one signal, two waits";
+        else
+            ASSERT_EQ(WaitResult::signalled, left) << "the signal went to a wait that timed out";
+    }
+}
+
+TEST(AutoResetEvent, TakesNothingFromASleeperHoweverOftenItIsReset)
+{
+    AutoResetEvent event;
+    std::atomic<bool> is_done{false};
+    std::thread resetting{[&] {
+        while (!is_done)
+            event.reset();
+    }};
+    for (int round = 0; round < 200; ++round) {
+        SleepingThread sleeper{[&] { event.wait(wait_forever); }};
+        event.set();
+        sleeper.join();
+    }
+    is_done = true;
+    resetting.join();
+}
+
+namespace {
+
+/// Things to do, announced by signals. Who finds more than one passes the signal on, because signals that
+/// nobody has taken are one.
+class Work {
+public:
+    void add()
+    {
+        m_open.fetch_add(1);
+        signal();
+    }
+    void finish()
+    {
+        m_is_finished = true;
+        signal();
+    }
+    /// Until finish(): some waits are limited, some are not.
+    void run(bool is_limited)
+    {
+        while (true) {
+            if (m_event.wait(is_limited ? 1 : wait_forever) == WaitResult::signalled)
+                ++m_released;
+            else if (!is_limited)
+                return;
+            int open = m_open.load();
+            while (open != 0 && !m_open.compare_exchange_weak(open, open - 1)) {
+            }
+            if (open != 0)
+                ++m_done;
+            if (open > 1 || m_is_finished)
+                signal();
+            if (open == 0 && m_is_finished)
+                return;
+        }
+    }
+
+    int done() const { return m_done; }
+    int released() const { return m_released; }
+    int signals() const { return m_signals; }
+
+private:
+    void signal()
+    {
+        ++m_signals;
+        m_event.set();
+    }
+
+    AutoResetEvent m_event;
+    std::atomic<int> m_open{0};
+    std::atomic<bool> m_is_finished{false};
+    std::atomic<int> m_done{0};
+    std::atomic<int> m_released{0};
+    std::atomic<int> m_signals{0};
+};
+
+} // namespace
+
+TEST(AutoResetEvent, LosesNoSignalAndMakesNoneUpAmongManyThreads)
+{
+    constexpr int each = 5000;
+    Work work;
+    std::vector<std::thread> waiters;
+    for (const bool is_limited : {false, true, false, true})
+        waiters.emplace_back([&work, is_limited] { work.run(is_limited); });
+    std::vector<std::thread> givers;
+    for (int i = 0; i < 2; ++i) {
+        givers.emplace_back([&work] {
+            for (int j = 0; j < each; ++j) {
+                work.add();
+                if (j % 3 == 0)
+                    std::this_thread::yield();
+            }
+        });
+    }
+    for (std::thread& giver : givers)
+        giver.join();
+    work.finish();
+    for (std::thread& waiter : waiters)
+        waiter.join();
+    EXPECT_EQ(2 * each, work.done());
+    EXPECT_LE(work.released(), work.signals());
+}
+
+// The one that a signal releases may be the last that uses the event.
+TEST(AutoResetEvent, MayBeDestroyedByTheWaiterThatItReleased)
+{
+    for (int round = 0; round < 1000; ++round) {
+        auto event = std::make_unique<AutoResetEvent>();
+        AutoResetEvent& given = *event;
+        std::thread waiter{[owned = std::move(event)]() mutable {
+            owned->wait(wait_forever);
+            owned.reset();
+        }};
+        if (round % 2 == 0)
+            std::this_thread::yield();
+        given.set();
+        waiter.join();
+    }
 }
 
 TEST(AutoResetEvent, FailsEveryWaitWhenTheSystemRefusedIt)
