@@ -24,6 +24,6 @@ ctest --preset coverage -j "$(nproc)" --quiet --output-log "$build/ctest.log" ||
 # Branches that no test can take are left out: the compiler adds one to every call that might throw (the catch blocks
 # that they lead to still count as lines), and to lines without code of their own.
 exec gcovr --root . --filter 'src/' \
-    --filter 'platform/posix/(AutoResetEvent|process)' "$build" \
+    --filter 'platform/posix/(Waiter|process)' "$build" \
     --exclude-throw-branches --exclude-unreachable-branches \
     --print-summary --fail-under-line 98 --fail-under-branch 96 --sort-uncovered "$@"

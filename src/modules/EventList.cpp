@@ -48,10 +48,10 @@ std::optional<EVENT_TYPE> EventList::type_of(const void* handle) const
     return event != nullptr ? std::optional{event->get_Type()} : std::nullopt;
 }
 
-void EventList::deliver(const ShortLock::Held& held, BufferModule* buffer) const
+SignalLine::Released EventList::deliver(const ShortLock::Held& held, BufferModule* buffer) const
 {
-    if (EventModule* const event = look_up(EVENT_NEW_BUFFER))
-        event->append_and_signal(held, buffer);
+    EventModule* const event = look_up(EVENT_NEW_BUFFER);
+    return event != nullptr ? event->append_and_signal(held, buffer) : SignalLine::Released{};
 }
 
 GC_ERROR EventList::get_event_data(const void* handle, void* destination, uint64_t timeout) const
@@ -76,8 +76,6 @@ EventList::Registration EventList::add(StreamModule& source, EVENT_TYPE type)
         return {Outcome::existed, std::move(known)};
     try {
         EventRef made{new EventModule{source, type}}; // its constructor reads a setting: not under the mutex
-        if (!made->can_signal())
-            return {Outcome::failed, {}};
         const ShortLock::Held held{m_lock};
         // Another thread may have been faster, or is closing the stream.
         if (EventModule* const known = look_up(type))
@@ -114,9 +112,10 @@ bool EventList::remove(EVENT_TYPE type)
 
 void EventList::end_waits()
 {
-    const ShortLock::Held held{m_lock};
-    for (const EventRef& event : m_events)
-        event->close();
+    for (const EVENT_TYPE type : {EVENT_NEW_BUFFER, EVENT_REMOTE_DEVICE}) {
+        if (const EventRef event = find(type))
+            event->close();
+    }
 }
 
 void EventList::open()

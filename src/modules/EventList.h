@@ -33,7 +33,7 @@ public:
     /// The type of the event of a handle; nothing when there is none.
     std::optional<GenTL::EVENT_TYPE> type_of(const void* handle) const;
     /// Appends a buffer to the new-buffer event and signals it, if there is one.
-    void deliver(const ShortLock::Held& held, BufferModule* buffer) const;
+    SignalLine::Released deliver(const ShortLock::Held& held, BufferModule* buffer) const;
     /// Waits for an entry of the event of a handle: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT. Takes a
     /// reference only if there is something to wait for. `timeout` in milliseconds.
     GenTL::GC_ERROR get_event_data(const void* handle, void* destination, uint64_t timeout) const;

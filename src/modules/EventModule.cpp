@@ -35,11 +35,7 @@ EventModule::EventModule(StreamModule& source, EVENT_TYPE type)
     stream_index.add(this, &source);
 }
 
-EventModule::~EventModule()
-{
-    close();
-    stream_index.remove(this);
-}
+EventModule::~EventModule() { stream_index.remove(this); }
 
 std::string EventModule::getId() const
 {
@@ -66,10 +62,10 @@ void EventModule::append(BufferModule* buffer)
     push(buffer);
 }
 
-void EventModule::append_and_signal(const ShortLock::Held& /*held*/, BufferModule* buffer)
+SignalLine::Released EventModule::append_and_signal(const ShortLock::Held& /*held*/, BufferModule* buffer)
 {
     push(buffer);
-    m_os_event.set();
+    return m_signal.set();
 }
 
 void EventModule::flush()
@@ -80,14 +76,22 @@ void EventModule::flush()
 
 void EventModule::kill() noexcept
 {
-    m_abort.store(true);
-    m_os_event.set();
+    auto released = [this] {
+        const ShortLock::Held held{m_lock};
+        m_abort.store(true);
+        return m_signal.set();
+    }();
+    released.release();
 }
 
 void EventModule::close() noexcept
 {
-    m_closing.store(true);
-    m_os_event.set();
+    auto released = [this] {
+        const ShortLock::Held held{m_lock};
+        m_closing.store(true);
+        return m_signal.set_all();
+    }();
+    released.release();
 }
 
 bool EventModule::try_take(void* destination)
@@ -120,14 +124,6 @@ void EventModule::drop_front() noexcept
         m_queue.pop();
 }
 
-/// An auto-reset event wakes one waiter, and a reset may swallow the closing signal of another: pass it on.
-void EventModule::reset_os_event() noexcept
-{
-    m_os_event.reset();
-    if (m_closing.load())
-        m_os_event.set();
-}
-
 GC_ERROR EventModule::get_event_data(void* destination, uint64_t timeout)
 {
     {
@@ -146,18 +142,37 @@ GC_ERROR EventModule::take_at_once(const ShortLock::Held& held, void* destinatio
     if (take_abort()) {
         // Contract: a kill also drops one entry. Pinned by EventKill.DropsOneEntryOfTheAbortedCall.
         drop_front();
-        reset_os_event();
+        m_signal.reset();
         return GC_ERR_ABORT;
     }
     if (!pop(held, destination))
         return GC_ERR_TIMEOUT;
-    reset_os_event();
+    m_signal.reset();
     return GC_ERR_SUCCESS;
+}
+
+WaitResult EventModule::wait_for_signal(uint32_t milliseconds)
+{
+    SignalLine::Place place;
+    {
+        const ShortLock::Held held{m_lock};
+        if (m_signal.take() || m_closing.load())
+            return WaitResult::signalled;
+        m_signal.join(place);
+    }
+    if (place.waiter.sleep(milliseconds) == WaitResult::signalled)
+        return WaitResult::signalled;
+    {
+        const ShortLock::Held held{m_lock};
+        if (m_signal.leave(place))
+            return WaitResult::timed_out;
+    }
+    return place.waiter.sleep(platform::wait_forever); // not for long: a signal came at the last moment
 }
 
 GC_ERROR EventModule::wait_for_entry(void* destination, uint64_t timeout)
 {
-    const WaitResult result = m_os_event.wait(milliseconds_to_wait(timeout));
+    const WaitResult result = wait_for_signal(milliseconds_to_wait(timeout));
     if (result != WaitResult::signalled) {
         static std::atomic<bool> is_reported{false};
         if (!is_reported.exchange(true))
@@ -167,19 +182,15 @@ GC_ERROR EventModule::wait_for_entry(void* destination, uint64_t timeout)
         return GC_ERR_TIMEOUT;
     }
 
+    const ShortLock::Held held{m_lock};
     if (take_abort()) {
-        const ShortLock::Held held{m_lock};
         drop_front();
-        if (m_closing.load())
-            m_os_event.set();
         return GC_ERR_ABORT;
     }
-    if (m_closing.load()) {
-        m_os_event.set(); // the next waiter's turn
+    if (m_closing.load())
         return GC_ERR_ABORT;
-    }
     // The signal of an entry that was flushed or that another consumer took also ends the wait.
-    return try_take(destination) ? GC_ERR_SUCCESS : GC_ERR_TIMEOUT;
+    return pop(held, destination) ? GC_ERR_SUCCESS : GC_ERR_TIMEOUT;
 }
 
 EventRef::EventRef(EventModule* event) noexcept : m_event(event)

@@ -9,13 +9,13 @@
 #include "modules/BufferQueue.h"
 #include "modules/Quarantine.h"
 #include "modules/ShortLock.h"
-#include "platform/AutoResetEvent.h"
+#include "modules/SignalLine.h"
 
 namespace zvgentl {
 
 class StreamModule;
 
-/// A registered event: its queue of delivered buffers and the operating-system event that consumers wait for.
+/// A registered event: its queue of delivered buffers and the signal that consumers wait for.
 /// Its address is the event handle.
 ///
 /// Owned by whoever holds a reference (EventRef): the stream's event list from registration to unregistration
@@ -25,6 +25,7 @@ class StreamModule;
 class EventModule final : public QuarantinedModule<retired_events> {
 public:
     EventModule(StreamModule& source, GenTL::EVENT_TYPE type);
+    /// Nobody waits any more, or somebody would hold a reference.
     ~EventModule();
 
     std::string getId() const override;
@@ -41,14 +42,11 @@ public:
     uint64_t get_FiredCount() const noexcept { return m_fired.load(std::memory_order_relaxed); }
     size_t get_QueueLength() const;
 
-    /// False when there was no memory for what consumers wait for.
-    bool can_signal() const noexcept { return m_os_event.exists(); }
-
     /// Adds a buffer at the back of the queue. Does not signal.
     void append(BufferModule* buffer);
     /// Adds a buffer and signals, in one step: no consumer sees the entry without its signal, so none takes
     /// the entry and leaves the signal for a later wait.
-    void append_and_signal(const ShortLock::Held& held, BufferModule* buffer);
+    SignalLine::Released append_and_signal(const ShortLock::Held& held, BufferModule* buffer);
     /// Drops every entry; a pending signal stays.
     void flush();
     /// Aborts one wait: the present one, or the next.
@@ -75,16 +73,16 @@ private:
     void push(BufferModule* buffer);
     bool pop(const ShortLock::Held& held, void* destination);
     void drop_front() noexcept;
-    void reset_os_event() noexcept;
+    platform::WaitResult wait_for_signal(uint32_t milliseconds);
 
     StreamModule& m_source;
     std::atomic<bool> m_closing{false};
-    platform::AutoResetEvent m_os_event;
     const GenTL::EVENT_TYPE m_type;
     std::atomic<uint64_t> m_fired{0};
     std::atomic<bool> m_abort{false};
     ShortLock& m_lock; // the source's
     BufferQueue m_queue;
+    SignalLine m_signal; // of queue and kills
     std::atomic<int32_t> m_references{0};
 };
 

@@ -126,10 +126,13 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
 void StreamModule::deliver(PinnedBuffer buffer)
 {
     BufferModule* const handle = buffer.get();
-    const ShortLock::Held held{m_lock};
-    m_StreamDeliveredBuffers.store(get_Delivered() + 1, std::memory_order_relaxed);
-    m_pool.complete(held, std::move(buffer));
-    m_events.deliver(held, handle);
+    auto released = [&] {
+        const ShortLock::Held held{m_lock};
+        m_StreamDeliveredBuffers.store(get_Delivered() + 1, std::memory_order_relaxed);
+        m_pool.complete(held, std::move(buffer));
+        return m_events.deliver(held, handle);
+    }();
+    released.release();
 }
 
 } // namespace zvgentl

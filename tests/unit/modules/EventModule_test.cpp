@@ -213,29 +213,11 @@ TEST_F(EventModuleTest, AbortsEveryCallOnceClosedButKeepsItsEntries)
 }
 
 // The operating-system event is the first thing that an event's constructor asks memory for.
-TEST_F(EventModuleTest, TimesOutWithoutAnOperatingSystemEvent)
-{
-    event.reset();
-    {
-        const auto faults = FailingAllocations::nth(1);
-        event.emplace(*stream, EVENT_NEW_BUFFER);
-        EXPECT_TRUE(faults.struck());
-    }
-    EXPECT_FALSE(event->can_signal());
-    EXPECT_EQ(GC_ERR_TIMEOUT, get(GENTL_INFINITE));
-    append_and_signal(*event, first);
-    EXPECT_EQ(GC_ERR_SUCCESS, get(GENTL_INFINITE));
-    event->close();
-    EXPECT_EQ(GC_ERR_ABORT, get(GENTL_INFINITE));
-}
-
-/// Whether appends and takes exclude one another is the setting's choice; that nothing tears is not.
-class EventModuleThreads : public LooseStream, public testing::WithParamInterface<uint32_t> {
+class EventModuleThreads : public LooseStream {
 protected:
     void SetUp() override
     {
         LooseStream::SetUp();
-        settings.set("GenTL.Event.SerializeStreamEvent", GetParam());
         event = make();
     }
     void TearDown() override
@@ -249,9 +231,7 @@ protected:
     EventRef event;
 };
 
-INSTANTIATE_TEST_SUITE_P(SerializeStreamEvent, EventModuleThreads, testing::Values(0U, 1U, 2U));
-
-TEST_P(EventModuleThreads, HandOverEveryEntryOnce)
+TEST_F(EventModuleThreads, HandOverEveryEntryOnce)
 {
     constexpr int appenders = 2;       // of the four threads
     constexpr uint64_t entries = 4000; // of each appender: the queue grows and wraps around meanwhile
@@ -273,7 +253,7 @@ TEST_P(EventModuleThreads, HandOverEveryEntryOnce)
     EXPECT_EQ(0U, event->get_QueueLength());
 }
 
-TEST_P(EventModuleThreads, FlushAndCountWhileOthersAppend)
+TEST_F(EventModuleThreads, FlushAndCountWhileOthersAppend)
 {
     constexpr uint64_t entries = 4000;
     std::atomic<bool> done{false};
@@ -294,7 +274,7 @@ TEST_P(EventModuleThreads, FlushAndCountWhileOthersAppend)
     EXPECT_EQ(entries, event->get_FiredCount());
 }
 
-TEST_P(EventModuleThreads, WakeEveryWaiterOnceClosed)
+TEST_F(EventModuleThreads, WakeEveryWaiterOnceClosed)
 {
     for (int round = 0; round < 100; ++round) {
         const bool is_killed_first = round % 2 != 0;

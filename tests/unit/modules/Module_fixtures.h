@@ -160,8 +160,11 @@ protected:
 
     void append_and_signal(zvgentl::EventModule& event, zvgentl::BufferModule* buffer)
     {
-        const zvgentl::ShortLock::Held held{stream->get_Lock()};
-        event.append_and_signal(held, buffer);
+        auto released = [&] {
+            const zvgentl::ShortLock::Held held{stream->get_Lock()};
+            return event.append_and_signal(held, buffer);
+        }();
+        released.release();
     }
 
     std::unique_ptr<zvgentl::StreamModule> stream;

@@ -5,20 +5,75 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/AutoResetEvent.h"
+#include "modules/ShortLock.h"
+#include "modules/SignalLine.h"
 #include "platform/process.h"
-#include "support/FailingAllocations.h"
 #include "support/process/SleepingThread.h"
 
-using platform::AutoResetEvent;
 using platform::monotonic_milliseconds;
 using platform::wait_forever;
 using platform::WaitResult;
+using zvgentl::ShortLock;
+using zvgentl::SignalLine;
 using zvtest::SleepingThread;
 
-TEST(AutoResetEvent, GivesOneWaitTheSignalsThatNobodyTook)
+namespace {
+
+/// A line with its lock, as its owners use it.
+class Signal {
+public:
+    void set()
+    {
+        release([this] { return m_line.set(); });
+    }
+    void set_all()
+    {
+        release([this] { return m_line.set_all(); });
+    }
+    void reset()
+    {
+        const ShortLock::Held held{m_lock};
+        m_line.reset();
+    }
+    WaitResult wait(uint32_t milliseconds)
+    {
+        SignalLine::Place place;
+        {
+            const ShortLock::Held held{m_lock};
+            if (m_line.take())
+                return WaitResult::signalled;
+            m_line.join(place);
+        }
+        if (place.waiter.sleep(milliseconds) == WaitResult::signalled)
+            return WaitResult::signalled;
+        {
+            const ShortLock::Held held{m_lock};
+            if (m_line.leave(place))
+                return WaitResult::timed_out;
+        }
+        return place.waiter.sleep(wait_forever);
+    }
+
+private:
+    template <class Set>
+    void release(Set set)
+    {
+        auto released = [&] {
+            const ShortLock::Held held{m_lock};
+            return set();
+        }();
+        released.release();
+    }
+
+    ShortLock m_lock;
+    SignalLine m_line;
+};
+
+} // namespace
+
+TEST(SignalLineThreads, GivesOneWaitTheSignalsThatNobodyTook)
 {
-    AutoResetEvent event;
+    Signal event;
     EXPECT_EQ(WaitResult::timed_out, event.wait(0));
     for (const int signals : {1, 2}) {
         for (int i = 0; i < signals; ++i)
@@ -28,9 +83,9 @@ TEST(AutoResetEvent, GivesOneWaitTheSignalsThatNobodyTook)
     }
 }
 
-TEST(AutoResetEvent, ForgetsASignalWhenReset)
+TEST(SignalLineThreads, ForgetsASignalWhenReset)
 {
-    AutoResetEvent event;
+    Signal event;
     event.set();
     event.reset();
     EXPECT_EQ(WaitResult::timed_out, event.wait(0));
@@ -39,26 +94,26 @@ TEST(AutoResetEvent, ForgetsASignalWhenReset)
     EXPECT_EQ(WaitResult::signalled, event.wait(0));
 }
 
-TEST(AutoResetEvent, WaitsOutItsTimeout)
+TEST(SignalLineThreads, WaitsOutItsTimeout)
 {
-    AutoResetEvent event;
+    Signal event;
     const uint64_t start = monotonic_milliseconds();
     EXPECT_EQ(WaitResult::timed_out, event.wait(30));
     EXPECT_GE(monotonic_milliseconds() - start, 29U); // two clock readings round by up to one millisecond
 }
 
-TEST(AutoResetEvent, TakesALongFiniteTimeoutAsItIs)
+TEST(SignalLineThreads, TakesALongFiniteTimeoutAsItIs)
 {
-    AutoResetEvent event;
+    Signal event;
     event.set();
     EXPECT_EQ(WaitResult::signalled, event.wait(wait_forever - 1));
 }
 
-TEST(AutoResetEvent, WakesAWaiterWithAndWithoutLimit)
+TEST(SignalLineThreads, WakesAWaiterWithAndWithoutLimit)
 {
     for (const uint32_t limit : {uint32_t{3600 * 1000}, wait_forever}) {
-        AutoResetEvent event;
-        WaitResult result = WaitResult::failed;
+        Signal event;
+        WaitResult result = WaitResult::timed_out;
         SleepingThread waiter{[&] { result = event.wait(limit); }};
         event.set();
         waiter.join();
@@ -66,10 +121,10 @@ TEST(AutoResetEvent, WakesAWaiterWithAndWithoutLimit)
     }
 }
 
-TEST(AutoResetEvent, ReleasesOneWaiterPerSignalWhetherOrNotItHasRunYet)
+TEST(SignalLineThreads, ReleasesOneWaiterPerSignalWhetherOrNotItHasRunYet)
 {
     for (int round = 0; round < 200; ++round) {
-        AutoResetEvent event;
+        Signal event;
         std::atomic<int> released{0};
         const auto wait = [&] { released += event.wait(wait_forever) == WaitResult::signalled ? 1 : 0; };
         SleepingThread first{wait};
@@ -86,11 +141,11 @@ TEST(AutoResetEvent, ReleasesOneWaiterPerSignalWhetherOrNotItHasRunYet)
     }
 }
 
-TEST(AutoResetEvent, LeavesASignalWithTheWaiterThatItReleased)
+TEST(SignalLineThreads, LeavesASignalWithTheWaiterThatItReleased)
 {
     for (int round = 0; round < 200; ++round) {
-        AutoResetEvent event;
-        WaitResult result = WaitResult::failed;
+        Signal event;
+        WaitResult result = WaitResult::timed_out;
         SleepingThread waiter{[&] { result = event.wait(wait_forever); }};
         event.set();
         event.reset();
@@ -100,10 +155,10 @@ TEST(AutoResetEvent, LeavesASignalWithTheWaiterThatItReleased)
     }
 }
 
-TEST(AutoResetEvent, ForgetsAWaiterThatGaveUp)
+TEST(SignalLineThreads, ForgetsAWaiterThatGaveUp)
 {
-    AutoResetEvent event;
-    WaitResult result = WaitResult::failed;
+    Signal event;
+    WaitResult result = WaitResult::timed_out;
     SleepingThread longer{[&] { result = event.wait(wait_forever); }};
     EXPECT_EQ(WaitResult::timed_out, event.wait(1));
     event.set();
@@ -114,9 +169,9 @@ TEST(AutoResetEvent, ForgetsAWaiterThatGaveUp)
     EXPECT_EQ(WaitResult::signalled, event.wait(0));
 }
 
-TEST(AutoResetEvent, ReleasesTheOneThatWaitsLongest)
+TEST(SignalLineThreads, ReleasesTheOneThatWaitsLongest)
 {
-    AutoResetEvent event;
+    Signal event;
     const auto wait = [&] { event.wait(wait_forever); };
     SleepingThread first{wait};
     SleepingThread second{wait};
@@ -128,10 +183,10 @@ TEST(AutoResetEvent, ReleasesTheOneThatWaitsLongest)
     EXPECT_EQ(WaitResult::timed_out, event.wait(0));
 }
 
-TEST(AutoResetEvent, KeepsTheOrderOfTheOthersWhenOneGivesUp)
+TEST(SignalLineThreads, KeepsTheOrderOfTheOthersWhenOneGivesUp)
 {
     for (const bool is_last : {false, true}) {
-        AutoResetEvent event;
+        Signal event;
         const auto wait = [&] { event.wait(wait_forever); };
         SleepingThread first{wait};
         std::thread impatient{[&] { EXPECT_EQ(WaitResult::timed_out, event.wait(1)); }};
@@ -149,12 +204,12 @@ TEST(AutoResetEvent, KeepsTheOrderOfTheOthersWhenOneGivesUp)
 }
 
 // Whoever wins, the signal is there once: with the waiter, or for the next.
-TEST(AutoResetEvent, GivesASignalAtTheTimeoutToTheWaiterOrToTheNext)
+TEST(SignalLineThreads, GivesASignalAtTheTimeoutToTheWaiterOrToTheNext)
 {
     for (int round = 0; round < 500; ++round) {
-        AutoResetEvent event;
+        Signal event;
         std::atomic<bool> is_started{false};
-        WaitResult result = WaitResult::failed;
+        WaitResult result = WaitResult::timed_out;
         std::thread waiter{[&] {
             is_started = true;
             result = event.wait(1);
@@ -172,23 +227,6 @@ TEST(AutoResetEvent, GivesASignalAtTheTimeoutToTheWaiterOrToTheNext)
         else
             ASSERT_EQ(WaitResult::signalled, left) << "the signal went to a wait that timed out";
     }
-}
-
-TEST(AutoResetEvent, TakesNothingFromASleeperHoweverOftenItIsReset)
-{
-    AutoResetEvent event;
-    std::atomic<bool> is_done{false};
-    std::thread resetting{[&] {
-        while (!is_done)
-            event.reset();
-    }};
-    for (int round = 0; round < 200; ++round) {
-        SleepingThread sleeper{[&] { event.wait(wait_forever); }};
-        event.set();
-        sleeper.join();
-    }
-    is_done = true;
-    resetting.join();
 }
 
 namespace {
@@ -238,7 +276,7 @@ private:
         m_event.set();
     }
 
-    AutoResetEvent m_event;
+    Signal m_event;
     std::atomic<int> m_open{0};
     std::atomic<bool> m_is_finished{false};
     std::atomic<int> m_done{0};
@@ -248,7 +286,7 @@ private:
 
 } // namespace
 
-TEST(AutoResetEvent, LosesNoSignalAndMakesNoneUpAmongManyThreads)
+TEST(SignalLineThreads, LosesNoSignalAndMakesNoneUpAmongManyThreads)
 {
     constexpr int each = 5000;
     Work work;
@@ -275,11 +313,11 @@ TEST(AutoResetEvent, LosesNoSignalAndMakesNoneUpAmongManyThreads)
 }
 
 // The one that a signal releases may be the last that uses the event.
-TEST(AutoResetEvent, MayBeDestroyedByTheWaiterThatItReleased)
+TEST(SignalLineThreads, MayBeDestroyedByTheWaiterThatItReleased)
 {
     for (int round = 0; round < 1000; ++round) {
-        auto event = std::make_unique<AutoResetEvent>();
-        AutoResetEvent& given = *event;
+        auto event = std::make_unique<Signal>();
+        Signal& given = *event;
         std::thread waiter{[owned = std::move(event)]() mutable {
             owned->wait(wait_forever);
             owned.reset();
@@ -291,23 +329,27 @@ TEST(AutoResetEvent, MayBeDestroyedByTheWaiterThatItReleased)
     }
 }
 
-TEST(AutoResetEvent, FailsEveryWaitWhenTheSystemRefusedIt)
+TEST(SignalLineThreads, ReleasesEveryoneAtOnceAndKeepsNothing)
 {
-    std::unique_ptr<AutoResetEvent> event;
-    {
-        const auto faults = zvtest::FailingAllocations::nth(2); // the object itself, then what it owns
-        event = std::make_unique<AutoResetEvent>();
-        ASSERT_TRUE(faults.struck());
-    }
-    event->set();
-    EXPECT_EQ(WaitResult::failed, event->wait(0));
-    event->reset();
-    EXPECT_EQ(WaitResult::failed, event->wait(wait_forever));
+    Signal event;
+    std::atomic<int> released{0};
+    const auto wait = [&] { released += event.wait(wait_forever) == WaitResult::signalled ? 1 : 0; };
+    SleepingThread first{wait};
+    SleepingThread second{wait};
+    event.set_all();
+    first.join();
+    second.join();
+    EXPECT_EQ(2, released);
+    event.set_all();
+    EXPECT_EQ(WaitResult::timed_out, event.wait(1));
+    SleepingThread third{wait};
+    event.set();
+    third.join();
+    EXPECT_EQ(3, released) << "the line is in order";
 }
 
 TEST(WaitResult, HasTheNumbersOfTheSystemThatLogsWereWrittenForFirst)
 {
     EXPECT_EQ(0U, static_cast<uint32_t>(WaitResult::signalled));
     EXPECT_EQ(0x102U, static_cast<uint32_t>(WaitResult::timed_out));
-    EXPECT_EQ(0xFFFFFFFFU, static_cast<uint32_t>(WaitResult::failed));
 }
