@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <stdexcept>
 
 namespace zvbench {
 
@@ -12,8 +11,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Nanoseconds = std::chrono::duration<double, std::nano>;
 
-constexpr size_t rounds_wanted = 15;
-constexpr size_t rounds_allowed = 20 * rounds_wanted;
 constexpr Nanoseconds round_length = std::chrono::milliseconds{4}; // far longer than a clock tick
 
 double quantile(std::vector<double> values, double part)
@@ -24,43 +21,59 @@ double quantile(std::vector<double> values, double part)
     return *position;
 }
 
-double time_of_one(const Work& work, size_t count)
-{
-    const auto start = Clock::now();
-    work(count);
-    return Nanoseconds{Clock::now() - start}.count() / static_cast<double>(count);
-}
-
 /// How many make a round. Also warms up.
-size_t count_for(const Work& work)
+size_t count_for(const Work& work, const Limits& limits)
 {
+    if (effort().is_trial || limits.count != 0)
+        return std::max<size_t>(limits.count, 1);
     size_t count = 1;
     for (;;) {
-        const double taken = time_of_one(work, count) * static_cast<double>(count);
-        if (taken >= round_length.count())
+        const auto start = Clock::now();
+        work(count);
+        const Nanoseconds taken = Clock::now() - start;
+        if (taken >= round_length)
             return count;
-        count *= taken < round_length.count() / 16 ? 8 : 2;
+        count *= taken < round_length / 16 ? 8 : 2;
     }
 }
 
 } // namespace
 
+Work timed(std::function<void(size_t count)> run)
+{
+    return [run = std::move(run)](size_t count) {
+        const auto start = Clock::now();
+        run(count);
+        return Nanoseconds{Clock::now() - start}.count() / static_cast<double>(count);
+    };
+}
+
+Effort& effort()
+{
+    static Effort effort;
+    return effort;
+}
+
 double Times::median() const { return quantile(rounds, 0.5); }
+
+double Times::fastest() const { return *std::min_element(rounds.begin(), rounds.end()); }
 
 double Times::spread() const { return (quantile(rounds, 0.75) - quantile(rounds, 0.25)) / median(); }
 
-Comparison compare(const Work& anchor, const Work& subject, double tolerance)
+Comparison compare(const Work& anchor, const Work& subject, const Limits& limits)
 {
-    const size_t anchors = count_for(anchor);
-    const size_t subjects = count_for(subject);
+    const size_t anchors = count_for(anchor, limits);
+    const size_t subjects = count_for(subject, limits);
+    const size_t wanted = effort().is_trial ? 1 : effort().rounds;
     Comparison comparison;
-    for (size_t round = 0; comparison.ratio.rounds.size() < rounds_wanted; ++round) {
-        if (round == rounds_allowed)
-            throw std::runtime_error{"the machine is too busy: the anchor keeps disagreeing with itself"};
-        const double before = time_of_one(anchor, anchors);
-        const double between = time_of_one(subject, subjects);
-        const double after = time_of_one(anchor, anchors);
-        if (std::abs(before - after) > tolerance * std::min(before, after)) {
+    for (size_t round = 0; comparison.ratio.rounds.size() < wanted; ++round) {
+        if (round == limits.rounds_allowed)
+            throw NoResult{"machine too busy"};
+        const double before = anchor(anchors);
+        const double between = subject(subjects);
+        const double after = anchor(anchors);
+        const bool is_steady = std::abs(before - after) <= limits.tolerance * std::min(before, after);
+        if (!is_steady && !effort().is_trial) {
             ++comparison.void_rounds;
             continue;
         }
@@ -70,6 +83,15 @@ Comparison compare(const Work& anchor, const Work& subject, double tolerance)
         comparison.ratio.rounds.push_back(between / mean);
     }
     return comparison;
+}
+
+Times time_alone(const Work& subject, size_t count)
+{
+    const size_t wanted = effort().is_trial ? 1 : effort().rounds;
+    Times times;
+    while (times.rounds.size() < wanted)
+        times.rounds.push_back(subject(count));
+    return times;
 }
 
 } // namespace zvbench

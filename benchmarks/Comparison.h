@@ -1,19 +1,36 @@
 #pragma once
 
 #include <functional>
-#include <string>
+#include <stdexcept>
 #include <vector>
 
 namespace zvbench {
 
-/// Something that is timed: runs `count` times what it is about.
-using Work = std::function<void(size_t count)>;
+/// Something that is timed: does it `count` times and answers the nanoseconds that one took.
+using Work = std::function<double(size_t count)>;
+
+/// A work whose elapsed time counts, from the first to the last.
+Work timed(std::function<void(size_t count)> run);
+
+/// Why a row has no result, although nothing is wrong with what it measures.
+class NoResult : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// How much is done for a result; the command line decides.
+struct Effort {
+    size_t rounds{15};
+    bool is_trial{false}; // everything once, whatever the times: to see that it runs
+};
+Effort& effort();
 
 /// The nanoseconds that one of a work takes, over the rounds of a comparison.
 struct Times {
     std::vector<double> rounds;
 
     double median() const;
+    double fastest() const;
     /// From the first to the last quarter of the rounds, as a part of the median.
     double spread() const;
 };
@@ -31,9 +48,19 @@ struct Comparison {
 constexpr double same_core{0.03};    // how far the anchor may disagree with itself
 constexpr double across_cores{0.08}; // the same with a thread on each core
 
-/// Times anchor, subject and anchor again, back to back, for 15 rounds that count. Machines are shared: a
-/// round whose anchors disagree by more than `tolerance` is repeated, up to 20 times as many rounds. Throws
-/// std::runtime_error when the machine is too busy for that.
-Comparison compare(const Work& anchor, const Work& subject, double tolerance = same_core);
+/// What a comparison takes for a round, and for a good one.
+struct Limits {
+    double tolerance{same_core};
+    size_t count{0}; // of a round; 0: as many as take a few milliseconds
+    size_t rounds_allowed{300};
+};
+
+/// Times anchor, subject and anchor again, back to back, for as many rounds as the effort says. Machines are
+/// shared: a round whose anchors disagree by more than the tolerance is repeated. Throws NoResult when the
+/// allowed rounds are used up.
+Comparison compare(const Work& anchor, const Work& subject, const Limits& limits = {});
+
+/// Times something that has no anchor: `count` of it in each of a few rounds.
+Times time_alone(const Work& subject, size_t count);
 
 } // namespace zvbench

@@ -55,7 +55,7 @@ grab()
 step "Packages"
 # The preset also configures tests and benchmarks, so that this script and test.sh share a build folder.
 # shellcheck disable=SC2086
-ensure_packages $packages_to_build libgtest-dev libgmock-dev libbenchmark-dev python3
+ensure_packages $packages_to_build libgtest-dev libgmock-dev python3
 
 step "Build the producer, its libraries and zvgentl in build/release"
 cmake --preset release --log-level=WARNING

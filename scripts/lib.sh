@@ -3,14 +3,15 @@
 packages_to_build="g++ cmake ninja-build pkg-config libpoco-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpng-dev
     libtiff-dev libyaml-cpp-dev libzip-dev libxml2-dev libaravis-dev"
 packages_to_test="$packages_to_build git python3 gcovr clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev
-    libgtest-dev libgmock-dev libbenchmark-dev python3-jsonschema python3-yaml ccache"
-packages_to_package="$packages_to_build dpkg-dev file git libbenchmark-dev libgmock-dev libgtest-dev python3
+    libgtest-dev libgmock-dev python3-jsonschema python3-yaml ccache valgrind"
+packages_to_bench="$packages_to_build git libgtest-dev libgmock-dev python3 valgrind"
+packages_to_package="$packages_to_build dpkg-dev file git libgmock-dev libgtest-dev python3
     python3-markdown zip"
 packages_to_package_for_windows="nsis wine wine64"
 packages_to_test_packages="clang-14 debootstrap unzip"
 
 packages_to_build_windows="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 googletest dpkg-dev bzip2 xz-utils
-    $packages_to_build libbenchmark-dev"
+    $packages_to_build"
 
 # Prints a heading with the time since the script started.
 step()

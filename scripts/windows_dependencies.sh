@@ -30,7 +30,6 @@ declare -A linux_package=(
     [tiff]=libtiff-dev
     [libzip]=libzip-dev
     [libxml2]=libxml2-dev
-    [benchmark]=libbenchmark-dev
     [fmtlib]=libfmt-dev
 )
 headers_only="libcli11-dev nlohmann-json3-dev"
@@ -88,12 +87,6 @@ make_libxml2()
         grep -v '_TREE=')
     # shellcheck disable=SC2086
     build $off -DBUILD_SHARED_LIBS=OFF -DHAVE_PTHREAD_H=OFF
-}
-
-make_benchmark()
-{
-    build -DGIT_VERSION=0.0.0 -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF \
-        -DBENCHMARK_ENABLE_WERROR=OFF
 }
 
 make_fmtlib()

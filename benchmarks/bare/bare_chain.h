@@ -9,15 +9,19 @@
 #pragma GCC visibility push(default)
 extern "C" {
 
-/// Opens the first camera in queued mode, with that many queued buffers.
-void chain_open(uint32_t buffer_count, uint64_t size);
-void chain_close();
+/// Opens a camera of a grabber with that many queued buffers, in cyclic mode if `ring_frames` is not 0. The
+/// answer is what the other functions take; chain_close() ends it.
+void* chain_open(uint32_t grabber, uint32_t camera, uint32_t buffer_count, uint64_t size,
+                 uint32_t ring_frames);
+void chain_close(void* chain);
 
-/// The grabber library's handle of a buffer.
-uint64_t chain_library_handle(uint32_t index);
+/// The grabber library's handle of a buffer of a queued chain.
+uint64_t chain_library_handle(const void* chain, uint32_t index);
 
 /// The oldest filled buffer, and its private pointer, as EventGetData gives them. False when there is none.
-bool chain_get(void* datum);
+bool chain_get(void* chain, void* datum);
+/// The same, after a wait of up to so many milliseconds.
+bool chain_wait(void* chain, void* datum, uint32_t timeout);
 /// One value of a buffer, as DSGetBufferInfo gives it.
 int32_t chain_info(const void* buffer, int32_t command, int32_t* type, void* value, size_t* size);
 void chain_queue(void* buffer);

@@ -1,6 +1,6 @@
 #include "benchmarks/bare/bare_grabber.h"
 
-#include <array>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
@@ -9,7 +9,8 @@
 #include "zvgr/ZVGRLib.h"
 
 // A grabber library for measuring the producer. Every call is answered at once from plain memory: no
-// hardware, no locks, no checks. Frames come when the benchmark asks for one, on its own thread.
+// hardware, no locks, no checks. Frames come when the benchmark asks for one, on its own thread. Different
+// streams may be served by different threads.
 
 namespace {
 
@@ -21,6 +22,7 @@ struct Stream {
     uint32_t camera{0};
     uint32_t frames{0}; // of its ring; 0 in queued mode
     uint32_t last_frame{0};
+    uint64_t delivered{0};
     uint64_t frame_size{0};
     void* ring{nullptr};
     ZvStreamBufferCallback callback{nullptr};
@@ -36,7 +38,7 @@ struct Buffer {
     uint32_t stream{0};
     void* memory{nullptr};
     bool is_own{false};
-    uint32_t queue{zv_queue_output};
+    std::atomic<uint32_t> queue{zv_queue_output}; // the consumer queues, the camera takes
     uint64_t frame{0};
 };
 
@@ -49,7 +51,6 @@ constexpr uint64_t first_buffer = 0x100000000;
 uint32_t grabbers = 1;
 uint32_t cameras_per_grabber = 1;
 uint64_t payload = 4096;
-uint64_t ticks = 0;
 std::deque<Camera> cameras;
 std::deque<Stream> streams;
 std::deque<Buffer> buffers;
@@ -64,8 +65,11 @@ uint32_t make_stream(uint32_t camera, uint32_t frames, uint32_t* handle)
     stream.camera = camera;
     stream.frames = frames;
     stream.frame_size = payload;
-    if (frames != 0)
+    if (frames != 0) {
         stream.ring = std::calloc(1, payload * frames + ring_slack);
+        std::memset(stream.ring, 0x55,
+                    payload * frames); // pages that nobody has written are all the same one
+    }
     streams.push_back(stream);
     *handle = first_stream + static_cast<uint32_t>(streams.size() - 1);
     return zv_success;
@@ -73,11 +77,10 @@ uint32_t make_stream(uint32_t camera, uint32_t frames, uint32_t* handle)
 
 uint32_t announce(uint32_t stream, void* memory, bool is_own, uint64_t* handle)
 {
-    Buffer buffer;
+    Buffer& buffer = buffers.emplace_back();
     buffer.stream = stream;
     buffer.memory = memory;
     buffer.is_own = is_own;
-    buffers.push_back(buffer);
     *handle = first_buffer + buffers.size() - 1;
     return zv_success;
 }
@@ -112,22 +115,29 @@ void bare_set_up(uint32_t grabber_count, uint32_t camera_count, uint64_t frame_s
     cameras.assign(size_t{grabbers} * cameras_per_grabber, {});
 }
 
+uint32_t bare_last_stream() { return first_stream + static_cast<uint32_t>(streams.size() - 1); }
+
 uint64_t bare_last_buffer() { return first_buffer + buffers.size() - 1; }
 
 void bare_deliver(uint64_t buffer)
 {
     Buffer& filled = buffer_of(buffer);
-    filled.queue = zv_queue_output;
-    filled.frame = ++ticks;
-    const Stream& stream = stream_of(filled.stream);
+    Stream& stream = stream_of(filled.stream);
+    filled.queue.store(zv_queue_output, std::memory_order_relaxed);
+    filled.frame = ++stream.delivered;
     stream.callback(buffer, stream.context);
+}
+
+bool bare_is_queued(uint64_t buffer)
+{
+    return buffer_of(buffer).queue.load(std::memory_order_acquire) == zv_queue_input;
 }
 
 void bare_deliver_ring(uint32_t handle)
 {
     Stream& stream = stream_of(handle);
     stream.last_frame = (stream.last_frame + 1) % stream.frames;
-    ++ticks;
+    ++stream.delivered;
     const Camera& camera = camera_of(stream.camera);
     camera.callback(camera.context, handle);
 }
@@ -204,9 +214,9 @@ void* ZVGR_StreamGetPtr(uint32_t handle, uint32_t frame)
     const Stream& stream = stream_of(handle);
     return static_cast<char*>(stream.ring) + stream.frame_size * frame;
 }
-uint32_t ZVGR_StreamGetAux(uint32_t /*stream*/, uint32_t /*frame*/, ZvFrameAux* record)
+uint32_t ZVGR_StreamGetAux(uint32_t stream, uint32_t /*frame*/, ZvFrameAux* record)
 {
-    record->timestamp = ticks;
+    record->timestamp = stream_of(stream).delivered;
     return zv_success;
 }
 
@@ -221,6 +231,8 @@ uint32_t ZVGR_BufferAllocAndAnnounce(uint32_t stream, uint64_t size, void* /*use
 }
 uint32_t ZVGR_BufferRevoke(uint32_t /*stream*/, uint64_t handle)
 {
+    if (handle == 0) // a buffer of a cyclic stream
+        return failed;
     Buffer& buffer = buffer_of(handle);
     if (buffer.is_own)
         std::free(buffer.memory);
@@ -229,9 +241,9 @@ uint32_t ZVGR_BufferRevoke(uint32_t /*stream*/, uint64_t handle)
 }
 uint32_t ZVGR_BufferToQueue(uint64_t buffer, uint32_t queue)
 {
-    if (buffer == 0) // a buffer of a cyclic stream
+    if (buffer == 0) // as above
         return failed;
-    buffer_of(buffer).queue = queue;
+    buffer_of(buffer).queue.store(queue, std::memory_order_release);
     return zv_success;
 }
 uint32_t ZVGR_BufferGetInfo(uint64_t handle, uint32_t command, uint64_t* value)

@@ -89,6 +89,7 @@ RULES = [
     Rule("tests/packages", (), (SYSTEM,), knows_system=True),
     Rule("tests/checks", INTERFACES, (GTEST,)),
     Rule("benchmarks", ("include/GenTL", "include/zvgr", "tests/system"), (SYSTEM,), knows_system=True),
+    Rule("benchmarks/log_line", ("src/log",)),
 ]
 
 # Only platform asks for the operating system on behalf of these.

@@ -54,6 +54,8 @@ void Surroundings::set_mode(Mode mode) const
 
 void Surroundings::expose_demo_grabber() const { write_setting("GenTL.Interface.ExposeDemoGrabber", "1"); }
 
+void Surroundings::let_events_poll() const { write_setting("GenTL.Stream.SignaledEventMode", "0"); }
+
 void Surroundings::set_frame_size(const std::string& size) { set_variable("ZV_GRABBER_SIZE", size); }
 
 void Surroundings::set_frame_rate(const std::string& rate) { set_variable("ZV_GRABBER_RATE", rate); }

@@ -23,6 +23,8 @@ public:
     void set_mode(Mode mode) const;
     /// Lists the demo grabber too; for the next system that is opened.
     void expose_demo_grabber() const;
+    /// EventGetData polls instead of sleeping; for device lists that will be rebuilt.
+    void let_events_poll() const;
     /// The size of the frames of every camera ("640x480"; empty: each its own); takes effect at the next
     /// scan while no grabber is open.
     static void set_frame_size(const std::string& size);
