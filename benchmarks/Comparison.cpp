@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <ctime>
 
 namespace zvbench {
 
@@ -37,9 +38,51 @@ size_t count_for(const Work& work, const Limits& limits)
     }
 }
 
+double thread_time()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
+}
+
+struct Round {
+    double anchor;
+    double subject;
+};
+
+/// Drops the rounds in which the anchor was far slower than in the fastest.
+void drop_slow(std::vector<Round>& rounds)
+{
+    const auto by_anchor = [](const Round& left, const Round& right) { return left.anchor < right.anchor; };
+    const double fastest = std::min_element(rounds.begin(), rounds.end(), by_anchor)->anchor;
+    const auto is_slow = [=](const Round& round) { return round.anchor > (1 + other_rounds) * fastest; };
+    rounds.erase(std::remove_if(rounds.begin(), rounds.end(), is_slow), rounds.end());
+}
+
+Comparison comparison_of(const std::vector<Round>& rounds, size_t all_rounds)
+{
+    Comparison comparison;
+    for (const Round& round : rounds) {
+        comparison.anchor.rounds.push_back(round.anchor);
+        comparison.subject.rounds.push_back(round.subject);
+        comparison.ratio.rounds.push_back(round.subject / round.anchor);
+    }
+    comparison.void_rounds = all_rounds - rounds.size();
+    return comparison;
+}
+
 } // namespace
 
-Work timed(std::function<void(size_t count)> run)
+Work computing(std::function<void(size_t count)> run)
+{
+    return [run = std::move(run)](size_t count) {
+        const double start = thread_time();
+        run(count);
+        return (thread_time() - start) / static_cast<double>(count);
+    };
+}
+
+Work elapsing(std::function<void(size_t count)> run)
 {
     return [run = std::move(run)](size_t count) {
         const auto start = Clock::now();
@@ -65,24 +108,23 @@ Comparison compare(const Work& anchor, const Work& subject, const Limits& limits
     const size_t anchors = count_for(anchor, limits);
     const size_t subjects = count_for(subject, limits);
     const size_t wanted = effort().is_trial ? 1 : effort().rounds;
-    Comparison comparison;
-    for (size_t round = 0; comparison.ratio.rounds.size() < wanted; ++round) {
-        if (round == limits.rounds_allowed)
+    const auto end = Clock::now() + limits.patience;
+    std::vector<Round> rounds;
+    size_t all_rounds = 0;
+    while (rounds.size() < wanted) {
+        if (all_rounds > wanted && Clock::now() > end)
             throw NoResult{"machine too busy"};
+        ++all_rounds;
         const double before = anchor(anchors);
         const double between = subject(subjects);
         const double after = anchor(anchors);
         const bool is_steady = std::abs(before - after) <= limits.tolerance * std::min(before, after);
-        if (!is_steady && !effort().is_trial) {
-            ++comparison.void_rounds;
+        if (!is_steady && !effort().is_trial)
             continue;
-        }
-        const double mean = (before + after) / 2;
-        comparison.anchor.rounds.push_back(mean);
-        comparison.subject.rounds.push_back(between);
-        comparison.ratio.rounds.push_back(between / mean);
+        rounds.push_back({(before + after) / 2, between});
+        drop_slow(rounds);
     }
-    return comparison;
+    return comparison_of(rounds, all_rounds);
 }
 
 Times time_alone(const Work& subject, size_t count)

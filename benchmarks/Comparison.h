@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <stdexcept>
 #include <vector>
@@ -9,8 +10,11 @@ namespace zvbench {
 /// Something that is timed: does it `count` times and answers the nanoseconds that one took.
 using Work = std::function<double(size_t count)>;
 
+/// A work on the calling thread alone: its processor time counts, so that it does not matter when the system
+/// lets another thread run.
+Work computing(std::function<void(size_t count)> run);
 /// A work whose elapsed time counts, from the first to the last.
-Work timed(std::function<void(size_t count)> run);
+Work elapsing(std::function<void(size_t count)> run);
 
 /// Why a row has no result, although nothing is wrong with what it measures.
 class NoResult : public std::runtime_error {
@@ -41,23 +45,24 @@ struct Comparison {
     Times anchor;
     Times subject;
     Times ratio;
-    /// Rounds that did not count, because the anchor before and after the subject disagreed.
+    /// Rounds that did not count, because of what the anchor took.
     size_t void_rounds{0};
 };
 
-constexpr double same_core{0.03};    // how far the anchor may disagree with itself
+constexpr double same_core{0.03};    // how far the anchor may disagree with itself in a round
 constexpr double across_cores{0.08}; // the same with a thread on each core
+constexpr double other_rounds{0.5};  // how far it may exceed its fastest round
 
 /// What a comparison takes for a round, and for a good one.
 struct Limits {
     double tolerance{same_core};
     size_t count{0}; // of a round; 0: as many as take a few milliseconds
-    size_t rounds_allowed{300};
+    std::chrono::seconds patience{20};
 };
 
 /// Times anchor, subject and anchor again, back to back, for as many rounds as the effort says. Machines are
-/// shared: a round whose anchors disagree by more than the tolerance is repeated. Throws NoResult when the
-/// allowed rounds are used up.
+/// shared: a round whose anchors disagree by more than the tolerance is repeated, and so is one whose anchor
+/// is far slower than in other rounds. Throws NoResult when the time for that is used up.
 Comparison compare(const Work& anchor, const Work& subject, const Limits& limits = {});
 
 /// Times something that has no anchor: `count` of it in each of a few rounds.

@@ -206,7 +206,7 @@ struct Contest {
             return [this, &camera](size_t count) { return measure(camera, what, period, count); };
         };
         return compare(work_of(anchor), work_of(subject),
-                       {across_cores, effort().is_trial ? 4 : frames, 4 * effort().rounds});
+                       {across_cores, effort().is_trial ? 4 : frames, std::chrono::seconds{40}});
     }
 };
 

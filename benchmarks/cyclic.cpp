@@ -41,7 +41,7 @@ public:
     /// The callback's part of step().
     double time_callback()
     {
-        const double taken = timed([this](size_t) { m_way.deliver(); })(1);
+        const double taken = elapsing([this](size_t) { m_way.deliver(); })(1);
         m_frames.push_back(take());
         give_back();
         return taken;
@@ -132,7 +132,7 @@ Work warmed_up(size_t frames, const std::function<void()>& frame)
     return [=](size_t count) {
         for (size_t i = 0; i < frames; ++i)
             frame();
-        return timed([&frame](size_t copies) {
+        return computing([&frame](size_t copies) {
             for (; copies > 0; --copies)
                 frame();
         })(count);
@@ -188,7 +188,7 @@ Result measure_first_frame()
 {
     const BareLibraries bare;
     Consumer consumer{bare, {1, 8, 8 * mebibyte, Mode::cyclic}, 0};
-    const auto fill = [&] { return timed([&](size_t) { consumer.fill_all(); })(1); };
+    const auto fill = [&] { return computing([&](size_t) { consumer.fill_all(); })(1); };
     const Work later = [&](size_t) {
         const double taken = fill();
         consumer.give_all_back();

@@ -11,6 +11,8 @@ namespace {
 using namespace GenTL;
 using namespace zvbench;
 
+constexpr size_t deliveries = 200; // of a round
+
 enum class Calls { event_only, all };
 
 /// A frame through the producer: its buffer is asked about and queued again inside or outside the time.
@@ -75,7 +77,7 @@ Comparison compare_delivery(const Setup& setup, Calls calls, Cores cores, double
     else if (is_across)
         signal = {bare.futex_signal, bare.futex_wait, {}};
     return compare(time_until_received(signal, cores, waiting),
-                   time_until_received(frame.parties(), cores, waiting), {tolerance});
+                   time_until_received(frame.parties(), cores, waiting), {tolerance, deliveries});
 }
 
 Row one_core_row(const char* what, Calls calls, size_t buffers, double limit)
@@ -94,7 +96,7 @@ Result measure_append()
     const Work work = [&](size_t count) {
         return deliver(frame.parties(), two_cores(), Waiting::spinning, count).sending;
     };
-    return fastest_of(time_alone(work, effort().is_trial ? 1 : 500), 1000);
+    return fastest_of(time_alone(work, effort().is_trial ? 1 : deliveries), 1000);
 }
 
 /// Of a delivery to a consumer that need not wait.

@@ -99,7 +99,7 @@ Result measure_step(const Step& timed_step)
         double nanoseconds = 0;
         for (size_t i = 0; i < batches; ++i)
             for (const Step& step : steps) {
-                const double taken = timed([&](size_t) { step.run(way, buffers); })(1);
+                const double taken = elapsing([&](size_t) { step.run(way, buffers); })(1);
                 if (&step == &timed_step)
                     nanoseconds += taken;
             }

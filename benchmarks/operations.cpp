@@ -33,13 +33,13 @@ public:
 Result measure_disabled_line()
 {
     const LogLines lines;
-    return ratio_of(compare(timed(lines.compare), timed(lines.disabled)));
+    return ratio_of(compare(computing(lines.compare), computing(lines.disabled)));
 }
 
 Result measure_error_line()
 {
     const LogLines lines;
-    return fastest_of(time_alone(timed(lines.written), 1000), microsecond);
+    return fastest_of(time_alone(elapsing(lines.written), 1000), microsecond);
 }
 
 void count_disabled_lines(size_t count)
@@ -109,7 +109,7 @@ Result measure_announcing(const Step& step)
 
 double time_once(const std::function<void()>& step)
 {
-    return timed([&](size_t) { step(); })(1);
+    return elapsing([&](size_t) { step(); })(1);
 }
 
 Result measure_announce()
@@ -134,7 +134,7 @@ Result measure_count_query()
     Announcing announcing{many_buffers};
     announcing.announce();
     announcing.queue_all();
-    const Work query = timed([&](size_t count) {
+    const Work query = computing([&](size_t count) {
         for (; count > 0; --count)
             announcing.count_queued();
     });
@@ -155,7 +155,7 @@ Comparison compare_event_check(size_t streams)
     BareSystem system{bare, {streams, 1}};
     ChainWay chain{bare, system, {1, 16}};
     const EVENT_HANDLE event = system.streams.back().event;
-    const Work check = timed([&](size_t count) {
+    const Work check = computing([&](size_t count) {
         for (; count > 0; --count) {
             INFO_DATATYPE type = INFO_DATATYPE_UNKNOWN;
             int32_t value = 0;
@@ -198,7 +198,7 @@ Result measure_software_frame(const char* size, zvsystem::Mode mode)
     camera.announce(16);
     camera.start_and_queue();
     camera.queue(camera.next().buffer); // the camera takes a while to start
-    const Work frames = timed([&](size_t count) {
+    const Work frames = elapsing([&](size_t count) {
         for (; count > 0; --count)
             camera.queue(camera.next().buffer);
     });
@@ -233,7 +233,7 @@ private:
 Result measure_process(const std::string& grabbers, const std::vector<std::string>& command)
 {
     const Grabbers configuration{grabbers};
-    return fastest_of(time_alone(timed([&](size_t) { run_child(command); }), 1), millisecond);
+    return fastest_of(time_alone(elapsing([&](size_t) { run_child(command); }), 1), millisecond);
 }
 
 std::string many_grabbers()

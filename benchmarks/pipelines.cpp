@@ -107,7 +107,7 @@ public:
     {
         return compare([this](size_t count) { return m_chains.run(count); },
                        [this](size_t count) { return m_producer.run(count); },
-                       {across_cores, effort().is_trial ? 2 : load.frames(), 3 * effort().rounds});
+                       {across_cores, effort().is_trial ? 2 : load.frames(), std::chrono::seconds{40}});
     }
 
     /// Throws NoResult when the bare chains lose frames too.

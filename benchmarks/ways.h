@@ -129,7 +129,7 @@ void run_frames(Way& way, size_t count)
 template <class Way>
 Work frames_of(Way& way)
 {
-    return timed([&way](size_t count) { run_frames(way, count); });
+    return computing([&way](size_t count) { run_frames(way, count); });
 }
 
 } // namespace zvbench
