@@ -37,6 +37,7 @@ public:
     decltype(&::chain_library_handle) chain_library_handle{m_chain.find("chain_library_handle")};
     decltype(&::chain_get) chain_get{m_chain.find("chain_get")};
     decltype(&::chain_wait) chain_wait{m_chain.find("chain_wait")};
+    decltype(&::chain_kill) chain_kill{m_chain.find("chain_kill")};
     decltype(&::chain_info) chain_info{m_chain.find("chain_info")};
     decltype(&::chain_queue) chain_queue{m_chain.find("chain_queue")};
     decltype(&::condition_signal) condition_signal{m_chain.find("condition_signal")};

@@ -133,7 +133,7 @@ public:
 
     Pace::Clock::time_point consume()
     {
-        const BUFFER_HANDLE buffer = m_way.take(GENTL_INFINITE);
+        const BUFFER_HANDLE buffer = m_way.wait();
         const auto taken = Pace::Clock::now();
         require(buffer != nullptr, "a frame was lost");
         m_way.ask(buffer);

@@ -38,7 +38,7 @@ public:
 private:
     void receive()
     {
-        m_buffer = m_way.take(GENTL_INFINITE); // a time-out would cost a timer
+        m_buffer = m_way.wait();
         require(m_buffer != nullptr, "a frame was lost");
         if (m_calls == Calls::all) {
             m_way.ask(m_buffer);
@@ -104,7 +104,7 @@ void count_delivery(size_t count)
 {
     const BareLibraries bare;
     const SecondThread second;
-    BareSystem system{bare, {}};
+    BareSystem system{bare, {1, 16}};
     Frame frame{system, Calls::event_only};
     count_instructions([&](size_t frames) { frame.run(frames); }, count);
 }

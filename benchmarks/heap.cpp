@@ -78,7 +78,7 @@ Result count_steady(const Setup& setup)
     const auto run = [&way](size_t count) {
         for (; count > 0; --count) {
             way.deliver();
-            const BUFFER_HANDLE buffer = way.take(GENTL_INFINITE);
+            const BUFFER_HANDLE buffer = way.wait();
             way.ask(buffer);
             way.queue(buffer);
         }

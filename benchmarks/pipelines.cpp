@@ -41,18 +41,21 @@ public:
     {
         const double before = processor_time();
         const auto start = std::chrono::steady_clock::now() + m_period;
-        std::vector<std::thread> threads;
-        std::atomic<size_t> running{m_ways.size()};
+        std::vector<std::thread> consumers;
+        std::vector<std::thread> senders;
         for (size_t i = 0; i < m_ways.size(); ++i) {
             const auto phase = m_period * static_cast<int64_t>(i) / static_cast<int64_t>(m_ways.size());
-            threads.emplace_back([this, i, first = start + phase, frames, &running] {
-                deliver(*m_ways[i], first, frames);
-                --running;
-            });
-            threads.emplace_back([this, i, &running] { consume(*m_ways[i], running); });
+            consumers.emplace_back([this, i] { consume(*m_ways[i]); });
+            senders.emplace_back(
+                [this, i, first = start + phase, frames] { send(*m_ways[i], first, frames); });
         }
-        for (std::thread& thread : threads)
-            thread.join();
+        for (std::thread& sender : senders)
+            sender.join();
+        wait_for_the_last();
+        for (size_t i = 0; i < m_ways.size(); ++i) {
+            m_ways[i]->kill();
+            consumers[i].join();
+        }
         return (processor_time() - before) / static_cast<double>(frames * m_ways.size());
     }
 
@@ -60,7 +63,7 @@ public:
     size_t lost() const { return m_sent - m_received; }
 
 private:
-    void deliver(Way& way, std::chrono::steady_clock::time_point next, size_t frames)
+    void send(Way& way, std::chrono::steady_clock::time_point next, size_t frames)
     {
         for (; frames > 0; --frames, next += m_period) {
             std::this_thread::sleep_until(next);
@@ -70,19 +73,21 @@ private:
         }
     }
 
-    void consume(Way& way, const std::atomic<size_t>& running)
+    /// Until it is killed: every kill ends a wait, so none is left for the next run.
+    void consume(Way& way)
     {
-        constexpr uint32_t patience = 20; // milliseconds
-        for (;;) {
-            const bool is_last_look = running == 0;
-            const BUFFER_HANDLE buffer = way.take(patience);
-            if (buffer != nullptr) {
-                ++m_received;
-                way.queue(buffer);
-            } else if (is_last_look) {
-                return;
-            }
+        for (BUFFER_HANDLE buffer = way.wait(); buffer != nullptr; buffer = way.wait()) {
+            ++m_received;
+            way.queue(buffer);
         }
+    }
+
+    /// Frames that have not arrived after this time are lost.
+    void wait_for_the_last() const
+    {
+        constexpr std::chrono::milliseconds moment{1};
+        for (int i = 0; i < 200 && m_received != m_sent; ++i)
+            std::this_thread::sleep_for(moment);
     }
 
     std::chrono::nanoseconds m_period;

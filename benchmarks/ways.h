@@ -34,15 +34,11 @@ public:
     bool is_ready() const { return m_open.source.is_ready(); }
     void deliver() { m_open.source.deliver(); }
 
-    /// Null when no frame comes in so many milliseconds.
-    GenTL::BUFFER_HANDLE take(uint64_t timeout = 0) const
-    {
-        GenTL::EVENT_NEW_BUFFER_DATA datum;
-        size_t room = sizeof datum;
-        const bool is_taken =
-            m_gentl.EventGetData(m_open.event, &datum, &room, timeout) == GenTL::GC_ERR_SUCCESS;
-        return is_taken ? datum.BufferHandle : nullptr;
-    }
+    /// The next frame's buffer; null when there is none.
+    GenTL::BUFFER_HANDLE take() const { return get(0); }
+    /// The same, after a wait for it. Null after kill().
+    GenTL::BUFFER_HANDLE wait() const { return get(GENTL_INFINITE); }
+    void kill() const { m_gentl.EventKill(m_open.event); }
 
     void ask(GenTL::BUFFER_HANDLE buffer) const
     {
@@ -58,6 +54,15 @@ public:
     }
 
 private:
+    GenTL::BUFFER_HANDLE get(uint64_t timeout) const
+    {
+        GenTL::EVENT_NEW_BUFFER_DATA datum;
+        size_t room = sizeof datum;
+        const bool is_taken =
+            m_gentl.EventGetData(m_open.event, &datum, &room, timeout) == GenTL::GC_ERR_SUCCESS;
+        return is_taken ? datum.BufferHandle : nullptr;
+    }
+
     const zvsystem::Functions& m_gentl;
     OpenStream& m_open;
 };
@@ -81,13 +86,17 @@ public:
     bool is_ready() const { return m_source.is_ready(); }
     void deliver() { m_source.deliver(); }
 
-    GenTL::BUFFER_HANDLE take(uint32_t timeout = 0) const
+    GenTL::BUFFER_HANDLE take() const
     {
         GenTL::EVENT_NEW_BUFFER_DATA datum;
-        const bool is_taken =
-            timeout == 0 ? m_bare.chain_get(m_chain, &datum) : m_bare.chain_wait(m_chain, &datum, timeout);
-        return is_taken ? datum.BufferHandle : nullptr;
+        return m_bare.chain_get(m_chain, &datum) ? datum.BufferHandle : nullptr;
     }
+    GenTL::BUFFER_HANDLE wait() const
+    {
+        GenTL::EVENT_NEW_BUFFER_DATA datum;
+        return m_bare.chain_wait(m_chain, &datum) ? datum.BufferHandle : nullptr;
+    }
+    void kill() const { m_bare.chain_kill(m_chain); }
 
     void ask(GenTL::BUFFER_HANDLE buffer) const
     {

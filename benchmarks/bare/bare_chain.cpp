@@ -1,7 +1,6 @@
 #include "benchmarks/bare/bare_chain.h"
 
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
@@ -46,6 +45,7 @@ struct Chain {
     size_t count{0};
     size_t next_input{0}; // of a cyclic chain: buffers are used in turn
     bool is_waiting{false};
+    bool is_killed{false};
 
     Buffer* take()
     {
@@ -191,19 +191,27 @@ bool chain_get(void* handle, void* datum)
     return give_datum(buffer, datum);
 }
 
-bool chain_wait(void* handle, void* datum, uint32_t timeout)
+bool chain_wait(void* handle, void* datum)
 {
     Chain& chain = *static_cast<Chain*>(handle);
     const Buffer* buffer = nullptr;
     {
         std::unique_lock lock{chain.mutex};
         chain.is_waiting = true;
-        chain.condition.wait_for(lock, std::chrono::milliseconds{timeout},
-                                 [&chain] { return chain.count != 0; });
+        chain.condition.wait(lock, [&chain] { return chain.count != 0 || chain.is_killed; });
         chain.is_waiting = false;
+        chain.is_killed = false;
         buffer = chain.take();
     }
     return give_datum(buffer, datum);
+}
+
+void chain_kill(void* handle)
+{
+    Chain& chain = *static_cast<Chain*>(handle);
+    const std::lock_guard lock{chain.mutex};
+    chain.is_killed = true;
+    chain.condition.notify_one();
 }
 
 int32_t chain_info(const void* handle, int32_t command, int32_t* type, void* value, size_t* size)

@@ -20,8 +20,10 @@ uint64_t chain_library_handle(const void* chain, uint32_t index);
 
 /// The oldest filled buffer, and its private pointer, as EventGetData gives them. False when there is none.
 bool chain_get(void* chain, void* datum);
-/// The same, after a wait of up to so many milliseconds.
-bool chain_wait(void* chain, void* datum, uint32_t timeout);
+/// The same, after a wait for it. False after chain_kill().
+bool chain_wait(void* chain, void* datum);
+/// Ends the present wait, or the next one.
+void chain_kill(void* chain);
 /// One value of a buffer, as DSGetBufferInfo gives it.
 int32_t chain_info(const void* buffer, int32_t command, int32_t* type, void* value, size_t* size);
 void chain_queue(void* buffer);
