@@ -1,7 +1,6 @@
 #include "logger/SettingsStore.h"
 
 #include "platform/FileLock.h"
-#include "platform/environment.h"
 #include "platform/paths.h"
 
 namespace zvlog {
@@ -23,6 +22,9 @@ const std::string& target_of(const SettingsPlaces& places)
 SettingsPlaces settings_places()
 {
     SettingsPlaces places;
+    std::vector<const char*> variables = platform::configuration_variables();
+    variables.push_back(settings_variable);
+    places.variables = platform::environment_of(variables);
     places.chosen = platform::environment(settings_variable);
     const std::string user = platform::user_configuration_folder().generic_u8string();
     places.user = user.empty() ? "" : user + settings_name;
@@ -30,47 +32,73 @@ SettingsPlaces settings_places()
     return places;
 }
 
-SettingsStore::SettingsStore(Places places, Warn warn) : m_places(std::move(places)), m_warn(std::move(warn))
+SettingsStore::SettingsStore(Places places, Warn warn, SettingsFiles files)
+    : m_places(std::move(places)), m_warn(std::move(warn)), m_files(std::move(files))
 {
 }
 
-std::uint32_t SettingsStore::value_or_add(const std::string& key, std::uint32_t default_value,
-                                          const std::string& description)
+std::uint32_t SettingsStore::value_or_add(std::string_view key, std::uint32_t default_value,
+                                          const char* description)
 {
     if (!is_storable_key(key))
         return default_value;
     Warnings warnings;
-    std::uint32_t result = default_value;
+    std::optional<std::uint32_t> result;
     {
         const std::lock_guard lock(m_mutex);
-        const SettingsPlaces places = checked_places(warnings);
-        ActiveFile file = read_active_file(places, warnings);
-        SettingEntry entry = find_setting(file.content.text, key);
-        const auto in_memory = remembered(places, key);
-        if (!entry.is_present && !in_memory)
-            entry = add(places, key, default_value, description, file, warnings);
+        if (!is_current())
+            read_again(warnings);
+        const SettingEntry& entry = entry_of(key);
         if (entry.is_present)
-            result = number_of(entry, key, file, warnings).value_or(default_value);
+            result = number_of(entry, key, m_copy.file.path, warnings);
+        else if (const auto in_memory = remembered(key))
+            result = in_memory;
         else
-            result = in_memory.value_or(default_value);
+            result = add(key, default_value, description, warnings);
     }
     report(warnings);
-    return result;
+    return result.value_or(default_value);
 }
 
-std::optional<std::uint32_t> SettingsStore::value(const std::string& key)
+std::optional<std::uint32_t> SettingsStore::value(std::string_view key)
 {
     Warnings warnings;
     std::optional<std::uint32_t> result;
     {
         const std::lock_guard lock(m_mutex);
-        const SettingsPlaces places = checked_places(warnings);
-        const ActiveFile file = read_active_file(places, warnings);
-        const SettingEntry entry = find_setting(file.content.text, key);
-        result = entry.is_present ? number_of(entry, key, file, warnings) : remembered(places, key);
+        if (!is_current())
+            read_again(warnings);
+        const SettingEntry& entry = entry_of(key);
+        result = entry.is_present ? number_of(entry, key, m_copy.file.path, warnings) : remembered(key);
     }
     report(warnings);
     return result;
+}
+
+bool SettingsStore::is_current() const
+{
+    const SettingsPlaces& places = m_copy.places;
+    const ActiveFile& file = m_copy.file;
+    if (!file.content.is_settled || !platform::environment_is(places.variables))
+        return false;
+    if (file.path == places.system && places.user.empty()) // the user's folder may appear
+        return false;
+    for (const std::string* const path : {&places.chosen, &places.user, &places.system}) {
+        if (*path == file.path)
+            return m_files.stamp(*path) == file.content.stamp;
+        if (!path->empty() && m_files.stamp(*path).state != platform::FileState::missing)
+            return false;
+    }
+    return false;
+}
+
+void SettingsStore::read_again(Warnings& warnings)
+{
+    m_copy.places = checked_places(warnings);
+    ActiveFile file = read_active_file(m_copy.places, warnings);
+    if (file.content.text != m_copy.file.content.text)
+        m_copy.entries.clear();
+    m_copy.file = std::move(file);
 }
 
 SettingsPlaces SettingsStore::checked_places(Warnings& warnings) const
@@ -84,12 +112,13 @@ SettingsPlaces SettingsStore::checked_places(Warnings& warnings) const
     return places;
 }
 
-SettingsStore::ActiveFile SettingsStore::read_active_file(const SettingsPlaces& places, Warnings& warnings)
+SettingsStore::ActiveFile SettingsStore::read_active_file(const SettingsPlaces& places,
+                                                          Warnings& warnings) const
 {
     for (const std::string& path : {places.chosen, places.user, places.system}) {
         if (path.empty())
             continue;
-        ActiveFile file{path, platform::read_file(path)};
+        ActiveFile file{path, m_files.read(path)};
         if (file.content.state == platform::FileState::unreadable)
             warnings.push_back("the settings file " + path + " cannot be read: " + file.content.reason);
         if (file.content.state != platform::FileState::missing)
@@ -98,26 +127,37 @@ SettingsStore::ActiveFile SettingsStore::read_active_file(const SettingsPlaces& 
     return {};
 }
 
-std::optional<std::uint32_t> SettingsStore::number_of(const SettingEntry& entry, const std::string& key,
-                                                      const ActiveFile& file, Warnings& warnings)
+const SettingEntry& SettingsStore::entry_of(std::string_view key)
+{
+    const auto known = m_copy.entries.find(key);
+    if (known != m_copy.entries.end())
+        return known->second;
+    return m_copy.entries.emplace(std::string(key), find_setting(m_copy.file.content.text, key))
+        .first->second;
+}
+
+std::optional<std::uint32_t> SettingsStore::number_of(const SettingEntry& entry, std::string_view key,
+                                                      const std::string& file, Warnings& warnings)
 {
     if (!entry.number)
-        warnings.push_back("the setting " + key + " in " + file.path + " is not a 32-bit number: '" +
+        warnings.push_back("the setting " + std::string(key) + " in " + file + " is not a 32-bit number: '" +
                            entry.text + "'; its default is used");
     return entry.number;
 }
 
-std::optional<std::uint32_t> SettingsStore::remembered(const SettingsPlaces& places,
-                                                       const std::string& key) const
+std::optional<std::uint32_t> SettingsStore::remembered(std::string_view key) const
 {
-    const auto found = m_memory.find({target_of(places), key});
+    if (m_memory.empty()) // as usual
+        return std::nullopt;
+    const auto found = m_memory.find({target_of(m_copy.places), std::string(key)});
     return found == m_memory.end() ? std::nullopt : std::optional(found->second);
 }
 
-SettingEntry SettingsStore::add(const SettingsPlaces& places, const std::string& key,
-                                std::uint32_t default_value, const std::string& description, ActiveFile& file,
-                                Warnings& warnings)
+/// The number that somebody else has added in the meantime, or nothing: the default, or no number.
+std::optional<std::uint32_t> SettingsStore::add(std::string_view key, std::uint32_t default_value,
+                                                const char* description, Warnings& warnings)
 {
+    const SettingsPlaces places = checked_places(warnings); // a folder may have come or gone
     const std::string& target = target_of(places);
     const std::string path = platform::resolve_links(target);
     // Whoever chooses a file makes its folder.
@@ -129,10 +169,10 @@ SettingEntry SettingsStore::add(const SettingsPlaces& places, const std::string&
         const platform::FileLock lock(path + ".lock");
         reason = lock.reason();
         for (int attempt = 0; lock.is_held() && attempt < most_attempts; ++attempt) {
-            file = read_active_file(places, warnings);
-            SettingEntry entry = find_setting(file.content.text, key);
+            const ActiveFile file = read_active_file(places, warnings);
+            const SettingEntry entry = find_setting(file.content.text, key);
             if (entry.is_present)
-                return entry;
+                return number_of(entry, key, file.path, warnings);
             reason = file.content.reason;
             if (file.content.state == platform::FileState::unreadable)
                 break;
@@ -140,16 +180,16 @@ SettingEntry SettingsStore::add(const SettingsPlaces& places, const std::string&
             const std::string text = with_setting_added(file.content.text, key, default_value, description);
             const auto outcome = platform::replace_file(path, seen, text, reason);
             if (outcome == platform::Replacement::done)
-                return {}; // the file has the default
+                return default_value;
             if (outcome == platform::Replacement::failed)
                 break;
             reason = "somebody else keeps changing it";
         }
     }
-    m_memory[{target, key}] = default_value;
+    m_memory[{target, std::string(key)}] = default_value;
     warnings.push_back("the settings file " + target + " cannot be written: " + reason +
                        "; new settings are kept in memory");
-    return {};
+    return default_value;
 }
 
 void SettingsStore::report(const Warnings& warnings)

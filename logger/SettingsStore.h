@@ -7,10 +7,12 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "logger/SettingsText.h"
+#include "platform/environment.h"
 #include "platform/files.h"
 
 namespace zvlog {
@@ -22,48 +24,66 @@ struct SettingsPlaces {
     std::string chosen;
     std::string user;
     std::string system;
+    /// The variables of the environment that these follow from.
+    platform::Variables variables;
 };
 
 /// The places as the environment gives them now.
 SettingsPlaces settings_places();
 
-/// Reads the file at every call, so that an edit takes effect at the next call, whatever its time stamp.
-/// Files only change as a whole, and one process at a time adds to them. A new file starts as a copy of the
-/// one that counted until then, so that no value changes because it appears. When nothing can be written,
-/// keys are kept in memory. Each problem is reported once. For any thread.
+/// How the store looks at files. Tests put functions of their own in between.
+struct SettingsFiles {
+    std::function<platform::FileContent(const std::string&)> read{platform::read_file};
+    std::function<platform::FileStamp(const std::string&)> stamp{platform::stamp_of};
+};
+
+/// Looks at the file at every call, so that an edit takes effect at the next call, and reads it only if its
+/// stamp may hide an edit. Files only change as a whole, and one process at a time adds to them. A new file
+/// starts as a copy of the one that counted until then, so that no value changes because it appears. When
+/// nothing can be written, keys are kept in memory. Each problem is reported once. For any thread.
 class SettingsStore {
 public:
     using Places = std::function<SettingsPlaces()>;
     /// Called without any lock held.
     using Warn = std::function<void(const std::string&)>;
 
-    SettingsStore(Places places, Warn warn);
+    SettingsStore(Places places, Warn warn, SettingsFiles files = {});
 
     /// The stored value; adds the key with the default when it is missing.
-    std::uint32_t value_or_add(const std::string& key, std::uint32_t default_value,
-                               const std::string& description);
+    std::uint32_t value_or_add(std::string_view key, std::uint32_t default_value, const char* description);
     /// The stored value; nothing when the key is missing or its value is not a number.
-    std::optional<std::uint32_t> value(const std::string& key);
+    std::optional<std::uint32_t> value(std::string_view key);
 
 private:
     struct ActiveFile {
         std::string path;
         platform::FileContent content;
     };
+    /// What was found the last time, and what the text says about the keys that were asked for since.
+    struct Copy {
+        SettingsPlaces places;
+        ActiveFile file;
+        std::map<std::string, SettingEntry, std::less<>> entries;
+    };
     using Warnings = std::vector<std::string>;
 
+    bool is_current() const;
+    void read_again(Warnings& warnings);
     SettingsPlaces checked_places(Warnings& warnings) const;
-    static ActiveFile read_active_file(const SettingsPlaces& places, Warnings& warnings);
-    static std::optional<std::uint32_t> number_of(const SettingEntry& entry, const std::string& key,
-                                                  const ActiveFile& file, Warnings& warnings);
-    std::optional<std::uint32_t> remembered(const SettingsPlaces& places, const std::string& key) const;
-    SettingEntry add(const SettingsPlaces& places, const std::string& key, std::uint32_t default_value,
-                     const std::string& description, ActiveFile& file, Warnings& warnings);
+    ActiveFile read_active_file(const SettingsPlaces& places, Warnings& warnings) const;
+    const SettingEntry& entry_of(std::string_view key);
+    static std::optional<std::uint32_t> number_of(const SettingEntry& entry, std::string_view key,
+                                                  const std::string& file, Warnings& warnings);
+    std::optional<std::uint32_t> remembered(std::string_view key) const;
+    std::optional<std::uint32_t> add(std::string_view key, std::uint32_t default_value,
+                                     const char* description, Warnings& warnings);
     void report(const Warnings& warnings);
 
     const Places m_places;
     const Warn m_warn;
+    const SettingsFiles m_files;
     std::mutex m_mutex;
+    Copy m_copy;
     /// By file and key.
     std::map<std::pair<std::string, std::string>, std::uint32_t> m_memory;
     std::set<std::string> m_reported;

@@ -73,12 +73,12 @@ SettingEntry find_setting(std::string_view settings, std::string_view key)
     return entry;
 }
 
-std::string with_setting_added(std::string_view settings, const std::string& key, std::uint32_t value,
+std::string with_setting_added(std::string_view settings, std::string_view key, std::uint32_t value,
                                const std::string& description)
 {
     const std::string number = std::to_string(value);
-    const std::string lines =
-        "\n" + as_comment(description) + "# Default: " + number + "\n" + key + " = " + number + "\n";
+    const std::string lines = "\n" + as_comment(description) + "# Default: " + number + "\n" +
+                              std::string(key) + " = " + number + "\n";
 
     std::string text(settings.empty() ? file_header : settings);
     std::string added = text.back() == '\n' ? lines : "\n" + lines;
@@ -90,8 +90,8 @@ std::string with_setting_added(std::string_view settings, const std::string& key
 bool is_storable_key(std::string_view key)
 {
     return !key.empty() && key == trimmed(key) && key.front() != '#' && key.front() != '!' &&
-           key.find_first_of("=:") == std::string_view::npos &&
-           std::none_of(key.begin(), key.end(), is_control);
+           std::none_of(key.begin(), key.end(),
+                        [](char letter) { return letter == '=' || letter == ':' || is_control(letter); });
 }
 
 } // namespace zvlog

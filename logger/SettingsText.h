@@ -23,7 +23,7 @@ SettingEntry find_setting(std::string_view settings, std::string_view key);
 
 /// `settings` with the key added at the end and everything else unchanged. Comments above the key give its
 /// description and default.
-std::string with_setting_added(std::string_view settings, const std::string& key, std::uint32_t value,
+std::string with_setting_added(std::string_view settings, std::string_view key, std::uint32_t value,
                                const std::string& description);
 
 /// True when a key can be written to a file and read back.

@@ -1,16 +1,15 @@
 #pragma once
 
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string>
+
+#include "platform/FileStamp.h"
 
 // Whole files: reading one, and replacing one so that nobody ever sees half of it. Paths that are texts are
 // UTF-8.
 
 namespace platform {
-
-enum class FileState { present, missing, unreadable };
 
 /// A file as it was when it was read.
 struct FileContent {
@@ -18,9 +17,11 @@ struct FileContent {
     std::string text;
     /// Why it is unreadable.
     std::string reason;
-    /// Together with `node`: which file it was, whatever its name is now.
-    std::uint64_t device{0};
-    std::uint64_t node{0};
+    /// Taken before the text was read; only of a file that is present.
+    FileStamp stamp;
+    /// Whether every change that is not in the text yet is certain to change the stamp. Never for files on
+    /// other machines: the system may hand out old stamps of those.
+    bool is_settled{false};
 };
 
 /// Reads a regular file. Anything else under that name, or an unreasonably large file, is unreadable.

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 // Paths, and the folders that have a purpose. Texts are UTF-8, with the separators of the system.
 
@@ -30,6 +31,9 @@ std::filesystem::path user_configuration_folder();
 
 /// The folder with the configuration of the product for all users of the machine.
 std::filesystem::path machine_configuration_folder();
+
+/// The names of the environment variables that the two folders of configurations depend on.
+std::vector<const char*> configuration_variables();
 
 /// The folder for what the product writes of its own accord, such as logs; empty when the user has none.
 std::filesystem::path user_state_folder();

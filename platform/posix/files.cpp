@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "platform/paths.h"
+#include "platform/posix/file_stamp.h"
 
 namespace platform {
 
@@ -97,8 +98,8 @@ bool write_new_file(const std::string& name, const std::string& path, const File
 
 bool is_as_seen(const FileContent& file, const FileContent& seen)
 {
-    return file.state == seen.state && file.device == seen.device && file.node == seen.node &&
-           file.text == seen.text;
+    return file.state == seen.state && file.stamp.device == seen.stamp.device &&
+           file.stamp.node == seen.stamp.node && file.text == seen.text;
 }
 
 #if defined(RENAME_EXCHANGE)
@@ -149,6 +150,7 @@ FileContent read_file(const std::string& path)
     if (file.number() == -1 && (errno == ENOENT || errno == ENOTDIR))
         return content;
     content.state = FileState::unreadable;
+    const std::int64_t now = stamp_clock();
     struct stat state = {};
     if (file.number() == -1 || fstat(file.number(), &state) != 0) {
         content.reason = describe(errno);
@@ -163,8 +165,8 @@ FileContent read_file(const std::string& path)
         return content;
     }
     content.state = FileState::present;
-    content.device = state.st_dev;
-    content.node = state.st_ino;
+    content.stamp = stamp_from(state);
+    content.is_settled = is_settled(content.stamp, now) && has_own_stamps(file.number());
     return content;
 }
 

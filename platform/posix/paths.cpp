@@ -69,6 +69,8 @@ fs::path user_configuration_folder() { return product_folder("XDG_CONFIG_HOME", 
 
 fs::path machine_configuration_folder() { return "/etc/zvgentl"; }
 
+std::vector<const char*> configuration_variables() { return {"XDG_CONFIG_HOME", "HOME"}; }
+
 fs::path user_state_folder() { return product_folder("XDG_STATE_HOME", ".local/state"); }
 
 fs::path program_folder() { return fs::read_symlink("/proc/self/exe").parent_path(); }

@@ -1,5 +1,6 @@
 #include "platform/environment.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -22,6 +23,12 @@ std::string environment(const char* name)
     }
     value.resize(length);
     return narrow(value);
+}
+
+bool environment_is(const Variables& variables)
+{
+    return std::all_of(variables.begin(), variables.end(),
+                       [](const auto& variable) { return environment(variable.first) == variable.second; });
 }
 
 void set_environment(const char* name, const std::string& value)

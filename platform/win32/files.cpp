@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/win32/OpenFile.h"
+#include "platform/win32/file_stamp.h"
 #include "platform/win32/wide.h"
 
 namespace platform {
@@ -73,8 +74,8 @@ bool write_new_file(const std::string& name, const std::string& text)
 
 bool is_as_seen(const FileContent& file, const FileContent& seen)
 {
-    return file.state == seen.state && file.device == seen.device && file.node == seen.node &&
-           file.text == seen.text;
+    return file.state == seen.state && file.stamp.device == seen.stamp.device &&
+           file.stamp.node == seen.stamp.node && file.text == seen.text;
 }
 
 // The system can only replace: between the look and the replacement an edit of somebody without the lock can
@@ -114,8 +115,10 @@ FileContent read_file(const std::string& path)
         content.reason = describe_error(error);
         return content;
     }
+    const std::int64_t now = stamp_clock();
+    content.stamp = stamp_from(file.handle());
     const FileIdentity identity = identity_of(file.handle());
-    if (!identity.is_known || GetFileType(file.handle()) != FILE_TYPE_DISK ||
+    if (content.stamp.state != FileState::present || GetFileType(file.handle()) != FILE_TYPE_DISK ||
         (identity.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         content.reason = "not a regular file";
         return content;
@@ -129,8 +132,7 @@ FileContent read_file(const std::string& path)
         return content;
     }
     content.state = FileState::present;
-    content.device = identity.device;
-    content.node = identity.node;
+    content.is_settled = is_settled(content.stamp, now) && has_own_stamps(file.handle());
     return content;
 }
 

@@ -137,6 +137,8 @@ fs::path machine_configuration_folder()
     return folder.empty() ? fs::path("C:/ProgramData/zvgentl") : folder;
 }
 
+std::vector<const char*> configuration_variables() { return {"APPDATA", "ProgramData"}; }
+
 fs::path user_state_folder() { return product_folder("LOCALAPPDATA"); }
 
 fs::path program_folder()

@@ -43,8 +43,10 @@ protected:
     }
 
     Folder m_folder;
-    SettingsPlaces m_places{m_folder / "chosen.properties", m_folder / "user/settings.properties",
-                            m_folder / "system/settings.properties"};
+    SettingsPlaces m_places{m_folder / "chosen.properties",
+                            m_folder / "user/settings.properties",
+                            m_folder / "system/settings.properties",
+                            {}};
     std::vector<std::string> m_warnings;
     SettingsStore m_store{[this] { return m_places; },
                           [this](const std::string& text) { m_warnings.push_back(text); }};
@@ -160,7 +162,7 @@ TEST_F(Settings, AChosenFileThatDisappearsIsMadeAgain)
 TEST_F(Settings, AMissingFolderOrNoneWorksInMemoryWithOneWarning)
 {
     const std::string missing = m_folder / "missing/settings.properties";
-    for (const auto& [places, warning] : {std::pair{SettingsPlaces{missing, "", ""}, "kept in memory"},
+    for (const auto& [places, warning] : {std::pair{SettingsPlaces{missing, "", "", {}}, "kept in memory"},
                                           std::pair{SettingsPlaces{}, "no configuration folder"}}) {
         m_places = places;
         m_warnings.clear();

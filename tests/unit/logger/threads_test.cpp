@@ -1,7 +1,10 @@
+#include <atomic>
+#include <filesystem>
 #include <functional>
 #include <regex>
 #include <set>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -84,7 +87,7 @@ TEST(ThreadedSettings, AddEveryKeyOnce)
     std::vector<std::string> warnings;
     zvlog::SettingsStore store(
         [&] {
-            return zvlog::SettingsPlaces{file, "", ""};
+            return zvlog::SettingsPlaces{file, "", "", {}};
         },
         [&](const std::string& text) {
             const std::lock_guard lock(mutex);
@@ -102,6 +105,37 @@ TEST(ThreadedSettings, AddEveryKeyOnce)
     EXPECT_EQ(30u, count_of(text, "\nshared."));
     EXPECT_EQ(30u * thread_count, count_of(text, "\nown."));
     EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST(ThreadedSettings, SeeEveryChangeAtTheNextRead)
+{
+    const Folder folder;
+    const std::string file = folder / "settings.properties";
+    write_file(file, "a = 0\n");
+    zvlog::SettingsStore store(
+        [&] {
+            return zvlog::SettingsPlaces{file, "", "", {}};
+        },
+        [](const std::string&) {});
+    std::atomic<std::uint32_t> written{0};
+    in_threads([&](int number) {
+        for (std::uint32_t value = 1; number == 0 && value <= 300; ++value) {
+            write_file(file + ".new", "a = " + std::to_string(value) + "\n");
+            std::error_code denied; // by systems that do not replace a file while somebody reads it
+            do
+                std::filesystem::rename(file + ".new", file, denied);
+            while (denied == std::errc::permission_denied);
+            written = value;
+        }
+        for (std::uint32_t seen = 0; seen < 300;) {
+            const std::uint32_t least = written;
+            const auto value = store.value("a");
+            ASSERT_TRUE(value.has_value());
+            ASSERT_GE(*value, least);
+            ASSERT_GE(*value, seen);
+            seen = *value;
+        }
+    });
 }
 
 } // namespace
