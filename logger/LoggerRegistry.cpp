@@ -5,10 +5,8 @@
 #include <utility>
 
 #include <Poco/AutoPtr.h>
-#include <Poco/FormattingChannel.h>
 #include <Poco/Message.h>
 #include <Poco/NullChannel.h>
-#include <Poco/PatternFormatter.h>
 #include <Poco/String.h>
 
 #include "logger/RotatingFileChannel.h"
@@ -31,7 +29,6 @@ namespace {
 constexpr const char* config_variable = "ZV_LOGGER_CONFIG";
 constexpr const char* config_name = "/logger.properties";
 constexpr const char* default_log_name = "/zvgentl.log";
-constexpr const char* default_pattern = "%Y-%m-%dT%H:%M:%S.%iZ %P %p %t";
 constexpr std::uint64_t default_log_limit = std::uint64_t{2} * 1024 * 1024;
 constexpr unsigned default_log_archives = 4;
 constexpr int default_level = Poco::Message::PRIO_WARNING;
@@ -73,9 +70,8 @@ ChannelPtr make_default_channel(const std::string& folder)
     policy.limit = default_log_limit;
     policy.archives = default_log_archives;
     policy.make_folder = true;
-    ChannelPtr file(new RotatingFileChannel(std::move(policy)));
-    FormatterPtr formatter(new Poco::PatternFormatter(default_pattern));
-    return ChannelPtr(new Poco::FormattingChannel(formatter, file));
+    policy.prefix_lines = true;
+    return ChannelPtr(new RotatingFileChannel(std::move(policy)));
 }
 
 std::string joined(const Problems& problems)

@@ -23,10 +23,14 @@ RotatingFileChannel::RotatingFileChannel(FilePolicy policy)
 
 void RotatingFileChannel::log(const Poco::Message& message)
 {
-    const std::string line = message.getText() + "\n";
     const std::lock_guard lock(m_mutex);
+    m_line.clear();
+    if (m_policy.prefix_lines)
+        m_prefix.append_to(m_line, message);
+    m_line += message.getText();
+    m_line += '\n';
     prepare();
-    if (!m_file.append(line))
+    if (!m_file.append(m_line))
         throw Poco::WriteFileException(m_policy.path);
 }
 

@@ -7,6 +7,7 @@
 
 #include <Poco/Channel.h>
 
+#include "logger/LinePrefix.h"
 #include "platform/AppendFile.h"
 
 namespace zvlog {
@@ -24,6 +25,8 @@ struct FilePolicy {
     bool archive_first{false};
     /// Make the folder when it is missing.
     bool make_folder{false};
+    /// Begin each line with time, process and priority.
+    bool prefix_lines{false};
 };
 
 /// The path followed by ".0", ".1" and so on.
@@ -44,6 +47,8 @@ private:
     const FilePolicy m_policy;
     std::mutex m_mutex;
     platform::AppendFile m_file;
+    LinePrefix m_prefix;
+    std::string m_line; // kept for its memory
     bool m_started{false};
 };
 

@@ -1,13 +1,35 @@
 #include "platform/AppendFile.h"
 
 #include <cerrno>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace platform {
+
+namespace {
+
+struct FileIdentity {
+    std::uint64_t device;
+    std::uint64_t node;
+    std::uint64_t size;
+};
+
+// Not with stat(): that asks for times, and of a file whose times somebody has seen, the system has to write
+// down a new time at the next write, which takes longer than the write.
+std::optional<FileIdentity> identify(int folder, const char* path, int flags)
+{
+    struct statx state = {};
+    if (statx(folder, path, flags, STATX_INO | STATX_SIZE, &state) != 0)
+        return std::nullopt;
+    return FileIdentity{makedev(state.stx_dev_major, state.stx_dev_minor), state.stx_ino, state.stx_size};
+}
+
+} // namespace
 
 bool AppendFile::open()
 {
@@ -17,15 +39,13 @@ bool AppendFile::open()
     // Without O_NONBLOCK a pipe that nobody reads would block the writer for ever.
     m_handle =
         ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    const auto file = identify(static_cast<int>(m_handle), "", AT_EMPTY_PATH);
+    if (file) {
+        m_device = file->device;
+        m_node = file->node;
+        m_size = file->size;
+    }
     return m_handle != -1;
-}
-
-std::uint64_t AppendFile::size() const
-{
-    struct stat state = {};
-    if (m_handle == -1 || fstat(static_cast<int>(m_handle), &state) != 0)
-        return 0;
-    return static_cast<std::uint64_t>(state.st_size);
 }
 
 bool AppendFile::replace(const MoveAway& move_away)
@@ -55,12 +75,13 @@ bool AppendFile::append(std::string_view text)
     return true;
 }
 
-bool AppendFile::has_the_name() const
+bool AppendFile::has_the_name()
 {
-    struct stat named = {};
-    struct stat opened = {};
-    return stat(m_path.c_str(), &named) == 0 && fstat(static_cast<int>(m_handle), &opened) == 0 &&
-           named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
+    const auto named = identify(AT_FDCWD, m_path.c_str(), 0);
+    if (!named || named->device != m_device || named->node != m_node)
+        return false;
+    m_size = named->size;
+    return true;
 }
 
 void AppendFile::close()
@@ -68,6 +89,7 @@ void AppendFile::close()
     if (m_handle != -1)
         ::close(static_cast<int>(m_handle));
     m_handle = -1;
+    m_device = m_node = m_size = 0;
 }
 
 } // namespace platform

@@ -6,6 +6,7 @@
 #include <ctime>
 
 #include <dlfcn.h>
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -42,9 +43,20 @@ private:
 
 const PathAtLoad path_at_load;
 
+thread_local uint32_t own_thread_id = 0; // 0: not known yet
+
+// The thread that forks is another one in the new process, where it is the only one.
+void forget_thread_id() { own_thread_id = 0; }
+const int forgets_at_fork = pthread_atfork(nullptr, nullptr, &forget_thread_id);
+
 } // namespace
 
-uint32_t thread_id() noexcept { return static_cast<uint32_t>(::syscall(SYS_gettid)); }
+uint32_t thread_id() noexcept
+{
+    if (own_thread_id == 0 || forgets_at_fork != 0)
+        own_thread_id = static_cast<uint32_t>(::syscall(SYS_gettid));
+    return own_thread_id;
+}
 
 uint64_t monotonic_milliseconds() noexcept
 {

@@ -45,11 +45,13 @@ bool AppendFile::open()
     OpenFile file(m_path, FILE_APPEND_DATA | FILE_GENERIC_READ, OPEN_ALWAYS);
     if (!file.is_open() || GetFileType(file.handle()) != FILE_TYPE_DISK)
         return false;
+    const FileIdentity opened = identity_of(file.handle());
+    m_device = opened.device;
+    m_node = opened.node;
+    m_size = opened.size;
     m_handle = reinterpret_cast<std::intptr_t>(file.release());
     return true;
 }
-
-std::uint64_t AppendFile::size() const { return m_handle == -1 ? 0 : identity_of(as_handle(m_handle)).size; }
 
 bool AppendFile::replace(const MoveAway& move_away)
 {
@@ -80,14 +82,16 @@ bool AppendFile::append(std::string_view text)
     return true;
 }
 
-bool AppendFile::has_the_name() const
+bool AppendFile::has_the_name()
 {
-    const OpenFile named(m_path, FILE_READ_ATTRIBUTES, OPEN_EXISTING);
-    if (!named.is_open())
+    const OpenFile file(m_path, FILE_READ_ATTRIBUTES, OPEN_EXISTING);
+    if (!file.is_open())
         return false;
-    const FileIdentity there = identity_of(named.handle());
-    const FileIdentity here = identity_of(as_handle(m_handle));
-    return there.is_known && here.is_known && there.device == here.device && there.node == here.node;
+    const FileIdentity named = identity_of(file.handle());
+    if (!named.is_known || named.device != m_device || named.node != m_node)
+        return false;
+    m_size = named.size;
+    return true;
 }
 
 void AppendFile::close()
@@ -95,6 +99,7 @@ void AppendFile::close()
     if (m_handle != -1)
         std::ignore = CloseHandle(as_handle(m_handle)); // nobody else closes it: nothing to fail
     m_handle = -1;
+    m_device = m_node = m_size = 0;
 }
 
 } // namespace platform

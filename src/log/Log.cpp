@@ -1,7 +1,9 @@
 #include "log/Log.h"
 
+#include <charconv>
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include <Poco/Channel.h>
 #include <Poco/Message.h>
@@ -24,14 +26,6 @@ class Line {
 public:
     Line() { m_text[0] = '\0'; }
 
-    ZV_PRINTF(2, 3) void append(const char* format, ...)
-    {
-        va_list arguments;
-        va_start(arguments, format);
-        append_list(format, arguments);
-        va_end(arguments);
-    }
-
     ZV_PRINTF(2, 0) void append_list(const char* format, va_list arguments)
     {
         const size_t room = sizeof m_text - m_length;
@@ -39,6 +33,14 @@ public:
         const int wanted = std::vsnprintf(m_text + m_length, room, format, arguments);
         if (wanted > 0)
             m_length += static_cast<size_t>(wanted) < room ? static_cast<size_t>(wanted) : room - 1;
+    }
+
+    // Formatting what needs no format would take longer than all the rest of a line.
+    void append(std::string_view text)
+    {
+        const size_t room = sizeof m_text - 1 - m_length;
+        m_length += text.copy(m_text + m_length, room);
+        m_text[m_length] = '\0';
     }
 
     const char* text() const { return m_text; }
@@ -50,18 +52,31 @@ private:
 };
 
 /// Loggers may be named after their source file; a line shows the name without the extension.
-int length_without_extension(const std::string& name)
-{
-    const size_t dot = name.rfind('.');
-    return static_cast<int>(dot == std::string::npos ? name.size() : dot);
-}
+std::string_view without_extension(std::string_view name) { return name.substr(0, name.rfind('.')); }
 
 void open_line(Line& line, const ZVPocoLogger& logger, const char* function)
 {
-    line.append("thr%08X:", platform::thread_id());
-    line.append("%.*s::", length_without_extension(logger.name()), logger.name().c_str());
-    if (function != nullptr)
-        line.append("{%s}", function);
+    char thread[] = "thr00000000:";
+    uint32_t rest = platform::thread_id();
+    for (char* digit = thread + 10; rest != 0; rest >>= 4U)
+        *digit-- = "0123456789ABCDEF"[rest & 0xFU];
+    line.append(thread);
+    line.append(without_extension(logger.name()));
+    line.append("::");
+    if (function != nullptr) {
+        line.append("{");
+        line.append(function);
+        line.append("}");
+    }
+}
+
+void append_call_site(Line& line, At at)
+{
+    char number[16];
+    const char* const end = std::to_chars(number, number + sizeof number, at.number).ptr;
+    line.append("[");
+    line.append({number, static_cast<size_t>(end - number)});
+    line.append("]: ");
 }
 
 void hand_over(const Line& line, ZVPocoLogger& logger, Priority priority) noexcept
@@ -92,7 +107,7 @@ void write_line_list(ZVPocoLogger* logger, Priority priority, const char* functi
         return;
     Line line;
     open_line(line, *logger, function);
-    line.append("[%d]: ", at.number);
+    append_call_site(line, at);
     line.append_list(format, arguments);
     hand_over(line, *logger, priority);
 }
