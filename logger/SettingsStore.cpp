@@ -177,10 +177,16 @@ std::optional<std::uint32_t> SettingsStore::add(std::string_view key, std::uint3
             if (file.content.state == platform::FileState::unreadable)
                 break;
             const platform::FileContent seen = file.path == target ? file.content : platform::FileContent();
+            // Defaults alone may get lost with the power. What people have written may not.
+            const bool is_own =
+                file.content.state == platform::FileState::missing || file.content.text == m_own_text;
             const std::string text = with_setting_added(file.content.text, key, default_value, description);
-            const auto outcome = platform::replace_file(path, seen, text, reason);
-            if (outcome == platform::Replacement::done)
+            const auto outcome = m_files.replace(
+                path, seen, text, is_own ? platform::Flush::later : platform::Flush::first, reason);
+            if (outcome == platform::Replacement::done) {
+                m_own_text = is_own ? text : std::string();
                 return default_value;
+            }
             if (outcome == platform::Replacement::failed)
                 break;
             reason = "somebody else keeps changing it";

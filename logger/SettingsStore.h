@@ -35,6 +35,9 @@ SettingsPlaces settings_places();
 struct SettingsFiles {
     std::function<platform::FileContent(const std::string&)> read{platform::read_file};
     std::function<platform::FileStamp(const std::string&)> stamp{platform::stamp_of};
+    std::function<platform::Replacement(const std::string&, const platform::FileContent&, const std::string&,
+                                        platform::Flush, std::string&)>
+        replace{platform::replace_file};
 };
 
 /// Looks at the file at every call, so that an edit takes effect at the next call, and reads it only if its
@@ -84,6 +87,8 @@ private:
     const SettingsFiles m_files;
     std::mutex m_mutex;
     Copy m_copy;
+    /// What this process has put into a file that did not exist: nothing but defaults.
+    std::string m_own_text;
     /// By file and key.
     std::map<std::pair<std::string, std::string>, std::uint32_t> m_memory;
     std::set<std::string> m_reported;

@@ -34,10 +34,14 @@ enum class Replacement {
     failed
 };
 
+/// Whether a text is on the disk before it replaces another. If not, a failure of the power may leave an
+/// empty file.
+enum class Flush { first, later };
+
 /// Puts `text` in place of the file that was read as `seen` (or makes it, when that is missing), all or
 /// nothing. Permissions and owner stay. Not for symbolic links: see `resolve_links`.
 Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
-                         std::string& reason);
+                         Flush flush, std::string& reason);
 
 /// The file that a chain of symbolic links ends at, whether it exists or not.
 std::string resolve_links(const std::string& path);

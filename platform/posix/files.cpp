@@ -84,7 +84,7 @@ void keep_permissions(int descriptor, const std::string& path)
 }
 
 bool write_new_file(const std::string& name, const std::string& path, const FileContent& seen,
-                    const std::string& text)
+                    const std::string& text, Flush flush)
 {
     // A leftover of a killed process that had the same number.
     unlink(name.c_str());
@@ -93,7 +93,7 @@ bool write_new_file(const std::string& name, const std::string& path, const File
         return false;
     if (seen.state == FileState::present)
         keep_permissions(file.number(), path);
-    return write_all(file.number(), text) && fsync(file.number()) == 0;
+    return write_all(file.number(), text) && (flush == Flush::later || fsync(file.number()) == 0);
 }
 
 bool is_as_seen(const FileContent& file, const FileContent& seen)
@@ -171,10 +171,10 @@ FileContent read_file(const std::string& path)
 }
 
 Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
-                         std::string& reason)
+                         Flush flush, std::string& reason)
 {
     const std::string name = temporary_name(path);
-    const bool written = write_new_file(name, path, seen, text);
+    const bool written = write_new_file(name, path, seen, text, flush);
     const Replacement outcome = written ? swap_in(name, path, seen) : Replacement::failed;
     if (outcome == Replacement::failed)
         reason = describe(errno);

@@ -65,11 +65,12 @@ void keep_permissions(const std::string& name, const std::string& path)
         std::ignore = SetFileSecurityW(wide(name).c_str(), DACL_SECURITY_INFORMATION, rights.data());
 }
 
-bool write_new_file(const std::string& name, const std::string& text)
+bool write_new_file(const std::string& name, const std::string& text, Flush flush)
 {
     // Over a leftover of a killed process that had the same number.
     const OpenFile file(name, GENERIC_WRITE, CREATE_ALWAYS);
-    return file.is_open() && write_all(file.handle(), text) && FlushFileBuffers(file.handle()) != 0;
+    return file.is_open() && write_all(file.handle(), text) &&
+           (flush == Flush::later || FlushFileBuffers(file.handle()) != 0);
 }
 
 bool is_as_seen(const FileContent& file, const FileContent& seen)
@@ -80,10 +81,11 @@ bool is_as_seen(const FileContent& file, const FileContent& seen)
 
 // The system can only replace: between the look and the replacement an edit of somebody without the lock can
 // get lost.
-Replacement swap_in(const std::string& name, const std::string& path, const FileContent& seen)
+Replacement swap_in(const std::string& name, const std::string& path, const FileContent& seen, Flush flush)
 {
     const bool is_new = seen.state == FileState::missing;
-    const DWORD how = MOVEFILE_WRITE_THROUGH | (is_new ? 0 : MOVEFILE_REPLACE_EXISTING);
+    const DWORD how =
+        (flush == Flush::later ? 0 : MOVEFILE_WRITE_THROUGH) | (is_new ? 0 : MOVEFILE_REPLACE_EXISTING);
     for (int attempt = 0;; ++attempt) {
         if (!is_as_seen(read_file(path), seen))
             return Replacement::outdated;
@@ -137,13 +139,13 @@ FileContent read_file(const std::string& path)
 }
 
 Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
-                         std::string& reason)
+                         Flush flush, std::string& reason)
 {
     const std::string name = temporary_name(path);
-    const bool written = write_new_file(name, text);
+    const bool written = write_new_file(name, text, flush);
     if (written && seen.state == FileState::present)
         keep_permissions(name, path);
-    const Replacement outcome = written ? swap_in(name, path, seen) : Replacement::failed;
+    const Replacement outcome = written ? swap_in(name, path, seen, flush) : Replacement::failed;
     if (outcome == Replacement::failed)
         reason = describe_error(GetLastError());
     if (outcome != Replacement::done)

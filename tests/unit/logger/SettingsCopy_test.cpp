@@ -239,6 +239,46 @@ TEST_F(SettingsCopy, TheEnvironmentIsFollowedAtEveryCall)
     EXPECT_THAT(store.value("a"), Optional(3u));
 }
 
+class FlushedSettings : public SettingsCopy {
+protected:
+    SettingsStore m_flushing{
+        [this] { return m_places; }, [](const std::string&) {},
+        SettingsFiles{platform::read_file, platform::stamp_of,
+                      [this](const std::string& path, const platform::FileContent& seen,
+                             const std::string& text, platform::Flush flush, std::string& reason) {
+                          m_flushes.push_back(flush);
+                          return platform::replace_file(path, seen, text, flush, reason);
+                      }}};
+    std::vector<platform::Flush> m_flushes;
+};
+
+using platform::Flush;
+
+TEST_F(FlushedSettings, AreNotBeforePeopleHaveEditedThem)
+{
+    m_flushing.value_or_add("a", 1, "");
+    m_flushing.value_or_add("b", 1, "");
+    write_file(file(), content_of(file()) + "# mine\n");
+    m_flushing.value_or_add("c", 1, "");
+    m_flushing.value_or_add("d", 1, "");
+    EXPECT_THAT(m_flushes, ::testing::ElementsAre(Flush::later, Flush::later, Flush::first, Flush::first));
+}
+
+TEST_F(FlushedSettings, AreIfTheyContainThoseOfTheSystem)
+{
+    write_file(m_places.system, "a = 3\n");
+    m_flushing.value_or_add("b", 1, "");
+    m_flushing.value_or_add("c", 1, "");
+    EXPECT_THAT(m_flushes, ::testing::ElementsAre(Flush::first, Flush::first));
+}
+
+TEST_F(FlushedSettings, AreIfTheyWereThereBefore)
+{
+    write_file(file(), "a = 3\n");
+    m_flushing.value_or_add("b", 1, "");
+    EXPECT_THAT(m_flushes, ::testing::ElementsAre(Flush::first));
+}
+
 // The clock and the stamp in milliseconds; the clock of stamps may tick every 10 ms only.
 struct Age {
     const char* name;

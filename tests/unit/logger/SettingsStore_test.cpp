@@ -268,7 +268,8 @@ TEST_P(EditedFile, IsReplacedOnlyIfNobodyTouchedIt)
     const auto seen = platform::read_file(file);
     GetParam().edit(file);
     std::string reason;
-    EXPECT_EQ(GetParam().replacement, platform::replace_file(file, seen, "a = 1\nb = 2\n", reason));
+    EXPECT_EQ(GetParam().replacement,
+              platform::replace_file(file, seen, "a = 1\nb = 2\n", platform::Flush::first, reason));
     EXPECT_EQ(GetParam().after, content_of(file));
     EXPECT_THAT(names_in(folder.path()), SizeIs(*GetParam().after == '\0' ? 0 : 1));
 }
