@@ -9,7 +9,7 @@
 namespace zvsim {
 
 CameraDevice::CameraDevice(const CameraModel& model, const GrabberModel& grabber)
-    : m_model{model}, m_grabber{grabber}, m_description{describe_camera(model)}
+    : m_model{model}, m_grabber{grabber}
 {
     m_state.settings = model.start;
     m_state.user_id = model.user_id;
@@ -56,19 +56,34 @@ bool CameraDevice::take_trigger()
     return true;
 }
 
-void CameraDevice::share_description(const CameraDevice& other)
+const Description& CameraDevice::description() const
 {
-    if (other.m_description->name == m_description->name && other.m_description->text == m_description->text)
-        m_description = other.m_description;
+    if (m_described_by != nullptr)
+        return m_described_by->description();
+    if (!m_description)
+        m_description = describe_camera(m_model);
+    return *m_description;
 }
 
-GrabberDevice::GrabberDevice(const GrabberModel& model, uint32_t index)
-    : m_model{model}, m_index{index}, m_description{describe_grabber(model)}
+void CameraDevice::share_description(const CameraDevice& other)
+{
+    if (&other != this && are_described_alike(other.m_model, m_model))
+        m_described_by = &other;
+}
+
+GrabberDevice::GrabberDevice(const GrabberModel& model, uint32_t index) : m_model{model}, m_index{index}
 {
     for (const CameraModel& camera : model.cameras) {
         m_cameras.push_back(std::make_unique<CameraDevice>(camera, model));
         m_cameras.back()->share_description(*m_cameras.front());
     }
+}
+
+const Description& GrabberDevice::description() const
+{
+    if (!m_description)
+        m_description = describe_grabber(m_model);
+    return *m_description;
 }
 
 } // namespace zvsim

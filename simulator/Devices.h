@@ -40,7 +40,8 @@ public:
     const GrabberModel& grabber() const { return m_grabber; }
     const CameraSettings& settings() const { return m_state.settings; }
     const CameraState& state() const { return m_state; }
-    const Description& description() const { return *m_description; }
+    /// Made when it is asked for first: few cameras of many are.
+    const Description& description() const;
     const FrameStatistics& statistics() const { return m_statistics; }
     /// Bytes of a buffer at the present settings.
     uint64_t payload() const
@@ -72,7 +73,7 @@ public:
     void count_delivered() { ++m_statistics.delivered; }
     void count_lost(uint64_t frames) { m_statistics.lost += frames; }
     void reset_statistics() { m_statistics = {}; }
-    /// Keeps one text where cameras have the same.
+    /// Uses the description of another camera of the grabber if it is the same.
     void share_description(const CameraDevice& other);
 
 private:
@@ -81,7 +82,8 @@ private:
     const Clock::time_point m_power_on{Clock::now()};
     CameraState m_state;
     FrameStatistics m_statistics;
-    std::shared_ptr<const Description> m_description;
+    const CameraDevice* m_described_by{nullptr}; // another camera
+    mutable std::shared_ptr<const Description> m_description;
     bool m_is_connected{true};
     bool m_is_acquiring{false};
 };
@@ -94,13 +96,14 @@ public:
     const GrabberModel& model() const { return m_model; }
     uint32_t index() const { return m_index; }
     const std::vector<std::unique_ptr<CameraDevice>>& cameras() const { return m_cameras; }
-    const Description& description() const { return *m_description; }
+    /// Made when it is asked for first.
+    const Description& description() const;
 
 private:
     const GrabberModel& m_model;
     const uint32_t m_index;
     std::vector<std::unique_ptr<CameraDevice>> m_cameras;
-    std::shared_ptr<const Description> m_description;
+    mutable std::shared_ptr<const Description> m_description;
 };
 
 } // namespace zvsim

@@ -151,6 +151,12 @@ std::shared_ptr<const Description> describe_camera(const CameraModel& model)
     return finished("ZV_Camera_" + identifier(model.model), std::move(text));
 }
 
+bool are_described_alike(const CameraModel& left, const CameraModel& right)
+{
+    return left.vendor == right.vendor && left.model == right.model && left.formats == right.formats &&
+           left.format_codes == right.format_codes;
+}
+
 std::shared_ptr<const Description> describe_grabber(const GrabberModel& model)
 {
     std::string text = grabber_template();

@@ -19,6 +19,8 @@ struct Description {
 };
 
 std::shared_ptr<const Description> describe_camera(const CameraModel& model);
+/// True if the descriptions of two cameras are the same, told by what goes into them.
+bool are_described_alike(const CameraModel& left, const CameraModel& right);
 std::shared_ptr<const Description> describe_grabber(const GrabberModel& model);
 
 // The templates, as the build embeds them. What is between two @ depends on the model.

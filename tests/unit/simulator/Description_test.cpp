@@ -415,6 +415,25 @@ TEST(CameraDescription, IsKeptOnceForCamerasOfAKind)
     EXPECT_EQ(&device.cameras()[0]->description(), &device.cameras()[2]->description());
 }
 
+TEST(CameraDescription, IsThatOfAnotherCameraOnlyIfItsTextIsTheSame)
+{
+    const zvsim::CameraModel first = camera_model();
+    const std::vector<void (*)(zvsim::CameraModel&)> changes{
+        [](zvsim::CameraModel& model) { model.vendor = "Another"; },
+        [](zvsim::CameraModel& model) { model.model = "Another"; },
+        [](zvsim::CameraModel& model) { model.serial_number = "Another"; },
+        [](zvsim::CameraModel& model) { model.sensor_width *= 2; },
+        [](zvsim::CameraModel& model) { model.formats.pop_back(); },
+        [](zvsim::CameraModel& model) { model.format_codes = zvsim::FormatCodes::coaxpress; },
+    };
+    for (const auto change : changes) {
+        zvsim::CameraModel other = camera_model();
+        change(other);
+        EXPECT_EQ(describe_camera(first)->text == describe_camera(other)->text,
+                  are_described_alike(first, other));
+    }
+}
+
 /// A camera whose registers take what its description promises.
 class DescribedLimits : public testing::Test {
 protected:
