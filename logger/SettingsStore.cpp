@@ -24,7 +24,7 @@ SettingsPlaces settings_places()
     SettingsPlaces places;
     std::vector<const char*> variables = platform::configuration_variables();
     variables.push_back(settings_variable);
-    places.variables = platform::environment_of(variables);
+    places.environment = platform::EnvironmentCopy(variables);
     places.chosen = platform::environment(settings_variable);
     const std::string user = platform::user_configuration_folder().generic_u8string();
     places.user = user.empty() ? "" : user + settings_name;
@@ -79,7 +79,7 @@ bool SettingsStore::is_current() const
 {
     const SettingsPlaces& places = m_copy.places;
     const ActiveFile& file = m_copy.file;
-    if (!file.content.is_settled || !platform::environment_is(places.variables))
+    if (!file.content.is_settled || !places.environment.is_current())
         return false;
     if (file.path == places.system && places.user.empty()) // the user's folder may appear
         return false;

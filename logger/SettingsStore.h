@@ -24,8 +24,8 @@ struct SettingsPlaces {
     std::string chosen;
     std::string user;
     std::string system;
-    /// The variables of the environment that these follow from.
-    platform::Variables variables;
+    /// The variables that these follow from.
+    platform::EnvironmentCopy environment;
 };
 
 /// The places as the environment gives them now.

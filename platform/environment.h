@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
 #include <vector>
 
 // The environment of this process. Values are UTF-8.
@@ -11,14 +10,24 @@ namespace platform {
 /// The value of a variable; empty when it is not set.
 std::string environment(const char* name);
 
-/// Variables with their values; empty when they are not set.
-using Variables = std::vector<std::pair<const char*, std::string>>;
+/// What some variables were at one moment, to notice later that one has changed.
+class EnvironmentCopy {
+public:
+    EnvironmentCopy() = default;
+    explicit EnvironmentCopy(const std::vector<const char*>& names);
 
-/// The variables of these names, as they are now.
-Variables environment_of(const std::vector<const char*>& names);
+    /// True while the variables have these values. May be false if another variable has changed.
+    bool is_current() const;
 
-/// True if all variables have these values now.
-bool environment_is(const Variables& variables);
+private:
+    struct Variable {
+        const char* name;
+        std::string value;
+        const char* place; // in the system's list; null when it is not set
+    };
+    std::vector<Variable> m_variables;
+    std::vector<const char*> m_list; // the system's, where it can be read
+};
 
 /// Sets a variable; an empty value removes it. Call before threads are started.
 void set_environment(const char* name, const std::string& value);

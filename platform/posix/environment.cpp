@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include <unistd.h>
+
 namespace platform {
 
 const char path_list_separator = ':';
@@ -13,12 +15,29 @@ std::string environment(const char* name)
     return value == nullptr ? std::string() : std::string(value);
 }
 
-bool environment_is(const Variables& variables)
+EnvironmentCopy::EnvironmentCopy(const std::vector<const char*>& names)
 {
-    return std::all_of(variables.begin(), variables.end(), [](const auto& variable) {
-        const char* const value = std::getenv(variable.first); // NOLINT(concurrency-mt-unsafe): see above
-        return variable.second == (value == nullptr ? "" : value);
-    });
+    for (char* const* entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+        m_list.push_back(*entry);
+    for (const char* const name : names) {
+        const char* const place = std::getenv(name); // NOLINT(concurrency-mt-unsafe): see above
+        m_variables.push_back({name, place == nullptr ? "" : place, place});
+    }
+}
+
+// Comparing the list of addresses is much cheaper than searching the texts for the names.
+bool EnvironmentCopy::is_current() const
+{
+    char* const* entry = environ;
+    for (const char* const known : m_list) {
+        if (entry == nullptr || *entry++ != known)
+            return false;
+    }
+    const bool has_more = entry != nullptr && *entry != nullptr;
+    return m_variables.empty() ||
+           (!has_more && std::all_of(m_variables.begin(), m_variables.end(), [](const Variable& variable) {
+               return variable.place == nullptr || variable.value == variable.place;
+           }));
 }
 
 void set_environment(const char* name, const std::string& value)

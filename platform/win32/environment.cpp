@@ -25,10 +25,16 @@ std::string environment(const char* name)
     return narrow(value);
 }
 
-bool environment_is(const Variables& variables)
+EnvironmentCopy::EnvironmentCopy(const std::vector<const char*>& names)
 {
-    return std::all_of(variables.begin(), variables.end(),
-                       [](const auto& variable) { return environment(variable.first) == variable.second; });
+    for (const char* const name : names)
+        m_variables.push_back({name, environment(name), nullptr});
+}
+
+bool EnvironmentCopy::is_current() const
+{
+    return std::all_of(m_variables.begin(), m_variables.end(),
+                       [](const Variable& variable) { return environment(variable.name) == variable.value; });
 }
 
 void set_environment(const char* name, const std::string& value)

@@ -279,6 +279,43 @@ TEST_F(FlushedSettings, AreIfTheyWereThereBefore)
     EXPECT_THAT(m_flushes, ::testing::ElementsAre(Flush::first));
 }
 
+TEST(EnvironmentCopy, IsCurrentUntilAVariableChangesComesOrGoes)
+{
+    Environment environment;
+    environment.set("ZV_TEST_SET", "1");
+    environment.unset("ZV_TEST_UNSET");
+    const auto copy = [] { return platform::EnvironmentCopy({"ZV_TEST_SET", "ZV_TEST_UNSET"}); };
+    EXPECT_TRUE(platform::EnvironmentCopy().is_current());
+
+    const auto first = copy();
+    EXPECT_TRUE(first.is_current());
+    environment.set("ZV_TEST_SET", "2");
+    EXPECT_FALSE(first.is_current());
+
+    const auto second = copy();
+    EXPECT_TRUE(second.is_current());
+    environment.set("ZV_TEST_UNSET", "1");
+    EXPECT_FALSE(second.is_current());
+
+    const auto third = copy();
+    EXPECT_TRUE(third.is_current());
+    environment.unset("ZV_TEST_SET");
+    EXPECT_FALSE(third.is_current());
+}
+
+#ifndef _WIN32
+TEST(EnvironmentCopy, NoticesAValueThatIsOverwrittenWhereItIs)
+{
+    static char variable[] = "ZV_TEST_OWNED=1";
+    ASSERT_EQ(0, putenv(variable));
+    const platform::EnvironmentCopy copy({"ZV_TEST_OWNED"});
+    EXPECT_TRUE(copy.is_current());
+    variable[sizeof variable - 2] = '2';
+    EXPECT_FALSE(copy.is_current());
+    unsetenv("ZV_TEST_OWNED");
+}
+#endif
+
 // The clock and the stamp in milliseconds; the clock of stamps may tick every 10 ms only.
 struct Age {
     const char* name;
