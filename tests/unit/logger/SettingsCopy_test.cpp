@@ -166,6 +166,20 @@ TEST_F(SettingsCopy, AnEditOfASettledFileIsNoticedEvenIfSizeAndTimeStayTheSame)
     }
 }
 
+#ifndef _WIN32
+// Its files have stamps that say nothing about their content.
+TEST_F(SettingsCopy, AFileOfAFileSystemWithoutStampsIsNeverSettled)
+{
+    platform::read_file("/proc/version");
+    write_file(file(), "a = 1\n");
+    if (!wait_until_settled())
+        GTEST_SKIP() << "needs a file system whose stamps are trusted";
+    const auto content = platform::read_file("/proc/version");
+    EXPECT_EQ(FileState::present, content.state);
+    EXPECT_FALSE(content.is_settled);
+}
+#endif
+
 TEST_F(SettingsCopy, ADefaultIsWrittenAndThenReadFromTheFile)
 {
     write_file(file(), "a = 1\n");
