@@ -50,7 +50,7 @@ RULES = [
     Rule("include/GenTL"),
     Rule("include/zvgr"),
     Rule("include/zvlog", extra={"ZVLogger.h": (POCO,)}),
-    Rule("platform"),
+    Rule("platform", extra={"copy.cpp": (r"cpuid\.h", r"immintrin\.h")}),  # the processor's own
     Rule("platform/posix", ("platform",), (SYSTEM,), knows_system=True),
     Rule("platform/win32", ("platform",), (SYSTEM,), knows_system=True),
     Rule("src/log", ("platform", "include/zvlog"), (POCO,)),
