@@ -8,6 +8,7 @@
 
 #include "modules/BufferFacts.h"
 #include "modules/Quarantine.h"
+#include "platform/copy.h"
 
 namespace zvgentl {
 
@@ -55,10 +56,13 @@ public:
     const BufferFacts& get_Facts() const noexcept { return *m_facts; }
     void* get_Memory() const noexcept { return m_facts->memory.get(); }
     uint64_t get_Size() const noexcept { return m_facts->get_Geometry(Geometry::size); }
-    /// How many bytes of a ring frame are copied into the buffer: its size, unless less is readable.
-    uint64_t get_CopySize() const noexcept { return m_copy_size; }
-    /// Before the buffer is in a pool.
+    /// Before the buffer is in a pool: how many bytes of a ring frame are copied, where not all of its size.
     void limit_copy(uint64_t size) noexcept { m_copy_size = size; }
+    /// Copies a ring frame into the memory. For the one thread that delivers a cyclic frame.
+    void copy_from(const void* frame) noexcept
+    {
+        platform::copy_frame(get_Memory(), frame, static_cast<size_t>(m_copy_size), m_last_copy);
+    }
 
     void* get_Private() const noexcept { return m_facts->private_pointer.get(); }
     void set_Private(void* private_pointer) noexcept { m_facts->private_pointer.set(private_pointer); }
@@ -78,6 +82,7 @@ private:
     const StreamModule& m_stream;
     const BufferFactsStore::Borrowed m_facts;
     uint64_t m_copy_size;
+    platform::LastCopy m_last_copy;
     AlignedMemory m_own_memory;
     // The pool's own:
     uint64_t m_order{0}; // in which buffers were announced

@@ -1,6 +1,5 @@
 #include "modules/StreamModule.h"
 
-#include <cstring>
 #include <mutex>
 #include <tuple>
 #include <utility>
@@ -75,7 +74,7 @@ void StreamModule::buffer_callback(uint32_t stream_handle)
     // Contract: the announced size is copied, not the frame's, as far as the library keeps the memory beyond
     // a ring frame readable. Pinned by CyclicDelivery.CopiesTheAnnouncedSize.
     if (source != nullptr)
-        std::memcpy(buffer->get_Memory(), source, static_cast<size_t>(buffer->get_CopySize()));
+        buffer->copy_from(source);
     ZvFrameAux record{};
     std::ignore = ZVGR_StreamGetAux(stream_handle, frame, &record); // a failure leaves timestamp 0
     const auto frame_id = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(frame)));
