@@ -9,7 +9,6 @@
 #include "modules/BufferModule.h"
 #include "modules/StreamModule.h"
 #include "modules/grabber_info.h"
-#include "modules/handles.h"
 
 // Functions that describe a buffer: DSGetBufferInfo, its parts and its chunks.
 
@@ -86,18 +85,6 @@ constexpr NumberRow<BufferFacts> buffer_part_info[] = {
     {BUFFER_PART_INFO_BASE, memory_address},
     {BUFFER_PART_INFO_DATA_SIZE, geometry_size<Geometry::size>},
 };
-
-/// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good;
-/// else null, and refuse_buffer says why. Who finds the facts' buffer unchanged after reading them has read
-/// those of the handle.
-const BufferFacts* find_facts(DS_HANDLE stream_handle, BUFFER_HANDLE handle) noexcept
-{
-    const BufferFacts* const facts = buffer_index.find(handle);
-    if (facts == nullptr)
-        return nullptr;
-    const StreamModule* const stream = facts->stream.get();
-    return stream == stream_handle && is_in_tree(*stream) && stream->is_Open() ? facts : nullptr;
-}
 
 /// Says which of the handles is not good, the stream's first.
 GC_ERROR refuse_buffer(const ApiCall& call, DS_HANDLE stream_handle, BUFFER_HANDLE handle)

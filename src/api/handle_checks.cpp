@@ -4,7 +4,6 @@
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
 #include "modules/SystemModule.h"
-#include "modules/handles.h"
 
 namespace zvgentl {
 

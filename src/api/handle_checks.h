@@ -9,6 +9,7 @@
 #include "api/ProcessState.h"
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
+#include "modules/handles.h"
 #include "port/Port.h"
 
 namespace zvgentl {
@@ -74,6 +75,18 @@ ModuleKind get_handle_type(const void* handle);
 inline bool is_in_tree(const StreamModule& stream) noexcept
 {
     return stream.is_Listed() && current_system() != nullptr;
+}
+
+/// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good;
+/// else null, and the checks of the two in turn say why. Who finds the facts' buffer unchanged after reading
+/// them has read those of the handle.
+inline const BufferFacts* find_facts(GenTL::DS_HANDLE stream_handle, GenTL::BUFFER_HANDLE handle) noexcept
+{
+    const BufferFacts* const facts = buffer_index.find(handle);
+    if (facts == nullptr)
+        return nullptr;
+    const StreamModule* const stream = facts->stream.get();
+    return stream == stream_handle && is_in_tree(*stream) && stream->is_Open() ? facts : nullptr;
 }
 
 /// A stream of the tree, open or not, or null.

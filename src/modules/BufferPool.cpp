@@ -2,22 +2,9 @@
 
 #include <algorithm>
 #include <mutex>
+#include <numeric>
 
 namespace zvgentl {
-
-namespace {
-
-using Place = BufferPool::Place;
-
-/// Where a buffer is counted that has this tag and fill state.
-Place counted_place(BUFFER_QUEUE_TYPE queue, FillState state) noexcept
-{
-    constexpr Place places[] = {Place::elsewhere, Place::waiting, Place::output}; // by tag
-    const bool is_started = queue == BUFFER_QUEUE_TYPE::INPUT && state == FillState::filling;
-    return is_started ? Place::started : places[static_cast<size_t>(queue)];
-}
-
-} // namespace
 
 PinnedBuffer::PinnedBuffer(PinnedBuffer&& other) noexcept
     : m_pool(std::exchange(other.m_pool, nullptr)), m_buffer(std::exchange(other.m_buffer, nullptr))
@@ -48,7 +35,13 @@ size_t BufferPool::size() const
 size_t BufferPool::count(Place place) const
 {
     const ShortLock::Held held{m_lock};
-    return m_counts[static_cast<size_t>(place)];
+    const auto& by_state = m_counts[static_cast<size_t>(place == Place::output ? BUFFER_QUEUE_TYPE::OUTPUT
+                                                                               : BUFFER_QUEUE_TYPE::INPUT)];
+    const size_t all = std::accumulate(by_state.begin(), by_state.end(), size_t{0});
+    const size_t started = by_state[static_cast<size_t>(FillState::filling)];
+    if (place == Place::output)
+        return all;
+    return place == Place::started ? started : all - started;
 }
 
 bool BufferPool::holds(const void* handle) const noexcept
@@ -125,11 +118,10 @@ PinnedBuffer BufferPool::take_first_input()
 PinnedBuffer BufferPool::take_library_handle(uint64_t grabber_handle)
 {
     const ShortLock::Held held{m_lock};
-    const auto entry = m_StreamBufferMap.find(grabber_handle);
-    if (entry == m_StreamBufferMap.end())
-        return {};
-    change(*entry->second, BUFFER_QUEUE_TYPE::OUTPUT, FillState::filling);
-    return pin(entry->second);
+    BufferModule* const buffer = m_StreamBufferMap.find(grabber_handle);
+    if (buffer != nullptr)
+        change(*buffer, BUFFER_QUEUE_TYPE::OUTPUT, FillState::filling);
+    return pin(buffer);
 }
 
 void BufferPool::complete(const ShortLock::Held& held, PinnedBuffer buffer) noexcept
@@ -138,13 +130,13 @@ void BufferPool::complete(const ShortLock::Held& held, PinnedBuffer buffer) noex
     unpin(held, *std::exchange(buffer.m_buffer, nullptr));
 }
 
-std::optional<uint64_t> BufferPool::queue(const void* handle)
+std::optional<uint64_t> BufferPool::queue(const void* handle, const BufferFacts& facts)
 {
     const ShortLock::Held held{m_lock};
-    BufferModule* const buffer = look_up(handle);
-    if (buffer == nullptr)
+    BufferModule* const buffer = facts.buffer.get();
+    if (buffer != handle || facts.pool.get() != this)
         return std::nullopt;
-    change(*buffer, BUFFER_QUEUE_TYPE::INPUT, buffer->get_FillState());
+    change(*buffer, BUFFER_QUEUE_TYPE::INPUT, facts.fill_state.get());
     return buffer->get_GrabberHandle();
 }
 
@@ -160,22 +152,15 @@ void BufferPool::set_fill_state(BufferModule& buffer, FillState state)
     change(buffer, buffer.get_Queue(), state);
 }
 
-/// Of the place where the buffer is counted. One that was removed while a frame was copied into it is counted
-/// nowhere.
-size_t& BufferPool::count_of(const BufferModule& buffer) noexcept
-{
-    const bool is_listed = buffer.m_facts->buffer.get() != nullptr;
-    const Place place =
-        is_listed ? counted_place(buffer.get_Queue(), buffer.get_FillState()) : Place::elsewhere;
-    return m_counts[static_cast<size_t>(place)];
-}
-
 void BufferPool::change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept
 {
-    --count_of(buffer);
-    buffer.m_facts->queue.set(queue);
-    buffer.m_facts->fill_state.set(state);
-    ++count_of(buffer);
+    BufferFacts& facts = *buffer.m_facts;
+    if (facts.buffer.get() != nullptr) { // else it was removed while a frame was copied into it
+        --count_of(facts.queue.get(), facts.fill_state.get());
+        ++count_of(queue, state);
+    }
+    facts.queue.set(queue);
+    facts.fill_state.set(state);
     if (queue == BUFFER_QUEUE_TYPE::INPUT)
         m_input_from = std::min(m_input_from, buffer.m_order);
 }
@@ -191,7 +176,7 @@ BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer, Mapped mappe
         m_pool.emplace_back();
         buffer_index.add(&added, added.m_facts.get());
         if (mapped == Mapped::yes) // last: it may take the handle over from another buffer
-            m_StreamBufferMap[added.get_GrabberHandle()] = &added;
+            map(added);
     } catch (...) { // no memory for one of the entries: leave none behind
         if (!m_pool.empty() && m_pool.back() == nullptr)
             m_pool.pop_back();
@@ -201,9 +186,18 @@ BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer, Mapped mappe
     added.m_order = m_announced++;
     added.m_facts->pool.set(this);
     added.m_facts->buffer.set(&added);
-    ++count_of(added);
+    ++count_of(added.get_Queue(), added.get_FillState());
     m_pool.back() = std::move(buffer);
     return &added;
+}
+
+/// Makes the buffer the one of its library handle. When memory runs out, that is still the one that it was.
+void BufferPool::map(BufferModule& buffer)
+{
+    const uint64_t handle = buffer.get_GrabberHandle();
+    m_StreamBufferMap.reserve_one();
+    m_StreamBufferMap.remove(handle);
+    m_StreamBufferMap.add(handle, &buffer);
 }
 
 /// Takes out everything that finds the buffer.
@@ -215,9 +209,8 @@ void BufferPool::forget(BufferModule& buffer) noexcept
     const auto entry = std::find_if(begin, end, [&](const auto& found) { return found.second == &buffer; });
     if (entry != end)
         m_by_memory.erase(entry);
-    const auto mapped = m_StreamBufferMap.find(buffer.get_GrabberHandle());
-    if (mapped != m_StreamBufferMap.end() && mapped->second == &buffer)
-        m_StreamBufferMap.erase(mapped);
+    if (m_StreamBufferMap.find(buffer.get_GrabberHandle()) == &buffer)
+        m_StreamBufferMap.remove(buffer.get_GrabberHandle());
 }
 
 bool BufferPool::remove(const void* handle)
@@ -252,7 +245,7 @@ void BufferPool::close()
 
 void BufferPool::destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<ShortLock>& lock)
 {
-    --count_of(*buffer);
+    --count_of(buffer->get_Queue(), buffer->get_FillState());
     forget(*buffer);
     ++m_waiting;
     m_unpinned.wait(lock, [&buffer] { return buffer->m_pins == 0; });

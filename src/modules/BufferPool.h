@@ -54,7 +54,7 @@ public:
     BufferPool& operator=(const BufferPool&) = delete;
 
     /// What consumers count.
-    enum class Place { elsewhere, waiting, started, output };
+    enum class Place { waiting, started, output };
 
     size_t size() const;
     /// How many buffers wait to be filled, are being filled, or are in the output queue.
@@ -85,10 +85,10 @@ public:
     /// The end of a frame: the buffer is filled, and no longer pinned.
     void complete(const ShortLock::Held& held, PinnedBuffer buffer) noexcept;
 
-    /// Puts the buffer of a handle into the input pool. Its library handle; nothing when there is no such
-    /// buffer. Who finds the buffer in the input pool also sees what the consumer did before: both took the
-    /// lock.
-    std::optional<uint64_t> queue(const void* handle);
+    /// Puts a buffer into the input pool and answers its library handle; nothing when it is not, or no longer,
+    /// the buffer of these facts. Who finds it in the input pool also sees what the consumer did before: both
+    /// took the lock.
+    std::optional<uint64_t> queue(const void* handle, const BufferFacts& facts);
     /// Change a buffer that the caller has pinned.
     void set_queue(BufferModule& buffer, BUFFER_QUEUE_TYPE queue);
     void set_fill_state(BufferModule& buffer, FillState state);
@@ -117,7 +117,11 @@ private:
     BufferModule* look_up(const void* handle) const noexcept;
     Buffers::iterator place_of(uint64_t order);
     void change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept;
-    size_t& count_of(const BufferModule& buffer) noexcept;
+    size_t& count_of(BUFFER_QUEUE_TYPE queue, FillState state) noexcept
+    {
+        return m_counts[static_cast<size_t>(queue)][static_cast<size_t>(state)];
+    }
+    void map(BufferModule& buffer);
     void forget(BufferModule& buffer) noexcept;
     void destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<ShortLock>& lock);
 
@@ -127,10 +131,10 @@ private:
     uint64_t m_input_from{0}; // no buffer announced before this one is in the input pool
     int m_waiting{0};         // threads that wait for a buffer to be unpinned
     std::condition_variable_any m_unpinned;
-    std::array<size_t, 4> m_counts{}; // by Place
+    std::array<std::array<size_t, 4>, 3> m_counts{}; // of buffers by tag and fill state
     Buffers m_pool;
     std::unordered_multimap<const void*, BufferModule*> m_by_memory;
-    std::unordered_map<uint64_t, BufferModule*> m_StreamBufferMap;
+    Index<uint64_t, BufferModule> m_StreamBufferMap;
 };
 
 } // namespace zvgentl

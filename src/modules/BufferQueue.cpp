@@ -10,23 +10,13 @@ constexpr size_t first_capacity = 256;
 
 BufferQueue::BufferQueue() : m_ring(first_capacity) {}
 
-void BufferQueue::push(BufferModule* buffer)
+void BufferQueue::grow()
 {
-    if (m_size == m_ring.size()) {
-        std::vector<BufferModule*> larger(m_ring.size() * 2);
-        for (size_t i = 0; i < m_size; ++i)
-            larger[i] = m_ring[(m_first + i) % m_ring.size()];
-        m_ring.swap(larger);
-        m_first = 0;
-    }
-    m_ring[(m_first + m_size) % m_ring.size()] = buffer;
-    ++m_size;
-}
-
-void BufferQueue::pop() noexcept
-{
-    m_first = (m_first + 1) % m_ring.size();
-    --m_size;
+    std::vector<Entry> larger(m_ring.size() * 2);
+    for (size_t i = 0; i < m_size; ++i)
+        larger[i] = m_ring[place(i)];
+    m_ring.swap(larger);
+    m_first = 0;
 }
 
 void BufferQueue::clear() noexcept

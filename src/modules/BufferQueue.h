@@ -6,21 +6,41 @@
 namespace zvgentl {
 
 class BufferModule;
+struct BufferFacts;
 
 /// A queue of buffers, oldest first. It allocates only when it is full, so frames are appended without an
-/// allocation. The buffers are not owned and never read: they may have been revoked. One thread at a time.
+/// allocation. The buffers are not owned and never read: they may have been revoked, as their facts tell. One
+/// thread at a time.
 class BufferQueue {
 public:
+    struct Entry {
+        BufferModule* buffer;
+        const BufferFacts* facts; // of the buffer when it was appended
+    };
+
     BufferQueue();
     bool empty() const noexcept { return m_size == 0; }
     size_t size() const noexcept { return m_size; }
-    BufferModule* front() const noexcept { return m_ring[m_first]; }
-    void push(BufferModule* buffer);
-    void pop() noexcept;
+    const Entry& front() const noexcept { return m_ring[m_first]; }
+    void push(const Entry& entry)
+    {
+        if (m_size == m_ring.size())
+            grow();
+        m_ring[place(m_size)] = entry;
+        ++m_size;
+    }
+    void pop() noexcept
+    {
+        m_first = place(1);
+        --m_size;
+    }
     void clear() noexcept;
 
 private:
-    std::vector<BufferModule*> m_ring;
+    size_t place(size_t position) const noexcept { return (m_first + position) & (m_ring.size() - 1); }
+    void grow();
+
+    std::vector<Entry> m_ring; // as many as a power of 2
     size_t m_first{0};
     size_t m_size{0};
 };

@@ -53,7 +53,7 @@ size_t EventModule::get_QueueLength() const
 void EventModule::push(BufferModule* buffer)
 {
     m_fired.store(m_fired.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); // under the lock
-    m_queue.push(buffer);
+    m_queue.push({buffer, buffer != nullptr ? &buffer->get_Facts() : nullptr});
 }
 
 void EventModule::append(BufferModule* buffer)
@@ -100,6 +100,15 @@ bool EventModule::try_take(void* destination)
     return pop(held, destination);
 }
 
+/// The buffer may have been revoked since, and its facts be those of another; then it has no private pointer.
+void* EventModule::private_of(const BufferQueue::Entry& entry) const noexcept
+{
+    const BufferFacts* const facts = entry.facts;
+    const bool is_alive =
+        facts != nullptr && facts->buffer.get() == entry.buffer && facts->stream.get() == &m_source;
+    return is_alive ? facts->private_pointer.get() : nullptr;
+}
+
 bool EventModule::pop(const ShortLock::Held& /*held*/, void* destination)
 {
     if (m_queue.empty())
@@ -108,11 +117,10 @@ bool EventModule::pop(const ShortLock::Held& /*held*/, void* destination)
         destination == nullptr || m_type == EVENT_NEW_BUFFER || m_type == EVENT_REMOTE_DEVICE;
     if (!is_removed)
         return false;
-    BufferModule* const buffer = m_queue.front();
+    const BufferQueue::Entry entry = m_queue.front();
     m_queue.pop();
     if (destination != nullptr && m_type == EVENT_NEW_BUFFER) {
-        // The entry may name a buffer that has been revoked since; only its stream knows.
-        const EVENT_NEW_BUFFER_DATA datum{buffer, m_source.private_of(buffer)};
+        const EVENT_NEW_BUFFER_DATA datum{entry.buffer, private_of(entry)};
         std::memcpy(destination, &datum, sizeof datum);
     }
     return true;

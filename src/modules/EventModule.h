@@ -73,6 +73,7 @@ private:
     void push(BufferModule* buffer);
     bool pop(const ShortLock::Held& held, void* destination);
     void drop_front() noexcept;
+    void* private_of(const BufferQueue::Entry& entry) const noexcept;
     platform::WaitResult wait_for_signal(uint32_t milliseconds);
 
     StreamModule& m_source;

@@ -69,15 +69,13 @@ public:
     /// Announces memory of the consumer, or memory that library or buffer allocate when `memory` is null. The
     /// same memory and size again give the same buffer with the new private pointer. Null on failure.
     BufferModule* new_buffer(void* memory, uint64_t size, void* private_pointer);
-    /// Puts a buffer of the pool into the input pool; false when there is none of that handle.
-    bool queue_buffer(const void* handle);
+    /// Puts a buffer into the input pool; false when it is not, or no longer, the buffer of these facts.
+    bool queue_buffer(const void* handle, const BufferFacts& facts);
     /// `buffer` is compared, never read.
     RevokeOutcome revoke(const void* buffer, uint64_t grabber_handle);
     /// Moves buffers between queues by an ACQ_QUEUE_* operation; false for an unsupported one met with a
     /// buffer.
     bool buffer_operation(int32_t operation);
-    /// The private pointer of a buffer of the pool, else null.
-    void* private_of(const void* buffer);
 
     // Events
     ShortLock& get_Lock() noexcept { return m_lock; }

@@ -97,10 +97,10 @@ BufferModule* StreamModule::announce_queued(void* memory, uint64_t size, void* p
     return m_pool.add_mapped(std::make_unique<BufferModule>(*this, memory, size, handle, private_pointer));
 }
 
-bool StreamModule::queue_buffer(const void* handle)
+bool StreamModule::queue_buffer(const void* handle, const BufferFacts& facts)
 {
     // The tag first: the library may fill the buffer before the call returns.
-    const auto grabber_handle = m_pool.queue(handle);
+    const auto grabber_handle = m_pool.queue(handle, facts);
     if (!grabber_handle)
         return false;
     // Contract: in both modes; a cyclic buffer's handle 0 fails and nothing more.
@@ -196,14 +196,6 @@ bool StreamModule::apply_operation(int32_t operation, BufferModule& buffer, BUFF
     default:
         return false;
     }
-}
-
-void* StreamModule::private_of(const void* buffer)
-{
-    void* private_pointer = nullptr;
-    const bool is_found =
-        m_pool.read(buffer, [&](const BufferFacts& facts) { private_pointer = facts.private_pointer.get(); });
-    return is_found ? private_pointer : nullptr;
 }
 
 } // namespace zvgentl

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "modules/AddressIndex.h"
 #include "modules/BufferFacts.h"
+#include "modules/Index.h"
 
 namespace zvgentl {
 
@@ -13,10 +13,10 @@ class StreamModule;
 
 /// The streams by their own addresses and by those of the events registered on them. Streams live as long as
 /// the library.
-inline AddressIndex<StreamModule> stream_index;
+inline Index<const void*, StreamModule> stream_index;
 
 /// What can be asked about buffers, by their addresses. The facts outlive the buffer and tell when it is
 /// gone.
-inline AddressIndex<BufferFacts> buffer_index;
+inline Index<const void*, BufferFacts> buffer_index;
 
 } // namespace zvgentl

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <memory>
 #include <new>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -31,6 +32,11 @@ protected:
     }
     BufferModule* add() { return pool.add(make(0)); }
     BufferModule* add_mapped(uint64_t library_handle) { return pool.add_mapped(make(library_handle)); }
+
+    static std::optional<uint64_t> queue(BufferPool& pool, const BufferModule* buffer)
+    {
+        return pool.queue(buffer, buffer->get_Facts());
+    }
 
     zvgentl::ShortLock lock;
     BufferPool pool{lock};
@@ -148,19 +154,19 @@ TEST_F(Pool, TakesInputBuffersInPoolOrder)
     BufferModule* const first = add();
     BufferModule* const second = add();
     BufferModule* const third = add();
-    pool.queue(third);
-    pool.queue(second);
+    queue(pool, third);
+    queue(pool, second);
     EXPECT_EQ(second, pool.take_first_input().get());
     EXPECT_EQ(BUFFER_QUEUE_TYPE::OUTPUT, second->get_Queue());
-    pool.queue(second);
+    queue(pool, second);
     EXPECT_EQ(second, pool.take_first_input().get()) << "it comes before the third again";
     EXPECT_EQ(third, pool.take_first_input().get());
     EXPECT_FALSE(pool.take_first_input());
     EXPECT_EQ(BUFFER_QUEUE_TYPE::GENERAL, first->get_Queue());
     pool.remove(second);
     BufferModule* const fourth = add();
-    pool.queue(fourth);
-    pool.queue(first);
+    queue(pool, fourth);
+    queue(pool, first);
     EXPECT_EQ(first, pool.take_first_input().get());
     EXPECT_EQ(fourth, pool.take_first_input().get());
 }
@@ -169,13 +175,14 @@ TEST_F(Pool, QueuesOnlyItsOwnBuffers)
 {
     BufferPool other{lock};
     const BufferModule* const stranger = other.add(make(7));
-    EXPECT_FALSE(pool.queue(stranger));
+    EXPECT_FALSE(queue(pool, stranger));
     EXPECT_FALSE(pool.holds(stranger));
-    EXPECT_EQ(7U, other.queue(stranger));
+    EXPECT_EQ(7U, queue(other, stranger));
     const BufferModule* const mine = add_mapped(8);
-    EXPECT_EQ(8U, pool.queue(mine));
+    EXPECT_EQ(8U, queue(pool, mine));
+    const BufferFacts& facts = mine->get_Facts();
     EXPECT_TRUE(pool.remove(mine));
-    EXPECT_FALSE(pool.queue(mine));
+    EXPECT_FALSE(pool.queue(mine, facts));
 }
 
 TEST_F(Pool, CountsBuffersByWhereTheyAre)
@@ -186,11 +193,11 @@ TEST_F(Pool, CountsBuffersByWhereTheyAre)
     using Counts = std::array<size_t, 3>;
     BufferModule* const buffer = add_mapped(5);
     EXPECT_EQ((Counts{0, 0, 0}), counts());
-    pool.queue(buffer);
+    queue(pool, buffer);
     EXPECT_EQ((Counts{1, 0, 0}), counts());
     PinnedBuffer frame = pool.take_library_handle(5);
     EXPECT_EQ((Counts{0, 0, 1}), counts()) << "the library has filled it";
-    pool.queue(buffer);
+    queue(pool, buffer);
     EXPECT_EQ((Counts{0, 1, 0}), counts()) << "queued before its frame is complete";
     {
         const zvgentl::ShortLock::Held held{lock};
@@ -332,7 +339,7 @@ TEST_F(PoolThreads, SurvivesEverythingAtOnce)
     std::thread queueing([&] {
         for (size_t i = 0; !is_over.load(); ++i) {
             if (const PinnedBuffer buffer = pool.at(i % 8))
-                pool.queue(buffer.get());
+                queue(pool, buffer.get());
         }
     });
     for (int i = 0; i < rounds; ++i) {

@@ -21,12 +21,12 @@ protected:
     void push(size_t first, size_t end)
     {
         for (size_t i = first; i < end; ++i)
-            queue.push(pointer(i));
+            queue.push({pointer(i), nullptr});
     }
     void expect_and_pop(size_t first, size_t end)
     {
         for (size_t i = first; i < end; ++i) {
-            ASSERT_EQ(pointer(i), queue.front()) << i;
+            ASSERT_EQ(pointer(i), queue.front().buffer) << i;
             queue.pop();
         }
     }
@@ -45,13 +45,13 @@ TEST_F(BufferQueueTest, GivesTheOldestFirstAlsoNullAndTwice)
     EXPECT_TRUE(queue.empty());
     EXPECT_EQ(0U, queue.size());
     push(0, 2);
-    queue.push(pointer(1));
-    queue.push(nullptr);
+    queue.push({pointer(1), nullptr});
+    queue.push({nullptr, nullptr});
     EXPECT_EQ(4U, queue.size());
     EXPECT_FALSE(queue.empty());
     expect_and_pop(0, 2);
     expect_and_pop(1, 2);
-    EXPECT_EQ(nullptr, queue.front());
+    EXPECT_EQ(nullptr, queue.front().buffer);
     queue.pop();
     EXPECT_TRUE(queue.empty());
 }
@@ -93,10 +93,10 @@ TEST_F(BufferQueueTest, IsUnchangedWhenItCannotGrow)
     push(0, capacity);
     {
         const auto faults = FailingAllocations::nth(1);
-        EXPECT_THROW(queue.push(pointer(capacity)), std::bad_alloc);
+        EXPECT_THROW(queue.push({pointer(capacity), nullptr}), std::bad_alloc);
     }
     EXPECT_EQ(capacity, queue.size());
-    queue.push(pointer(capacity));
+    queue.push({pointer(capacity), nullptr});
     expect_and_pop(0, capacity + 1);
 }
 

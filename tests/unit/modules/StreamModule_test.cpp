@@ -179,7 +179,7 @@ TEST_F(Stream, AsksForTheFrameOfTheStreamThatTheCallbackNames)
     const uint32_t other = library_stream(StreamMode::cyclic);
     BufferModule* const buffer = stream->new_buffer(nullptr, 64, nullptr);
     ASSERT_NE(nullptr, buffer);
-    stream->get_Buffers().queue(buffer);
+    stream->get_Buffers().queue(buffer, buffer->get_Facts());
     ASSERT_TRUE(stream->start(0));
     forget();
     stream->buffer_callback(other);
@@ -197,7 +197,6 @@ TEST_F(Stream, RevokesNothingThatIsNotInItsPool)
     EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(this, 7));
     EXPECT_EQ(RevokeOutcome::not_in_pool, stream->revoke(nullptr, 0));
     EXPECT_EQ(Calls{}, fake.calls());
-    EXPECT_EQ(nullptr, stream->private_of(nullptr));
 }
 
 } // namespace

@@ -11,50 +11,57 @@
 
 namespace zvgentl {
 
-/// Finds the value that belongs to an address: a hash table that is read without a lock, in the same time for
-/// one entry and for a million. A look-up compares the address and reads nothing behind it. A value that was
-/// found may have been removed since, so it has to live on, or to tell.
+/// Finds the object that belongs to a key, a handle or an address: a hash table that is read without a lock,
+/// in the same time for one entry and for a million. A look-up compares keys and reads nothing behind them.
+/// An object that was found may have been removed since, so it has to live on, or to tell.
 ///
 /// Any thread. Those who change the index take turns; a look-up that meets a change repeats itself.
-template <class Value>
-class AddressIndex {
+template <class Key, class Value>
+class Index {
 public:
-    AddressIndex() { publish(std::make_unique<Table>(first_size)); }
-    AddressIndex(const AddressIndex&) = delete;
-    AddressIndex& operator=(const AddressIndex&) = delete;
+    Index() { publish(std::make_unique<Table>(first_size)); }
+    Index(const Index&) = delete;
+    Index& operator=(const Index&) = delete;
 
-    /// The address must be new. Throws std::bad_alloc when there is no memory for another entry; nothing has
-    /// changed then.
-    void add(const void* address, Value* value)
+    /// Makes room for one more entry, so that the next add() does not throw. Throws std::bad_alloc.
+    void reserve_one()
     {
         const std::lock_guard lock{m_mutex};
         if (2 * (m_size + 1) > m_tables.back()->size())
             grow();
+    }
+
+    /// The key must be new, the value not null. Throws std::bad_alloc when there is no memory for another
+    /// entry; nothing has changed then.
+    void add(Key key, Value* value)
+    {
+        reserve_one();
+        const std::lock_guard lock{m_mutex};
         const Change change{m_version};
-        m_tables.back()->put(address, value);
+        m_tables.back()->put(key, value);
         ++m_size;
     }
 
-    /// Does nothing for an unknown address.
-    void remove(const void* address) noexcept
+    /// Does nothing for an unknown key.
+    void remove(Key key) noexcept
     {
         const std::lock_guard lock{m_mutex};
         Table& table = *m_tables.back();
-        const size_t place = table.find(address);
-        if (table[place].address.load(std::memory_order_relaxed) == nullptr)
+        const size_t place = table.find(key);
+        if (table[place].is_empty())
             return;
         const Change change{m_version};
         table.take_out(place);
         --m_size;
     }
 
-    /// Null for an unknown address.
-    Value* find(const void* address) const noexcept
+    /// Null for an unknown key.
+    Value* find(Key key) const noexcept
     {
         for (;;) {
             const unsigned version = m_version.load(std::memory_order_acquire);
             const Table& table = *m_table.load(std::memory_order_acquire);
-            Value* const value = table[table.find(address)].value.load(std::memory_order_acquire);
+            Value* const value = table[table.find(key)].value.load(std::memory_order_acquire);
             if (version % 2 == 0 && m_version.load(std::memory_order_relaxed) == version)
                 return value;
             std::this_thread::yield(); // whoever changes the index may have lost its processor
@@ -65,11 +72,13 @@ private:
     static constexpr size_t first_size = 64;
 
     struct Entry {
-        std::atomic<const void*> address{nullptr};
+        bool is_empty() const noexcept { return value.load(std::memory_order_acquire) == nullptr; }
+
+        std::atomic<Key> key{};
         std::atomic<Value*> value{nullptr};
     };
 
-    /// Open addressing: an entry stands at its address's own place or after it, without a gap between.
+    /// Open addressing: an entry stands at its key's own place or after it, without a gap between.
     class Table {
     public:
         explicit Table(size_t size) : m_entries(size), m_mask{size - 1} {} // a power of 2
@@ -78,50 +87,50 @@ private:
         Entry& operator[](size_t place) noexcept { return m_entries[place]; }
         const Entry& operator[](size_t place) const noexcept { return m_entries[place]; }
 
-        /// The place of an address, or the empty one, without a value, after all where it could be. There is
-        /// always an empty one, also during a change.
-        size_t find(const void* address) const noexcept
+        /// The place of a key, or the empty one after all where it could be. There is always an empty one,
+        /// also during a change.
+        size_t find(Key key) const noexcept
         {
-            for (size_t place = own_place(address);; place = after(place)) {
-                const void* const found = m_entries[place].address.load(std::memory_order_acquire);
-                if (found == address || found == nullptr)
+            for (size_t place = own_place(key);; place = after(place)) {
+                const Entry& entry = m_entries[place];
+                if (entry.key.load(std::memory_order_acquire) == key || entry.is_empty())
                     return place;
             }
         }
 
-        void put(const void* address, Value* value) noexcept
+        void put(Key key, Value* value) noexcept
         {
-            Entry& entry = m_entries[find(address)];
+            Entry& entry = m_entries[find(key)];
+            entry.key.store(key, std::memory_order_release);
             entry.value.store(value, std::memory_order_release);
-            entry.address.store(address, std::memory_order_release);
         }
 
         /// Moves those entries up that would no longer be found behind the gap.
         void take_out(size_t gap) noexcept
         {
-            for (size_t place = after(gap);; place = after(place)) {
-                const void* const address = m_entries[place].address.load(std::memory_order_relaxed);
-                if (address == nullptr)
-                    break;
-                if (distance(own_place(address), place) < distance(gap, place))
+            for (size_t place = after(gap); !m_entries[place].is_empty(); place = after(place)) {
+                const Entry& entry = m_entries[place];
+                const Key key = entry.key.load(std::memory_order_relaxed);
+                if (distance(own_place(key), place) < distance(gap, place))
                     continue; // its own place is behind the gap
-                m_entries[gap].value.store(m_entries[place].value.load(std::memory_order_relaxed),
+                m_entries[gap].key.store(key, std::memory_order_release);
+                m_entries[gap].value.store(entry.value.load(std::memory_order_relaxed),
                                            std::memory_order_release);
-                m_entries[gap].address.store(address, std::memory_order_release);
                 gap = place;
             }
+            m_entries[gap].key.store(Key{}, std::memory_order_release);
             m_entries[gap].value.store(nullptr, std::memory_order_release);
-            m_entries[gap].address.store(nullptr, std::memory_order_release);
         }
 
     private:
-        /// Objects lie at multiples of 16; the multiplication spreads the other bits.
-        size_t own_place(const void* address) const noexcept
+        /// The multiplication spreads all bits of the key over the upper half.
+        size_t own_place(Key key) const noexcept
         {
             constexpr uint64_t golden_ratio = 0x9E3779B97F4A7C15;
-            return static_cast<size_t>((reinterpret_cast<uintptr_t>(address) >> 4U) * golden_ratio >> 32U) &
-                   m_mask;
+            return static_cast<size_t>(number_of(key) * golden_ratio >> 32U) & m_mask;
         }
+        static uint64_t number_of(uint64_t key) noexcept { return key; }
+        static uint64_t number_of(const void* key) noexcept { return reinterpret_cast<uintptr_t>(key); }
         size_t after(size_t place) const noexcept { return (place + 1) & m_mask; }
         size_t distance(size_t from, size_t to) const noexcept { return (to - from) & m_mask; }
 
@@ -155,8 +164,9 @@ private:
         const Table& old = *m_tables.back();
         auto larger = std::make_unique<Table>(2 * old.size());
         for (size_t place = 0; place < old.size(); ++place) {
-            if (const void* const address = old[place].address.load(std::memory_order_relaxed))
-                larger->put(address, old[place].value.load(std::memory_order_relaxed));
+            if (!old[place].is_empty())
+                larger->put(old[place].key.load(std::memory_order_relaxed),
+                            old[place].value.load(std::memory_order_relaxed));
         }
         publish(std::move(larger));
     }

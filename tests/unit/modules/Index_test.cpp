@@ -1,11 +1,12 @@
 #include <atomic>
+#include <cstdint>
 #include <new>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "modules/AddressIndex.h"
+#include "modules/Index.h"
 #include "support/FailingAllocations.h"
 
 namespace zvtest {
@@ -16,7 +17,7 @@ struct Item {
     alignas(16) int number{0};
 };
 
-class Index : public testing::Test {
+class IndexTest : public testing::Test {
 protected:
     void add(size_t first, size_t end)
     {
@@ -35,10 +36,10 @@ protected:
     }
 
     std::vector<Item> items{10000};
-    zvgentl::AddressIndex<Item> index;
+    zvgentl::Index<const void*, Item> index;
 };
 
-TEST_F(Index, FindsNothingWhenItIsEmpty)
+TEST_F(IndexTest, FindsNothingWhenItIsEmpty)
 {
     EXPECT_EQ(nullptr, index.find(nullptr));
     expect_unknown(0, items.size());
@@ -46,7 +47,7 @@ TEST_F(Index, FindsNothingWhenItIsEmpty)
     index.remove(nullptr);
 }
 
-TEST_F(Index, FindsWhatWasAddedHoweverMuchThereIs)
+TEST_F(IndexTest, FindsWhatWasAddedHoweverMuchThereIs)
 {
     add(0, 5000);
     expect_found(0, 5000);
@@ -54,15 +55,29 @@ TEST_F(Index, FindsWhatWasAddedHoweverMuchThereIs)
     EXPECT_EQ(nullptr, index.find(nullptr));
 }
 
-TEST_F(Index, HasAnyValueForAnAddress)
+TEST_F(IndexTest, HasAnyValueForAnAddress)
 {
     index.add(&items[0], &items[7]);
     EXPECT_EQ(&items[7], index.find(&items[0]));
     EXPECT_EQ(nullptr, index.find(&items[7]));
 }
 
+TEST_F(IndexTest, HasNumbersAsKeysAndZeroLikeEveryOther)
+{
+    zvgentl::Index<uint64_t, Item> numbers;
+    EXPECT_EQ(nullptr, numbers.find(0));
+    for (uint64_t key = 0; key < 100; ++key)
+        numbers.add(key, &items[key]);
+    for (uint64_t key = 0; key < 100; ++key)
+        EXPECT_EQ(&items[key], numbers.find(key)) << key;
+    numbers.remove(0);
+    EXPECT_EQ(nullptr, numbers.find(0));
+    for (uint64_t key = 1; key < 100; ++key)
+        EXPECT_EQ(&items[key], numbers.find(key)) << key;
+}
+
 // With 10,000 entries many stand at one another's places.
-TEST_F(Index, StillFindsTheOthersWhenSomeAreRemoved)
+TEST_F(IndexTest, StillFindsTheOthersWhenSomeAreRemoved)
 {
     add(0, items.size());
     for (size_t i = 0; i < items.size(); i += 3)
@@ -76,7 +91,7 @@ TEST_F(Index, StillFindsTheOthersWhenSomeAreRemoved)
     expect_found(0, items.size());
 }
 
-TEST_F(Index, ChangesNothingWhenMemoryRunsOut)
+TEST_F(IndexTest, ChangesNothingWhenMemoryRunsOut)
 {
     size_t added = 0;
     for (bool has_failed = false; !has_failed; ++added) {
@@ -96,7 +111,7 @@ TEST_F(Index, ChangesNothingWhenMemoryRunsOut)
     expect_found(0, added + 1);
 }
 
-TEST_F(Index, FindsWhatStaysWhileOthersComeAndGo)
+TEST_F(IndexTest, FindsWhatStaysWhileOthersComeAndGo)
 {
     constexpr size_t kept = 100;
     add(0, kept);
