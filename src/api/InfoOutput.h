@@ -47,16 +47,30 @@ public:
     GenTL::GC_ERROR write(const InfoNumber& value, const ApiCall& call, int32_t command, NumberLog log) const
     {
         *m_type = value.type;
-        if (m_buffer != nullptr) {
-            if (*m_size < value.width)
-                return report_too_small(value.width, call, command, log);
-            copy_low_bytes(m_buffer, value.number, value.width);
+        if (m_buffer == nullptr) {
+            *m_size = value.width;
+            return GenTL::GC_ERR_SUCCESS;
         }
-        // Last, because a consumer may pass the same memory for both.
-        *m_size = value.width;
-        if (m_buffer != nullptr && (log == NumberLog::written || log == NumberLog::both))
+        if (*m_size < value.width)
+            return report_too_small(value.width, call, command, log);
+        hand_over(value, m_type, m_buffer, m_size);
+        if (log == NumberLog::written || log == NumberLog::both)
             log_written(value, call);
         return GenTL::GC_ERR_SUCCESS;
+    }
+    /// Writes a number to where there is room for it.
+    static void hand_over(const InfoNumber& value, GenTL::INFO_DATATYPE* type, void* buffer,
+                          size_t* size) noexcept
+    {
+        *type = value.type;
+        // Little-endian: the low bytes come first. By cases, so that each is one instruction.
+        if (value.width == 8)
+            std::memcpy(buffer, &value.number, 8);
+        else if (value.width == 4)
+            std::memcpy(buffer, &value.number, 4);
+        else
+            std::memcpy(buffer, &value.number, 1);
+        *size = value.width; // last, because a consumer may pass the same memory for both
     }
 
     /// Answers an unknown command: size 0, "info= %d" and GC_ERR_NOT_IMPLEMENTED with its exit line.
@@ -66,16 +80,6 @@ private:
     GenTL::GC_ERROR write_text(const std::string& text, const ApiCall& call) const;
     GenTL::GC_ERROR report_too_small(size_t width, const ApiCall& call, int32_t command, NumberLog log) const;
 
-    /// Little-endian: the low bytes come first. By cases, so that each is one instruction.
-    static void copy_low_bytes(void* destination, uint64_t number, size_t width) noexcept
-    {
-        if (width == 8)
-            std::memcpy(destination, &number, 8);
-        else if (width == 4)
-            std::memcpy(destination, &number, 4);
-        else
-            std::memcpy(destination, &number, 1);
-    }
     static void log_written(const InfoNumber& value, const ApiCall& call);
 
     GenTL::INFO_DATATYPE* m_type;

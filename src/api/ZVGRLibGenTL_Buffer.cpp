@@ -53,7 +53,7 @@ constexpr NumberRow<BufferFacts> buffer_info[] = {
      [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::filling)); }},
     {BUFFER_INFO_IS_INCOMPLETE,
      [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::incomplete)); }},
-    {BUFFER_INFO_TLTYPE, nullptr}, // see get_rare_info
+    {BUFFER_INFO_TLTYPE, nullptr}, // no number: see write_transport_type
     {BUFFER_INFO_SIZE_FILLED, geometry_size<Geometry::data_size>},
     {BUFFER_INFO_WIDTH, geometry_size<Geometry::width>},
     {BUFFER_INFO_HEIGHT, geometry_size<Geometry::height>},
@@ -86,35 +86,38 @@ constexpr NumberRow<BufferFacts> buffer_part_info[] = {
     {BUFFER_PART_INFO_DATA_SIZE, geometry_size<Geometry::size>},
 };
 
-/// Says which of the handles is not good, the stream's first.
-GC_ERROR refuse_buffer(const ApiCall& call, DS_HANDLE stream_handle, BUFFER_HANDLE handle)
+/// Answers the usual query, for a number while nobody logs traces, as a consumer makes several per frame.
+/// False when there is anything to refuse or to log: then nothing was done, and the checks say what.
+bool answer_at_once(DS_HANDLE stream, BUFFER_HANDLE buffer, BUFFER_INFO_CMD command, INFO_DATATYPE* type,
+                    void* destination, size_t* size)
 {
-    const auto stream = check_stream_handle(stream_handle, call, Open::required);
-    if (!stream)
-        return stream.error();
-    call.log_error(At{3322}, "invalid buffer handle %016llX", address(handle));
-    return call.fail(At{3323}, GC_ERR_INVALID_HANDLE);
+    if (is_logged(api_logger, Priority::trace) || !is_initialised() || is_missing(type) ||
+        is_missing(destination) || is_missing(size))
+        return false;
+    const auto* const row = find_row(buffer_info, command);
+    const BufferFacts* const facts = find_facts(stream, buffer);
+    if (row == nullptr || row->value == nullptr || facts == nullptr)
+        return false;
+    const InfoNumber number = row->value(*facts);
+    if (facts->buffer.get() != buffer || *size < number.width)
+        return false;
+    InfoOutput::hand_over(number, type, destination, size);
+    return true;
 }
 
-/// What is not among the facts: the transport type, for which the library is asked, and nothing else.
-GC_ERROR get_rare_info(const ApiCall& call, const InfoOutput& output, DS_HANDLE stream_handle,
-                       BUFFER_HANDLE handle, int32_t command)
+/// It is not among the facts: the library is asked for it.
+GC_ERROR write_transport_type(const ApiCall& call, const InfoOutput& output, const BufferFacts& facts,
+                              int32_t command)
 {
-    const BufferFacts* const facts = find_facts(stream_handle, handle);
-    if (facts == nullptr || facts->buffer.get() != handle)
-        return refuse_buffer(call, stream_handle, handle);
-    if (command != BUFFER_INFO_TLTYPE)
-        return output.refuse(call, At{3328}, At{3329}, command);
-    const InfoValue type = InfoValue::string(transport_type_of(*facts->stream.get()));
-    const GC_ERROR error = output.write(type, call, command, NumberLog::too_small);
-    return error != GC_ERR_SUCCESS ? error : call.succeed(At{3331}, "Exit DSGetBufferInfo");
+    return output.write(InfoValue::string(transport_type_of(*facts.stream.get())), call, command,
+                        NumberLog::too_small);
 }
 
-} // namespace
-
-GC_API DSGetBufferInfo(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer, BUFFER_INFO_CMD iInfoCmd,
-                       INFO_DATATYPE* piType, void* pBuffer, size_t* piSize)
-try {
+/// Answers any query, with every check and line in its order.
+[[gnu::cold, gnu::noinline]] GC_ERROR get_buffer_info(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer,
+                                                      BUFFER_INFO_CMD iInfoCmd, INFO_DATATYPE* piType,
+                                                      void* pBuffer, size_t* piSize)
+{
     const ApiCall call{"DSGetBufferInfo", Priority::trace};
     call.log(At{3310}, "Enter DSGetBufferInfo, info=%d, stream handle=0x%X, buffer handle=0x%X", iInfoCmd,
              low32(hDataStream), low32(hBuffer));
@@ -124,16 +127,32 @@ try {
     if (output.is_malformed())
         return call.fail(At{3316}, GC_ERR_INVALID_PARAMETER);
     const auto* const row = find_row(buffer_info, iInfoCmd);
-    if (row == nullptr || row->value == nullptr)
-        return get_rare_info(call, output, hDataStream, hBuffer, iInfoCmd);
     const BufferFacts* const facts = find_facts(hDataStream, hBuffer);
-    if (facts == nullptr)
-        return refuse_buffer(call, hDataStream, hBuffer);
-    const InfoNumber value = row->value(*facts);
-    if (facts->buffer.get() != hBuffer) // revoked meanwhile
-        return refuse_buffer(call, hDataStream, hBuffer);
-    const GC_ERROR error = output.write(value, call, iInfoCmd, NumberLog::too_small);
+    InfoNumber number{};
+    if (facts != nullptr && row != nullptr && row->value != nullptr)
+        number = row->value(*facts);
+    if (facts == nullptr || facts->buffer.get() != hBuffer) { // or revoked meanwhile
+        const auto stream = check_stream_handle(hDataStream, call, Open::required);
+        if (!stream)
+            return stream.error();
+        call.log_error(At{3322}, "invalid buffer handle %016llX", address(hBuffer));
+        return call.fail(At{3323}, GC_ERR_INVALID_HANDLE);
+    }
+    if (row == nullptr)
+        return output.refuse(call, At{3328}, At{3329}, iInfoCmd);
+    const GC_ERROR error = row->value != nullptr ? output.write(number, call, iInfoCmd, NumberLog::too_small)
+                                                 : write_transport_type(call, output, *facts, iInfoCmd);
     return error != GC_ERR_SUCCESS ? error : call.succeed(At{3331}, "Exit DSGetBufferInfo");
+}
+
+} // namespace
+
+GC_API DSGetBufferInfo(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer, BUFFER_INFO_CMD iInfoCmd,
+                       INFO_DATATYPE* piType, void* pBuffer, size_t* piSize)
+try {
+    if (answer_at_once(hDataStream, hBuffer, iInfoCmd, piType, pBuffer, piSize))
+        return GC_ERR_SUCCESS;
+    return get_buffer_info(hDataStream, hBuffer, iInfoCmd, piType, pBuffer, piSize);
 } catch (...) {
     return after_exception("DSGetBufferInfo");
 }

@@ -156,15 +156,15 @@ try {
              low32(hBuffer));
     if (!call.library_is_open(At{3012}))
         return GC_ERR_NOT_INITIALIZED;
-    if (const BufferFacts* const facts = find_facts(hDataStream, hBuffer)) {
-        if (static_cast<StreamModule*>(hDataStream)->queue_buffer(hBuffer, *facts))
-            return call.succeed(At{3024}, "Exit DSQueueBuffer");
+    const BufferFacts* const facts = find_facts(hDataStream, hBuffer);
+    if (facts == nullptr || !static_cast<StreamModule*>(hDataStream)->queue_buffer(hBuffer, *facts)) {
+        const auto stream = check_stream_handle(hDataStream, call, Open::required);
+        if (!stream)
+            return stream.error();
+        call.log_error(At{3020}, "DSQueueBuffer - GC_ERR_INVALID_HANDLE: invalid buffer handle");
+        return GC_ERR_INVALID_HANDLE;
     }
-    const auto stream = check_stream_handle(hDataStream, call, Open::required);
-    if (!stream)
-        return stream.error();
-    call.log_error(At{3020}, "DSQueueBuffer - GC_ERR_INVALID_HANDLE: invalid buffer handle");
-    return GC_ERR_INVALID_HANDLE;
+    return call.succeed(At{3024}, "Exit DSQueueBuffer");
 } catch (...) {
     return after_exception("DSQueueBuffer");
 }

@@ -80,7 +80,8 @@ inline bool is_in_tree(const StreamModule& stream) noexcept
 /// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good;
 /// else null, and the checks of the two in turn say why. Who finds the facts' buffer unchanged after reading
 /// them has read those of the handle.
-inline const BufferFacts* find_facts(GenTL::DS_HANDLE stream_handle, GenTL::BUFFER_HANDLE handle) noexcept
+[[gnu::always_inline]] inline const BufferFacts* find_facts(GenTL::DS_HANDLE stream_handle,
+                                                            GenTL::BUFFER_HANDLE handle) noexcept
 {
     const BufferFacts* const facts = buffer_index.find(handle);
     if (facts == nullptr)

@@ -85,9 +85,9 @@ public:
     /// The end of a frame: the buffer is filled, and no longer pinned.
     void complete(const ShortLock::Held& held, PinnedBuffer buffer) noexcept;
 
-    /// Puts a buffer into the input pool and answers its library handle; nothing when it is not, or no longer,
-    /// the buffer of these facts. Who finds it in the input pool also sees what the consumer did before: both
-    /// took the lock.
+    /// Puts a buffer into the input pool and answers its library handle; nothing when it is not, or no
+    /// longer, the buffer of these facts. Who finds it in the input pool also sees what the consumer did
+    /// before: both took the lock.
     std::optional<uint64_t> queue(const void* handle, const BufferFacts& facts);
     /// Change a buffer that the caller has pinned.
     void set_queue(BufferModule& buffer, BUFFER_QUEUE_TYPE queue);

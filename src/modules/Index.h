@@ -27,7 +27,7 @@ public:
     void reserve_one()
     {
         const std::lock_guard lock{m_mutex};
-        if (2 * (m_size + 1) > m_tables.back()->size())
+        if (4 * (m_size + 1) > m_tables.back()->size()) // so that few stand at one another's places
             grow();
     }
 
@@ -58,14 +58,9 @@ public:
     /// Null for an unknown key.
     Value* find(Key key) const noexcept
     {
-        for (;;) {
-            const unsigned version = m_version.load(std::memory_order_acquire);
-            const Table& table = *m_table.load(std::memory_order_acquire);
-            Value* const value = table[table.find(key)].value.load(std::memory_order_acquire);
-            if (version % 2 == 0 && m_version.load(std::memory_order_relaxed) == version)
-                return value;
-            std::this_thread::yield(); // whoever changes the index may have lost its processor
-        }
+        const unsigned version = m_version.load(std::memory_order_acquire);
+        Value* const value = m_table.load(std::memory_order_acquire)->value_of(key);
+        return is_current(version) ? value : find_again(key);
     }
 
 private:
@@ -81,7 +76,8 @@ private:
     /// Open addressing: an entry stands at its key's own place or after it, without a gap between.
     class Table {
     public:
-        explicit Table(size_t size) : m_entries(size), m_mask{size - 1} {} // a power of 2
+        /// `size` is a power of 2.
+        explicit Table(size_t size) : m_mask{size - 1}, m_entries{std::make_unique<Entry[]>(size)} {}
 
         size_t size() const noexcept { return m_mask + 1; }
         Entry& operator[](size_t place) noexcept { return m_entries[place]; }
@@ -96,6 +92,11 @@ private:
                 if (entry.key.load(std::memory_order_acquire) == key || entry.is_empty())
                     return place;
             }
+        }
+
+        Value* value_of(Key key) const noexcept
+        {
+            return m_entries[find(key)].value.load(std::memory_order_acquire);
         }
 
         void put(Key key, Value* value) noexcept
@@ -134,8 +135,8 @@ private:
         size_t after(size_t place) const noexcept { return (place + 1) & m_mask; }
         size_t distance(size_t from, size_t to) const noexcept { return (to - from) & m_mask; }
 
-        std::vector<Entry> m_entries;
-        size_t m_mask;
+        const size_t m_mask;
+        const std::unique_ptr<Entry[]> m_entries;
     };
 
     /// Makes the version odd while entries change.
@@ -152,6 +153,23 @@ private:
     private:
         std::atomic<unsigned>& m_version;
     };
+
+    /// Whether nothing has changed since `version` was read, and nothing was changing then.
+    bool is_current(unsigned version) const noexcept
+    {
+        return version % 2 == 0 && m_version.load(std::memory_order_relaxed) == version;
+    }
+
+    [[gnu::cold]] Value* find_again(Key key) const noexcept
+    {
+        for (;;) {
+            std::this_thread::yield(); // whoever changes the index may have lost its processor
+            const unsigned version = m_version.load(std::memory_order_acquire);
+            Value* const value = m_table.load(std::memory_order_acquire)->value_of(key);
+            if (is_current(version))
+                return value;
+        }
+    }
 
     void publish(std::unique_ptr<Table> table)
     {
