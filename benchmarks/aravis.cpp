@@ -216,7 +216,7 @@ int main(int argc, char** argv)
 {
     using std::chrono::microseconds;
     const char* const anchor = "libaravis, fake camera";
-    const Contest bare{What::elapsed_time, 4096, Pixels::none, microseconds{0}, 20000};
+    const Contest bare{What::elapsed_time, 4096, Pixels::none, microseconds{0}, 2000};
     const Contest copied{What::elapsed_time, 8 * mebibyte, Pixels::copied, microseconds{0}, 40};
     const Contest processor{What::processor_time, mebibyte, Pixels::copied, microseconds{1000}, 200};
     const Contest latency{What::latency, 4096, Pixels::none, microseconds{500}, 200};

@@ -132,6 +132,7 @@ bool measure(const std::vector<Row>& rows, const Options& options)
     bool is_good = true;
     nlohmann::json lines = nlohmann::json::array();
     Line::print_head();
+    std::fflush(stdout);
     for (size_t i = 0; i < rows.size(); ++i) {
         if (options.row && *options.row != i)
             continue;

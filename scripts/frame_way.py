@@ -19,7 +19,7 @@ ROW = "frame without a wait, 1 camera, 64 buffers"
 FRAMES = 1024
 # The steps: the function that callgrind counts, how often a frame calls it, and what happens in it.
 STEPS = [
-    ("bare_deliver", "callback", "the library's thread: find and mark the buffer, ask for timestamp and id, append and signal"),
+    ("bare_deliver", "callback", "the library: find and mark the buffer, ask for timestamp and id, append and signal"),
     ("EventGetData", "EventGetData", "the consumer: check the handle, take the oldest entry, look up the private pointer"),
     ("DSGetBufferInfo", "8 DSGetBufferInfo", "the consumer: check stream and buffer, find the command, hand the value over"),
     ("DSQueueBuffer", "DSQueueBuffer", "the consumer: check stream and buffer, mark it, give it back to the library"),
