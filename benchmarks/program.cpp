@@ -185,11 +185,7 @@ void count_instructions(const std::function<void(size_t count)>& work, size_t co
     counted_work(work, count);
 }
 
-void require(bool is_right, const char* what)
-{
-    if (!is_right)
-        throw std::runtime_error{what};
-}
+void fail(const char* what) { throw std::runtime_error{what}; }
 
 int run_program(int argc, char** argv, const char* about, const std::vector<Row>& rows)
 try {

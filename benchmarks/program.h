@@ -51,8 +51,14 @@ struct Row {
 /// --toggle-collect=counted_work
 void count_instructions(const std::function<void(size_t count)>& work, size_t count);
 
-/// Throws std::runtime_error with these words unless it is right.
-void require(bool is_right, const char* what);
+/// Throws std::runtime_error with these words.
+[[noreturn]] void fail(const char* what);
+/// The same unless it is right. Costs what is timed no more than a comparison.
+inline void require(bool is_right, const char* what)
+{
+    if (!is_right)
+        fail(what);
+}
 
 /// The main function of every program of this folder: reads the command line, measures the rows and prints
 /// them. The exit code: 0 all gates are passed, 1 one is missed, 2 something failed.
