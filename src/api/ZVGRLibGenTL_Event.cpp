@@ -48,7 +48,7 @@ GC_ERROR report_existing(const ApiCall& call, EVENT_TYPE type, const char* handl
 }
 
 /// The enter and exit lines of EventGetData: debug, or trace once one call of an acquisition has been logged.
-ApiCall throttled_call(StreamModule& stream, LogThrottle::Mark mark)
+inline ApiCall throttled_call(StreamModule& stream, LogThrottle::Mark mark)
 {
     const bool is_due = stream.is_log_due(LogThrottle::Function::event_get_data, mark);
     return ApiCall{"EventGetData", is_due ? Priority::debug : Priority::trace};

@@ -1,5 +1,6 @@
 #include "api/handle_checks.h"
 
+#include "api/ProcessState.h"
 #include "modules/CameraModule.h"
 #include "modules/DeviceModule.h"
 #include "modules/InterfaceModule.h"
@@ -81,7 +82,7 @@ PinnedBuffer find_buffer(const void* handle)
 StreamModule* find_owner(const void* handle) noexcept
 {
     StreamModule* const stream = stream_index.find(handle);
-    return stream != nullptr && is_in_tree(*stream) ? stream : nullptr;
+    return stream != nullptr && stream->is_Listed() ? stream : nullptr;
 }
 
 bool has_open_owners(const StreamModule& stream)

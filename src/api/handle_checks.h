@@ -6,7 +6,6 @@
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
-#include "api/ProcessState.h"
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
 #include "modules/handles.h"
@@ -71,15 +70,9 @@ Port find_port(const void* handle);
 /// What any handle names, for functions that accept several kinds.
 ModuleKind get_handle_type(const void* handle);
 
-/// Whether a stream's handle may be used at all.
-inline bool is_in_tree(const StreamModule& stream) noexcept
-{
-    return stream.is_Listed() && current_system() != nullptr;
-}
-
-/// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good;
-/// else null, and the checks of the two in turn say why. Who finds the facts' buffer unchanged after reading
-/// them has read those of the handle.
+/// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good.
+/// Null when there is anything to refuse; then the checks of the two in turn say what. Who finds the facts'
+/// buffer unchanged after reading them has read those of the handle.
 [[gnu::always_inline]] inline const BufferFacts* find_facts(GenTL::DS_HANDLE stream_handle,
                                                             GenTL::BUFFER_HANDLE handle) noexcept
 {
@@ -87,7 +80,7 @@ inline bool is_in_tree(const StreamModule& stream) noexcept
     if (facts == nullptr)
         return nullptr;
     const StreamModule* const stream = facts->stream.get();
-    return stream == stream_handle && is_in_tree(*stream) && stream->is_Open() ? facts : nullptr;
+    return stream == stream_handle && stream->is_Listed() && stream->is_Open() ? facts : nullptr;
 }
 
 /// A stream of the tree, open or not, or null.

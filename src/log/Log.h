@@ -14,6 +14,13 @@
 #define ZV_PRINTF(text, first)
 #endif
 
+// For a function that checked functions pass their formats on to: GCC would miss the literal there.
+#if defined(__clang__)
+#define ZV_PRINTF_PASSED_ON(text, first) ZV_PRINTF(text, first)
+#else
+#define ZV_PRINTF_PASSED_ON(text, first)
+#endif
+
 namespace zvgentl {
 
 /// Where a log line is written from: the number in brackets that opens its message. Chosen by hand and unique
@@ -41,7 +48,8 @@ inline bool is_logged(const ZVPocoLogger* logger, Priority priority) noexcept
 }
 
 /// Forms a line that its caller found to be wanted, and hands it to the logger's channel. A channel that
-/// fails loses the line, never the call that wrote it. The format was checked where it is a literal.
+/// fails loses the line, never the call that wrote it.
+ZV_PRINTF_PASSED_ON(5, 6)
 void write_line(ZVPocoLogger* logger, Priority priority, const char* function, At at, const char* format,
                 ...) noexcept;
 ZV_PRINTF(5, 0)

@@ -118,7 +118,7 @@ PinnedBuffer BufferPool::take_first_input()
 PinnedBuffer BufferPool::take_library_handle(uint64_t grabber_handle)
 {
     const ShortLock::Held held{m_lock};
-    BufferModule* const buffer = m_StreamBufferMap.find(grabber_handle);
+    BufferModule* const buffer = m_StreamBufferMap.glance(grabber_handle); // nobody changes it meanwhile
     if (buffer != nullptr)
         change(*buffer, BUFFER_QUEUE_TYPE::OUTPUT, FillState::filling);
     return pin(buffer);

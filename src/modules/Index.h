@@ -63,6 +63,10 @@ public:
         return is_current(version) ? value : find_again(key);
     }
 
+    /// The same for a caller that has another way if it gets null, and that notices if what it gets is not
+    /// what the key belongs to: a look-up that meets a change may give it either.
+    Value* glance(Key key) const noexcept { return m_table.load(std::memory_order_acquire)->value_of(key); }
+
 private:
     static constexpr size_t first_size = 64;
 

@@ -20,6 +20,8 @@ using zvtest::LogLine;
 namespace {
 
 // Without the attribute that checks formats, so that a format can be missing.
+void (*const write_line)(ZVPocoLogger*, zvgentl::Priority, const char*, At, const char*,
+                         ...) noexcept = zvgentl::write_line;
 void (*const write_bare_line)(ZVPocoLogger*, zvgentl::Priority, const char*, const char*,
                               ...) noexcept = zvgentl::write_bare_line;
 
@@ -114,7 +116,7 @@ TEST_F(Log, DoesNothingWithoutALoggerAFormatOrAChannel)
 {
     for (const Entry& entry : entries)
         entry.log(nullptr);
-    zvgentl::write_line(logger, zvgentl::Priority::warning, "f", At{1}, nullptr);
+    write_line(logger, zvgentl::Priority::warning, "f", At{1}, nullptr);
     write_bare_line(nullptr, zvgentl::Priority::warning, "f", "x");
     write_bare_line(logger, zvgentl::Priority::warning, "f", nullptr);
     library.set_channel("LogTest.cpp", false);
