@@ -49,13 +49,26 @@ bool BufferPool::holds(const void* handle) const noexcept
     return read(handle, [](const BufferFacts&) {});
 }
 
+inline void BufferPool::change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept
+{
+    BufferFacts& facts = *buffer.m_facts;
+    if (facts.buffer.get() != nullptr) { // else it was removed while a frame was copied into it
+        --count_of(facts.queue.get(), facts.fill_state.get());
+        ++count_of(queue, state);
+    }
+    facts.queue.set(queue);
+    facts.fill_state.set(state);
+    if (queue == BUFFER_QUEUE_TYPE::INPUT)
+        m_input_from = std::min(m_input_from, buffer.m_order);
+}
+
 BufferModule* BufferPool::look_up(const void* handle) const noexcept
 {
     const BufferFacts* const facts = buffer_index.find(handle);
     return facts != nullptr && facts->pool.get() == this ? facts->buffer.get() : nullptr;
 }
 
-PinnedBuffer BufferPool::pin(BufferModule* buffer) noexcept
+inline PinnedBuffer BufferPool::pin(BufferModule* buffer) noexcept
 {
     if (buffer == nullptr)
         return {};
@@ -63,7 +76,7 @@ PinnedBuffer BufferPool::pin(BufferModule* buffer) noexcept
     return PinnedBuffer{*this, *buffer};
 }
 
-void BufferPool::unpin(const ShortLock::Held& /*held*/, BufferModule& buffer) noexcept
+inline void BufferPool::unpin(const ShortLock::Held& /*held*/, BufferModule& buffer) noexcept
 {
     if (--buffer.m_pins == 0 && m_waiting != 0)
         m_unpinned.notify_all();
@@ -150,19 +163,6 @@ void BufferPool::set_fill_state(BufferModule& buffer, FillState state)
 {
     const ShortLock::Held held{m_lock};
     change(buffer, buffer.get_Queue(), state);
-}
-
-void BufferPool::change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept
-{
-    BufferFacts& facts = *buffer.m_facts;
-    if (facts.buffer.get() != nullptr) { // else it was removed while a frame was copied into it
-        --count_of(facts.queue.get(), facts.fill_state.get());
-        ++count_of(queue, state);
-    }
-    facts.queue.set(queue);
-    facts.fill_state.set(state);
-    if (queue == BUFFER_QUEUE_TYPE::INPUT)
-        m_input_from = std::min(m_input_from, buffer.m_order);
 }
 
 BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer, Mapped mapped)

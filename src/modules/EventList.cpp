@@ -9,7 +9,7 @@ namespace zvgentl {
 
 using namespace GenTL;
 
-EventModule* EventList::look_up(EVENT_TYPE type) const noexcept
+inline EventModule* EventList::look_up(EVENT_TYPE type) const noexcept
 {
     for (const EventRef& event : m_events) {
         if (event->get_Type() == type)
@@ -18,7 +18,7 @@ EventModule* EventList::look_up(EVENT_TYPE type) const noexcept
     return nullptr;
 }
 
-EventModule* EventList::look_up(const void* handle) const noexcept
+inline EventModule* EventList::look_up(const void* handle) const noexcept
 {
     for (const EventRef& event : m_events) {
         if (event.get() == handle)

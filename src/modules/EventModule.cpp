@@ -50,22 +50,10 @@ size_t EventModule::get_QueueLength() const
     return m_queue.size();
 }
 
-void EventModule::push(BufferModule* buffer)
-{
-    m_fired.store(m_fired.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); // under the lock
-    m_queue.push({buffer, buffer != nullptr ? &buffer->get_Facts() : nullptr});
-}
-
 void EventModule::append(BufferModule* buffer)
 {
     const ShortLock::Held held{m_lock};
     push(buffer);
-}
-
-SignalLine::Released EventModule::append_and_signal(const ShortLock::Held& /*held*/, BufferModule* buffer)
-{
-    push(buffer);
-    return m_signal.set();
 }
 
 void EventModule::flush()

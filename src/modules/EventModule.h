@@ -6,6 +6,7 @@
 
 #include "GenTL/GenTL.h"
 
+#include "modules/BufferModule.h"
 #include "modules/BufferQueue.h"
 #include "modules/Quarantine.h"
 #include "modules/ShortLock.h"
@@ -46,7 +47,11 @@ public:
     void append(BufferModule* buffer);
     /// Adds a buffer and signals, in one step: no consumer sees the entry without its signal, so none takes
     /// the entry and leaves the signal for a later wait.
-    SignalLine::Released append_and_signal(const ShortLock::Held& held, BufferModule* buffer);
+    SignalLine::Released append_and_signal(const ShortLock::Held& /*held*/, BufferModule* buffer)
+    {
+        push(buffer);
+        return m_signal.set();
+    }
     /// Drops every entry; a pending signal stays.
     void flush();
     /// Aborts one wait: the present one, or the next.
@@ -70,7 +75,12 @@ public:
 private:
     friend class EventRef;
 
-    void push(BufferModule* buffer);
+    void push(BufferModule* buffer)
+    {
+        m_fired.store(m_fired.load(std::memory_order_relaxed) + 1,
+                      std::memory_order_relaxed); // under the lock
+        m_queue.push({buffer, buffer != nullptr ? &buffer->get_Facts() : nullptr});
+    }
     bool pop(const ShortLock::Held& held, void* destination);
     void drop_front() noexcept;
     void* private_of(const BufferQueue::Entry& entry) const noexcept;

@@ -5,19 +5,14 @@
 namespace zvgentl {
 
 /// A place is gone as soon as its thread is released.
-void SignalLine::Released::release() noexcept
+void SignalLine::Released::release_all() noexcept
 {
     for (Place* place = std::exchange(m_first, nullptr); place != nullptr;)
         std::exchange(place, place->m_next)->waiter.release();
 }
-
-SignalLine::Released SignalLine::set() noexcept
+SignalLine::Released SignalLine::release_first() noexcept
 {
     Place* const first = m_first;
-    if (first == nullptr) {
-        m_is_signalled = true;
-        return Released{nullptr};
-    }
     remove(&m_first);
     first->m_next = nullptr; // the others stay
     return Released{first};
@@ -32,8 +27,6 @@ SignalLine::Released SignalLine::set_all() noexcept
     m_end = &m_first;
     return Released{first};
 }
-
-bool SignalLine::take() noexcept { return std::exchange(m_is_signalled, false); }
 
 void SignalLine::join(Place& place) noexcept
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "platform/Waiter.h"
 
 namespace zvgentl {
@@ -27,21 +29,32 @@ public:
     class [[nodiscard]] Released {
     public:
         Released() = default; // nobody
-        void release() noexcept;
+        void release() noexcept
+        {
+            if (m_first != nullptr)
+                release_all();
+        }
 
     private:
         friend class SignalLine;
+        void release_all() noexcept;
         explicit Released(Place* first) noexcept : m_first{first} {}
         Place* m_first{nullptr};
     };
 
-    Released set() noexcept;
+    Released set() noexcept
+    {
+        if (m_first != nullptr)
+            return release_first();
+        m_is_signalled = true;
+        return {};
+    }
     /// Releases everyone, and keeps a signal for nobody.
     Released set_all() noexcept;
     /// Forgets a signal that nobody has.
     void reset() noexcept { m_is_signalled = false; }
     /// True when there was a signal, which is forgotten.
-    bool take() noexcept;
+    bool take() noexcept { return std::exchange(m_is_signalled, false); }
 
     /// At the end of the line.
     void join(Place& place) noexcept;
@@ -49,6 +62,7 @@ public:
     bool leave(Place& place) noexcept;
 
 private:
+    Released release_first() noexcept;
     void remove(Place** link) noexcept;
 
     bool m_is_signalled{false};
