@@ -6,13 +6,17 @@
 #include <mutex>
 #include <thread>
 
+#include "benchmarks/threads.h"
+
 namespace zvbench {
 
 /// When a camera's thread sends frames: a number of them, at a rate or as fast as it can. It rests before and
-/// after.
+/// after. The thread stays on one processor, so that no run differs from the next by where it was put.
 class Pace {
 public:
     using Clock = std::chrono::steady_clock;
+
+    explicit Pace(int core) : m_core{core} {}
 
     /// Lets the camera send so many frames; a period of 0 means one right after the other.
     void allow(size_t frames, std::chrono::nanoseconds period)
@@ -40,6 +44,10 @@ public:
     /// On the camera's thread: returns when the next frame is due.
     void wait()
     {
+        if (!m_is_pinned) {
+            stay_on(m_core);
+            m_is_pinned = true;
+        }
         if (m_frames == 0) {
             std::unique_lock lock{m_mutex};
             m_changed.wait(lock, [this] { return m_frames != 0 || m_is_over; });
@@ -64,6 +72,8 @@ public:
     Clock::time_point sent() const { return Clock::time_point{m_sent.load()}; }
 
 private:
+    int m_core;
+    bool m_is_pinned{false}; // of the camera's thread
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::atomic<size_t> m_frames{0};

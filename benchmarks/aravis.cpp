@@ -45,7 +45,7 @@ enum class Pixels { none, copied };
 
 class AravisCamera {
 public:
-    AravisCamera(uint64_t payload, Pixels pixels) : m_payload{payload}
+    AravisCamera(uint64_t payload, Pixels pixels, int core) : m_payload{payload}, m_pace{core}
     {
         if (pixels == Pixels::copied)
             m_ring.assign(ring_frames, std::vector<char>(payload, 0x55));
@@ -116,8 +116,9 @@ private:
 
 class ProducerCamera {
 public:
-    ProducerCamera(uint64_t payload, Pixels pixels)
-        : m_system{m_bare, {1, buffers, payload, pixels == Pixels::copied ? Mode::cyclic : Mode::queued}}
+    ProducerCamera(uint64_t payload, Pixels pixels, int core)
+        : m_system{m_bare, {1, buffers, payload, pixels == Pixels::copied ? Mode::cyclic : Mode::queued}},
+          m_pace{core}
     {
         m_thread = std::thread{[this] { run(); }};
     }
@@ -200,8 +201,10 @@ struct Contest {
 
     Comparison run() const
     {
-        AravisCamera anchor{payload, pixels};
-        ProducerCamera subject{payload, pixels};
+        const Cores cores = two_cores();
+        AravisCamera anchor{payload, pixels, cores.sender};
+        ProducerCamera subject{payload, pixels, cores.sender};
+        const PinnedThread consumer{cores.receiver};
         const auto work_of = [this](auto& camera) -> Work {
             return [this, &camera](size_t count) { return measure(camera, what, period, count); };
         };
@@ -216,7 +219,7 @@ int main(int argc, char** argv)
 {
     using std::chrono::microseconds;
     const char* const anchor = "libaravis, fake camera";
-    const Contest bare{What::elapsed_time, 4096, Pixels::none, microseconds{0}, 2000};
+    const Contest bare{What::elapsed_time, 4096, Pixels::none, microseconds{0}, 5000};
     const Contest copied{What::elapsed_time, 8 * mebibyte, Pixels::copied, microseconds{0}, 40};
     const Contest processor{What::processor_time, mebibyte, Pixels::copied, microseconds{1000}, 200};
     const Contest latency{What::latency, 4096, Pixels::none, microseconds{500}, 200};

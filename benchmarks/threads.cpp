@@ -66,13 +66,18 @@ Cores two_cores()
     return {cores.front(), cores.back()};
 }
 
-PinnedThread::PinnedThread(int core)
+void stay_on(int core)
 {
-    check_call(sched_getaffinity(0, sizeof m_before, &m_before) == 0, "sched_getaffinity");
     cpu_set_t set;
     CPU_ZERO(&set);
     CPU_SET(core, &set);
     check_call(sched_setaffinity(0, sizeof set, &set) == 0, "sched_setaffinity");
+}
+
+PinnedThread::PinnedThread(int core)
+{
+    check_call(sched_getaffinity(0, sizeof m_before, &m_before) == 0, "sched_getaffinity");
+    stay_on(core);
 }
 
 PinnedThread::~PinnedThread() { sched_setaffinity(0, sizeof m_before, &m_before); }

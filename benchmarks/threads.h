@@ -32,7 +32,10 @@ Cores one_core();
 /// Throws NoResult where the process may use only one processor.
 Cores two_cores();
 
-/// Keeps the calling thread on a processor.
+/// Keeps the calling thread on a processor from now on.
+void stay_on(int core);
+
+/// Keeps the calling thread on a processor for a while.
 class PinnedThread {
 public:
     explicit PinnedThread(int core);
