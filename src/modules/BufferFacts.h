@@ -58,16 +58,16 @@ private:
 /// What consumers ask about a buffer several times per frame, apart from the buffer itself, so that they can
 /// ask without a lock: facts outlive their buffer and are used again for another one. Who has read some of
 /// them and then finds the buffer unchanged has read those of that buffer.
-struct BufferFacts {
-    Fact<BufferModule*> buffer; // whose address is the handle; null unless it is in a pool
+struct alignas(64) BufferFacts { // a line of the caches for what changes, and the next for what is asked most
+    Fact<BufferModule*> buffer;  // whose address is the handle; null unless it is in a pool
     Fact<const BufferPool*> pool;
     Fact<const StreamModule*> stream;
     Fact<void*> memory;
     Fact<void*> private_pointer;
-    Fact<BUFFER_QUEUE_TYPE> queue;
-    Fact<FillState> fill_state;
     Fact<uint64_t> timestamp; // ticks of 25 MHz; 0 until the first frame
     Fact<uint64_t> frame_id;
+    Fact<BUFFER_QUEUE_TYPE> queue;
+    Fact<FillState> fill_state;
     std::array<Fact<uint64_t>, geometry_values> geometry; // a signed value's bits for width, height, offsets
 
     /// 0 for an index that does not exist.
