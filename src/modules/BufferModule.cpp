@@ -15,6 +15,7 @@
 #include "modules/grabber_info.h"
 #include "modules/pixel_formats.h"
 #include "modules/settings.h"
+#include "platform/memory.h"
 #include "resources/descriptions.h"
 
 namespace zvgentl {
@@ -71,6 +72,8 @@ AlignedMemory::AlignedMemory(uint64_t size)
     if (size > static_cast<uint64_t>(std::numeric_limits<ptrdiff_t>::max()))
         throw std::bad_alloc();
     m_memory.reset(::operator new(size != 0 ? static_cast<size_t>(size) : 1, memory_alignment));
+    // Else the first frame waits for every page.
+    std::ignore = platform::provide(m_memory.get(), static_cast<size_t>(size));
 }
 
 void AlignedMemory::Free::operator()(void* memory) const noexcept

@@ -4,6 +4,8 @@
 #include <set>
 
 #include "modules/BufferModule.h"
+#include "platform/memory.h"
+#include "support/process/process_state.h"
 #include "unit/modules/Module_fixtures.h"
 
 using namespace zvtest;
@@ -69,6 +71,17 @@ TEST(AlignedMemoryOfABuffer, IsAlignedAndWritable)
     }
     for (const uint64_t size : {UINT64_MAX, UINT64_MAX - 4095}) // they cannot be rounded up
         EXPECT_THROW(AlignedMemory{size}, std::bad_alloc) << size;
+}
+
+TEST(AlignedMemoryOfABuffer, IsThereBeforeTheFirstFrame)
+{
+    constexpr size_t size = size_t{64} << 20U;
+    const platform::MachineMemory machine = platform::machine_memory();
+    if (machine.available < machine.total / 4 + 2 * size)
+        GTEST_SKIP() << "other programs need the memory";
+    const size_t before = memory_size().resident;
+    const AlignedMemory memory(size);
+    EXPECT_GE(memory_size().resident, before + size / 2); // some of it may have been there before
 }
 
 } // namespace
