@@ -94,13 +94,18 @@ GC_ERROR poll(const ApiCall& call, const StreamModule& stream, EVENT_HANDLE hand
     const EventRef event = stream.get_Events().find(handle);
     if (!event) // unregistered since it was checked
         return GC_ERR_ABORT;
+    constexpr uint32_t turns_per_clock_reading = 32; // a turn takes some nanoseconds, a reading 25
     const uint64_t start = platform::monotonic_milliseconds();
-    for (;;) {
+    for (uint32_t turn = 0;; ++turn) {
         if (event->take_abort()) {
             call.log(At{1162}, "EventGetData GC_ERR_ABORT");
             return GC_ERR_ABORT;
         }
-        const bool is_taken = event->try_take(destination);
+        const bool is_taken = event->has_entries() && event->try_take(destination);
+        if (!is_taken && turn % turns_per_clock_reading != 0) {
+            platform::spin_pause();
+            continue;
+        }
         // Contract: an entry that was taken too late is lost. Pinned by PollingEventGetData.LosesALateEntry.
         if (platform::monotonic_milliseconds() - start >= timeout) {
             call.log(At{1168}, "EventGetData - GC_ERR_TIMEOUT, event was signaled but no data can be "

@@ -13,7 +13,7 @@ BufferQueue::BufferQueue() : m_ring(first_capacity) {}
 void BufferQueue::grow()
 {
     std::vector<Entry> larger(m_ring.size() * 2);
-    for (size_t i = 0; i < m_size; ++i)
+    for (size_t i = 0; i < size(); ++i)
         larger[i] = m_ring[place(i)];
     m_ring.swap(larger);
     m_first = 0;
@@ -22,7 +22,7 @@ void BufferQueue::grow()
 void BufferQueue::clear() noexcept
 {
     m_first = 0;
-    m_size = 0;
+    set_size(0);
 }
 
 } // namespace zvgentl

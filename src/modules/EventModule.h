@@ -42,6 +42,8 @@ public:
     /// Entries ever appended.
     uint64_t get_FiredCount() const noexcept { return m_fired.load(std::memory_order_relaxed); }
     size_t get_QueueLength() const;
+    /// Whether there is probably something to take, without a lock; a taker in between is not noticed.
+    bool has_entries() const noexcept { return !m_queue.empty(); }
 
     /// Adds a buffer at the back of the queue. Does not signal.
     void append(BufferModule* buffer);

@@ -83,11 +83,13 @@ TEST_F(EventModuleTest, CountsWhatIsAppended)
     event->append(first);
     event->append(second);
     event->append(first);
+    EXPECT_TRUE(event->has_entries());
     EXPECT_EQ(3U, event->get_QueueLength());
     EXPECT_EQ(3U, event->get_FiredCount());
     event->try_take(&data);
     EXPECT_EQ(2U, event->get_QueueLength());
     event->flush();
+    EXPECT_FALSE(event->has_entries());
     EXPECT_EQ(0U, event->get_QueueLength());
     event->append(first);
     EXPECT_EQ(4U, event->get_FiredCount());
