@@ -27,7 +27,7 @@ public:
     void reserve_one()
     {
         const std::lock_guard lock{m_mutex};
-        if (4 * (m_size + 1) > m_tables.back()->size()) // so that few stand at one another's places
+        if (2 * (m_size + 1) > m_tables.back()->size())
             grow();
     }
 
@@ -68,7 +68,7 @@ public:
     Value* glance(Key key) const noexcept { return m_table.load(std::memory_order_acquire)->value_of(key); }
 
 private:
-    static constexpr size_t first_size = 64;
+    static constexpr size_t first_size = 256;
 
     struct Entry {
         bool is_empty() const noexcept { return value.load(std::memory_order_acquire) == nullptr; }
