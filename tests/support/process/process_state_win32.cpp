@@ -1,5 +1,7 @@
 #include "support/process/process_state.h"
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 #include <windows.h> // before the headers that need it
@@ -57,8 +59,10 @@ bool is_asleep(pid_t thread)
     GetThreadContext(handle, &context);
     ResumeThread(handle);
     CloseHandle(handle);
-    return is_inside("NtWaitForSingleObject", context.Rip) ||
-           is_inside("NtWaitForMultipleObjects", context.Rip);
+    constexpr const char* waits[] = {"NtWaitForSingleObject", "NtWaitForMultipleObjects",
+                                     "NtWaitForAlertByThreadId", "NtDelayExecution"};
+    return std::any_of(std::begin(waits), std::end(waits),
+                       [&](const char* wait) { return is_inside(wait, context.Rip); });
 }
 
 // Poco's library, and the system libraries that it needs, keep memory of every load.
