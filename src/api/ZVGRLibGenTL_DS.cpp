@@ -157,7 +157,7 @@ try {
     if (!call.library_is_open(At{3012}))
         return GC_ERR_NOT_INITIALIZED;
     const BufferFacts* const facts = find_facts(hDataStream, hBuffer);
-    if (facts == nullptr || !static_cast<StreamModule*>(hDataStream)->queue_buffer(hBuffer, *facts)) {
+    if (facts == nullptr || !facts->stream.get()->queue_buffer(hBuffer, *facts)) {
         const auto stream = check_stream_handle(hDataStream, call, Open::required);
         if (!stream)
             return stream.error();

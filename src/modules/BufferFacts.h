@@ -61,7 +61,7 @@ private:
 struct alignas(64) BufferFacts { // a line of the caches for what changes, and the next for what is asked most
     Fact<BufferModule*> buffer;  // whose address is the handle; null unless it is in a pool
     Fact<const BufferPool*> pool;
-    Fact<const StreamModule*> stream;
+    Fact<StreamModule*> stream;
     Fact<void*> memory;
     Fact<void*> private_pointer;
     Fact<uint64_t> timestamp; // ticks of 25 MHz; 0 until the first frame

@@ -81,7 +81,7 @@ void AlignedMemory::Free::operator()(void* memory) const noexcept
     ::operator delete(memory, memory_alignment);
 }
 
-BufferModule::BufferModule(const StreamModule& stream, void* memory, uint64_t size, uint64_t grabber_handle,
+BufferModule::BufferModule(StreamModule& stream, void* memory, uint64_t size, uint64_t grabber_handle,
                            void* private_pointer)
     : m_grabber_handle(grabber_handle), m_stream(stream), m_facts(buffer_facts.take()), m_copy_size(size)
 {

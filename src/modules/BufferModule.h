@@ -40,7 +40,7 @@ class BufferModule final : public QuarantinedModule<retired_buffers> {
 public:
     /// Captures geometry and pixel format from grabber and camera. Without `memory` the buffer allocates
     /// `size` bytes of its own. Throws std::bad_alloc when it cannot.
-    BufferModule(const StreamModule& stream, void* memory, uint64_t size, uint64_t grabber_handle,
+    BufferModule(StreamModule& stream, void* memory, uint64_t size, uint64_t grabber_handle,
                  void* private_pointer);
 
     std::string getId() const override;

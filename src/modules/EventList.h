@@ -11,9 +11,9 @@ namespace zvgentl {
 
 class StreamModule;
 
-/// The events registered on a stream, at most one per type. Owned by the stream; entered by consumer threads
-/// and the library's callback thread. Its lock guards the list; only the events' own locks are taken below
-/// it. What it hands out is a reference, which keeps an event alive after it left the list.
+/// The events registered on a stream, at most one per type. Owned by the stream, whose lock guards the list;
+/// entered by consumer threads and the library's callback thread. What it hands out is a reference, which
+/// keeps an event alive after it left the list.
 class EventList {
 public:
     explicit EventList(ShortLock& lock) : m_lock{lock} {}

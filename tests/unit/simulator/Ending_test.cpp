@@ -2,6 +2,7 @@
 #include <tuple>
 
 #include "support/on_threads.h"
+#include "support/process/process_state.h"
 #include "unit/simulator/BlockingMemory.h"
 #include "unit/simulator/fixtures.h"
 
@@ -222,7 +223,13 @@ TEST_F(DrawingStream, LosesTheFrameOfABufferThatWasQueuedAgainMeanwhile)
 /// A stream that is ended in its first callback.
 class EndedInside : public EitherMode {
 protected:
-    ~EndedInside() override { ZVGR_Close(grabber); } // waits for the callback, before the gate goes
+    /// Waits for the callback, before the gate goes: who ended the stream inside it has not.
+    ~EndedInside() override
+    {
+        ZVGR_Close(grabber);
+        while (zvtest::thread_count() > m_threads)
+            std::this_thread::yield();
+    }
 
     template <class End>
     void start_and_end(const End& end)
@@ -239,6 +246,9 @@ protected:
     }
 
     Gate ended;
+
+private:
+    const size_t m_threads{zvtest::thread_count()};
 };
 
 INSTANTIATE_TEST_SUITE_P(BothModes, EndedInside, testing::Values(Mode::queued, Mode::cyclic), name_of_mode);
