@@ -22,8 +22,9 @@ begin)
     mkdir -p "$WINEPREFIX"
     # The server and the prefix's services outlive this script. They must not keep its pipes open: whoever waits for the
     # script would wait for them.
-    HOME=$WINEPREFIX "$wine" wineboot --init </dev/null >"$WINEPREFIX/boot.log" 2>&1
+    # First the server, which then stays when no program runs: one that is just ending fails whoever comes at that moment.
     wineserver -p </dev/null >/dev/null 2>&1 || true # it is already running
+    HOME=$WINEPREFIX "$wine" wineboot --init </dev/null >"$WINEPREFIX/boot.log" 2>&1
     ;;
 end)
     wineserver -k || true # it has already ended

@@ -15,7 +15,8 @@ from exports import LOGGER_SYMBOLS, grabber_functions, listed_functions, output_
 
 CHARACTERISTICS = {"HIGH_ENTROPY_VA": 0x20, "DYNAMIC_BASE": 0x40, "NX_COMPAT": 0x100}
 EXECUTABLE = 0x20000000  # of a section
-SYSTEM_LIBRARIES = {"KERNEL32.dll", "msvcrt.dll", "ADVAPI32.dll", "SHELL32.dll", "USER32.dll", "WS2_32.dll"}
+SYSTEM_LIBRARIES = {"KERNEL32.dll", "msvcrt.dll", "ADVAPI32.dll", "SHELL32.dll", "USER32.dll", "WS2_32.dll",
+                    "api-ms-win-core-synch-l1-2-0.dll"}  # the last one since Windows 8
 RUN_TIME_LIBRARIES = {"libgcc_s_seh-1.dll", "libstdc++-6.dll", "libwinpthread-1.dll", "libPocoFoundation.dll"}
 OWN_LIBRARIES = {"ZVGRLib.dll", "ZVLogger.dll"}
 
