@@ -1,4 +1,6 @@
+#include <cstdint>
 #include <string>
+#include <tuple>
 
 #include "api/DS_modes.h"
 #include "api/lines.h"
@@ -47,6 +49,53 @@ TEST_P(BufferInfo, LogsEveryCallOfAnAcquisition)
         EXPECT_LOG_LINES({Priority::trace, "Enter DSGetBufferInfo, info=3, stream handle=0x" + low_hex(ds) +
                                                ", buffer handle=0x" + low_hex(buffers[0]->handle)},
                          {Priority::trace, "Exit DSGetBufferInfo"});
+    }
+}
+
+// Without traces the usual query is answered without going through the checks one by one.
+TEST_P(BufferInfo, AnswersTheSameWhenTracesAreNotLogged)
+{
+    deliver(*buffers[0], Frame{42, 7, 0, -1});
+    const BUFFER_HANDLE known = buffers[0]->handle;
+    const auto ask = [](DS_HANDLE stream, BUFFER_HANDLE buffer, int32_t command, size_t size) {
+        const auto info = query<uint64_t>(
+            size, [&](auto... out) { return DSGetBufferInfo(stream, buffer, command, out...); });
+        return std::tuple{info.code, info.type, info.value, info.size};
+    };
+    for (const DS_HANDLE stream : {ds, DS_HANDLE{known}, DS_HANDLE{nullptr}}) {
+        for (const BUFFER_HANDLE buffer : {known, BUFFER_HANDLE{ds}, BUFFER_HANDLE{nullptr}}) {
+            for (int32_t command = -1; command < 35; ++command) {
+                for (const size_t size : {size_t{0}, size_t{3}, size_t{8}}) {
+                    log.set_level(Priority::trace);
+                    const auto logged = ask(stream, buffer, command, size);
+                    log.set_level(Priority::debug);
+                    EXPECT_EQ(logged, ask(stream, buffer, command, size)) << command << ", " << size;
+                }
+            }
+        }
+    }
+    ASSERT_EQ(GC_ERR_SUCCESS, DSClose(ds));
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, std::get<0>(ask(ds, known, BUFFER_INFO_WIDTH, 8)));
+}
+
+TEST_P(BufferInfo, ChecksItsOutputsAlsoWhenTracesAreNotLogged)
+{
+    log.set_level(Priority::debug);
+    const auto ask = [this](INFO_DATATYPE* type, void* value, size_t* size) {
+        return DSGetBufferInfo(ds, buffers[0]->handle, BUFFER_INFO_WIDTH, type, value, size);
+    };
+    for (const uintptr_t missing : {uintptr_t{0}, UINTPTR_MAX}) {
+        INFO_DATATYPE type = 0;
+        uint64_t value = 0;
+        size_t size = sizeof value;
+        // NOLINTBEGIN(performance-no-int-to-ptr): what is not given may be all ones
+        EXPECT_EQ(GC_ERR_INVALID_PARAMETER, ask(reinterpret_cast<INFO_DATATYPE*>(missing), &value, &size));
+        EXPECT_EQ(GC_ERR_INVALID_PARAMETER, ask(&type, &value, reinterpret_cast<size_t*>(missing)));
+        size = 0;
+        EXPECT_EQ(GC_ERR_SUCCESS, ask(&type, reinterpret_cast<void*>(missing), &size));
+        // NOLINTEND(performance-no-int-to-ptr)
+        EXPECT_EQ(8U, size);
+        EXPECT_EQ(INFO_DATATYPE_SIZET, type);
     }
 }
 
