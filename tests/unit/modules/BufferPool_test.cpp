@@ -277,7 +277,7 @@ TEST_F(PoolThreads, RemovingWaitsForTheLastPin)
     EXPECT_FALSE(pool.take_library_handle(5)) << "a late callback";
     EXPECT_FALSE(pool.remove(buffer)) << "the other thread does that";
     pool.set_queue(*first, BUFFER_QUEUE_TYPE::INPUT);
-    EXPECT_EQ(0U, pool.count(Place::waiting)) << "it is out of the pool";
+    EXPECT_EQ(0U, pool.count(Place::started)) << "it is out of the pool";
     EXPECT_EQ(0U, pool.size());
     BufferModule* const added = add_mapped(6);
     EXPECT_EQ(added, pool.take_library_handle(6).get());
