@@ -40,14 +40,6 @@ bool visit_devices(Visit visit)
     return false;
 }
 
-/// Calls `visit` with each stream of the tree in order, until it answers true.
-template <class Visit>
-bool visit_streams(Visit visit)
-{
-    return visit_devices(
-        [&visit](const DeviceModule& device) { return visit(*device.get_Camera()->get_Stream(0)); });
-}
-
 DeviceModule* find_device(const void* handle)
 {
     DeviceModule* found = nullptr;
@@ -70,12 +62,9 @@ CameraModule* find_camera(const void* handle)
 
 PinnedBuffer find_buffer(const void* handle)
 {
-    PinnedBuffer found;
-    visit_streams([&](StreamModule& stream) {
-        found = stream.get_Buffers().find(handle);
-        return static_cast<bool>(found);
-    });
-    return found;
+    const BufferFacts* const facts = buffer_index.find(handle);
+    StreamModule* const stream = facts != nullptr ? facts->stream.get() : nullptr;
+    return stream != nullptr && stream->is_Listed() ? stream->get_Buffers().find(handle) : PinnedBuffer();
 }
 
 /// The stream of the tree that a stream's or event's handle belongs to, or null.
