@@ -8,7 +8,7 @@
 namespace zvlog {
 
 /// What a line of the default log begins with: time, process and priority. The same as Poco's formatter
-/// writes for `pattern`, which computes the date anew for every line. For one thread.
+/// writes for `pattern`, which computes the date again for every line. For one thread.
 class LinePrefix {
 public:
     static constexpr const char* pattern = "%Y-%m-%dT%H:%M:%S.%iZ %P %p ";
