@@ -14,13 +14,6 @@ struct InfoRow {
     InfoValue (*value)(const Source&...);
 };
 
-/// The same where every value is a number, which costs less.
-template <class Source>
-struct NumberRow {
-    int32_t command;
-    InfoNumber (*value)(const Source&);
-};
-
 /// The row of a command, or null. In a table in the order of its commands most rows stand at their command's
 /// number and are found at once.
 template <class Row, size_t size>

@@ -18,88 +18,90 @@ using namespace zvgentl;
 
 namespace {
 
-bool is_in(const BufferFacts& buffer, FillState state) { return buffer.fill_state.get() == state; }
-
-template <Geometry value>
-InfoNumber geometry_size(const BufferFacts& buffer)
+/// The number that answers a command. Its width is 0 when there is none: for an unknown command, and for
+/// BUFFER_INFO_TLTYPE, whose answer is a text. A switch, because a consumer makes such queries several times
+/// per frame: unlike a table of functions it costs the query no call.
+[[gnu::always_inline]] inline InfoNumber number_for(BUFFER_INFO_CMD command,
+                                                    const BufferFacts& buffer) noexcept
 {
-    return InfoNumber::sizet(buffer.get_Geometry(value));
+    const auto size = [&](Geometry value) { return InfoNumber::sizet(buffer.get_Geometry(value)); };
+    const auto number = [&](Geometry value) { return InfoNumber::uint64(buffer.get_Geometry(value)); };
+    const auto is_in = [&](FillState state) { return InfoNumber::bool8(buffer.fill_state.get() == state); };
+
+    switch (command) {
+    case BUFFER_INFO_BASE:
+        return InfoNumber::ptr(buffer.memory.get());
+    case BUFFER_INFO_SIZE:
+        return size(Geometry::size);
+    case BUFFER_INFO_USER_PTR:
+        return InfoNumber::ptr(buffer.private_pointer.get());
+    case BUFFER_INFO_TIMESTAMP:
+        return InfoNumber::uint64(buffer.timestamp.get());
+    case BUFFER_INFO_NEW_DATA:
+    case BUFFER_INFO_IMAGEPRESENT:
+        return is_in(FillState::filled);
+    case BUFFER_INFO_IS_QUEUED:
+        return InfoNumber::bool8(buffer.queue.get() == BUFFER_QUEUE_TYPE::INPUT);
+    case BUFFER_INFO_IS_ACQUIRING:
+        return is_in(FillState::filling);
+    case BUFFER_INFO_IS_INCOMPLETE:
+        return is_in(FillState::incomplete);
+    case BUFFER_INFO_SIZE_FILLED:
+    case BUFFER_INFO_DATA_SIZE:
+        return size(Geometry::data_size);
+    case BUFFER_INFO_WIDTH:
+        return size(Geometry::width);
+    case BUFFER_INFO_HEIGHT:
+        return size(Geometry::height);
+    case BUFFER_INFO_XOFFSET:
+        return size(Geometry::x_offset);
+    case BUFFER_INFO_YOFFSET:
+        return size(Geometry::y_offset);
+    case BUFFER_INFO_XPADDING:
+    case BUFFER_INFO_YPADDING:
+    case BUFFER_INFO_IMAGEOFFSET:
+        return InfoNumber::sizet(0);
+    case BUFFER_INFO_FRAMEID:
+        return InfoNumber::uint64(buffer.frame_id.get());
+    case BUFFER_INFO_PAYLOADTYPE:
+        return InfoNumber::sizet(PAYLOAD_TYPE_IMAGE);
+    case BUFFER_INFO_PIXELFORMAT:
+        return number(Geometry::pixel_format);
+    case BUFFER_INFO_PIXELFORMAT_NAMESPACE:
+        return number(Geometry::pixel_format_namespace);
+    case BUFFER_INFO_DELIVERED_IMAGEHEIGHT:
+        return size(Geometry::delivered_image_height);
+    case BUFFER_INFO_PIXEL_ENDIANNESS:
+        return InfoNumber::int32(PIXELENDIANNESS_LITTLE);
+    case BUFFER_INFO_DATA_LARGER_THAN_BUFFER:
+        return InfoNumber::bool8(buffer.get_Geometry(Geometry::data_size) >
+                                 buffer.get_Geometry(Geometry::size));
+    case BUFFER_INFO_CONTAINS_CHUNKDATA:
+        return InfoNumber::bool8(false);
+    default:
+        return {};
+    }
 }
 
-template <Geometry value>
-InfoNumber geometry_number(const BufferFacts& buffer)
-{
-    return InfoNumber::uint64(buffer.get_Geometry(value));
-}
-
-InfoNumber zero_size(const BufferFacts&) { return InfoNumber::sizet(0); }
-
-InfoNumber memory_address(const BufferFacts& buffer) { return InfoNumber::ptr(buffer.memory.get()); }
-
-constexpr NumberRow<BufferFacts> buffer_info[] = {
-    {BUFFER_INFO_BASE, memory_address},
-    {BUFFER_INFO_SIZE, geometry_size<Geometry::size>},
-    {BUFFER_INFO_USER_PTR,
-     [](const BufferFacts& buffer) { return InfoNumber::ptr(buffer.private_pointer.get()); }},
-    {BUFFER_INFO_TIMESTAMP,
-     [](const BufferFacts& buffer) { return InfoNumber::uint64(buffer.timestamp.get()); }},
-    {BUFFER_INFO_NEW_DATA,
-     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::filled)); }},
-    {BUFFER_INFO_IS_QUEUED,
-     [](const BufferFacts& buffer) {
-         return InfoNumber::bool8(buffer.queue.get() == BUFFER_QUEUE_TYPE::INPUT);
-     }},
-    {BUFFER_INFO_IS_ACQUIRING,
-     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::filling)); }},
-    {BUFFER_INFO_IS_INCOMPLETE,
-     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::incomplete)); }},
-    {BUFFER_INFO_TLTYPE, nullptr}, // no number: see write_transport_type
-    {BUFFER_INFO_SIZE_FILLED, geometry_size<Geometry::data_size>},
-    {BUFFER_INFO_WIDTH, geometry_size<Geometry::width>},
-    {BUFFER_INFO_HEIGHT, geometry_size<Geometry::height>},
-    {BUFFER_INFO_XOFFSET, geometry_size<Geometry::x_offset>},
-    {BUFFER_INFO_YOFFSET, geometry_size<Geometry::y_offset>},
-    {BUFFER_INFO_XPADDING, zero_size},
-    {BUFFER_INFO_YPADDING, zero_size},
-    {BUFFER_INFO_FRAMEID,
-     [](const BufferFacts& buffer) { return InfoNumber::uint64(buffer.frame_id.get()); }},
-    {BUFFER_INFO_IMAGEPRESENT,
-     [](const BufferFacts& buffer) { return InfoNumber::bool8(is_in(buffer, FillState::filled)); }},
-    {BUFFER_INFO_IMAGEOFFSET, zero_size},
-    {BUFFER_INFO_PAYLOADTYPE, [](const BufferFacts&) { return InfoNumber::sizet(PAYLOAD_TYPE_IMAGE); }},
-    {BUFFER_INFO_PIXELFORMAT, geometry_number<Geometry::pixel_format>},
-    {BUFFER_INFO_PIXELFORMAT_NAMESPACE, geometry_number<Geometry::pixel_format_namespace>},
-    {BUFFER_INFO_DELIVERED_IMAGEHEIGHT, geometry_size<Geometry::delivered_image_height>},
-    {BUFFER_INFO_PIXEL_ENDIANNESS,
-     [](const BufferFacts&) { return InfoNumber::int32(PIXELENDIANNESS_LITTLE); }},
-    {BUFFER_INFO_DATA_SIZE, geometry_size<Geometry::data_size>},
-    {BUFFER_INFO_DATA_LARGER_THAN_BUFFER,
-     [](const BufferFacts& buffer) {
-         return InfoNumber::bool8(buffer.get_Geometry(Geometry::data_size) >
-                                  buffer.get_Geometry(Geometry::size));
-     }},
-    {BUFFER_INFO_CONTAINS_CHUNKDATA, [](const BufferFacts&) { return InfoNumber::bool8(false); }},
+constexpr InfoRow<BufferFacts> buffer_part_info[] = {
+    {BUFFER_PART_INFO_BASE, [](const BufferFacts& buffer) { return InfoValue::ptr(buffer.memory.get()); }},
+    {BUFFER_PART_INFO_DATA_SIZE,
+     [](const BufferFacts& buffer) { return InfoValue::sizet(buffer.get_Geometry(Geometry::size)); }},
 };
 
-constexpr NumberRow<BufferFacts> buffer_part_info[] = {
-    {BUFFER_PART_INFO_BASE, memory_address},
-    {BUFFER_PART_INFO_DATA_SIZE, geometry_size<Geometry::size>},
-};
-
-/// Answers the usual query, for a number while nobody logs traces, as a consumer makes several per frame.
-/// False when there is anything to refuse or to log: then nothing was done, and the checks say what.
-bool answer_at_once(DS_HANDLE stream, BUFFER_HANDLE buffer, BUFFER_INFO_CMD command, INFO_DATATYPE* type,
-                    void* destination, size_t* size)
+/// Answers the usual query, for a number while nobody logs traces. False when there is anything to refuse or
+/// to log, and also when the buffer's index is being changed: then nothing was done, and the checks say what.
+inline bool answer_at_once(DS_HANDLE stream, BUFFER_HANDLE buffer, BUFFER_INFO_CMD command,
+                           INFO_DATATYPE* type, void* destination, size_t* size) noexcept
 {
     if (is_logged(api_logger, Priority::trace) || !is_initialised() || is_missing(type) ||
         is_missing(destination) || is_missing(size))
         return false;
-    const auto* const row = find_row(buffer_info, command);
-    const BufferFacts* const facts = find_facts(stream, buffer);
-    if (row == nullptr || row->value == nullptr || facts == nullptr)
+    const BufferFacts* const facts = glance_at_facts(stream, buffer);
+    if (facts == nullptr)
         return false;
-    const InfoNumber number = row->value(*facts);
-    if (facts->buffer.get() != buffer || *size < number.width)
+    const InfoNumber number = number_for(command, *facts);
+    if (facts->buffer.get() != buffer || number.width == 0 || *size < number.width)
         return false;
     InfoOutput::hand_over(number, type, destination, size);
     return true;
@@ -117,7 +119,7 @@ GC_ERROR write_transport_type(const ApiCall& call, const InfoOutput& output, con
 [[gnu::cold, gnu::noinline]] GC_ERROR get_buffer_info(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer,
                                                       BUFFER_INFO_CMD iInfoCmd, INFO_DATATYPE* piType,
                                                       void* pBuffer, size_t* piSize)
-{
+try {
     const ApiCall call{"DSGetBufferInfo", Priority::trace};
     call.log(At{3310}, "Enter DSGetBufferInfo, info=%d, stream handle=0x%X, buffer handle=0x%X", iInfoCmd,
              low32(hDataStream), low32(hBuffer));
@@ -126,11 +128,8 @@ GC_ERROR write_transport_type(const ApiCall& call, const InfoOutput& output, con
     const InfoOutput output{piType, pBuffer, piSize};
     if (output.is_malformed())
         return call.fail(At{3316}, GC_ERR_INVALID_PARAMETER);
-    const auto* const row = find_row(buffer_info, iInfoCmd);
     const BufferFacts* const facts = find_facts(hDataStream, hBuffer);
-    InfoNumber number{};
-    if (facts != nullptr && row != nullptr && row->value != nullptr)
-        number = row->value(*facts);
+    const InfoNumber number = facts != nullptr ? number_for(iInfoCmd, *facts) : InfoNumber{};
     if (facts == nullptr || facts->buffer.get() != hBuffer) { // or revoked meanwhile
         const auto stream = check_stream_handle(hDataStream, call, Open::required);
         if (!stream)
@@ -138,23 +137,24 @@ GC_ERROR write_transport_type(const ApiCall& call, const InfoOutput& output, con
         call.log_error(At{3322}, "invalid buffer handle %016llX", address(hBuffer));
         return call.fail(At{3323}, GC_ERR_INVALID_HANDLE);
     }
-    if (row == nullptr)
+    const bool is_number = number.width != 0;
+    if (!is_number && iInfoCmd != BUFFER_INFO_TLTYPE)
         return output.refuse(call, At{3328}, At{3329}, iInfoCmd);
-    const GC_ERROR error = row->value != nullptr ? output.write(number, call, iInfoCmd, NumberLog::too_small)
-                                                 : write_transport_type(call, output, *facts, iInfoCmd);
+    const GC_ERROR error = is_number ? output.write(number, call, iInfoCmd, NumberLog::too_small)
+                                     : write_transport_type(call, output, *facts, iInfoCmd);
     return error != GC_ERR_SUCCESS ? error : call.succeed(At{3331}, "Exit DSGetBufferInfo");
+} catch (...) {
+    return after_exception("DSGetBufferInfo");
 }
 
 } // namespace
 
 GC_API DSGetBufferInfo(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer, BUFFER_INFO_CMD iInfoCmd,
                        INFO_DATATYPE* piType, void* pBuffer, size_t* piSize)
-try {
+{
     if (answer_at_once(hDataStream, hBuffer, iInfoCmd, piType, pBuffer, piSize))
         return GC_ERR_SUCCESS;
     return get_buffer_info(hDataStream, hBuffer, iInfoCmd, piType, pBuffer, piSize);
-} catch (...) {
-    return after_exception("DSGetBufferInfo");
 }
 
 GC_API DSGetBufferChunkData(DS_HANDLE /*hDataStream*/, BUFFER_HANDLE /*hBuffer*/,

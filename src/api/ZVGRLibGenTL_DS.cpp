@@ -149,14 +149,27 @@ try {
     return after_exception("DSRevokeBuffer");
 }
 
-GC_API DSQueueBuffer(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer)
-try {
+namespace {
+
+/// The usual call, while nobody logs traces. False when there is anything to refuse or to log, and also when
+/// a buffer is being announced or revoked somewhere: then nothing was done.
+inline bool queue_at_once(DS_HANDLE stream, BUFFER_HANDLE buffer)
+{
+    if (is_logged(api_logger, Priority::trace) || !is_initialised())
+        return false;
+    BufferFacts* const facts = glance_at_facts(stream, buffer);
+    return facts != nullptr && facts->stream.get()->queue_buffer(buffer, *facts);
+}
+
+/// Any call, with every check and line in its order.
+[[gnu::noinline]] GC_ERROR queue_buffer(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer)
+{
     const ApiCall call{"DSQueueBuffer", Priority::trace};
     call.log(At{3010}, "Enter DSQueueBuffer, stream handle=0x%X, buffer handle=0x%X", low32(hDataStream),
              low32(hBuffer));
     if (!call.library_is_open(At{3012}))
         return GC_ERR_NOT_INITIALIZED;
-    const BufferFacts* const facts = find_facts(hDataStream, hBuffer);
+    BufferFacts* const facts = find_facts(hDataStream, hBuffer);
     if (facts == nullptr || !facts->stream.get()->queue_buffer(hBuffer, *facts)) {
         const auto stream = check_stream_handle(hDataStream, call, Open::required);
         if (!stream)
@@ -165,6 +178,15 @@ try {
         return GC_ERR_INVALID_HANDLE;
     }
     return call.succeed(At{3024}, "Exit DSQueueBuffer");
+}
+
+} // namespace
+
+GC_API DSQueueBuffer(DS_HANDLE hDataStream, BUFFER_HANDLE hBuffer)
+try {
+    if (queue_at_once(hDataStream, hBuffer))
+        return GC_ERR_SUCCESS;
+    return queue_buffer(hDataStream, hBuffer);
 } catch (...) {
     return after_exception("DSQueueBuffer");
 }

@@ -11,6 +11,7 @@
 #include "log/Log.h"
 #include "modules/EventModule.h"
 #include "modules/StreamModule.h"
+#include "modules/handles.h"
 #include "platform/process.h"
 
 // Event functions: GCRegisterEvent, GCUnregisterEvent and Event*.
@@ -78,7 +79,10 @@ GC_ERROR wait_for_signal(const StreamModule& stream, EVENT_HANDLE handle, void* 
 {
     static std::atomic<bool> is_abort_logged{false};
     static std::atomic<bool> is_timeout_logged{false};
-    const GC_ERROR error = stream.get_Events().get_event_data(handle, destination, timeout);
+    const EventRef event = stream.get_Events().find(handle);
+    if (!event) // unregistered since it was checked
+        return GC_ERR_ABORT;
+    const GC_ERROR error = event->get_event_data(destination, timeout);
     if (error == GC_ERR_ABORT)
         log_once(is_abort_logged, At{1150}, "EventGetData GC_ERR_ABORT");
     else if (error != GC_ERR_SUCCESS)
@@ -208,7 +212,26 @@ try {
     return after_exception("GCUnregisterEvent");
 }
 
-GC_API EventGetData(EVENT_HANDLE hEvent, void* pBuffer, size_t* piSize, uint64_t iTimeout)
+namespace {
+
+/// The usual call, for a buffer that has arrived, while nobody logs calls. False when there is anything to
+/// wait for, to refuse or to log: then nothing was done.
+inline bool take_at_once(EVENT_HANDLE handle, void* destination, size_t* size)
+{
+    if (is_logged(api_logger, Priority::debug) || !is_initialised() || is_missing(destination) ||
+        is_missing(size) || *size < sizeof(EVENT_NEW_BUFFER_DATA))
+        return false;
+    StreamModule* const stream = stream_index.glance(handle);
+    if (stream == nullptr || !stream->is_Listed() || !has_open_owners(*stream) ||
+        !stream->is_SignaledEventMode() || !stream->get_Events().take_at_once(handle, destination))
+        return false;
+    *size = sizeof(EVENT_NEW_BUFFER_DATA);
+    stream->is_log_due(LogThrottle::Function::event_get_data, LogThrottle::Mark::yes);
+    return true;
+}
+
+/// Any call, with every check and line in its order.
+[[gnu::noinline]] GC_ERROR get_data(EVENT_HANDLE hEvent, void* pBuffer, size_t* piSize, uint64_t iTimeout)
 try {
     const ApiCall call{"EventGetData", Priority::debug};
     if (!call.library_is_open(At{1280}))
@@ -249,6 +272,15 @@ try {
                         low32(datum.BufferHandle), low32(datum.pUserPointer));
 } catch (...) {
     return after_exception("EventGetData");
+}
+
+} // namespace
+
+GC_API EventGetData(EVENT_HANDLE hEvent, void* pBuffer, size_t* piSize, uint64_t iTimeout)
+{
+    if (take_at_once(hEvent, pBuffer, piSize))
+        return GC_ERR_SUCCESS;
+    return get_data(hEvent, pBuffer, piSize, iTimeout);
 }
 
 GC_API EventFlush(EVENT_HANDLE hEvent)

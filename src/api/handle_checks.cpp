@@ -74,12 +74,6 @@ StreamModule* find_owner(const void* handle) noexcept
     return stream != nullptr && stream->is_Listed() ? stream : nullptr;
 }
 
-bool has_open_owners(const StreamModule& stream)
-{
-    const CameraModule& camera = *stream.get_Camera();
-    return stream.is_Open() && camera.is_Open() && camera.get_Parent()->is_Open();
-}
-
 /// A closed module counts as no module.
 template <class Module>
 Port port_if_open(const Module& module)

@@ -6,7 +6,9 @@
 #include "GenTL/GenTL.h"
 
 #include "api/ApiCall.h"
+#include "modules/CameraModule.h"
 #include "modules/EventModule.h"
+#include "modules/InterfaceModule.h"
 #include "modules/StreamModule.h"
 #include "modules/handles.h"
 #include "port/Port.h"
@@ -70,20 +72,39 @@ Port find_port(const void* handle);
 /// What any handle names, for functions that accept several kinds.
 ModuleKind get_handle_type(const void* handle);
 
-/// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good.
-/// Null when there is anything to refuse; then the checks of the two in turn say what. Who finds the facts'
-/// buffer unchanged after reading them has read those of the handle.
-[[gnu::always_inline]] inline const BufferFacts* find_facts(GenTL::DS_HANDLE stream_handle,
-                                                            GenTL::BUFFER_HANDLE handle) noexcept
+/// Facts of a buffer that were found by its handle, if its stream is the one of the other handle and in the
+/// tree. It is open then: a closed stream has no buffers.
+inline BufferFacts* facts_of_stream(BufferFacts* facts, GenTL::DS_HANDLE handle) noexcept
 {
-    const BufferFacts* const facts = buffer_index.find(handle);
     if (facts == nullptr)
         return nullptr;
     const StreamModule* const stream = facts->stream.get();
-    return stream == stream_handle && stream->is_Listed() && stream->is_Open() ? facts : nullptr;
+    return stream == handle && stream->is_Listed() ? facts : nullptr;
+}
+
+/// The facts of a buffer of an open stream, by one look-up and without a lock, when both handles are good.
+/// Null when there is anything to refuse; then the checks of the two in turn say what. Who finds the facts'
+/// buffer unchanged after reading them has read those of the handle.
+inline BufferFacts* find_facts(GenTL::DS_HANDLE stream, GenTL::BUFFER_HANDLE handle) noexcept
+{
+    return facts_of_stream(buffer_index.find(handle), stream);
+}
+
+/// The same for a caller that tries again if it gets null, which may then also mean that a buffer is being
+/// announced or revoked somewhere.
+inline BufferFacts* glance_at_facts(GenTL::DS_HANDLE stream, GenTL::BUFFER_HANDLE handle) noexcept
+{
+    return facts_of_stream(buffer_index.glance(handle), stream);
 }
 
 /// A stream of the tree, open or not, or null.
 StreamModule* find_stream(const void* handle);
+
+/// Whether a stream, its camera and its interface are open.
+inline bool has_open_owners(const StreamModule& stream) noexcept
+{
+    const CameraModule& camera = *stream.get_Camera();
+    return stream.is_Open() && camera.is_Open() && camera.get_Parent()->is_Open();
+}
 
 } // namespace zvgentl

@@ -16,13 +16,13 @@ class BufferPool;
 class StreamModule;
 
 /// The queue that a buffer is in. The pool has no queue containers: this tag on each buffer is all there is.
-enum class BUFFER_QUEUE_TYPE : uint32_t { // NOLINT(readability-identifier-naming): as log lines print it
-    GENERAL = 0,                          // announced, in no queue
-    INPUT = 1,                            // may be filled
-    OUTPUT = 2,                           // filled, or handed to the consumer and not queued again
+enum class BUFFER_QUEUE_TYPE : uint8_t { // NOLINT(readability-identifier-naming): as log lines print it
+    GENERAL = 0,                         // announced, in no queue
+    INPUT = 1,                           // may be filled
+    OUTPUT = 2,                          // filled, or handed to the consumer and not queued again
 };
 
-enum class FillState : uint32_t {
+enum class FillState : uint8_t {
     never_filled = 0,
     filling = 1,
     filled = 2,
@@ -58,17 +58,25 @@ private:
 /// What consumers ask about a buffer several times per frame, apart from the buffer itself, so that they can
 /// ask without a lock: facts outlive their buffer and are used again for another one. Who has read some of
 /// them and then finds the buffer unchanged has read those of that buffer.
-struct alignas(64) BufferFacts { // a line of the caches for what changes, and the next for what is asked most
-    Fact<BufferModule*> buffer;  // whose address is the handle; null unless it is in a pool
+///
+/// A frame touches two lines of the caches here, and not the buffer: what changes stands in the first, and
+/// what is asked most in the next.
+struct alignas(64) BufferFacts {
+    Fact<BufferModule*> buffer; // whose address is the handle; null unless it is in a pool
     Fact<const BufferPool*> pool;
     Fact<StreamModule*> stream;
-    Fact<void*> memory;
+    Fact<uint64_t> library_handle; // 0 in cyclic mode
     Fact<void*> private_pointer;
     Fact<uint64_t> timestamp; // ticks of 25 MHz; 0 until the first frame
     Fact<uint64_t> frame_id;
     Fact<BUFFER_QUEUE_TYPE> queue;
     Fact<FillState> fill_state;
+    int32_t pins{0}; // the pool's own, under its lock
+
+    Fact<void*> memory;
     std::array<Fact<uint64_t>, geometry_values> geometry; // a signed value's bits for width, height, offsets
+
+    uint64_t order{0}; // in which buffers were announced; the pool's own
 
     /// 0 for an index that does not exist.
     uint64_t get_Geometry(Geometry value) const noexcept

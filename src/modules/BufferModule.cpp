@@ -83,11 +83,12 @@ void AlignedMemory::Free::operator()(void* memory) const noexcept
 
 BufferModule::BufferModule(StreamModule& stream, void* memory, uint64_t size, uint64_t grabber_handle,
                            void* private_pointer)
-    : m_grabber_handle(grabber_handle), m_stream(stream), m_facts(buffer_facts.take()), m_copy_size(size)
+    : m_stream(stream), m_facts(buffer_facts.take()), m_copy_size(size)
 {
     // The tag is one atomic word, so there is nothing to serialise; the setting is there for those who look.
     std::ignore = read(settings::serialize_buffer_type);
     m_facts->stream.set(&stream);
+    m_facts->library_handle.set(grabber_handle);
     m_facts->private_pointer.set(private_pointer);
     query_geometry(size);
     if (memory == nullptr) {
@@ -129,7 +130,7 @@ void BufferModule::query_geometry(uint64_t size)
 std::string BufferModule::getId() const
 {
     char id[32];
-    std::snprintf(id, sizeof id, "Buffer0x%" PRIx64, m_grabber_handle);
+    std::snprintf(id, sizeof id, "Buffer0x%" PRIx64, get_GrabberHandle());
     return id;
 }
 
@@ -146,12 +147,6 @@ GC_ERROR BufferModule::ReadPort(uint64_t address, void* buffer, size_t* size) co
               "Exit, Returning error GC_ERR_INVALID_ADDRESS (0x%X)",
               static_cast<unsigned>(GC_ERR_INVALID_ADDRESS));
     return GC_ERR_INVALID_ADDRESS;
-}
-
-void BufferModule::set_Frame(uint64_t timestamp, uint64_t frame_id) noexcept
-{
-    m_facts->timestamp.set(timestamp);
-    m_facts->frame_id.set(frame_id);
 }
 
 } // namespace zvgentl

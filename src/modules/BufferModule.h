@@ -51,7 +51,7 @@ public:
     /// GC_ERR_INVALID_ADDRESS, with `*size` untouched, for an address outside.
     GenTL::GC_ERROR ReadPort(uint64_t address, void* buffer, size_t* size) const;
 
-    uint64_t get_GrabberHandle() const noexcept { return m_grabber_handle; }
+    uint64_t get_GrabberHandle() const noexcept { return m_facts->library_handle.get(); }
     const StreamModule& get_Stream() const noexcept { return m_stream; }
     const BufferFacts& get_Facts() const noexcept { return *m_facts; }
     void* get_Memory() const noexcept { return m_facts->memory.get(); }
@@ -71,22 +71,17 @@ public:
     BUFFER_QUEUE_TYPE get_Queue() const noexcept { return m_facts->queue.get(); }
     /// Changed by the pool. Who reads `filled` sees the pixels, the timestamp and the frame id.
     FillState get_FillState() const noexcept { return m_facts->fill_state.get(); }
-    void set_Frame(uint64_t timestamp, uint64_t frame_id) noexcept;
 
 private:
     friend class BufferPool;
 
     void query_geometry(uint64_t size);
 
-    const uint64_t m_grabber_handle;
     const StreamModule& m_stream;
     const BufferFactsStore::Borrowed m_facts;
     uint64_t m_copy_size;
     platform::LastCopy m_last_copy;
     AlignedMemory m_own_memory;
-    // The pool's own:
-    uint64_t m_order{0}; // in which buffers were announced
-    int m_pins{0};
 };
 
 } // namespace zvgentl

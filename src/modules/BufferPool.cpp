@@ -7,13 +7,14 @@
 namespace zvgentl {
 
 PinnedBuffer::PinnedBuffer(PinnedBuffer&& other) noexcept
-    : m_pool(std::exchange(other.m_pool, nullptr)), m_buffer(std::exchange(other.m_buffer, nullptr))
+    : m_pool(other.m_pool), m_facts(other.m_facts), m_buffer(std::exchange(other.m_buffer, nullptr))
 {
 }
 
 PinnedBuffer& PinnedBuffer::operator=(PinnedBuffer&& other) noexcept
 {
     std::swap(m_pool, other.m_pool);
+    std::swap(m_facts, other.m_facts);
     std::swap(m_buffer, other.m_buffer);
     return *this;
 }
@@ -23,7 +24,7 @@ PinnedBuffer::~PinnedBuffer()
     if (m_buffer == nullptr)
         return;
     const ShortLock::Held held{m_pool->m_lock};
-    m_pool->unpin(held, *m_buffer);
+    m_pool->unpin(held, *m_facts);
 }
 
 size_t BufferPool::size() const
@@ -49,36 +50,41 @@ bool BufferPool::holds(const void* handle) const noexcept
     return read(handle, [](const BufferFacts&) {});
 }
 
-inline void BufferPool::change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept
+inline void BufferPool::change(BufferFacts& facts, BUFFER_QUEUE_TYPE queue, FillState state) noexcept
 {
-    BufferFacts& facts = *buffer.m_facts;
     if (facts.buffer.get() != nullptr) { // else it was removed while a frame was copied into it
         --count_of(facts.queue.get(), facts.fill_state.get());
         ++count_of(queue, state);
     }
     facts.queue.set(queue);
     facts.fill_state.set(state);
-    if (queue == BUFFER_QUEUE_TYPE::INPUT)
-        m_input_from = std::min(m_input_from, buffer.m_order);
+    if (queue == BUFFER_QUEUE_TYPE::INPUT && m_input_from != 0)
+        m_input_from = std::min(m_input_from, facts.order);
 }
 
-BufferModule* BufferPool::look_up(const void* handle) const noexcept
+BufferFacts* BufferPool::look_up(const void* handle) const noexcept
 {
-    const BufferFacts* const facts = buffer_index.find(handle);
-    return facts != nullptr && facts->pool.get() == this ? facts->buffer.get() : nullptr;
+    BufferFacts* const facts = buffer_index.find(handle);
+    const bool is_ours = facts != nullptr && facts->pool.get() == this && facts->buffer.get() != nullptr;
+    return is_ours ? facts : nullptr;
 }
 
-inline PinnedBuffer BufferPool::pin(BufferModule* buffer) noexcept
+inline PinnedBuffer BufferPool::pin(BufferFacts* facts) noexcept
 {
-    if (buffer == nullptr)
+    if (facts == nullptr)
         return {};
-    ++buffer->m_pins;
-    return PinnedBuffer{*this, *buffer};
+    ++facts->pins;
+    return PinnedBuffer{*this, *facts};
 }
 
-inline void BufferPool::unpin(const ShortLock::Held& /*held*/, BufferModule& buffer) noexcept
+inline PinnedBuffer BufferPool::pin(const BufferModule* buffer) noexcept
 {
-    if (--buffer.m_pins == 0 && m_waiting != 0)
+    return pin(buffer != nullptr ? buffer->m_facts.get() : nullptr);
+}
+
+inline void BufferPool::unpin(const ShortLock::Held& /*held*/, BufferFacts& facts) noexcept
+{
+    if (--facts.pins == 0 && m_waiting != 0)
         m_unpinned.notify_all();
 }
 
@@ -101,7 +107,8 @@ PinnedBuffer BufferPool::find_memory(const void* memory, uint64_t size)
     const auto [begin, end] = m_by_memory.equal_range(memory);
     for (auto entry = begin; entry != end; ++entry) {
         BufferModule* const buffer = entry->second;
-        if (buffer->get_Size() == size && (first == nullptr || buffer->m_order < first->m_order))
+        if (buffer->get_Size() == size &&
+            (first == nullptr || buffer->m_facts->order < first->m_facts->order))
             first = buffer;
     }
     return pin(first);
@@ -110,19 +117,20 @@ PinnedBuffer BufferPool::find_memory(const void* memory, uint64_t size)
 /// Where the buffer of an announce number is, or the next that is left.
 BufferPool::Buffers::iterator BufferPool::place_of(uint64_t order)
 {
-    return std::lower_bound(m_pool.begin(), m_pool.end(), order,
-                            [](const auto& buffer, uint64_t wanted) { return buffer->m_order < wanted; });
+    return std::lower_bound(m_pool.begin(), m_pool.end(), order, [](const auto& buffer, uint64_t wanted) {
+        return buffer->m_facts->order < wanted;
+    });
 }
 
 PinnedBuffer BufferPool::take_first_input()
 {
     const ShortLock::Held held{m_lock};
     for (auto place = place_of(m_input_from); place != m_pool.end(); ++place) {
-        BufferModule& buffer = **place;
-        m_input_from = buffer.m_order + 1;
-        if (buffer.get_Queue() == BUFFER_QUEUE_TYPE::INPUT) {
-            change(buffer, BUFFER_QUEUE_TYPE::OUTPUT, buffer.get_FillState());
-            return pin(&buffer);
+        BufferFacts& facts = *(*place)->m_facts;
+        m_input_from = facts.order + 1;
+        if (facts.queue.get() == BUFFER_QUEUE_TYPE::INPUT) {
+            change(facts, BUFFER_QUEUE_TYPE::OUTPUT, facts.fill_state.get());
+            return pin(&facts);
         }
     }
     return {};
@@ -131,38 +139,39 @@ PinnedBuffer BufferPool::take_first_input()
 PinnedBuffer BufferPool::take_library_handle(uint64_t grabber_handle)
 {
     const ShortLock::Held held{m_lock};
-    BufferModule* const buffer = m_StreamBufferMap.glance(grabber_handle); // nobody changes it meanwhile
-    if (buffer != nullptr)
-        change(*buffer, BUFFER_QUEUE_TYPE::OUTPUT, FillState::filling);
-    return pin(buffer);
+    BufferFacts* const facts = m_StreamBufferMap.glance(grabber_handle); // nobody changes it meanwhile
+    if (facts != nullptr)
+        change(*facts, BUFFER_QUEUE_TYPE::OUTPUT, FillState::filling);
+    return pin(facts);
 }
 
-void BufferPool::complete(const ShortLock::Held& held, PinnedBuffer buffer) noexcept
+void BufferPool::complete(const ShortLock::Held& held, PinnedBuffer&& buffer) noexcept
 {
-    change(*buffer, buffer->get_Queue(), FillState::filled);
-    unpin(held, *std::exchange(buffer.m_buffer, nullptr));
+    BufferFacts& facts = *buffer.m_facts;
+    change(facts, facts.queue.get(), FillState::filled);
+    unpin(held, facts);
+    buffer.m_buffer = nullptr;
 }
 
-std::optional<uint64_t> BufferPool::queue(const void* handle, const BufferFacts& facts)
+std::optional<uint64_t> BufferPool::queue(const void* handle, BufferFacts& facts)
 {
     const ShortLock::Held held{m_lock};
-    BufferModule* const buffer = facts.buffer.get();
-    if (buffer != handle || facts.pool.get() != this)
+    if (facts.buffer.get() != handle || facts.pool.get() != this)
         return std::nullopt;
-    change(*buffer, BUFFER_QUEUE_TYPE::INPUT, facts.fill_state.get());
-    return buffer->get_GrabberHandle();
+    change(facts, BUFFER_QUEUE_TYPE::INPUT, facts.fill_state.get());
+    return facts.library_handle.get();
 }
 
 void BufferPool::set_queue(BufferModule& buffer, BUFFER_QUEUE_TYPE queue)
 {
     const ShortLock::Held held{m_lock};
-    change(buffer, queue, buffer.get_FillState());
+    change(*buffer.m_facts, queue, buffer.get_FillState());
 }
 
 void BufferPool::set_fill_state(BufferModule& buffer, FillState state)
 {
     const ShortLock::Held held{m_lock};
-    change(buffer, buffer.get_Queue(), state);
+    change(*buffer.m_facts, buffer.get_Queue(), state);
 }
 
 BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer, Mapped mapped)
@@ -183,7 +192,7 @@ BufferModule* BufferPool::add(std::unique_ptr<BufferModule> buffer, Mapped mappe
         forget(added);
         throw;
     }
-    added.m_order = m_announced++;
+    added.m_facts->order = m_announced++;
     added.m_facts->pool.set(this);
     added.m_facts->buffer.set(&added);
     ++count_of(added.get_Queue(), added.get_FillState());
@@ -197,7 +206,7 @@ void BufferPool::map(BufferModule& buffer)
     const uint64_t handle = buffer.get_GrabberHandle();
     m_StreamBufferMap.reserve_one();
     m_StreamBufferMap.remove(handle);
-    m_StreamBufferMap.add(handle, &buffer);
+    m_StreamBufferMap.add(handle, buffer.m_facts.get());
 }
 
 /// Takes out everything that finds the buffer.
@@ -209,17 +218,17 @@ void BufferPool::forget(BufferModule& buffer) noexcept
     const auto entry = std::find_if(begin, end, [&](const auto& found) { return found.second == &buffer; });
     if (entry != end)
         m_by_memory.erase(entry);
-    if (m_StreamBufferMap.find(buffer.get_GrabberHandle()) == &buffer)
+    if (m_StreamBufferMap.find(buffer.get_GrabberHandle()) == buffer.m_facts.get())
         m_StreamBufferMap.remove(buffer.get_GrabberHandle());
 }
 
 bool BufferPool::remove(const void* handle)
 {
     std::unique_lock lock{m_lock};
-    BufferModule* const buffer = look_up(handle);
-    if (buffer == nullptr)
+    const BufferFacts* const facts = look_up(handle);
+    if (facts == nullptr)
         return false;
-    const auto place = place_of(buffer->m_order);
+    const auto place = place_of(facts->order);
     std::unique_ptr<BufferModule> found = std::move(*place);
     m_pool.erase(place);
     destroy(std::move(found), lock);
@@ -248,7 +257,7 @@ void BufferPool::destroy(std::unique_ptr<BufferModule> buffer, std::unique_lock<
     --count_of(buffer->get_Queue(), buffer->get_FillState());
     forget(*buffer);
     ++m_waiting;
-    m_unpinned.wait(lock, [&buffer] { return buffer->m_pins == 0; });
+    m_unpinned.wait(lock, [&buffer] { return buffer->m_facts->pins == 0; });
     --m_waiting;
     lock.unlock();
     buffer.reset();

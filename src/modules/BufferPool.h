@@ -31,13 +31,24 @@ public:
     BufferModule* get() const noexcept { return m_buffer; }
     BufferModule* operator->() const noexcept { return m_buffer; }
     BufferModule& operator*() const noexcept { return *m_buffer; }
+    BufferFacts& facts() const noexcept { return *m_facts; }
+    /// For the thread that delivers a frame.
+    void set_Frame(uint64_t timestamp, uint64_t frame_id) const noexcept
+    {
+        m_facts->timestamp.set(timestamp);
+        m_facts->frame_id.set(frame_id);
+    }
 
 private:
     friend class BufferPool;
-    PinnedBuffer(BufferPool& pool, BufferModule& buffer) noexcept : m_pool(&pool), m_buffer(&buffer) {}
+    PinnedBuffer(BufferPool& pool, BufferFacts& facts) noexcept
+        : m_pool(&pool), m_facts(&facts), m_buffer(facts.buffer.get())
+    {
+    }
 
     BufferPool* m_pool{nullptr};
-    BufferModule* m_buffer{nullptr};
+    BufferFacts* m_facts{nullptr};
+    BufferModule* m_buffer{nullptr}; // the facts' one may be gone from the pool meanwhile
 };
 
 /// The announced buffers of a stream in announce order, their queues and fill states, and what finds them: by
@@ -83,12 +94,12 @@ public:
     /// `filling` when this returns.
     PinnedBuffer take_library_handle(uint64_t grabber_handle);
     /// The end of a frame: the buffer is filled, and no longer pinned.
-    void complete(const ShortLock::Held& held, PinnedBuffer buffer) noexcept;
+    void complete(const ShortLock::Held& held, PinnedBuffer&& buffer) noexcept;
 
     /// Puts a buffer into the input pool and answers its library handle; nothing when it is not, or no
     /// longer, the buffer of these facts. Who finds it in the input pool also sees what the consumer did
     /// before: both took the lock.
-    std::optional<uint64_t> queue(const void* handle, const BufferFacts& facts);
+    std::optional<uint64_t> queue(const void* handle, BufferFacts& facts);
     /// Change a buffer that the caller has pinned.
     void set_queue(BufferModule& buffer, BUFFER_QUEUE_TYPE queue);
     void set_fill_state(BufferModule& buffer, FillState state);
@@ -112,11 +123,12 @@ private:
     using Buffers = std::deque<std::unique_ptr<BufferModule>>;
 
     BufferModule* add(std::unique_ptr<BufferModule> buffer, Mapped mapped);
-    PinnedBuffer pin(BufferModule* buffer) noexcept;
-    void unpin(const ShortLock::Held& held, BufferModule& buffer) noexcept;
-    BufferModule* look_up(const void* handle) const noexcept;
+    PinnedBuffer pin(BufferFacts* facts) noexcept;
+    PinnedBuffer pin(const BufferModule* buffer) noexcept;
+    void unpin(const ShortLock::Held& held, BufferFacts& facts) noexcept;
+    BufferFacts* look_up(const void* handle) const noexcept;
     Buffers::iterator place_of(uint64_t order);
-    void change(BufferModule& buffer, BUFFER_QUEUE_TYPE queue, FillState state) noexcept;
+    void change(BufferFacts& facts, BUFFER_QUEUE_TYPE queue, FillState state) noexcept;
     size_t& count_of(BUFFER_QUEUE_TYPE queue, FillState state) noexcept
     {
         return m_counts[static_cast<size_t>(queue)][static_cast<size_t>(state)];
@@ -134,7 +146,7 @@ private:
     std::array<std::array<size_t, 4>, 3> m_counts{}; // of buffers by tag and fill state
     Buffers m_pool;
     std::unordered_multimap<const void*, BufferModule*> m_by_memory;
-    Index<uint64_t, BufferModule> m_StreamBufferMap;
+    Index<uint64_t, BufferFacts> m_StreamBufferMap;
 };
 
 } // namespace zvgentl

@@ -48,26 +48,11 @@ std::optional<EVENT_TYPE> EventList::type_of(const void* handle) const
     return event != nullptr ? std::optional{event->get_Type()} : std::nullopt;
 }
 
-SignalLine::Released EventList::deliver(const ShortLock::Held& held, BufferModule* buffer) const
+bool EventList::take_at_once(const void* handle, void* destination) const
 {
-    EventModule* const event = look_up(EVENT_NEW_BUFFER);
-    return event != nullptr ? event->append_and_signal(held, buffer) : SignalLine::Released{};
-}
-
-GC_ERROR EventList::get_event_data(const void* handle, void* destination, uint64_t timeout) const
-{
-    EventRef event;
-    {
-        const ShortLock::Held held{m_lock};
-        EventModule* const found = look_up(handle);
-        if (found == nullptr) // unregistered since it was checked
-            return GC_ERR_ABORT;
-        const GC_ERROR at_once = found->take_at_once(held, destination);
-        if (at_once != GC_ERR_TIMEOUT)
-            return at_once;
-        event = EventRef{found};
-    }
-    return event->wait_for_entry(destination, timeout);
+    const ShortLock::Held held{m_lock};
+    EventModule* const event = m_new_buffer_event.load(std::memory_order_relaxed);
+    return event != nullptr && event == handle && event->take_at_once(held, destination);
 }
 
 EventList::Registration EventList::add(StreamModule& source, EVENT_TYPE type)

@@ -32,11 +32,16 @@ public:
     EventRef find(const void* handle) const;
     /// The type of the event of a handle; nothing when there is none.
     std::optional<GenTL::EVENT_TYPE> type_of(const void* handle) const;
-    /// Appends a buffer to the new-buffer event and signals it, if there is one.
-    SignalLine::Released deliver(const ShortLock::Held& held, BufferModule* buffer) const;
-    /// Waits for an entry of the event of a handle: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT. Takes a
-    /// reference only if there is something to wait for. `timeout` in milliseconds.
-    GenTL::GC_ERROR get_event_data(const void* handle, void* destination, uint64_t timeout) const;
+    /// Appends an entry to the new-buffer event and signals it, if there is one.
+    SignalLine::Released deliver(const ShortLock::Held& held, const BufferQueue::Entry& entry) const
+    {
+        EventModule* const event = m_new_buffer_event.load(std::memory_order_relaxed);
+        return event != nullptr ? event->append_and_signal(held, entry) : SignalLine::Released{};
+    }
+    /// Takes the oldest entry of the new-buffer event as a datum at `destination`, as a wait for it does that
+    /// ends at once. False, and nothing has changed, when the handle is not that event's or there is more to
+    /// do.
+    bool take_at_once(const void* handle, void* destination) const;
 
     /// Closes the event of the type and takes it out; false when there is none.
     bool remove(GenTL::EVENT_TYPE type);
@@ -51,8 +56,8 @@ private:
     EventModule* look_up(const void* handle) const noexcept;
 
     ShortLock& m_lock;
-    /// Says of most handles what type their event has, without the lock.
-    std::atomic<const EventModule*> m_new_buffer_event{nullptr};
+    /// The event of nearly every call. Changed under the lock; its address is also compared without it.
+    std::atomic<EventModule*> m_new_buffer_event{nullptr};
     bool m_is_open{true};
     std::deque<EventRef> m_events;
 };

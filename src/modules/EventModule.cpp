@@ -27,7 +27,7 @@ uint32_t milliseconds_to_wait(uint64_t timeout)
 } // namespace
 
 EventModule::EventModule(StreamModule& source, EVENT_TYPE type)
-    : m_source(source), m_type(type), m_lock(source.get_Lock())
+    : m_source(source), m_lock(source.get_Lock()), m_type(type)
 {
     // The queue has a lock in any case, because nothing else keeps it whole; the setting is there for those
     // who look.
@@ -53,7 +53,7 @@ size_t EventModule::get_QueueLength() const
 void EventModule::append(BufferModule* buffer)
 {
     const ShortLock::Held held{m_lock};
-    push(buffer);
+    push({buffer, buffer != nullptr ? &buffer->get_Facts() : nullptr});
 }
 
 void EventModule::flush()
@@ -124,27 +124,26 @@ GC_ERROR EventModule::get_event_data(void* destination, uint64_t timeout)
 {
     {
         const ShortLock::Held held{m_lock};
-        const GC_ERROR at_once = take_at_once(held, destination);
-        if (at_once != GC_ERR_TIMEOUT)
-            return at_once;
+        if (m_closing.load())
+            return GC_ERR_ABORT;
+        if (take_abort()) {
+            // Contract: a kill also drops one entry. Pinned by EventKill.DropsOneEntryOfTheAbortedCall.
+            drop_front();
+            m_signal.reset();
+            return GC_ERR_ABORT;
+        }
+        if (take_at_once(held, destination))
+            return GC_ERR_SUCCESS;
     }
     return wait_for_entry(destination, timeout);
 }
 
-GC_ERROR EventModule::take_at_once(const ShortLock::Held& held, void* destination)
+bool EventModule::take_at_once(const ShortLock::Held& held, void* destination)
 {
-    if (m_closing.load())
-        return GC_ERR_ABORT;
-    if (take_abort()) {
-        // Contract: a kill also drops one entry. Pinned by EventKill.DropsOneEntryOfTheAbortedCall.
-        drop_front();
-        m_signal.reset();
-        return GC_ERR_ABORT;
-    }
-    if (!pop(held, destination))
-        return GC_ERR_TIMEOUT;
+    if (m_closing.load() || m_abort.load() || !pop(held, destination))
+        return false;
     m_signal.reset();
-    return GC_ERR_SUCCESS;
+    return true;
 }
 
 WaitResult EventModule::wait_for_signal(uint32_t milliseconds)

@@ -49,9 +49,9 @@ public:
     void append(BufferModule* buffer);
     /// Adds a buffer and signals, in one step: no consumer sees the entry without its signal, so none takes
     /// the entry and leaves the signal for a later wait.
-    SignalLine::Released append_and_signal(const ShortLock::Held& /*held*/, BufferModule* buffer)
+    SignalLine::Released append_and_signal(const ShortLock::Held& /*held*/, const BufferQueue::Entry& entry)
     {
-        push(buffer);
+        push(entry);
         return m_signal.set();
     }
     /// Drops every entry; a pending signal stays.
@@ -65,37 +65,36 @@ public:
 
     /// Takes the oldest entry, as a datum at `destination` unless that is null. False when there is none.
     bool try_take(void* destination);
-    /// The beginning of a wait, as far as it needs no waiting: an abort, or an entry. GC_ERR_TIMEOUT when
-    /// there is neither.
-    GenTL::GC_ERROR take_at_once(const ShortLock::Held& held, void* destination);
-    /// The rest of a wait that began with that answer: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT.
-    /// `timeout` in milliseconds.
-    GenTL::GC_ERROR wait_for_entry(void* destination, uint64_t timeout);
-    /// Both.
+    /// What a wait that finds an entry does. False, and nothing has changed, when there is none or when the
+    /// wait would be aborted.
+    bool take_at_once(const ShortLock::Held& held, void* destination);
+    /// Waits for an entry: GC_ERR_SUCCESS, GC_ERR_ABORT or GC_ERR_TIMEOUT. `timeout` in milliseconds.
     GenTL::GC_ERROR get_event_data(void* destination, uint64_t timeout);
 
 private:
     friend class EventRef;
 
-    void push(BufferModule* buffer)
+    void push(const BufferQueue::Entry& entry)
     {
         m_fired.store(m_fired.load(std::memory_order_relaxed) + 1,
                       std::memory_order_relaxed); // under the lock
-        m_queue.push({buffer, buffer != nullptr ? &buffer->get_Facts() : nullptr});
+        m_queue.push(entry);
     }
     bool pop(const ShortLock::Held& held, void* destination);
     void drop_front() noexcept;
     void* private_of(const BufferQueue::Entry& entry) const noexcept;
+    GenTL::GC_ERROR wait_for_entry(void* destination, uint64_t timeout);
     platform::WaitResult wait_for_signal(uint32_t milliseconds);
 
     StreamModule& m_source;
-    std::atomic<bool> m_closing{false};
-    const GenTL::EVENT_TYPE m_type;
-    std::atomic<uint64_t> m_fired{0};
-    std::atomic<bool> m_abort{false};
     ShortLock& m_lock; // the source's
-    BufferQueue m_queue;
+    const GenTL::EVENT_TYPE m_type;
+    std::atomic<bool> m_closing{false};
+    std::atomic<bool> m_abort{false};
+    // What is changed for every frame has lines of the caches to itself.
+    alignas(64) BufferQueue m_queue;
     SignalLine m_signal; // of queue and kills
+    std::atomic<uint64_t> m_fired{0};
     std::atomic<int32_t> m_references{0};
 };
 

@@ -89,23 +89,16 @@ private:
 
         /// The place of a key, or the empty one after all where it could be. There is always an empty one,
         /// also during a change.
-        size_t find(Key key) const noexcept
-        {
-            for (size_t place = own_place(key);; place = after(place)) {
-                const Entry& entry = m_entries[place];
-                if (entry.key.load(std::memory_order_acquire) == key || entry.is_empty())
-                    return place;
-            }
-        }
+        size_t find(Key key) const noexcept { return static_cast<size_t>(entry_of(key) - m_entries.get()); }
 
         Value* value_of(Key key) const noexcept
         {
-            return m_entries[find(key)].value.load(std::memory_order_acquire);
+            return entry_of(key)->value.load(std::memory_order_acquire);
         }
 
         void put(Key key, Value* value) noexcept
         {
-            Entry& entry = m_entries[find(key)];
+            Entry& entry = *entry_of(key);
             entry.key.store(key, std::memory_order_release);
             entry.value.store(value, std::memory_order_release);
         }
@@ -128,6 +121,16 @@ private:
         }
 
     private:
+        Entry* entry_of(Key key) const noexcept
+        {
+            Entry* const entries = m_entries.get();
+            for (size_t place = own_place(key);; place = after(place)) {
+                Entry* const entry = entries + place;
+                if (entry->key.load(std::memory_order_acquire) == key || entry->is_empty())
+                    return entry;
+            }
+        }
+
         /// The multiplication spreads all bits of the key over the upper half.
         size_t own_place(Key key) const noexcept
         {

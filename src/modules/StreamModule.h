@@ -70,7 +70,7 @@ public:
     /// same memory and size again give the same buffer with the new private pointer. Null on failure.
     BufferModule* new_buffer(void* memory, uint64_t size, void* private_pointer);
     /// Puts a buffer into the input pool; false when it is not, or no longer, the buffer of these facts.
-    bool queue_buffer(const void* handle, const BufferFacts& facts);
+    bool queue_buffer(const void* handle, BufferFacts& facts);
     /// `buffer` is compared, never read.
     RevokeOutcome revoke(const void* buffer, uint64_t grabber_handle);
     /// Moves buffers between queues by an ACQ_QUEUE_* operation; false for an unsupported one met with a
@@ -120,7 +120,7 @@ private:
     bool apply_operation(int32_t operation, BufferModule& buffer, BUFFER_QUEUE_TYPE queue,
                          EventModule* event);
     void reset_counts();
-    void deliver(PinnedBuffer buffer);
+    void deliver(PinnedBuffer&& buffer);
 
     const std::string m_id;
     std::atomic<StreamMode> m_mode{StreamMode::queued};
@@ -133,12 +133,13 @@ private:
     const uint32_t m_buffer_alloc_min;
     const bool m_signaled_event_mode;
     std::atomic<bool> m_AcquisitionFlag{false};
-    ShortLock m_lock; // of pool and events
-    BufferPool m_pool{m_lock};
-    EventList m_events{m_lock};
     LogThrottle m_throttle;
-    std::atomic<int64_t> m_underruns{0};
+    // What is changed for every frame has lines of the caches to itself.
+    alignas(64) ShortLock m_lock;                     // of pool and events
     std::atomic<int64_t> m_StreamDeliveredBuffers{0}; // changed under the lock
+    BufferPool m_pool{m_lock};
+    std::atomic<int64_t> m_underruns{0};
+    EventList m_events{m_lock};
 };
 
 } // namespace zvgentl

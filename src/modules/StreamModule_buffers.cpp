@@ -97,7 +97,7 @@ BufferModule* StreamModule::announce_queued(void* memory, uint64_t size, void* p
     return m_pool.add_mapped(std::make_unique<BufferModule>(*this, memory, size, handle, private_pointer));
 }
 
-bool StreamModule::queue_buffer(const void* handle, const BufferFacts& facts)
+bool StreamModule::queue_buffer(const void* handle, BufferFacts& facts)
 {
     // The tag first: the library may fill the buffer before the call returns.
     const auto grabber_handle = m_pool.queue(handle, facts);

@@ -78,7 +78,7 @@ void StreamModule::buffer_callback(uint32_t stream_handle)
     ZvFrameAux record{};
     std::ignore = ZVGR_StreamGetAux(stream_handle, frame, &record); // a failure leaves timestamp 0
     const auto frame_id = static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(frame)));
-    buffer->set_Frame(record.timestamp, frame_id);
+    buffer.set_Frame(record.timestamp, frame_id);
     deliver(std::move(buffer));
 }
 
@@ -103,13 +103,13 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
     const uint64_t timestamp = buffer_value(buffer_handle, zv_buffer_timestamp);
     if (m_image_id_supported.load(std::memory_order_relaxed) == 1) {
         const uint64_t image_id = buffer_value(buffer_handle, zv_buffer_image_id);
-        buffer->set_Frame(timestamp, image_id);
+        buffer.set_Frame(timestamp, image_id);
         log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{453},
                   "New buffer handle 0x%llx with ImageId %llu", handle,
                   static_cast<unsigned long long>(image_id));
     } else {
         const uint64_t frame_id = buffer_value(buffer_handle, zv_buffer_frame_id);
-        buffer->set_Frame(timestamp, frame_id);
+        buffer.set_Frame(timestamp, frame_id);
         log_trace(stream_module_logger, "StreamModule::stream_buffer_callback", At{458},
                   "New buffer handle 0x%llx with FrameId %u", handle, static_cast<unsigned>(frame_id));
     }
@@ -122,14 +122,14 @@ void StreamModule::stream_buffer_callback(uint64_t buffer_handle)
 }
 
 /// Publishes a frame that is complete, in one step: a consumer that takes it finds its state and the count.
-void StreamModule::deliver(PinnedBuffer buffer)
+inline void StreamModule::deliver(PinnedBuffer&& buffer)
 {
-    BufferModule* const handle = buffer.get();
+    const BufferQueue::Entry entry{buffer.get(), &buffer.facts()};
     auto released = [&] {
         const ShortLock::Held held{m_lock};
         m_StreamDeliveredBuffers.store(get_Delivered() + 1, std::memory_order_relaxed);
         m_pool.complete(held, std::move(buffer));
-        return m_events.deliver(held, handle);
+        return m_events.deliver(held, entry);
     }();
     released.release();
 }

@@ -36,6 +36,26 @@ TEST_P(QueueBuffer, MovesTheBufferBeforeTheLibraryIsCalledAndWhateverItAnswers)
     EXPECT_TRUE(is_in_input_pool(buffer));
 }
 
+// Without traces the usual call does not go through the checks one by one.
+TEST_P(QueueBuffer, DoesTheSameWhenTracesAreNotLogged)
+{
+    const Announced& buffer = announce();
+    log.set_level(Priority::debug);
+    forget();
+    EXPECT_EQ(GC_ERR_SUCCESS, DSQueueBuffer(ds, buffer.handle));
+    EXPECT_EQ((Calls{call("ZVGR_BufferToQueue", buffer.library, zv_queue_input)}), fake.calls());
+    EXPECT_TRUE(is_in_input_pool(buffer));
+    forget();
+    for (const DS_HANDLE stream : {ds, DS_HANDLE{buffer.handle}, DS_HANDLE{nullptr}}) {
+        for (const BUFFER_HANDLE stranger : {BUFFER_HANDLE{ds}, BUFFER_HANDLE{nullptr}})
+            EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(stream, stranger));
+    }
+    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(buffer.handle, buffer.handle));
+    EXPECT_EQ(Calls{}, fake.calls());
+    EXPECT_EQ(GC_ERR_SUCCESS, GCCloseLib());
+    EXPECT_EQ(GC_ERR_NOT_INITIALIZED, DSQueueBuffer(ds, buffer.handle));
+}
+
 INSTANTIATE_IN_BOTH_MODES(QueueBuffer);
 
 /// A buffer was delivered, and its event registered.

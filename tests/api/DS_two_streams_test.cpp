@@ -28,7 +28,10 @@ protected:
 
 TEST_F(TwoStreams, RefuseBuffersOfEachOther)
 {
-    EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(ds, foreign));
+    for (const Priority level : {Priority::information, Priority::trace}) {
+        log.set_level(level);
+        EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSQueueBuffer(ds, foreign));
+    }
     EXPECT_EQ(GC_ERR_INVALID_HANDLE, DSRevokeBuffer(ds, foreign, nullptr, nullptr));
     EXPECT_EQ(GC_ERR_INVALID_HANDLE, buffer_info<size_t>(foreign, BUFFER_INFO_SIZE).code);
     EXPECT_EQ(Calls{}, fake.calls());

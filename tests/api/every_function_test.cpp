@@ -74,6 +74,11 @@ void expect_refused(const Function& function, Arguments& a, const Refusal& refus
     EXPECT_TRUE(settings.reads().empty());
     EXPECT_TRUE(logged_exactly(lines));
     EXPECT_EQ(function.is_timed ? 1U : 0U, log.elapsed_calls() - elapsed_before);
+
+    log.set_level(Priority::information); // per-frame functions then take a shorter way
+    EXPECT_EQ(refusal.code, function.call(a));
+    EXPECT_TRUE(a.are_untouched(refusal.written_number));
+    log.set_level(Priority::trace);
 }
 
 // Before GCInitLib.

@@ -35,7 +35,7 @@ protected:
 
     static std::optional<uint64_t> queue(BufferPool& pool, const BufferModule* buffer)
     {
-        return pool.queue(buffer, buffer->get_Facts());
+        return pool.queue(buffer, *zvgentl::buffer_index.find(buffer));
     }
 
     zvgentl::ShortLock lock;
@@ -180,7 +180,7 @@ TEST_F(Pool, QueuesOnlyItsOwnBuffers)
     EXPECT_EQ(7U, queue(other, stranger));
     const BufferModule* const mine = add_mapped(8);
     EXPECT_EQ(8U, queue(pool, mine));
-    const BufferFacts& facts = mine->get_Facts();
+    BufferFacts& facts = *zvgentl::buffer_index.find(mine);
     EXPECT_TRUE(pool.remove(mine));
     EXPECT_FALSE(pool.queue(mine, facts));
 }
@@ -216,7 +216,7 @@ TEST_F(Pool, ReadsFactsOfBuffersThatItHolds)
     uint64_t id = 0;
     const auto read_id = [&](const BufferFacts& facts) { id = facts.frame_id.get(); };
     BufferModule* const buffer = add();
-    buffer->set_Frame(1, 42);
+    pool.find(buffer).set_Frame(1, 42);
     EXPECT_TRUE(pool.read(buffer, read_id));
     EXPECT_EQ(42U, id);
     EXPECT_FALSE(pool.read(this, read_id));
@@ -333,13 +333,13 @@ TEST_F(PoolThreads, SurvivesEverythingAtOnce)
             if (const PinnedBuffer taken = pool.take_first_input())
                 std::fill_n(static_cast<uint8_t*>(taken->get_Memory()), size, uint8_t{2});
             if (const PinnedBuffer found = pool.take_library_handle(i % 8 + 1))
-                found->set_Frame(i, i);
+                found.set_Frame(i, i);
         }
     });
     std::thread queueing([&] {
         for (size_t i = 0; !is_over.load(); ++i) {
             if (const PinnedBuffer buffer = pool.at(i % 8))
-                queue(pool, buffer.get());
+                pool.queue(buffer.get(), buffer.facts());
         }
     });
     for (int i = 0; i < rounds; ++i) {

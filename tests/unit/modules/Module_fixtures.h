@@ -162,7 +162,8 @@ protected:
     {
         auto released = [&] {
             const zvgentl::ShortLock::Held held{stream->get_Lock()};
-            return event.append_and_signal(held, buffer);
+            return event.append_and_signal(held,
+                                           {buffer, buffer != nullptr ? &buffer->get_Facts() : nullptr});
         }();
         released.release();
     }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "modules/StreamModule.h"
+#include "modules/handles.h"
 #include "unit/modules/Module_fixtures.h"
 
 // What no exported function can bring about, and what a stream asks the settings and the library for.
@@ -179,7 +180,7 @@ TEST_F(Stream, AsksForTheFrameOfTheStreamThatTheCallbackNames)
     const uint32_t other = library_stream(StreamMode::cyclic);
     BufferModule* const buffer = stream->new_buffer(nullptr, 64, nullptr);
     ASSERT_NE(nullptr, buffer);
-    stream->get_Buffers().queue(buffer, buffer->get_Facts());
+    stream->get_Buffers().queue(buffer, *zvgentl::buffer_index.find(buffer));
     ASSERT_TRUE(stream->start(0));
     forget();
     stream->buffer_callback(other);
