@@ -77,7 +77,7 @@ void EventModule::close() noexcept
     auto released = [this] {
         const ShortLock::Held held{m_lock};
         m_closing.store(true);
-        return m_signal.set_all();
+        return m_signal.close();
     }();
     released.release();
 }
@@ -146,28 +146,9 @@ bool EventModule::take_at_once(const ShortLock::Held& held, void* destination)
     return true;
 }
 
-WaitResult EventModule::wait_for_signal(uint32_t milliseconds)
-{
-    SignalLine::Place place;
-    {
-        const ShortLock::Held held{m_lock};
-        if (m_signal.take() || m_closing.load())
-            return WaitResult::signalled;
-        m_signal.join(place);
-    }
-    if (place.waiter.sleep(milliseconds) == WaitResult::signalled)
-        return WaitResult::signalled;
-    {
-        const ShortLock::Held held{m_lock};
-        if (m_signal.leave(place))
-            return WaitResult::timed_out;
-    }
-    return place.waiter.sleep(platform::wait_forever); // not for long: a signal came at the last moment
-}
-
 GC_ERROR EventModule::wait_for_entry(void* destination, uint64_t timeout)
 {
-    const WaitResult result = wait_for_signal(milliseconds_to_wait(timeout));
+    const WaitResult result = m_signal.wait(m_lock, milliseconds_to_wait(timeout));
     if (result != WaitResult::signalled) {
         static std::atomic<bool> is_reported{false};
         if (!is_reported.exchange(true))

@@ -84,7 +84,6 @@ private:
     void drop_front() noexcept;
     void* private_of(const BufferQueue::Entry& entry) const noexcept;
     GenTL::GC_ERROR wait_for_entry(void* destination, uint64_t timeout);
-    platform::WaitResult wait_for_signal(uint32_t milliseconds);
 
     StreamModule& m_source;
     ShortLock& m_lock; // the source's

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <utility>
+#include <cstdint>
 
+#include "modules/ShortLock.h"
 #include "platform/Waiter.h"
 
 namespace zvgentl {
@@ -10,21 +11,17 @@ namespace zvgentl {
 /// waited longest and is then that thread's, whether or not it has run yet; only if nobody waits it is kept,
 /// once, for the next. So do auto-reset events of systems that have them.
 ///
-/// It has no lock: its owner's guards it, also the places in the line. Whoever is to be released is handed
-/// out, to be released when the lock has been given back.
+/// Its owner's lock guards it. Whom a signal releases is handed out, to be released when the lock has been
+/// given back.
 class SignalLine {
-public:
     /// A thread's place, on its stack from join() until it was released or leave() answered true.
-    class Place {
-    public:
+    struct Place {
         platform::Waiter waiter;
-
-    private:
-        friend class SignalLine;
-        Place* m_next{nullptr};
-        bool m_is_in_line{false};
+        Place* next{nullptr};
+        bool is_in_line{false};
     };
 
+public:
     /// Whom a signal releases: with release(), once the lock has been given back.
     class [[nodiscard]] Released {
     public:
@@ -42,6 +39,7 @@ public:
         Place* m_first{nullptr};
     };
 
+    // Under the lock:
     Released set() noexcept
     {
         if (m_first != nullptr)
@@ -49,23 +47,23 @@ public:
         m_is_signalled = true;
         return {};
     }
-    /// Releases everyone, and keeps a signal for nobody.
-    Released set_all() noexcept;
+    /// Releases everyone, now and later.
+    Released close() noexcept;
     /// Forgets a signal that nobody has.
     void reset() noexcept { m_is_signalled = false; }
-    /// True when there was a signal, which is forgotten.
-    bool take() noexcept { return std::exchange(m_is_signalled, false); }
 
-    /// At the end of the line.
-    void join(Place& place) noexcept;
-    /// False when the place is in the line no more: its thread is about to be released.
-    bool leave(Place& place) noexcept;
+    /// Takes a signal, or waits for one; without the lock, which it takes now and then. Milliseconds, or
+    /// platform::wait_forever.
+    platform::WaitResult wait(ShortLock& lock, uint32_t milliseconds) noexcept;
 
 private:
     Released release_first() noexcept;
+    void join(Place& place) noexcept;
+    bool leave(Place& place) noexcept;
     void remove(Place** link) noexcept;
 
     bool m_is_signalled{false};
+    bool m_is_closed{false};
     Place* m_first{nullptr}; // who waits longest
     Place** m_end{&m_first};
 };

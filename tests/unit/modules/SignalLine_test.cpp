@@ -26,33 +26,16 @@ public:
     {
         release([this] { return m_line.set(); });
     }
-    void set_all()
+    void close()
     {
-        release([this] { return m_line.set_all(); });
+        release([this] { return m_line.close(); });
     }
     void reset()
     {
         const ShortLock::Held held{m_lock};
         m_line.reset();
     }
-    WaitResult wait(uint32_t milliseconds)
-    {
-        SignalLine::Place place;
-        {
-            const ShortLock::Held held{m_lock};
-            if (m_line.take())
-                return WaitResult::signalled;
-            m_line.join(place);
-        }
-        if (place.waiter.sleep(milliseconds) == WaitResult::signalled)
-            return WaitResult::signalled;
-        {
-            const ShortLock::Held held{m_lock};
-            if (m_line.leave(place))
-                return WaitResult::timed_out;
-        }
-        return place.waiter.sleep(wait_forever);
-    }
+    WaitResult wait(uint32_t milliseconds) { return m_line.wait(m_lock, milliseconds); }
 
 private:
     template <class Set>
@@ -329,23 +312,21 @@ TEST(SignalLineThreads, MayBeDestroyedByTheWaiterThatItReleased)
     }
 }
 
-TEST(SignalLineThreads, ReleasesEveryoneAtOnceAndKeepsNothing)
+TEST(SignalLineThreads, ReleasesEveryoneNowAndLaterWhenItIsClosed)
 {
     Signal event;
     std::atomic<int> released{0};
     const auto wait = [&] { released += event.wait(wait_forever) == WaitResult::signalled ? 1 : 0; };
     SleepingThread first{wait};
     SleepingThread second{wait};
-    event.set_all();
+    event.close();
     first.join();
     second.join();
     EXPECT_EQ(2, released);
-    event.set_all();
-    EXPECT_EQ(WaitResult::timed_out, event.wait(1));
-    SleepingThread third{wait};
-    event.set();
-    third.join();
-    EXPECT_EQ(3, released) << "the line is in order";
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(WaitResult::signalled, event.wait(wait_forever));
+    event.reset();
+    EXPECT_EQ(WaitResult::signalled, event.wait(0));
 }
 
 TEST(WaitResult, HasTheNumbersOfTheSystemThatLogsWereWrittenForFirst)
