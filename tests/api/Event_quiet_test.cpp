@@ -29,7 +29,9 @@ protected:
         log.set_level(level);
         const GC_ERROR code = GenTL::EventGetData(const_cast<void*>(handle), buffer, &room, 0);
         log.set_level(Priority::trace);
-        return std::tuple{code, room, m_data.BufferHandle, m_data.pUserPointer, in_queue()};
+        void* const handle_out = m_data.BufferHandle; // copies, because its members are not aligned
+        void* const user_out = m_data.pUserPointer;
+        return std::tuple{code, room, handle_out, user_out, in_queue()};
     }
 
     EVENT_NEW_BUFFER_DATA m_data{};
