@@ -90,11 +90,11 @@ private:
     const GenTL::EVENT_TYPE m_type;
     std::atomic<bool> m_closing{false};
     std::atomic<bool> m_abort{false};
+    std::atomic<int32_t> m_references{0};
     // What is changed for every frame has lines of the caches to itself.
     alignas(64) BufferQueue m_queue;
     SignalLine m_signal; // of queue and kills
     std::atomic<uint64_t> m_fired{0};
-    std::atomic<int32_t> m_references{0};
 };
 
 /// A counted reference to an event; the last one destroys it. Empty by default.
