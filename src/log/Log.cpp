@@ -2,12 +2,12 @@
 
 #include <charconv>
 #include <cstdio>
-#include <string>
 #include <string_view>
+#include <utility>
 
 #include <Poco/Channel.h>
-#include <Poco/Message.h>
 
+#include "log/KeptMessages.h"
 #include "platform/process.h"
 
 namespace zvgentl {
@@ -79,13 +79,21 @@ void append_call_site(Line& line, At at)
     line.append("]: ");
 }
 
+KeptMessages kept_messages;
+
 void hand_over(const Line& line, ZVPocoLogger& logger, Priority priority) noexcept
 {
     try {
         auto channel = logger.getChannel();
-        if (channel)
-            channel->log(Poco::Message(logger.name(), std::string(line.text(), line.length()),
-                                       static_cast<Poco::Message::Priority>(priority)));
+        if (!channel)
+            return;
+        auto kept = kept_messages.take();
+        kept->text.assign(line.text(), line.length());
+        kept->message.setText(kept->text);
+        kept->message.setSource(logger.name());
+        kept->message.setPriority(static_cast<Poco::Message::Priority>(priority));
+        channel->log(kept->message);
+        kept_messages.give_back(std::move(kept));
     } catch (...) { // a full disk must not fail the call that wanted to log
         return;
     }

@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -6,10 +7,13 @@
 #include <vector>
 
 #include <Poco/Message.h>
+#include <Poco/Runnable.h>
+#include <Poco/Thread.h>
 #include <gtest/gtest.h>
 
 #include "log/Log.h"
 #include "platform/process.h"
+#include "support/FailingAllocations.h"
 #include "support/FakeLoggerLibrary.h"
 #include "support/log_expectations.h"
 
@@ -60,6 +64,59 @@ protected:
 class ThrowingChannel : public Poco::Channel {
 public:
     void log(const Poco::Message&) override { throw std::runtime_error("the disk is full"); }
+};
+
+/// Keeps the last message as it was.
+class KeepingChannel : public Poco::Channel {
+public:
+    void log(const Poco::Message& message) override { last = message; }
+    Poco::Message last;
+};
+
+/// Writes a line of its own for each one.
+class TalkingChannel : public Poco::Channel {
+public:
+    explicit TalkingChannel(ZVPocoLogger* other) : m_other(other) {}
+    void log(const Poco::Message& message) override
+    {
+        zvgentl::log_error(m_other, "f", At{2}, "inner");
+        texts.push_back(message.getText().substr(message.getText().find(']')));
+    }
+    std::vector<std::string> texts;
+
+private:
+    ZVPocoLogger* m_other;
+};
+
+/// Restores the captured channel, so that the loggers of other tests stay as they are.
+class ChannelOf {
+public:
+    ChannelOf(ZVPocoLogger* logger, const Poco::AutoPtr<Poco::Channel>& channel)
+        : m_logger(logger), m_old(logger->getChannel())
+    {
+        logger->setChannel(channel);
+    }
+    ~ChannelOf() { m_logger->setChannel(m_old); }
+    ChannelOf(const ChannelOf&) = delete;
+    ChannelOf& operator=(const ChannelOf&) = delete;
+
+private:
+    ZVPocoLogger* m_logger;
+    Poco::Channel::Ptr m_old;
+};
+
+class Lines : public Poco::Runnable {
+public:
+    explicit Lines(ZVPocoLogger* logger) : m_logger(logger) {}
+    void run() override
+    {
+        zvgentl::log_error(m_logger, "f", At{1}, "first");
+        Poco::Thread::current()->setName("another");
+        zvgentl::log_error(m_logger, "f", At{1}, "second");
+    }
+
+private:
+    ZVPocoLogger* m_logger;
 };
 
 } // namespace
@@ -128,6 +185,76 @@ TEST_F(Log, SurvivesAChannelThatFails)
 {
     logger->setChannel(new ThrowingChannel);
     EXPECT_NO_THROW(zvgentl::log_fatal(logger, "f", At{1}, "x"));
+}
+
+TEST_F(Log, HandsOverMessagesThatSayWhatNewOnesWould)
+{
+    const Poco::AutoPtr<KeepingChannel> channel(new KeepingChannel);
+    const ChannelOf kept(logger, channel);
+    for (int line = 0; line < 3; ++line) {
+        const Poco::Message before("source", "text", Poco::Message::PRIO_ERROR);
+        zvgentl::log_error(logger, "f", At{1}, "%s", line == 0 ? "a longer text than those after it" : "x");
+        const Poco::Message& last = channel->last;
+        EXPECT_EQ(logger->name(), last.getSource());
+        EXPECT_EQ(line == 0 ? "ter it" : "}[1]: x",
+                  last.getText().substr(last.getText().size() - (line == 0 ? 6 : 7)));
+        EXPECT_EQ(Poco::Message::PRIO_ERROR, last.getPriority());
+        EXPECT_LE(before.getTime(), last.getTime());
+        EXPECT_EQ(before.getPid(), last.getPid());
+        EXPECT_EQ(before.getTid(), last.getTid());
+        EXPECT_EQ(before.getThread(), last.getThread());
+        EXPECT_EQ(nullptr, last.getSourceFile());
+        EXPECT_EQ(0, last.getSourceLine());
+    }
+}
+
+TEST_F(Log, NamesAThreadOfPocosAsItIsCalledNow)
+{
+    const Poco::AutoPtr<KeepingChannel> channel(new KeepingChannel);
+    const ChannelOf kept(logger, channel);
+    Lines lines(logger);
+    Poco::Thread thread("named");
+    thread.start(lines);
+    thread.join();
+    EXPECT_EQ("another", channel->last.getThread());
+    EXPECT_EQ(thread.id(), channel->last.getTid());
+}
+
+#ifndef _WIN32
+// A new process may find the message that this thread has left.
+TEST_F(Log, NamesTheNewProcessAfterAFork)
+{
+    const Poco::AutoPtr<KeepingChannel> channel(new KeepingChannel);
+    const ChannelOf kept(logger, channel);
+    zvgentl::log_error(logger, "f", At{1}, "x");
+    const auto log_and_end = [&] {
+        zvgentl::log_error(logger, "f", At{1}, "x");
+        std::_Exit(channel->last.getPid() == Poco::Message().getPid() ? 0 : 1);
+    };
+    for (int process = 0; process < 40; ++process)
+        EXPECT_EXIT(log_and_end(), testing::ExitedWithCode(0), "");
+}
+#endif
+
+TEST_F(Log, AllocatesNothingForALineAfterTheFirst)
+{
+    zvgentl::log_error(logger, "f", At{1}, "%s", std::string(200, 'x').c_str());
+    const zvtest::CountedAllocations allocations;
+    for (int line = 0; line < 10; ++line)
+        zvgentl::log_error(logger, "f", At{1}, "another line");
+    EXPECT_EQ(0, allocations.count());
+}
+
+TEST_F(Log, WritesALineWhileAnotherOneIsBeingWritten)
+{
+    const Poco::AutoPtr<TalkingChannel> channel(new TalkingChannel(library.logger("LogTestInner.cpp")));
+    const ChannelOf talking(logger, channel);
+    for (int line = 0; line < 3; ++line)
+        zvgentl::log_error(logger, "f", At{1}, "outer");
+    EXPECT_EQ((std::vector<std::string>(3, "]: outer")), channel->texts);
+    EXPECT_EQ(3U, library.lines().size());
+    for (const LogLine& line : library.lines())
+        EXPECT_EQ("inner", line.message);
 }
 
 TEST_F(Log, LeavesTheBracesOutWithoutAFunction)
