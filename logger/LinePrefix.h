@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -8,7 +9,7 @@
 namespace zvlog {
 
 /// What a line of the default log begins with: time, process and priority. The same as Poco's formatter
-/// writes for `pattern`, which computes the date again for every line. For one thread.
+/// writes for `pattern`, which forms all of it again for every line. For one thread.
 class LinePrefix {
 public:
     static constexpr const char* pattern = "%Y-%m-%dT%H:%M:%S.%iZ %P %p ";
@@ -16,8 +17,14 @@ public:
     void append_to(std::string& line, const Poco::Message& message);
 
 private:
+    void form(const Poco::Message& message);
+
+    // Of the last line. All but the milliseconds follows from the first three.
     std::int64_t m_second{-1};
-    std::string m_date_and_time; // of that second
+    long m_process{-1};
+    int m_priority{-1};
+    std::string m_text;
+    std::size_t m_milliseconds{0}; // where they are in the text
 };
 
 } // namespace zvlog

@@ -29,15 +29,18 @@ void RotatingFileChannel::log(const Poco::Message& message)
         m_prefix.append_to(m_line, message);
     m_line += message.getText();
     m_line += '\n';
-    prepare();
+    prepare(message);
     if (!m_file.append(m_line))
         throw Poco::WriteFileException(m_policy.path);
 }
 
-void RotatingFileChannel::prepare()
+void RotatingFileChannel::prepare(const Poco::Message& message)
 {
+    using Look = platform::AppendFile::Look;
     const auto move_away = [this] { archive(); };
-    bool is_open = m_file.open();
+    const auto second = message.getTime().epochTime();
+    bool is_open = m_file.open(second == m_second ? Look::in_folder : Look::everywhere);
+    m_second = second;
     if (!is_open && m_policy.make_folder)
         is_open = platform::make_folders(platform::folder_of(m_policy.path)) && m_file.open();
     const bool is_due = m_policy.limit != 0 && m_file.size() >= m_policy.limit;

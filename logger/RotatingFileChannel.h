@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -41,7 +42,7 @@ public:
     void log(const Poco::Message& message) override;
 
 private:
-    void prepare();
+    void prepare(const Poco::Message& message);
     void archive();
 
     const FilePolicy m_policy;
@@ -50,6 +51,7 @@ private:
     LinePrefix m_prefix;
     std::string m_line; // kept for its memory
     bool m_started{false};
+    std::time_t m_second{-1}; // of the last line
 };
 
 } // namespace zvlog

@@ -35,7 +35,7 @@ private:
 
 } // namespace
 
-bool AppendFile::open()
+bool AppendFile::open(Look /*look*/)
 {
     if (m_handle != -1 && has_the_name())
         return true;

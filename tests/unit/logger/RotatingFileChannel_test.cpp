@@ -1,4 +1,6 @@
+#include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include <Poco/AutoPtr.h>
@@ -8,6 +10,7 @@
 #include <sys/stat.h>
 
 #include "logger/RotatingFileChannel.h"
+#include "platform/files.h"
 #include "unit/logger/Sandbox.h"
 
 using zvlog::FilePolicy;
@@ -99,5 +102,129 @@ TEST_F(RotatingFile, DoesNotWaitForTheReaderOfAPipe)
     auto channel = open();
     EXPECT_THROW(write(channel, "text"), Poco::OpenFileException);
 }
+
+#ifndef _WIN32
+/// A folder whose stamp is old enough to be trusted, and lines of one second unless a test says otherwise.
+class SettledFolder : public RotatingFile {
+protected:
+    void SetUp() override
+    {
+        std::filesystem::create_directories(m_folder / "above/logs");
+        write_file(m_folder / "above/logs/other", "text");
+        bool is_settled = false;
+        for (int look = 0; look < 1000000 && !is_settled; ++look)
+            is_settled = platform::read_file(m_folder / "above/logs/other").is_settled;
+        if (!is_settled)
+            GTEST_SKIP() << "needs a file system whose stamps are trusted";
+    }
+
+    std::string log() const { return m_folder / "above/logs/other"; }
+
+    Poco::AutoPtr<RotatingFileChannel> open_log(std::uint64_t limit = 0)
+    {
+        FilePolicy policy;
+        policy.path = log();
+        policy.archive = zvlog::numbered_archives(log());
+        policy.limit = limit;
+        policy.archives = 1;
+        policy.make_folder = true;
+        return Poco::AutoPtr<RotatingFileChannel>(new RotatingFileChannel(policy));
+    }
+
+    /// A channel that has found the file under its name.
+    Poco::AutoPtr<RotatingFileChannel> open_and_write()
+    {
+        auto channel = open_log();
+        write_at(channel, 1, "1");
+        write_at(channel, 1, "2");
+        return channel;
+    }
+
+    static void write_at(Poco::AutoPtr<RotatingFileChannel>& channel, std::time_t second,
+                         const std::string& text)
+    {
+        Poco::Message message("source", text, Poco::Message::PRIO_ERROR);
+        message.setTime(Poco::Timestamp::fromEpochTime(second));
+        channel->log(message);
+    }
+};
+
+TEST_F(SettledFolder, StillShowsWhenSomebodyMovesTheFileAway)
+{
+    auto channel = open_and_write();
+    std::filesystem::rename(log(), m_folder / "moved");
+    write_at(channel, 1, "3");
+    EXPECT_EQ("text1\n2\n", content_of(m_folder / "moved"));
+    EXPECT_EQ("3\n", content_of(log()));
+}
+
+TEST_F(SettledFolder, StillShowsWhenSomebodyDeletesOrReplacesTheFile)
+{
+    auto channel = open_and_write();
+    std::filesystem::remove(log());
+    write_at(channel, 1, "3");
+    EXPECT_EQ("3\n", content_of(log()));
+    write_file(m_folder / "new", "new\n");
+    std::filesystem::rename(m_folder / "new", log());
+    write_at(channel, 1, "4");
+    EXPECT_EQ("new\n4\n", content_of(log()));
+}
+
+TEST_F(SettledFolder, ShowsWhenItIsMovedAwayItself)
+{
+    auto channel = open_and_write();
+    std::filesystem::rename(m_folder / "above/logs", m_folder / "above/moved");
+    write_at(channel, 1, "3");
+    EXPECT_EQ("text1\n2\n", content_of(m_folder / "above/moved/other"));
+    EXPECT_EQ("3\n", content_of(log()));
+}
+
+TEST_F(SettledFolder, IsLookedForAgainInTheNextSecond)
+{
+    auto channel = open_and_write();
+    std::filesystem::rename(m_folder / "above", m_folder / "moved");
+    write_at(channel, 1, "3");
+    write_at(channel, 2, "4");
+    EXPECT_EQ("text1\n2\n3\n", content_of(m_folder / "moved/logs/other"));
+    EXPECT_EQ("4\n", content_of(log()));
+}
+
+TEST_F(SettledFolder, SaysNothingAboutAFileInAnotherOne)
+{
+    write_file(m_folder / "target", "");
+    std::filesystem::create_symlink(m_folder / "target", m_folder / "above/logs/link");
+    FilePolicy policy;
+    policy.path = m_folder / "above/logs/link";
+    Poco::AutoPtr<RotatingFileChannel> channel(new RotatingFileChannel(policy));
+    write_at(channel, 1, "1");
+    while (!platform::read_file(log()).is_settled || !platform::read_file(m_folder / "target").is_settled) {
+    }
+    write_at(channel, 1, "2");
+    std::filesystem::rename(m_folder / "target", m_folder / "moved");
+    write_at(channel, 1, "3");
+    EXPECT_EQ("1\n2\n", content_of(m_folder / "moved"));
+    EXPECT_EQ("3\n", content_of(m_folder / "target"));
+}
+
+TEST_F(SettledFolder, LeavesTheSizeThatOthersGiveTheFileToEverySixteenthLine)
+{
+    auto channel = open_log(1000);
+    write_at(channel, 1, "1");
+    write_at(channel, 1, "2");
+    std::ofstream(log(), std::ios::app) << std::string(1000, '.');
+    for (int line = 0; line < 16; ++line)
+        write_at(channel, 1, "3");
+    EXPECT_TRUE(is_there(log() + ".0"));
+}
+
+TEST_F(SettledFolder, LeavesTheLimitWhereItIs)
+{
+    auto channel = open_log(10);
+    for (const char* const line : {"1", "2", "3", "4"}) // the file begins with four letters
+        write_at(channel, 1, line);
+    EXPECT_EQ("text1\n2\n3\n", content_of(log() + ".0"));
+    EXPECT_EQ("4\n", content_of(log()));
+}
+#endif
 
 } // namespace
