@@ -40,8 +40,6 @@ SettingsStore::SettingsStore(Places places, Warn warn, SettingsFiles files)
 std::uint32_t SettingsStore::value_or_add(std::string_view key, std::uint32_t default_value,
                                           const char* description)
 {
-    if (!is_storable_key(key))
-        return default_value;
     Warnings warnings;
     std::optional<std::uint32_t> result;
     {
@@ -53,7 +51,7 @@ std::uint32_t SettingsStore::value_or_add(std::string_view key, std::uint32_t de
             result = number_of(entry, key, m_copy.file.path, warnings);
         else if (const auto in_memory = remembered(key))
             result = in_memory;
-        else
+        else if (is_storable_key(key))
             result = add(key, default_value, description, warnings);
     }
     report(warnings);

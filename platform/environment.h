@@ -26,7 +26,9 @@ private:
         const char* place; // in the system's list; null when it is not set
     };
     std::vector<Variable> m_variables;
-    std::vector<const char*> m_list; // the system's, where it can be read
+    // The system's list, where it can be read.
+    const void* m_list_place{nullptr};
+    std::vector<const char*> m_list; // with the null at its end
 };
 
 /// Sets a variable; an empty value removes it. Call before threads are started.

@@ -20,6 +20,8 @@ public:
     const char* c_str() const;
 
 private:
+    friend ZVLOG_API zvstring operator+(const zvstring& left, const char* right);
+
     std::string m_text;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 #include <unistd.h>
 
@@ -15,29 +16,30 @@ std::string environment(const char* name)
     return value == nullptr ? std::string() : std::string(value);
 }
 
-EnvironmentCopy::EnvironmentCopy(const std::vector<const char*>& names)
+EnvironmentCopy::EnvironmentCopy(const std::vector<const char*>& names) : m_list_place(environ)
 {
-    for (char* const* entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+    for (char* const* entry = environ; entry != nullptr; ++entry) {
         m_list.push_back(*entry);
+        if (*entry == nullptr)
+            break;
+    }
     for (const char* const name : names) {
         const char* const place = std::getenv(name); // NOLINT(concurrency-mt-unsafe): see above
         m_variables.push_back({name, place == nullptr ? "" : place, place});
     }
 }
 
-// Comparing the list of addresses is much cheaper than searching the texts for the names.
+// Comparing the list of addresses is much cheaper than searching the texts for the names. A list that stays
+// where it is does not get shorter, only its end may move forward.
 bool EnvironmentCopy::is_current() const
 {
-    char* const* entry = environ;
-    for (const char* const known : m_list) {
-        if (entry == nullptr || *entry++ != known)
-            return false;
-    }
-    const bool has_more = entry != nullptr && *entry != nullptr;
-    return m_variables.empty() ||
-           (!has_more && std::all_of(m_variables.begin(), m_variables.end(), [](const Variable& variable) {
-               return variable.place == nullptr || variable.value == variable.place;
-           }));
+    if (m_variables.empty())
+        return true;
+    return environ == m_list_place &&
+           (m_list.empty() || std::memcmp(environ, m_list.data(), m_list.size() * sizeof m_list[0]) == 0) &&
+           std::all_of(m_variables.begin(), m_variables.end(), [](const Variable& variable) {
+               return variable.place == nullptr || std::strcmp(variable.value.c_str(), variable.place) == 0;
+           });
 }
 
 void set_environment(const char* name, const std::string& value)
