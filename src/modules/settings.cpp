@@ -15,10 +15,10 @@ uint32_t read(const PlainSetting& setting)
 std::optional<uint32_t> read(const OverrideSetting& setting)
 {
     constexpr uint32_t unset = 0xFFFFFFFF;
-    const zvstring key = zvstring(setting.key) + "-Overwrite";
     uint32_t value = unset;
     // The value says whether the key was stored.
-    std::ignore = ZVSettings::Get(zv_scope_machine, zv_feature_integer, key, value, unset, true, nullptr);
+    std::ignore =
+        ZVSettings::Get(zv_scope_machine, zv_feature_integer, setting.key, value, unset, true, nullptr);
     return value == unset ? std::nullopt : std::optional(value);
 }
 

@@ -12,9 +12,9 @@ struct PlainSetting {
     const char* description; // may be null
 };
 
-/// A setting that exists only when a person wrote it, stored under its key followed by "-Overwrite".
+/// A setting that exists only when a person wrote it.
 struct OverrideSetting {
-    const char* key;
+    const char* key; // ends in "-Overwrite"
 };
 
 /// The stored value, or the default when none is stored.
@@ -35,9 +35,9 @@ constexpr PlainSetting serialize_buffer_type{"GenTL.Buffer.SerializeBufferType",
 constexpr PlainSetting pixel_format_conversion{"GenTL.Buffer.PixelFormatNameSpace", 1, nullptr};
 constexpr PlainSetting serialize_stream_event{"GenTL.Event.SerializeStreamEvent", 1, nullptr};
 
-constexpr OverrideSetting queued_buffer_mode{"GenTL.Stream.QueuedBufferMode"};
-constexpr OverrideSetting pixel_format_namespace{"GenTL.Buffer.PixelFormatNameSpace"};
-constexpr OverrideSetting delivered_image_height{"GenTL.Buffer.DeliveredImageHeight"};
+constexpr OverrideSetting queued_buffer_mode{"GenTL.Stream.QueuedBufferMode-Overwrite"};
+constexpr OverrideSetting pixel_format_namespace{"GenTL.Buffer.PixelFormatNameSpace-Overwrite"};
+constexpr OverrideSetting delivered_image_height{"GenTL.Buffer.DeliveredImageHeight-Overwrite"};
 
 } // namespace settings
 
