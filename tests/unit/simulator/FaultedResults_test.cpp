@@ -209,8 +209,9 @@ TEST_F(FaultedFrames, AJumpOfTheTimeStampIsForAllThatFollow)
 {
     constexpr uint64_t jump = 1'000'000'000'000;
     const auto result = acquired("kind: timestamp-jumps, when: {frame: 1}, ticks: 1000000000000", 3);
-    EXPECT_LT(result->timestamps[0], jump);
-    EXPECT_GE(result->timestamps[1], jump);
+    const uint64_t way = result->timestamps[1] - result->timestamps[0];
+    EXPECT_GE(way, jump);
+    EXPECT_LT(way, 2 * jump) << "it jumps once";
     EXPECT_GE(result->timestamps[2], result->timestamps[1]);
 }
 
