@@ -1,5 +1,6 @@
 # ZV_LIBZIP: libzip's target. On Linux, libzip's own CMake package requires programs that nobody needs.
 if(WIN32)
+    find_package(ZLIB REQUIRED) # its package does not look for what it needs
     find_package(libzip REQUIRED)
     set(ZV_LIBZIP libzip::zip)
 else()

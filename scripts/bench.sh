@@ -15,7 +15,7 @@ cd "$(dirname "$0")/.."
 
 bin=build/release/bin
 results=build/bench
-programs=(frame_path delivery pipelines cyclic operations heap aravis)
+programs=(frame_path delivery pipelines cyclic operations heap genapi aravis)
 rounds=15
 document=no
 case "${1:-}" in

@@ -13,7 +13,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-PROGRAMS = ("frame_path", "delivery", "pipelines", "cyclic", "operations", "heap", "aravis")
+PROGRAMS = ("frame_path", "delivery", "pipelines", "cyclic", "operations", "heap", "genapi", "aravis")
 COLUMNS = ("what", "anchor", "anchor time", "measured time", "result", "gate", "verdict")
 BEGIN, END = "<!-- The table begins. -->", "<!-- The table ends. -->"
 

@@ -12,7 +12,7 @@ build=build/asan
 [ -e $build/compile_commands.json ] || cmake --preset asan --log-level=WARNING
 # Headers that are generated or precompiled by the build are not needed for any of these sources.
 mapfile -t sources < <(git ls-files 'src/*.cpp' 'platform/*.cpp' 'logger/*.cpp' 'simulator/*.cpp' 'tools/*.cpp' \
-    'examples/*.cpp' | grep -v /win32/)
+    'examples/*.cpp' 'genapi/*.cpp' | grep -v /win32/)
 
 case "${1:-}" in
 "") ;;

@@ -21,12 +21,12 @@ all_stages=(release windows asan tsan coverage packages lint)
 stage_table='
 ^(src|include|platform)/                                                  release asan tsan coverage
 ^(logger|simulator)/                                                      release asan tsan
-^(tools|examples)/                                                        release asan
+^(tools|examples|genapi)/                                                 release asan
 ^tests/(api|support)/|^tests/unit/(api|log|modules|platform|port|resources|support)/ release asan tsan coverage
 ^tests/unit/(logger|simulator)/                                           release asan tsan
-^tests/(unit/tools|system)/                                               release asan
+^tests/(unit/(tools|genapi)|system|genapi_differential|fuzz)/             release asan
 threads_test                                                              tsan
-^(src|logger|platform|simulator|tools|examples)/.*\.(cpp|h)$|^\.clang-tidy$    lint
+^(src|logger|platform|simulator|tools|examples|genapi)/.*\.(cpp|h)$|^\.clang-tidy$    lint
 win32|^cmake/(windows|toolchains)/|^cmake/Windows|^scripts/(windows|wine) windows
 CMakeLists\.txt$|^CMakePresets\.json$|^cmake/                             release windows packages
 ^cmake/(linux|nsis)/|^tests/packages/|^scripts/(package|materials|documentation)|^LICENSE$ packages
@@ -104,13 +104,13 @@ test_jobs=$((2 * $(nproc)))
 # Builds a preset and runs the tests that its test preset selects.
 build_and_test()
 {
-    # Without ZV_WITH_ARAVIS the tests that need the parser would be left out without a word.
+    # Without ZV_WITH_ARAVIS the comparison with that library would be left out without a word.
     cmake --preset "$1" --log-level=WARNING -D ZV_WITH_ARAVIS=ON &&
         cmake --build --preset "$1" &&
         ctest --preset "$1" -j "$test_jobs"
 }
 
-# The same for Windows, where there is no such parser.
+# The same for Windows, where there is no such library.
 build_and_test_for_windows()
 {
     # shellcheck disable=SC2086

@@ -64,8 +64,12 @@ RULES = [
     Rule("tools", ("platform", "include/GenTL", "include/zvgr/FrameStamp.h"),
          (PICTURES, r"fmt/core\.h", r"zip\.h"),
          extra={"CommandLine.cpp": (r"CLI/.*",), "Json.cpp": (r"nlohmann/.*",)}),  # slow to compile: one source each
-    Rule("tools/genapi", ("tools/gentl",), (r"arv\.h", r"libxml/.*")),
-    Rule("examples", ("include/GenTL",), (SYSTEM,), knows_system=True),
+    Rule("tools/genapi", ("tools/gentl", "genapi/include")),
+    Rule("genapi/include"),
+    Rule("genapi/src/description", ("genapi/include",), (r"libxml/.*", r"zip\.h")),
+    Rule("genapi/src/formula"),
+    Rule("genapi/src", ("genapi/include",)),
+    Rule("examples", ("include/GenTL", "genapi/include"), (SYSTEM,), knows_system=True),
     Rule("tests/support", SRC + INTERFACES, (GTEST, POCO)),
     Rule("tests/support/process", (), (SYSTEM,), knows_system=True),
     Rule("tests/support/win32", (), (SYSTEM,), knows_system=True),
@@ -78,6 +82,9 @@ RULES = [
          (GTEST, PICTURES, SYSTEM), knows_system=True),
     Rule("tests/unit/tools", ("tools", "platform", "include/GenTL", "include/zvgr/FrameStamp.h", "tests/support"),
          (GTEST, PICTURES, SYSTEM), knows_system=True),
+    Rule("tests/unit/genapi", ("genapi",), (GTEST, r"zip\.h")),
+    Rule("tests/fuzz", ("genapi", "tests/unit/genapi")),
+    Rule("tests/genapi_differential", ("genapi",), (GTEST, r"arv\.h")),
     Rule("tests/api", ("include/GenTL", "tests/support"), (GTEST,)),
     Rule("tests/system", ("include/GenTL", "include/zvgr/FrameStamp.h", "tests/support/process"), (GTEST, SYSTEM),
          knows_system=True),
@@ -88,13 +95,13 @@ RULES = [
          (GTEST, PICTURES, SYSTEM, r"nlohmann/.*"), knows_system=True),
     Rule("tests/packages", (), (SYSTEM,), knows_system=True),
     Rule("tests/checks", INTERFACES, (GTEST,)),
-    Rule("benchmarks", ("include/GenTL", "include/zvgr", "tests/system"), (SYSTEM,), knows_system=True),
+    Rule("benchmarks", ("include/GenTL", "include/zvgr", "genapi/include", "tests/system"), (SYSTEM,), knows_system=True),
     Rule("benchmarks/log_line", ("src/log",)),
 ]
 
 # Only platform asks for the operating system on behalf of these.
-PORTABLE = ("platform", "src", "logger", "simulator", "tools")
-ROOTS = ("include", "src", "", "tests", "tools", "benchmarks", "tests/system")
+PORTABLE = ("platform", "genapi", "src", "logger", "simulator", "tools")
+ROOTS = ("include", "genapi/include", "genapi/src", "src", "", "tests", "tools", "benchmarks", "tests/system")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">\n]+)[">]', re.M)
 SYSTEM_TEST = re.compile(r"^[ \t]*#[ \t]*(?:if|ifdef|ifndef|elif)\b[^\n]*\b(?:_WIN32|_WIN64|__linux__|__unix__|__APPLE__)\b",
                          re.M)
