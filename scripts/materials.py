@@ -23,7 +23,7 @@ from pathlib import Path
 COMPILED_IN = {
     "linux": ["libcli11-dev", "libfmt-dev", "nlohmann-json3-dev"],
     "windows": ["libcli11-dev", "libfmt-dev", "libpng-dev", "libtiff-dev", "libyaml-cpp-dev", "libz-mingw-w64-dev",
-                "libzip-dev", "mingw-w64-x86-64-dev", "nlohmann-json3-dev"],
+                "libxml2-dev", "libzip-dev", "mingw-w64-x86-64-dev", "nlohmann-json3-dev"],
 }
 # The Debian package that each library file in the Windows package comes from. Poco is built from that package's source.
 BUNDLED = {
@@ -35,7 +35,7 @@ BUNDLED = {
 }
 OURS = re.compile(r"(ZVGRLibGenTL\.cti|ZVGRLib\.dll|ZVLogger\.dll)$")
 # The names that Debian's copyright files use for licences, and their SPDX identifiers.
-IDENTIFIERS = {"expat": "MIT", "bsd-2-clause": "BSD-2-Clause", "bsd-3-clause": "BSD-3-Clause", "bsl-1": "BSL-1.0",
+IDENTIFIERS = {"expat": "MIT", "mit-1": "MIT", "bsd-2-clause": "BSD-2-Clause", "bsd-3-clause": "BSD-3-Clause", "bsl-1": "BSL-1.0",
                "bsl-1.0": "BSL-1.0", "zlib": "Zlib", "zpl-2.1": "ZPL-2.1", "lgpl-2.1+": "LGPL-2.1-or-later",
                "lgpl-2.1-or-later": "LGPL-2.1-or-later", "apache-2.0": "Apache-2.0", "x11": "X11"}
 # The licences in copyright files that are not machine-readable.

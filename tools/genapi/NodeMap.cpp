@@ -1,34 +1,19 @@
 #include "genapi/NodeMap.h"
 
 #include <algorithm>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <set>
 #include <stdexcept>
-#include <thread>
 
-#include "genapi/Nodes.h"
 #include "genapi/describe.h"
 #include "genapi/values.h"
 #include "gentl/texts.h"
+#include "zvgenapi/NodeMap.h"
 
 namespace zvgentl::tool {
 
+using zvgenapi::Node;
+
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-constexpr std::chrono::milliseconds longest_pause{50}; // between two looks at a command
-
-extern "C" void tell_and_end(int /*signal*/)
-{
-    // The fault interrupts nothing but the parser, so that the stream can be written to.
-    std::fputs("zvgentl: a formula of the register description divides the smallest number by -1, which "
-               "has no result; the description is faulty\n",
-               stderr);
-    std::_Exit(EXIT_FAILURE);
-}
 
 [[noreturn]] void refuse_value(const Feature& feature, const std::string& text, const std::string& allowed)
 {
@@ -64,17 +49,78 @@ std::string why_not_readable(const Access& access)
     return "it is write only";
 }
 
+void check_entry(const Feature& feature, const std::string& text)
+{
+    const auto& entries = feature.entries;
+    if (std::find(entries.begin(), entries.end(), text) == entries.end())
+        refuse_value(feature, text,
+                     entries.empty() ? "none of its entries at the moment" : joined(entries, ", "));
+}
+
+void check_length(const Feature& feature, const std::string& text)
+{
+    const auto* const most = std::get_if<std::int64_t>(&feature.maximum);
+    if (most != nullptr && text.size() > static_cast<std::uint64_t>(*most))
+        refuse_value(feature, text, "at most " + std::to_string(*most) + " characters");
+}
+
+/// A register that is set as a whole, as the other features are.
+struct Bytes {
+    zvgenapi::Register handle;
+    void set(const std::vector<unsigned char>& bytes) { handle.write(bytes); }
+};
+
+/// The registers of the port, as the parser wants them.
+class RegisterPort final : public zvgenapi::Port {
+public:
+    explicit RegisterPort(const Registers& registers) : m_registers(registers) {}
+    void read(std::uint64_t address, void* data, std::size_t size) override
+    {
+        m_registers.read(address, data, size);
+    }
+    void write(std::uint64_t address, const void* data, std::size_t size) override
+    {
+        m_registers.write(address, data, size);
+    }
+
+private:
+    const Registers& m_registers;
+};
+
+zvgenapi::NodeMap load(const std::string& description)
+{
+    try {
+        return zvgenapi::NodeMap::load(description);
+    } catch (const zvgenapi::Error& error) {
+        throw std::runtime_error(std::string("the port's description is damaged: ") + error.what());
+    }
+}
+
+/// The elements by which the value of a node depends on another one.
+constexpr const char* value_references[] = {
+    "pValue",    "pValueDefault", "pValueIndexed",  "pValueCopy",   "pIndex",
+    "pVariable", "pAddress",      "pLength",        "pMin",         "pMax",
+    "pInc",      "pIsLocked",     "pIsImplemented", "pIsAvailable", "pCommandValue",
+};
+
 } // namespace
 
 class NodeMap::Impl {
 public:
-    Impl(const std::string& description, const Registers& registers) : nodes(description, registers) {}
+    Impl(const std::string& description, const Registers& registers) : port(registers), map(load(description))
+    {
+        for (std::size_t i = 0; i < map.size(); ++i)
+            if (map.at(i).is<zvgenapi::PortNode>())
+                map.connect(map.at(i).full_name(), port);
+    }
 
     /// Throws std::runtime_error, with the names that may have been meant, for one that does not exist.
-    ArvGcNode* find(const std::string& name) const
+    Node find(const std::string& name)
     {
-        if (nodes.graph().find(name) != nullptr && nodes.kind(name) != FeatureKind::other)
-            return nodes.usable(name);
+        map.invalidate();
+        const Node node = map.find(name);
+        if (node && kind_of(node) != FeatureKind::other)
+            return node;
         const auto near = near_names(name, names());
         throw std::runtime_error("there is no feature " + name +
                                  (near.empty() ? "; `zvgentl features` lists those that exist"
@@ -84,25 +130,57 @@ public:
     std::vector<std::string> names() const
     {
         std::vector<std::string> all;
-        for (const auto& node : nodes.graph().nodes())
-            for (const auto& name :
-                 node.element == "Category" ? node.all("pFeature") : std::vector<std::string>())
-                all.push_back(name);
+        for (std::size_t i = 0; i < map.size(); ++i)
+            if (map.at(i).is<zvgenapi::Category>())
+                for (auto& name : map.at(i).properties("pFeature"))
+                    all.push_back(std::move(name));
         return all;
     }
 
-    void write(ArvGcNode* node, const Feature& feature, const std::string& text) const;
-    void write_entry(ArvGcNode* node, const Feature& feature, const std::string& text) const;
-    static void write_string(ArvGcNode* node, const Feature& feature, const std::string& text);
-    static void write_bytes(ArvGcNode* node, const Feature& feature, const std::string& text);
-    bool is_done(const GraphNode& command) const;
+    Access access(const Node& node) { return without_writing_constants(node, access_of(node)); }
+    Feature describe(const Node& node)
+    {
+        Feature feature = describe_feature(node);
+        feature.access = without_writing_constants(node, feature.access);
+        return feature;
+    }
+    Feature describe_for_writing(const Node& node)
+    {
+        Feature feature = tool::describe_for_writing(node);
+        feature.access = without_writing_constants(node, feature.access);
+        return feature;
+    }
 
-    Nodes nodes;
+    static void write(const Node& node, const Feature& feature, const std::string& text);
+
+    RegisterPort port;
+    zvgenapi::NodeMap map;
+
+private:
+    // A value that is written in the description could be changed in our copy of it, which no device ever
+    // sees. That makes sense only for one that chooses what other nodes mean.
+    Access without_writing_constants(const Node& node, Access access)
+    {
+        if ((access.is_writable || access.is_locked) && node.property("Value") && !node.property("pValue") &&
+            !is_referred_to(node)) {
+            access.is_writable = false;
+            access.is_locked = false;
+        }
+        return access;
+    }
+
+    bool is_referred_to(const Node& node)
+    {
+        if (referred.empty())
+            for (std::size_t i = 0; i < map.size(); ++i)
+                for (const char* const element : value_references)
+                    for (auto& name : map.at(i).properties(element))
+                        referred.insert(std::move(name));
+        return referred.count(node.name()) != 0 || referred.count(node.full_name()) != 0;
+    }
+
+    std::set<std::string> referred; // nodes that the value of another one depends on; found when first needed
 };
-
-bool has_genapi_parser() noexcept { return true; }
-
-void end_on_arithmetic_fault() { std::signal(SIGFPE, &tell_and_end); }
 
 NodeMap::NodeMap(const std::string& description, const Registers& registers)
     : m_impl(std::make_unique<Impl>(description, registers))
@@ -113,13 +191,16 @@ NodeMap::~NodeMap() = default;
 
 std::vector<TreeEntry> NodeMap::tree(const std::string& category) const
 {
-    const NodeGraph& graph = m_impl->nodes.graph();
-    const GraphNode* const start = graph.find(category);
-    if (start == nullptr || start->element != "Category") {
+    const zvgenapi::NodeMap& map = m_impl->map;
+    const auto is_category = [&map](const std::string& name) {
+        const Node node = map.find(name);
+        return node && node.is<zvgenapi::Category>();
+    };
+    if (!is_category(category)) {
         std::vector<std::string> categories;
-        for (const auto& node : graph.nodes())
-            if (node.element == "Category")
-                categories.push_back(node.name);
+        for (std::size_t i = 0; i < map.size(); ++i)
+            if (map.at(i).is<zvgenapi::Category>())
+                categories.push_back(map.at(i).name());
         throw std::runtime_error(
             "there is no category " + category +
             (categories.empty() ? std::string() : "; there are " + joined(categories, ", ")));
@@ -130,37 +211,51 @@ std::vector<TreeEntry> NodeMap::tree(const std::string& category) const
     while (!open.empty()) {
         const TreeEntry entry = open.back();
         open.pop_back();
-        const GraphNode* const node = graph.find(entry.name);
-        const bool is_category = node != nullptr && node->element == "Category";
+        const bool has_features = is_category(entry.name);
         // A category that lists itself, however far round, ends here.
-        const bool is_repeated = entry.level >= 0 && is_category && !shown.insert(entry.name).second;
+        const bool is_repeated = entry.level >= 0 && has_features && !shown.insert(entry.name).second;
         if (entry.level >= 0)
             entries.push_back({entry.name, entry.level, is_repeated});
-        if (!is_category || is_repeated)
+        if (!has_features || is_repeated)
             continue;
-        const auto features = node->all("pFeature");
+        const auto features = map.find(entry.name).properties("pFeature");
         for (auto feature = features.rbegin(); feature != features.rend(); ++feature)
             open.push_back({*feature, entry.level + 1, false});
     }
     return entries;
 }
 
-Feature NodeMap::describe(const std::string& name) const { return describe_feature(m_impl->nodes, name); }
+Feature NodeMap::describe(const std::string& name) const
+{
+    m_impl->map.invalidate();
+    if (const Node node = m_impl->map.find(name))
+        return m_impl->describe(node);
+    Feature feature;
+    feature.name = name;
+    feature.access.is_available = false;
+    feature.problem = "there is no feature " + name;
+    return feature;
+}
 
 Value NodeMap::get(const std::string& name) const
 {
-    ArvGcNode* const node = m_impl->find(name);
-    const FeatureKind kind = m_impl->nodes.kind(name);
+    const Node node = m_impl->find(name);
+    const FeatureKind kind = kind_of(node);
     if (kind == FeatureKind::command)
         throw std::runtime_error(name + " is a command and has no value; `zvgentl exec " + name +
                                  "` executes it");
     if (kind == FeatureKind::category)
         throw std::runtime_error(name + " is a category and has no value; `zvgentl features --category " +
                                  name + "` lists its features");
-    const Access access = m_impl->nodes.access(name);
+    Access access;
+    try {
+        access = access_of(node);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(name + " cannot be read: " + reason_of(node, error));
+    }
     if (!access.is_readable)
         throw std::runtime_error(name + " cannot be read: " + why_not_readable(access));
-    return read_value(node, name, kind);
+    return read_value(node);
 }
 
 std::string NodeMap::get_text(const std::string& name) const
@@ -171,33 +266,41 @@ std::string NodeMap::get_text(const std::string& name) const
 
 void NodeMap::set(const std::string& name, const std::string& text) const
 {
-    ArvGcNode* const node = m_impl->find(name);
-    const FeatureKind kind = m_impl->nodes.kind(name);
+    const Node node = m_impl->find(name);
+    const FeatureKind kind = kind_of(node);
     if (kind == FeatureKind::command)
         throw std::runtime_error(name + " is a command and has no value; `zvgentl exec " + name +
                                  "` executes it");
     if (kind == FeatureKind::category)
         throw std::runtime_error(name + " is a category and has no value");
-    const Feature feature = describe_for_writing(m_impl->nodes, name);
+    Feature feature;
+    try {
+        feature = m_impl->describe_for_writing(node);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(name + " cannot be written: " + reason_of(node, error));
+    }
     if (!feature.access.is_writable)
         throw std::runtime_error(name + " cannot be written: " + why_not_writable(feature));
-    try {
-        m_impl->write(node, feature, text);
-    } catch (const PortFailure& failure) {
-        throw std::runtime_error(name + " was not set to \"" + text + "\": " + failure.what());
-    }
+    Impl::write(node, feature, text);
 }
 
-void NodeMap::Impl::write(ArvGcNode* node, const Feature& feature, const std::string& text) const
+void NodeMap::Impl::write(const Node& node, const Feature& feature, const std::string& text)
 {
-    Failure failure;
+    const auto write_to = [&](auto handle, const auto& value) {
+        try {
+            handle.set(value);
+        } catch (const std::exception& error) {
+            throw std::runtime_error(feature.name + " was not set to \"" + text +
+                                     "\": " + reason_of(node, error));
+        }
+    };
     switch (feature.kind) {
     case FeatureKind::integer: {
         const auto number = parse_integer(text, feature.notation);
         if (!number)
             refuse_value(feature, text, "a whole number, " + range_text(feature) + unit_of(feature));
         check_range(feature, text, *number);
-        arv_gc_integer_set_value(ARV_GC_INTEGER(node), *number, failure);
+        write_to(node.as<zvgenapi::Integer>(), *number);
         break;
     }
     case FeatureKind::floating_point: {
@@ -205,104 +308,65 @@ void NodeMap::Impl::write(ArvGcNode* node, const Feature& feature, const std::st
         if (!number)
             refuse_value(feature, text, "a number, " + range_text(feature) + unit_of(feature));
         check_range(feature, text, *number);
-        arv_gc_float_set_value(ARV_GC_FLOAT(node), *number, failure);
+        write_to(node.as<zvgenapi::Float>(), *number);
         break;
     }
     case FeatureKind::boolean: {
         const auto boolean = parse_boolean(text);
         if (!boolean)
             refuse_value(feature, text, "true or false");
-        arv_gc_boolean_set_value(ARV_GC_BOOLEAN(node), *boolean ? TRUE : FALSE, failure);
+        write_to(node.as<zvgenapi::Boolean>(), *boolean);
         break;
     }
     case FeatureKind::enumeration:
-        write_entry(node, feature, text);
+        check_entry(feature, text);
+        write_to(node.as<zvgenapi::Enumeration>(), text);
         break;
     case FeatureKind::string:
-        write_string(node, feature, text);
+        check_length(feature, text);
+        write_to(node.as<zvgenapi::String>(), text);
         break;
-    case FeatureKind::bytes:
-        write_bytes(node, feature, text);
+    case FeatureKind::bytes: {
+        const auto bytes = parse_bytes(text);
+        const std::int64_t length = node.as<zvgenapi::Register>().length();
+        if (!bytes || static_cast<std::int64_t>(bytes->size()) != length)
+            refuse_value(feature, text, std::to_string(length) + " bytes, each of two hexadecimal digits");
+        write_to(Bytes{node.as<zvgenapi::Register>()}, *bytes);
         break;
+    }
     default:
         throw std::runtime_error(feature.name + " has no value");
     }
-    check_port(failure);
-}
-
-void NodeMap::Impl::write_entry(ArvGcNode* node, const Feature& feature, const std::string& text) const
-{
-    const auto& entries = feature.entries;
-    if (std::find(entries.begin(), entries.end(), text) == entries.end())
-        refuse_value(feature, text,
-                     entries.empty() ? "none of its entries at the moment" : joined(entries, ", "));
-    Failure failure;
-    arv_gc_enumeration_set_string_value(ARV_GC_ENUMERATION(node), text.c_str(), failure);
-    check_port(failure);
-}
-
-void NodeMap::Impl::write_string(ArvGcNode* node, const Feature& feature, const std::string& text)
-{
-    const auto* const most = std::get_if<std::int64_t>(&feature.maximum);
-    if (most != nullptr && text.size() > static_cast<std::uint64_t>(*most))
-        refuse_value(feature, text, "at most " + std::to_string(*most) + " characters");
-    Failure failure;
-    arv_gc_string_set_value(ARV_GC_STRING(node), text.c_str(), failure);
-    check_port(failure);
-}
-
-void NodeMap::Impl::write_bytes(ArvGcNode* node, const Feature& feature, const std::string& text)
-{
-    Failure failure;
-    const guint64 length = arv_gc_register_get_length(ARV_GC_REGISTER(node), failure);
-    check_port(failure);
-    const auto bytes = parse_bytes(text);
-    if (!bytes || bytes->size() != length)
-        refuse_value(feature, text, std::to_string(length) + " bytes, each of two hexadecimal digits");
-    arv_gc_register_set(ARV_GC_REGISTER(node), bytes->data(), length, failure);
-    check_port(failure);
 }
 
 void NodeMap::execute(const std::string& name, std::chrono::milliseconds timeout) const
 {
-    ArvGcNode* const node = m_impl->find(name);
-    if (m_impl->nodes.kind(name) != FeatureKind::command)
+    const Node node = m_impl->find(name);
+    if (kind_of(node) != FeatureKind::command)
         throw std::runtime_error(name + " is not a command; `zvgentl set " + name + "=VALUE` writes a value");
-    const Feature feature = describe_for_writing(m_impl->nodes, name);
-    if (!feature.access.is_writable)
-        throw std::runtime_error(name + " cannot be executed: " + why_not_writable(feature));
-    Failure failure;
-    arv_gc_command_execute(ARV_GC_COMMAND(node), failure);
+    auto command = node.as<zvgenapi::Command>();
     try {
-        check_port(failure);
-    } catch (const PortFailure& reason) {
-        throw std::runtime_error(name + " was not executed: " + reason.what());
+        const Feature feature = m_impl->describe_for_writing(node);
+        if (!feature.access.is_writable)
+            throw std::runtime_error(name + " cannot be executed: " + why_not_writable(feature));
+    } catch (const zvgenapi::Error& error) {
+        throw std::runtime_error(name + " cannot be executed: " + reason_of(node, error));
     }
-    const auto end = Clock::now() + timeout;
-    for (std::chrono::milliseconds pause{1}; !m_impl->is_done(*m_impl->nodes.graph().find(name));
-         pause = std::min(2 * pause, longest_pause)) {
-        if (Clock::now() >= end)
-            throw std::runtime_error(name + " was started, but the device has not finished it after " +
-                                     std::to_string(timeout.count()) +
-                                     " ms; --timeout sets how long to wait");
-        std::this_thread::sleep_for(pause);
+    try {
+        command.execute();
+    } catch (const std::exception& error) {
+        throw std::runtime_error(name + " was not executed: " + reason_of(node, error));
     }
-}
-
-// A device that works on a command leaves the command's value in the register until it is done.
-bool NodeMap::Impl::is_done(const GraphNode& command) const
-{
-    const std::string* const target = command.find("pValue");
-    if (target == nullptr || !nodes.access(*target).is_readable)
-        return true;
-    const std::string* const source = command.find("pCommandValue");
-    const std::string* const literal = command.find("CommandValue");
-    long long value = 0;
-    if (source != nullptr)
-        value = nodes.whole_number(*source);
-    else if (literal == nullptr || !parse_literal(*literal, value))
-        return true;
-    return nodes.whole_number(*target) != value;
+    try {
+        command.wait(timeout);
+    } catch (const std::exception& error) {
+        const auto* const known = dynamic_cast<const zvgenapi::Error*>(&error);
+        if (known == nullptr || known->kind() != zvgenapi::ErrorKind::time_out)
+            throw std::runtime_error(name + " was started, but the device does not say whether it is done: " +
+                                     reason_of(node, error));
+        throw std::runtime_error(name + " was started, but " + known->message() +
+                                 "; --timeout sets how long to wait");
+    }
 }
 
 } // namespace zvgentl::tool

@@ -10,13 +10,6 @@
 
 namespace zvgentl::tool {
 
-/// Whether this build can make node maps of descriptions. If not, NodeMap throws, saying so.
-bool has_genapi_parser() noexcept;
-
-/// From now on a formula whose division has no result ends the program with a message. The parser computes
-/// with what the device sends, and for one such division the processor has no result.
-void end_on_arithmetic_fault();
-
 /// The features of a port, according to its description. Nothing is cached: every answer is the device's
 /// current one. All functions throw std::runtime_error that says what to do, or why the port refused. One
 /// thread.

@@ -1,230 +1,219 @@
 #include "genapi/describe.h"
 
+#include <cfloat>
+#include <cstdint>
 #include <limits>
-#include <optional>
-#include <vector>
+#include <stdexcept>
 
 #include "genapi/values.h"
 
 namespace zvgentl::tool {
 
+using namespace zvgenapi;
+
 namespace {
 
-constexpr guint64 most_bytes_shown = 256; // of a register without a type
+constexpr std::int64_t most_bytes_shown = 256; // of a register without a type
+constexpr std::int64_t longest_shown = 1 << 20;
 
-using Limits = std::numeric_limits<std::int64_t>;
+using Whole = std::numeric_limits<std::int64_t>;
 
-std::string text_or_empty(const char* text) { return text == nullptr ? std::string() : text; }
-
-const char* visibility_name(ArvGcVisibility visibility) noexcept
+// The ends of the type stand for "no limit".
+void add_integer_limits(const Integer& integer, Feature& feature)
 {
-    switch (visibility) {
-    case ARV_GC_VISIBILITY_INVISIBLE:
-        return "Invisible";
-    case ARV_GC_VISIBILITY_GURU:
-        return "Guru";
-    case ARV_GC_VISIBILITY_EXPERT:
-        return "Expert";
-    default:
-        return "Beginner"; // what GenApi takes where nothing is written
+    const std::int64_t low = integer.minimum();
+    const std::int64_t high = integer.maximum();
+    const std::int64_t step = integer.increment();
+    if (low != Whole::min())
+        feature.minimum = low;
+    if (high != Whole::max())
+        feature.maximum = high;
+    if (step > 1)
+        feature.increment = step;
+    feature.unit = integer.unit();
+}
+
+void add_float_limits(const Float& number, Feature& feature)
+{
+    const double low = number.minimum();
+    const double high = number.maximum();
+    if (low > -double{FLT_MAX})
+        feature.minimum = low;
+    if (high < double{FLT_MAX})
+        feature.maximum = high;
+    if (number.has_increment())
+        feature.increment = number.increment();
+    feature.unit = number.unit();
+}
+
+void add_limits(const Node& node, Feature& feature)
+{
+    if (const auto integer = node.try_as<Integer>())
+        add_integer_limits(integer, feature);
+    else if (const auto number = node.try_as<Float>())
+        add_float_limits(number, feature);
+    else if (const auto enumeration = node.try_as<Enumeration>()) {
+        for (const EnumEntry& entry : enumeration.available_entries())
+            feature.entries.push_back(entry.symbolic());
+    } else if (const auto text = node.try_as<String>()) {
+        const std::int64_t most = text.max_length();
+        if (most != Whole::max())
+            feature.maximum = most;
     }
 }
 
-template <class Type, class Get>
-std::optional<Type> limit(const Get& get)
+Feature describe_text(const Node& node)
 {
-    Failure failure;
-    const auto value = static_cast<Type>(get(failure));
-    return failure.succeeded() ? std::optional<Type>(value) : std::nullopt;
-}
-
-// The ends of the type stand for "no limit" in the library.
-void add_integer_limits(ArvGcNode* node, Feature& feature)
-{
-    ArvGcInteger* const integer = ARV_GC_INTEGER(node);
-    const auto low = limit<std::int64_t>([=](GError** e) { return arv_gc_integer_get_min(integer, e); });
-    const auto high = limit<std::int64_t>([=](GError** e) { return arv_gc_integer_get_max(integer, e); });
-    const auto step = limit<std::int64_t>([=](GError** e) { return arv_gc_integer_get_inc(integer, e); });
-    if (low && *low != Limits::min())
-        feature.minimum = *low;
-    if (high && *high != Limits::max())
-        feature.maximum = *high;
-    if (step && *step > 1)
-        feature.increment = *step;
-    feature.unit = text_or_empty(arv_gc_integer_get_unit(integer));
-}
-
-void add_float_limits(ArvGcNode* node, Feature& feature)
-{
-    ArvGcFloat* const number = ARV_GC_FLOAT(node);
-    const auto low = limit<double>([=](GError** e) { return arv_gc_float_get_min(number, e); });
-    const auto high = limit<double>([=](GError** e) { return arv_gc_float_get_max(number, e); });
-    const auto step = limit<double>([=](GError** e) { return arv_gc_float_get_inc(number, e); });
-    if (low && *low > std::numeric_limits<double>::lowest())
-        feature.minimum = *low;
-    if (high && *high < std::numeric_limits<double>::max())
-        feature.maximum = *high;
-    if (step && *step > std::numeric_limits<double>::min())
-        feature.increment = *step;
-    feature.unit = text_or_empty(arv_gc_float_get_unit(number));
-}
-
-void add_limits(const Nodes& nodes, ArvGcNode* node, Feature& feature)
-{
-    switch (feature.kind) {
-    case FeatureKind::integer:
-        add_integer_limits(node, feature);
-        break;
-    case FeatureKind::floating_point:
-        add_float_limits(node, feature);
-        break;
-    case FeatureKind::enumeration:
-        feature.entries = nodes.available_entries(feature.name);
-        break;
-    case FeatureKind::string: {
-        const auto most = limit<std::int64_t>(
-            [=](GError** e) { return arv_gc_string_get_max_length(ARV_GC_STRING(node), e); });
-        if (most && *most != Limits::max())
-            feature.maximum = *most;
-        break;
-    }
-    default:
-        break;
-    }
-}
-
-/// What needs no access to the device.
-Feature describe_text(const Nodes& nodes, const std::string& name, ArvGcNode* node)
-{
-    auto* const named = ARV_GC_FEATURE_NODE(node);
     Feature feature;
-    feature.name = name;
-    feature.kind = nodes.kind(name);
-    feature.display_name = text_or_empty(arv_gc_feature_node_get_display_name(named));
-    feature.description = text_or_empty(arv_gc_feature_node_get_description(named));
-    if (feature.description.empty())
-        feature.description = text_or_empty(arv_gc_feature_node_get_tooltip(named));
-    feature.visibility = visibility_name(arv_gc_feature_node_get_visibility(named));
-    feature.notation = notation_of(node);
-    feature.selects = nodes.graph().find(name)->all("pSelected");
+    feature.name = node.name();
+    feature.kind = kind_of(node);
+    feature.display_name = node.display_name();
+    feature.description = node.tool_tip();
+    feature.visibility = name_of(node.visibility());
+    feature.selects = node.properties("pSelected");
+    feature.access.is_available = false; // until more is known
     return feature;
 }
 
-Value read_bytes(ArvGcNode* node, guint64 most)
+Value present_value(const Node& node)
 {
-    Failure failure;
-    const guint64 length = arv_gc_register_get_length(ARV_GC_REGISTER(node), failure);
-    check_port(failure);
-    if (length > most)
+    switch (kind_of(node)) {
+    case FeatureKind::integer:
+        return node.as<Integer>().value(UseCache::no);
+    case FeatureKind::floating_point:
+        return node.as<Float>().value(UseCache::no);
+    case FeatureKind::boolean:
+        return node.as<Boolean>().value(UseCache::no);
+    case FeatureKind::enumeration:
+        return node.as<Enumeration>().symbolic(UseCache::no);
+    case FeatureKind::string:
+        return node.as<String>().value(UseCache::no);
+    case FeatureKind::bytes:
+        return bytes_text(node.as<Register>().read(UseCache::no));
+    default:
         return {};
-    std::vector<unsigned char> bytes(length);
-    arv_gc_register_get(ARV_GC_REGISTER(node), bytes.data(), length, failure);
-    check_port(failure);
-    return bytes_text(bytes);
+    }
 }
 
-std::string read_entry(ArvGcNode* node)
+/// The value as a list shows it: not the contents of large registers.
+Value shown_value(const Node& node, const Feature& feature)
 {
-    Failure failure;
-    const std::int64_t number = arv_gc_enumeration_get_int_value(ARV_GC_ENUMERATION(node), failure);
-    check_port(failure);
-    Failure unknown; // the number was read: what fails now is the look-up of its name
-    const char* const entry = arv_gc_enumeration_get_string_value(ARV_GC_ENUMERATION(node), unknown);
-    if (entry == nullptr)
-        throw PortFailure("the device's value " + std::to_string(number) + " is not one of its entries");
-    return entry;
+    const auto bytes = node.try_as<Register>();
+    if (feature.kind == FeatureKind::bytes && bytes.length() > most_bytes_shown)
+        return {};
+    const auto* const longest = std::get_if<std::int64_t>(&feature.maximum);
+    if (feature.kind == FeatureKind::string && longest != nullptr && *longest > longest_shown)
+        throw std::runtime_error("it may be " + std::to_string(*longest) + " bytes long; `zvgentl get " +
+                                 feature.name + "` reads it");
+    return read_value(node);
 }
 
 } // namespace
 
-void check_port(const Failure& failure)
+FeatureKind kind_of(const Node& node)
 {
-    try {
-        failure.check();
-    } catch (const std::runtime_error& reason) {
-        throw PortFailure(reason.what());
+    switch (node.interface_type()) {
+    case InterfaceType::category:
+        return FeatureKind::category;
+    case InterfaceType::integer:
+        return FeatureKind::integer;
+    case InterfaceType::float_:
+        return FeatureKind::floating_point;
+    case InterfaceType::boolean:
+        return FeatureKind::boolean;
+    case InterfaceType::enumeration:
+        return FeatureKind::enumeration;
+    case InterfaceType::command:
+        return FeatureKind::command;
+    case InterfaceType::string:
+        return FeatureKind::string;
+    case InterfaceType::register_:
+        return FeatureKind::bytes;
+    default:
+        return FeatureKind::other;
     }
 }
 
-Notation notation_of(ArvGcNode* node)
+Access access_of(const Node& node)
 {
-    if (!ARV_IS_GC_INTEGER(node))
+    const AccessMode mode = node.access();
+    Access access;
+    access.is_implemented = mode != AccessMode::NI;
+    access.is_locked = node.is_locked();
+    access.is_available = mode != AccessMode::NA || access.is_locked;
+    access.is_readable = is_readable(mode) && kind_of(node) != FeatureKind::command;
+    access.is_writable = is_writable(mode);
+    return access;
+}
+
+Notation notation_of(const Node& node)
+{
+    const auto integer = node.try_as<Integer>();
+    if (!integer)
         return Notation::decimal;
-    switch (arv_gc_integer_get_representation(ARV_GC_INTEGER(node))) {
-    case ARV_GC_REPRESENTATION_HEX_NUMBER:
+    switch (integer.representation()) {
+    case Representation::hex_number:
         return Notation::hexadecimal;
-    case ARV_GC_REPRESENTATION_IPV4_ADDRESS:
+    case Representation::ipv4_address:
         return Notation::ipv4_address;
-    case ARV_GC_REPRESENTATION_MAC_ADDRESS:
+    case Representation::mac_address:
         return Notation::mac_address;
     default:
         return Notation::decimal;
     }
 }
 
-Value read_value(ArvGcNode* node, const std::string& name, FeatureKind kind)
+Value read_value(const Node& node)
 {
-    Failure failure;
-    Value value;
-    switch (kind) {
-    case FeatureKind::integer:
-        value = std::int64_t{arv_gc_integer_get_value(ARV_GC_INTEGER(node), failure)};
-        break;
-    case FeatureKind::floating_point:
-        value = arv_gc_float_get_value(ARV_GC_FLOAT(node), failure);
-        break;
-    case FeatureKind::boolean:
-        value = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(node), failure) != FALSE;
-        break;
-    case FeatureKind::string:
-        value = text_or_empty(arv_gc_string_get_value(ARV_GC_STRING(node), failure));
-        break;
-    default:
-        break;
-    }
     try {
-        check_port(failure);
-        if (kind == FeatureKind::enumeration)
-            value = read_entry(node);
-        if (kind == FeatureKind::bytes)
-            value = read_bytes(node, std::numeric_limits<guint64>::max());
-    } catch (const PortFailure& reason) {
-        throw PortFailure(name + " cannot be read: " + reason.what());
+        return present_value(node);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(node.name() + " cannot be read: " + reason_of(node, error));
     }
-    return value;
 }
 
-Feature describe_for_writing(const Nodes& nodes, const std::string& name)
+Feature describe_for_writing(const Node& node)
 {
-    ArvGcNode* const node = nodes.usable(name);
-    Feature feature = describe_text(nodes, name, node);
-    feature.access = nodes.access(name);
+    Feature feature = describe_text(node);
+    feature.notation = notation_of(node);
+    feature.access = access_of(node);
     if (feature.access.is_writable)
-        add_limits(nodes, node, feature);
+        add_limits(node, feature);
     return feature;
 }
 
-Feature describe_feature(const Nodes& nodes, const std::string& name)
+Feature describe_feature(const Node& node)
 {
-    Feature feature;
-    feature.name = name;
-    feature.access.is_available = false; // until more is known
+    Feature feature = describe_text(node);
     try {
-        ArvGcNode* const node = nodes.usable(name);
-        feature = describe_text(nodes, name, node);
-        feature.access = nodes.access(name);
+        feature.notation = notation_of(node);
+        feature.access = access_of(node);
         if (feature.kind == FeatureKind::category || !feature.access.is_available ||
             !feature.access.is_implemented)
             return feature;
-        add_limits(nodes, node, feature);
-        if (!feature.access.is_readable)
-            return feature;
-        feature.value = feature.kind == FeatureKind::bytes ? read_bytes(node, most_bytes_shown)
-                                                           : read_value(node, name, feature.kind);
-    } catch (const std::exception& reason) {
-        feature.problem = reason.what();
+        add_limits(node, feature);
+        if (feature.access.is_readable)
+            feature.value = shown_value(node, feature);
+    } catch (const std::exception& error) {
+        feature.problem = reason_of(node, error);
     }
     return feature;
+}
+
+std::string reason_of(const Node& node, const std::exception& error)
+{
+    const auto* const known = dynamic_cast<const Error*>(&error);
+    if (known == nullptr)
+        return error.what();
+    const std::string text = known->node() == node.name() ? known->message() : known->what();
+    switch (known->kind()) {
+    case ErrorKind::description:
+    case ErrorKind::cycle:
+    case ErrorKind::wrong_type:
+        return "the port's description is faulty: " + text;
+    default:
+        return text;
+    }
 }
 
 } // namespace zvgentl::tool

@@ -1,31 +1,26 @@
 #pragma once
 
-#include <stdexcept>
+#include <exception>
 #include <string>
 
-#include <arv.h>
-
 #include "genapi/Feature.h"
-#include "genapi/Nodes.h"
+#include "zvgenapi/NodeMap.h"
 
 namespace zvgentl::tool {
 
-/// An access that the port, or the parser, refused.
-class PortFailure : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// Throws PortFailure if the call failed.
-void check_port(const Failure& failure);
+FeatureKind kind_of(const zvgenapi::Node& node);
+Access access_of(const zvgenapi::Node& node);
+Notation notation_of(const zvgenapi::Node& node);
 
 /// Everything about a feature; Feature::problem says what could not be read.
-Feature describe_feature(const Nodes& nodes, const std::string& name);
+Feature describe_feature(const zvgenapi::Node& node);
 /// What must be known before a feature is written: everything but its value. Throws if it cannot be read.
-Feature describe_for_writing(const Nodes& nodes, const std::string& name);
+Feature describe_for_writing(const zvgenapi::Node& node);
 
-Notation notation_of(ArvGcNode* node);
-/// The present value of a feature that can be read.
-Value read_value(ArvGcNode* node, const std::string& name, FeatureKind kind);
+/// The present value of a feature that can be read. Throws std::runtime_error with the reason.
+Value read_value(const zvgenapi::Node& node);
+
+/// Why something about a node failed: what the port said, or the parser, which need not name the node again.
+std::string reason_of(const zvgenapi::Node& node, const std::exception& error);
 
 } // namespace zvgentl::tool

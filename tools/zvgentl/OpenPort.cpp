@@ -11,19 +11,6 @@ namespace {
 
 constexpr std::size_t least_buffer = 4096; // for a stream that does not say how large its frames are
 
-/// Registers of a build that has no parser to look at them.
-class NoRegisters final : public Registers {
-public:
-    void read(std::uint64_t /*address*/, void* /*data*/, std::size_t /*size*/) const override {}
-    void write(std::uint64_t /*address*/, const void* /*data*/, std::size_t /*size*/) const override {}
-};
-
-const PortOptions& checked(const PortOptions& options)
-{
-    require_genapi_parser();
-    return options;
-}
-
 } // namespace
 
 OpenPort::OpenPort(const PortOptions& options)
@@ -75,13 +62,12 @@ PORT_HANDLE OpenPort::open_stream(PortKind kind)
 }
 
 PortFeatures::PortFeatures(const PortOptions& options)
-    : m_port(checked(options)), m_map(unpack(m_port.description()), m_port.port())
+    : m_port(options), m_map(unpack(m_port.description()), m_port.port())
 {
 }
 
 std::unique_ptr<NodeMap> make_node_map(const Port& port)
 {
-    end_on_arithmetic_fault();
     return std::make_unique<NodeMap>(unpack(read_description(port, port.urls())), port);
 }
 
@@ -89,12 +75,6 @@ void set_all(const Assignments& assignments, const NodeMap& map)
 {
     for (const auto& assignment : assignments)
         map.set(assignment.name, assignment.value);
-}
-
-void require_genapi_parser()
-{
-    if (!has_genapi_parser())
-        const NodeMap map("", NoRegisters()); // throws the reason
 }
 
 } // namespace zvgentl::tool

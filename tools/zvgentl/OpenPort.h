@@ -56,7 +56,4 @@ std::unique_ptr<NodeMap> make_node_map(const Port& port);
 /// Sets the features in the order in which they were written, because one may allow the next.
 void set_all(const Assignments& assignments, const NodeMap& map);
 
-/// Throws, before anything is opened, when this build has no parser for features.
-void require_genapi_parser();
-
 } // namespace zvgentl::tool

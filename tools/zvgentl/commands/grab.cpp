@@ -189,8 +189,6 @@ void describe(const SelectedDevice& device, GrabResult& result)
 GrabResult grab(const GrabOptions& options, platform::Interrupt& interrupt)
 {
     GrabResult result(options);
-    if (!options.settings.empty())
-        require_genapi_parser();
     std::optional<PictureSaver> saver;
     if (!options.output.empty())
         saver.emplace(std::filesystem::u8path(options.output), options.format, most_waiting_pictures);

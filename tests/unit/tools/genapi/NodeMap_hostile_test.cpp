@@ -23,8 +23,7 @@ std::string problem_of(const std::string& name, const std::string& nodes)
     const Described described(nodes);
     const NodeMap& map = described.map;
     const Feature feature = map.describe(name);
-    EXPECT_EQ(FeatureKind::other, feature.kind) << "nothing of it was evaluated";
-    EXPECT_NE("no error", error_of([&] { map.get(name); }));
+    EXPECT_EQ(Value(), feature.value);
     EXPECT_NE("no error", error_of([&] { map.set(name, "1"); }));
     return feature.problem;
 }
@@ -62,7 +61,7 @@ TEST(HostileDescription, IsRefusedWhenItIsSomethingElse)
         nested += "<Group>";
     const std::pair<std::string, const char*> cases[] = {
         {"<html><body/></html>", "is not a register description: its root element is <html>"},
-        {"PK\x03\x04", "description is damaged: line 1"},
+        {"PK\x03\x04", "description is damaged: the archive cannot be unpacked"},
         {std::string(1000, '\0'), "description is damaged"},
         {nested, "description is damaged"},
         {"<!DOCTYPE RegisterDescription [<!ENTITY a "
@@ -84,26 +83,26 @@ TEST(HostileDescription, MayContainNoNodesAtAll)
 
 TEST(HostileDescription, HasUnusableFeaturesWhereReferencesLeadNowhereOrGoRound)
 {
-    constexpr const char* nowhere =
-        "description is faulty: A refers to B, which the description does not contain";
+    constexpr const char* nowhere = "refers to B, which the description does not contain";
     const std::pair<std::string, const char*> cases[] = {
         {integer("A", "<pValue>B</pValue>"), nowhere},
         {integer("A", "<Value>1</Value><pMin>B</pMin>"), nowhere},
         {integer("A", "<Value>1</Value><pMax>B</pMax>"), nowhere},
-        {integer("A", "<pIsAvailable>B</pIsAvailable>"), nowhere},
-        {integer("A", "<pIsLocked>B</pIsLocked>"), nowhere},
+        {integer("A", "<Value>1</Value><pIsAvailable>B</pIsAvailable>"), nowhere},
+        {integer("A", "<Value>1</Value><pIsLocked>B</pIsLocked>"), nowhere},
         {integer("A", "<pIndex>B</pIndex>"), nowhere},
-        {integer("A", "<pValue></pValue>"), "A refers to , which the description does not contain"},
+        {integer("A", "<pValue></pValue>"),
+         "description is faulty: pValue refers to , which the description does not contain"},
         {integer("A", "<pValue>C</pValue>") + formula("C", "<pVariable Name=\"X\">B</pVariable>", "X"),
-         "C refers to B"},
-        {integer("A", "<pValue>A</pValue>"), "A depends on itself"},
+         "C (line 4): pVariable refers to B"},
+        {integer("A", "<pValue>A</pValue>"), "depends on itself"},
         {integer("A", "<pValue>B</pValue>") + integer("B", "<pValue>A</pValue>"), "depends on itself"},
         {integer("A", "<pValue>C</pValue>") + formula("C", "<pVariable Name=\"X\">A</pVariable>", "X"),
          "depends on itself"},
         {"<IntReg Name=\"A\"><IntSwissKnife Name=\"N\"><pVariable "
          "Name=\"X\">A</pVariable><Formula>X</Formula>"
          "</IntSwissKnife><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>",
-         "A depends on itself"},
+         "depends on itself"},
     };
     for (const auto& [nodes, problem] : cases)
         EXPECT_THAT(problem_of("A", nodes), HasSubstr(problem));
@@ -133,7 +132,7 @@ TEST(HostileDescription, HasUnusableFeaturesAtTheEndOfLongChains)
     EXPECT_EQ("7", Described(nodes).map.get_text("N100"));
 }
 
-TEST(HostileDescription, HasUnusableFeaturesThatWouldTakeForEver)
+TEST(HostileDescription, MayAskForTheSameValueOverAndOver)
 {
     std::string nodes = integer("N0", "<Value>1</Value>");
     for (int i = 1; i <= 60; ++i) {
@@ -143,7 +142,7 @@ TEST(HostileDescription, HasUnusableFeaturesThatWouldTakeForEver)
                              "</pVariable>",
                          "X + Y");
     }
-    EXPECT_THAT(problem_of("N60", nodes), HasSubstr("depends on too many nodes"));
+    EXPECT_EQ(std::to_string(std::int64_t{1} << 60U), Described(nodes).map.get_text("N60"));
 }
 
 TEST(HostileDescription, MayListCategoriesInCircles)
@@ -166,7 +165,7 @@ TEST(HostileDescription, HasUnusableRegistersOfImpossibleLength)
                                    ">\n");
     };
     for (const char* const length : {"0", "-4", "9", "40000000000", "0xFFFFFFFFFFFFFFFF", "four", ""})
-        EXPECT_THAT(problem("IntReg", length), HasSubstr("cannot be")) << length;
+        EXPECT_THAT(problem("IntReg", length), testing::ContainsRegex("cannot be|is not a number")) << length;
     EXPECT_THAT(problem("StringReg", "40000000000"), HasSubstr("bytes long"));
     EXPECT_THAT(problem("Register", "0"), HasSubstr("bytes long"));
 }
@@ -190,8 +189,6 @@ TEST(HostileDescription, HasUnusableFormulas)
     const std::string value = integer("B", "<Value>3</Value>");
     for (const char* const text : {"1 + (", "Y + 1", "", "((((", "FOO(X)", "1 2"})
         EXPECT_THAT(problem_of("A", formula("A", variable, text) + value), HasSubstr("cannot be evaluated"));
-    EXPECT_THAT(problem_of("A", formula("A", "<pVariable Name=\"X.Max\">B</pVariable>", "X.Max") + value),
-                HasSubstr("its formula uses X.Max"));
     EXPECT_THAT(problem_of("A", formula("A", "<Expression Name=\"E\">E + 1</Expression>", "E")),
                 HasSubstr("cannot be evaluated"));
 }
@@ -218,26 +215,26 @@ TEST(HostileDescription, MayContainReferencesToNodesOfTheWrongKind)
         error_of([&] { map.set(name, "1"); });
         error_of([&] { map.execute(name, std::chrono::milliseconds(1)); });
     }
-    EXPECT_EQ("Text is not a number", map.describe("B").problem);
+    EXPECT_THAT(map.describe("B").problem, HasSubstr("a String is not a number"));
 }
 
-TEST(HostileDescriptionDeathTest, WithADivisionThatHasNoResultEndsTheProgramWithAMessage)
+TEST(HostileDescription, MayDivideWithoutAResult)
 {
-    EXPECT_EXIT(
-        {
-            end_on_arithmetic_fault();
-            FakeRegisters registers;
-            registers.put(0, std::int64_t{1} << 7U); // big-endian: the smallest number
-            const std::string smallest =
-                "<IntReg Name=\"Smallest\"><Address>0</Address><Length>8</Length><AccessMode>RO</AccessMode>"
-                "<pPort>Device</pPort><Sign>Signed</Sign><Endianess>BigEndian</Endianess></IntReg>"
-                "<Port Name=\"Device\"/>\n";
-            const std::string variables = "<pVariable Name=\"X\">Smallest</pVariable>";
-            const NodeMap map(description_of(smallest + formula("Quotient", variables, "X / (0 - 1)")),
-                              registers);
-            map.get("Quotient");
-        },
-        testing::ExitedWithCode(1), "the description is faulty");
+    Described described(
+        "<IntReg Name=\"Smallest\"><Address>0</Address><Length>8</Length><AccessMode>RO</AccessMode>"
+        "<pPort>Device</pPort><Sign>Signed</Sign><Endianess>BigEndian</Endianess></IntReg>" +
+        formula("Quotient", "<pVariable Name=\"X\">Smallest</pVariable>", "X / (0 - 1)"));
+    described.registers.put(0, std::int64_t{1} << 7U); // big-endian: the smallest number
+    EXPECT_THAT(error_of([&] { described.map.get("Quotient"); }),
+                HasSubstr("Quotient cannot be read: the formula \"X / (0 - 1)\" cannot be evaluated"));
+}
+
+TEST(HostileDescription, MayHaveLargeTextsThatAListDoesNotRead)
+{
+    const Described described("<StringReg Name=\"A\"><Address>0</Address><Length>60000000</Length>"
+                              "<AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>");
+    EXPECT_EQ("it may be 60000000 bytes long; `zvgentl get A` reads it", described.map.describe("A").problem);
+    EXPECT_EQ(0, described.registers.reads);
 }
 
 } // namespace zvgentl::test

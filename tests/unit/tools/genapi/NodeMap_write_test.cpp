@@ -144,6 +144,14 @@ TEST_F(WriteFeatures, WaitsNoLongerForACommandThanAllowed)
     EXPECT_LT(1, registers.reads);
 }
 
+TEST_F(WriteFeatures, SaysWhenACommandWasStartedAndNoMoreIsKnown)
+{
+    registers.on_write = [this] { registers.refusal = "the cable is out"; };
+    EXPECT_EQ(
+        "AcquisitionStart was started, but the device does not say whether it is done: the cable is out",
+        error_of([&] { map.execute("AcquisitionStart", milliseconds(60000)); }));
+}
+
 TEST_F(WriteFeatures, ExecutesCommandsOnly)
 {
     EXPECT_EQ("Width is not a command; `zvgentl set Width=VALUE` writes a value",
