@@ -54,6 +54,42 @@ TEST_F(EventListTest, ClosesWhatItRemoves)
     EXPECT_FALSE(list().find(event.get()));
     EXPECT_TRUE(list().find(EVENT_REMOTE_DEVICE));
     EXPECT_FALSE(list().remove(EVENT_NEW_BUFFER));
+    EXPECT_TRUE(list().remove(EVENT_REMOTE_DEVICE));
+    EXPECT_FALSE(list().find(EVENT_REMOTE_DEVICE));
+}
+
+TEST_F(EventListTest, TellsTheTypeOfItsOwnEventsOnly)
+{
+    EXPECT_EQ(std::nullopt, list().type_of(nullptr)) << "also while none has an address";
+    const EventRef frames = list().add(*stream, EVENT_NEW_BUFFER).event;
+    const EventRef device = list().add(*stream, EVENT_REMOTE_DEVICE).event;
+    EXPECT_EQ(EVENT_NEW_BUFFER, list().type_of(frames.get()));
+    EXPECT_EQ(EVENT_REMOTE_DEVICE, list().type_of(device.get()));
+    EXPECT_EQ(std::nullopt, list().type_of(this));
+    list().remove(EVENT_REMOTE_DEVICE);
+    EXPECT_EQ(EVENT_NEW_BUFFER, list().type_of(frames.get())) << "it is still found without the list";
+    EXPECT_EQ(std::nullopt, list().type_of(device.get()));
+}
+
+TEST_F(EventListTest, TakesAtOnceOnlyFromTheEventOfNewBuffersAndOnlyWithoutAnAbort)
+{
+    EVENT_NEW_BUFFER_DATA data{};
+    EXPECT_FALSE(list().take_at_once(nullptr, &data));
+    const EventRef frames = list().add(*stream, EVENT_NEW_BUFFER).event;
+    const EventRef device = list().add(*stream, EVENT_REMOTE_DEVICE).event;
+    EXPECT_FALSE(list().take_at_once(frames.get(), &data));
+    for (int i = 0; i < 3; ++i) {
+        append_and_signal(*frames, nullptr);
+        append_and_signal(*device, nullptr);
+    }
+    EXPECT_FALSE(list().take_at_once(device.get(), &data));
+    EXPECT_TRUE(list().take_at_once(frames.get(), &data));
+    frames->kill();
+    EXPECT_FALSE(list().take_at_once(frames.get(), &data));
+    EXPECT_TRUE(frames->take_abort());
+    frames->close();
+    EXPECT_FALSE(list().take_at_once(frames.get(), &data));
+    EXPECT_EQ(2U, frames->get_QueueLength());
 }
 
 TEST_F(EventListTest, ClosesEverythingAndRefusesNewEventsUntilItOpensAgain)
