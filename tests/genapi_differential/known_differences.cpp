@@ -156,6 +156,10 @@ constexpr WriteRow write_rows[] = {
      }},
     {"a register must not reach beyond the last address",
      [](const Node&, const Setting&, const Answer& ours, const Answer&) { return reaches_too_far(ours); }},
+    {"a formula without a result is an error, not 0",
+     [](const Node&, const Setting&, const Answer& ours, const Answer&) {
+         return ours.is_error && ours.kind == ErrorKind::formula;
+     }},
     {"the other library does not write copies",
      [](const Node& node, const Setting&, const Answer& ours, const Answer&) {
          return !ours.is_error && depends_on(node, has_copies);
@@ -165,7 +169,7 @@ constexpr WriteRow write_rows[] = {
          const auto is_only_written = [](const Node& below) {
              const bool is_masked =
                  below.type() == NodeType::masked_int_reg || below.type() == NodeType::struct_entry;
-             return is_masked && below.access() == AccessMode::WO;
+             return is_masked && (below.access() == AccessMode::WO || below.property("AccessMode") == "WO");
          };
          return !ours.is_error && depends_on(node, is_only_written);
      }},

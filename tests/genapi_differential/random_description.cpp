@@ -151,20 +151,36 @@ private:
             m_text += element("pAddress", m_choices.one_of(m_small));
         if (has_parts && !m_small.empty() && m_choices.percent(40))
             m_text +=
-                element("pIndex", m_choices.one_of(m_small),
+                element("pIndex", m_choices.one_of(m_selectors),
                         m_choices.percent(70) ? " Offset=\"" + std::to_string(m_choices.below(16)) + "\""
                                               : " pOffset=\"" + m_choices.one_of(m_small) + "\"");
         if (has_parts && !m_integers.empty() && m_choices.percent(30))
             m_text += "  <IntSwissKnife Name=\"" + m_name + "Address\">\n" +
                       element("pVariable", m_choices.one_of(m_integers), " Name=\"A\"") +
                       element("Formula", "(A & 7) * 8") + "  </IntSwissKnife>\n";
-        m_text += element("Length", static_cast<std::int64_t>(length));
+        if (tag_has_any_length() && m_choices.percent(15))
+            m_text += element("pLength", length_node());
+        else
+            m_text += element("Length", static_cast<std::int64_t>(length));
         m_text += element("AccessMode", m_is_basic ? "RW" : m_choices.one_of(access_modes));
         m_text += element("pPort", "Device");
         if (m_choices.percent(40))
             m_text += element("Cachable", m_choices.one_of(caching_modes));
         if (!m_integers.empty() && m_choices.percent(15))
             m_text += element("pInvalidator", m_choices.one_of(m_integers));
+    }
+
+    bool tag_has_any_length() const { return m_tag == "StringReg" || m_tag == "Register"; }
+
+    /// A node that is greater than 0, in front of the register.
+    std::string length_node()
+    {
+        const std::string name = m_name + "Length";
+        const std::string node = "<IntSwissKnife Name=\"" + name + "\">\n" +
+                                 element("pVariable", m_choices.one_of(m_small), " Name=\"A\"") +
+                                 element("Formula", "(A & 15) + 1") + "</IntSwissKnife>\n";
+        m_text.insert(m_text.rfind("<" + m_tag + " "), node);
+        return name;
     }
 
     void add_number_elements()
@@ -208,6 +224,7 @@ private:
         m_modest.push_back(m_name);
         if (bits <= 4) {
             m_small.push_back(m_name);
+            m_selectors.push_back(m_name);
             m_conditions.push_back(m_name);
         }
     }
@@ -243,7 +260,8 @@ private:
     {
         const std::size_t length = m_choices.percent(50) ? 4 : 2;
         const bool is_big = m_choices.percent(50);
-        m_name = "StructReg" + std::to_string(m_all.size() + 1);
+        m_tag = "StructReg";
+        m_name = "StructReg" + std::to_string(++m_structures);
         m_text += "<StructReg Comment=\"Bits\">\n";
         add_register_elements(length);
         m_text += element("Endianess", is_big ? "BigEndian" : "LittleEndian");
@@ -298,7 +316,7 @@ private:
     void add_indexed()
     {
         begin("Integer");
-        m_text += element("pIndex", m_choices.one_of(m_small));
+        m_text += element("pIndex", m_choices.one_of(m_selectors));
         for (std::int64_t index = 0; index < 3; ++index) {
             const std::string attribute = " Index=\"" + std::to_string(index) + "\"";
             if (m_choices.percent(50))
@@ -377,6 +395,7 @@ private:
         else
             m_text += element("Value", static_cast<std::int64_t>(m_choices.below(count)));
         end(m_others);
+        m_selectors.push_back(m_name);
     }
 
     void add_string()
@@ -395,7 +414,8 @@ private:
         Names names;
         for (std::size_t i = m_choices.below(3) + 1; i > 0; --i) {
             names.push_back("VAR" + std::to_string(i) + (m_choices.percent(20) ? ".Value" : ""));
-            m_text += element("pVariable", m_choices.one_of(sources), " Name=\"" + names.back() + "\"");
+            const Names& nodes = m_choices.percent(15) ? m_selectors : sources;
+            m_text += element("pVariable", m_choices.one_of(nodes), " Name=\"" + names.back() + "\"");
         }
         if (m_choices.percent(30)) {
             names.push_back("CONST");
@@ -411,7 +431,7 @@ private:
     void add_int_knife()
     {
         begin("IntSwissKnife");
-        const Names names = add_names(m_integers);
+        const Names names = add_names(m_choices.percent(20) ? m_floats : m_integers);
         m_text += element("Formula", random_formula(m_choices, Arithmetic::integer, names));
         end(m_integers);
     }
@@ -471,13 +491,15 @@ private:
 
     Choices m_choices;
     bool m_is_basic{false};
+    std::size_t m_structures{0};
     std::string m_text;
     std::string m_tag;
     std::string m_name;
     Names m_all;
     Names m_integers;
-    Names m_small;  ///< whole numbers of a few bits
-    Names m_modest; ///< whole numbers of up to 32 bits
+    Names m_small;     ///< whole numbers of a few bits
+    Names m_selectors; ///< the same and enumerations
+    Names m_modest;    ///< whole numbers of up to 32 bits
     Names m_floats;
     Names m_strings;
     Names m_others;
