@@ -35,7 +35,7 @@ std::string arguments_text(const Operation& row)
 
 Parser::Parser(Compiler& compiler, std::string_view text, std::size_t text_number)
     : m_compiler(compiler), m_lexer(text, compiler.arithmetic()),
-      m_text_number(static_cast<std::uint16_t>(text_number))
+      m_text_number(static_cast<std::uint32_t>(text_number))
 {
 }
 

@@ -42,7 +42,7 @@ private:
 
     Compiler& m_compiler;
     Lexer m_lexer;
-    std::uint16_t m_text_number;
+    std::uint32_t m_text_number;
     Token m_token;
     Piece m_piece;
     std::size_t m_depth{0}; ///< values on the stack

@@ -28,7 +28,7 @@ enum class Action : std::uint8_t {
 
 struct Instruction {
     Action action;
-    std::uint16_t text; ///< from which text it comes: 0 for the formula, else an expression, counted from 1
+    std::uint32_t text; ///< from which text it comes: 0 for the formula, else an expression, counted from 1
     std::uint32_t position;
     std::uint32_t operand;
 };
