@@ -13,7 +13,7 @@ struct Limits {
     /// Nodes, entries of enumerations and of structures among them.
     std::size_t nodes{1'000'000};
     /// Elements within nodes, such as pValue or Address.
-    std::size_t elements{10'000'000};
+    std::size_t elements{4'000'000};
     /// Bytes of the text of one element.
     std::size_t element_text{std::size_t{1} << 20U};
     /// Levels of elements in the XML file.

@@ -59,7 +59,7 @@ public:
             }
             call(due);
         } else {
-            const auto result = [&] {
+            auto result = [&] {
                 Visit visit(*this, use_cache);
                 auto answer = work();
                 due = visit.finish();

@@ -70,7 +70,7 @@ int Node::line() const { return static_cast<int>(text_of(m_core, m_index).line);
 
 std::string Node::display_name() const
 {
-    const std::string text = literal(m_core, m_index, Tag::display_name);
+    std::string text = literal(m_core, m_index, Tag::display_name);
     if (!text.empty())
         return text;
     return type() == NodeType::enum_entry ? std::string(text_of(m_core, m_index).symbolic) : name();
