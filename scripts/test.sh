@@ -20,8 +20,8 @@ all_stages=(release windows asan tsan coverage packages lint)
 # A pattern of paths, and the stages that a change there needs. Every path that matches counts, in every row.
 stage_table='
 ^(src|include|platform)/                                                  release asan tsan coverage
-^(logger|simulator)/                                                      release asan tsan
-^(tools|examples|genapi)/                                                 release asan
+^(logger|simulator|genapi)/                                               release asan tsan
+^(tools|examples)/                                                        release asan
 ^tests/(api|support)/|^tests/unit/(api|log|modules|platform|port|resources|support)/ release asan tsan coverage
 ^tests/unit/(logger|simulator)/                                           release asan tsan
 ^tests/(unit/(tools|genapi)|system|genapi_differential|fuzz)/             release asan

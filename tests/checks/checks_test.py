@@ -166,7 +166,7 @@ class StagesForAChange(unittest.TestCase):
         (["src/api/ApiCall.cpp"], "release asan tsan coverage lint"),
         (["include/zvgr/ZVGRLib.h"], "release asan tsan coverage"),
         (["simulator/Stream.cpp"], "release asan tsan lint"),
-        (["genapi/src/types.cpp"], "release asan lint"),
+        (["genapi/src/types.cpp"], "release asan tsan lint"),
         (["tools/zvgentl/commands/get.cpp"], "release asan lint"),
         (["tests/unit/tools/Port_test.cpp"], "release asan"),
         (["tests/api/DS_queue_test.cpp"], "release asan tsan coverage"),

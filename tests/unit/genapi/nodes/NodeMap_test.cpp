@@ -1,5 +1,4 @@
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -63,30 +62,6 @@ TEST(Maps, CanBeMovedWithTheirHandles)
     NodeMap third = NodeMap::load(description_of(""));
     third = std::move(second);
     EXPECT_EQ(9, third.get("A").as<Integer>().value());
-}
-
-TEST(Maps, CanBeUsedFromSeveralThreads)
-{
-    Device device(node("IntReg", "A", place("0", 4)) +
-                  node("MaskedIntReg", "B", place("4", 4) + "<Bit>0</Bit>") +
-                  formula("C", variable("X", "A") + variable("Y", "B"), "X + Y"));
-    int calls = 0; // under the map's lock, as the port is
-    device.memory.on_write = [&] { ++calls; };
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&device, t] {
-            for (int i = 0; i < 200; ++i) {
-                device.integer("A").set(i);
-                device.integer("B").set(i & 1);
-                const std::int64_t sum = device.number("C");
-                EXPECT_TRUE(sum >= 0 && sum <= 200) << t;
-                const Subscription subscription =
-                    device.map.on_change(device.map.get("C"), [](const Node&) {});
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(4 * 200 * 2, calls);
 }
 
 TEST(Maps, MayBeUsedByTheirPorts)
