@@ -109,9 +109,12 @@ class NodeMap::Impl {
 public:
     Impl(const std::string& description, const Registers& registers) : port(registers), map(load(description))
     {
-        for (std::size_t i = 0; i < map.size(); ++i)
-            if (map.at(i).is<zvgenapi::PortNode>())
-                map.connect(map.at(i).full_name(), port);
+        for (std::size_t i = 0; i < map.size(); ++i) {
+            const std::string name = map.at(i).full_name();
+            if (map.at(i).is<zvgenapi::PortNode>() &&
+                map.find(name) == map.at(i)) // not the second one of a name
+                map.connect(name, port);
+        }
     }
 
     /// Throws std::runtime_error, with the names that may have been meant, for one that does not exist.

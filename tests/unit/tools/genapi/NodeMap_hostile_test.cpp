@@ -220,6 +220,12 @@ TEST(HostileDescription, MayContainReferencesToNodesOfTheWrongKind)
     EXPECT_THAT(map.describe("B").problem, HasSubstr("a String is not a number"));
 }
 
+TEST(HostileDescription, MayHavePortsWithoutAName)
+{
+    const Described described("<Port/><Integer Name=\"P\"><Value>3</Value></Integer><Port Name=\"P\"/>");
+    EXPECT_EQ("3", described.map.get_text("P"));
+}
+
 TEST(HostileDescription, MayDivideWithoutAResult)
 {
     Described described(
