@@ -98,6 +98,8 @@ for file in ZVGRLibGenTL.cti libZVGRLib.so libZVLogger.so; do
     check "$file looks for its neighbours beside itself" \
         grep -q 'RUNPATH.*\[$ORIGIN\]' <(readelf -d "$root$folder/$file")
 done
+check "every program and library is hardened" python3 "$here/../checks/hardening.py" \
+    "$root$folder/"{ZVGRLibGenTL.cti,libZVGRLib.so,libZVLogger.so,zvgentl}
 check "the loader finds every library" same "" "$(inside ldd "$folder/ZVGRLibGenTL.cti" "$folder/zvgentl" |
     grep "not found" || true)"
 check_variables installed
@@ -158,6 +160,8 @@ mkdir "$root/opt/two words"
 tar -C "$root/opt/two words" -xzf "$archive"
 unpacked="/opt/two words/$(basename "$archive" .tar.gz)"
 check "the archive has the licence" cmp "$here/../../LICENSE" "$root$unpacked/share/doc/zvgentl/LICENSE"
+check "the archive's programs and libraries are hardened" python3 "$here/../checks/hardening.py" \
+    "$root$unpacked/lib/$multiarch/gentl/"{ZVGRLibGenTL.cti,libZVGRLib.so,libZVLogger.so,zvgentl}
 check_use archive inside bash -lc ". '$unpacked/environment.sh' && zvgentl \"\$@\"" -
 check "the archive's entry comes behind the other maker's" same "$other:$unpacked/lib/$multiarch/gentl" \
     "$(inside bash -lc ". '$unpacked/environment.sh'; . '$unpacked/environment.sh'; $variable")"

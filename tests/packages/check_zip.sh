@@ -49,6 +49,8 @@ folder="zwei Wörter/$(basename "$zip" .zip)"
 bin="C:\\${folder//\//\\}\\bin"
 check "the archive is one folder" same "$(basename "$folder")" "$(ls "$drive/zwei Wörter")"
 check "it has the licence" cmp "$root/LICENSE" "$drive/$folder/doc/LICENSE.txt"
+check "our programs and libraries are hardened" python3 "$root/tests/checks/hardening.py" \
+    "$drive/$folder/bin/"{ZVGRLibGenTL.cti,ZVGRLib.dll,ZVLogger.dll,zvgentl.exe}
 check "the application lies elsewhere" same application.exe "$(ls "$drive/application")"
 
 echo "Loading"
