@@ -23,6 +23,25 @@ namespace zvlog {
 
 namespace {
 
+// What a configuration may make of one line: more is a mistake, or meant to stop the application.
+constexpr unsigned deepest_channel = 8;
+constexpr std::size_t most_copies = 16;
+constexpr std::size_t longest_pattern = 500;
+constexpr std::size_t longest_line = 65536;
+
+// Patterns may repeat the text, one channel behind another.
+class BoundedFormatter final : public Poco::PatternFormatter {
+public:
+    using Poco::PatternFormatter::PatternFormatter;
+
+    void format(const Poco::Message& message, std::string& text) override
+    {
+        Poco::PatternFormatter::format(message, text);
+        if (text.size() > longest_line)
+            text.resize(longest_line);
+    }
+};
+
 // Rotates by time. Poco's channel does that with the help of what it writes into the file.
 class TimedFileChannel final : public Poco::FileChannel {
 public:
@@ -143,12 +162,28 @@ ChannelPtr ChannelSet::channel_of(const std::string& key)
 
 ChannelPtr ChannelSet::make_channel(const std::string& key)
 {
+    if (m_depth == deepest_channel) {
+        report(key, "is behind more than " + std::to_string(deepest_channel) + " other channels");
+        return {};
+    }
     const std::string class_name = m_configuration.value(key + ".class").value_or("");
+    ++m_depth;
     ChannelPtr bare = make_bare_channel(key, class_name);
+    --m_depth;
     if (!bare)
         return {};
     FormatterPtr formatter = find_formatter(key);
-    return formatter ? ChannelPtr(new Poco::FormattingChannel(formatter, bare)) : bare;
+    if (!formatter)
+        return bare;
+    ChannelPtr formatting(new Poco::FormattingChannel(formatter, bare));
+    m_copies[formatting.get()] = copies_of(*bare);
+    return formatting;
+}
+
+std::size_t ChannelSet::copies_of(const Poco::Channel& channel) const
+{
+    const auto found = m_copies.find(&channel);
+    return found == m_copies.end() ? 1 : found->second;
 }
 
 ChannelPtr ChannelSet::make_bare_channel(const std::string& key, const std::string& class_name)
@@ -188,6 +223,7 @@ ChannelPtr ChannelSet::make_bare_channel(const std::string& key, const std::stri
 ChannelPtr ChannelSet::make_splitter(const std::string& key)
 {
     Poco::AutoPtr<Poco::SplitterChannel> splitter(new Poco::SplitterChannel);
+    std::size_t copies = 0;
     for (const auto& [name, value] : channel_properties(key)) {
         if (name.compare(0, 7, "channel") != 0) {
             report(key, "has the unknown property '" + name + "'");
@@ -197,10 +233,17 @@ ChannelPtr ChannelSet::make_splitter(const std::string& key)
             value, ",;", Poco::StringTokenizer::TOK_IGNORE_EMPTY | Poco::StringTokenizer::TOK_TRIM);
         for (const std::string& part : names) {
             ChannelPtr target = channel(part);
-            if (target)
-                splitter->addChannel(target);
+            if (!target)
+                continue;
+            copies += copies_of(*target);
+            if (copies > most_copies) {
+                report(key, "writes each line more than " + std::to_string(most_copies) + " times");
+                return {};
+            }
+            splitter->addChannel(target);
         }
     }
+    m_copies[splitter.get()] = copies;
     if (splitter->count() > 0)
         return splitter;
     report(key, "has no channels");
@@ -274,7 +317,7 @@ ChannelPtr ChannelSet::make_poco_file_channel(const std::string& key, const File
 FormatterPtr ChannelSet::find_formatter(const std::string& key)
 {
     if (const auto pattern = m_configuration.value(key + ".pattern"))
-        return FormatterPtr(new Poco::PatternFormatter(*pattern));
+        return make_pattern(key, *pattern);
     if (m_configuration.value(key + ".formatter.class"))
         return make_formatter(key + ".formatter");
     if (const auto name = m_configuration.value(key + ".formatter"))
@@ -293,9 +336,19 @@ FormatterPtr ChannelSet::make_formatter(const std::string& key)
         report(key, "has the unknown class '" + *class_name + "'");
         return {};
     }
-    FormatterPtr made(new Poco::PatternFormatter);
-    set_properties(*made, key, properties(key));
+    Properties rest = properties(key);
+    FormatterPtr made = make_pattern(key, take(rest, "pattern"));
+    if (made)
+        set_properties(*made, key, rest);
     return made;
+}
+
+FormatterPtr ChannelSet::make_pattern(const std::string& key, const std::string& pattern)
+{
+    if (pattern.size() <= longest_pattern)
+        return FormatterPtr(new BoundedFormatter(pattern));
+    report(key, "has a pattern of more than " + std::to_string(longest_pattern) + " characters");
+    return {};
 }
 
 bool ChannelSet::choose_path(const std::string& key, FilePolicy& policy)

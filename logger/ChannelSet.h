@@ -34,6 +34,8 @@ private:
     using Properties = std::map<std::string, std::string>;
 
     ChannelPtr make_channel(const std::string& key);
+    std::size_t copies_of(const Poco::Channel& channel) const;
+    FormatterPtr make_pattern(const std::string& key, const std::string& pattern);
     ChannelPtr make_bare_channel(const std::string& key, const std::string& class_name);
     ChannelPtr make_splitter(const std::string& key);
     ChannelPtr make_file_channel(const std::string& key);
@@ -53,6 +55,9 @@ private:
     Problems& m_problems;
     std::map<std::string, ChannelPtr> m_channels;
     std::set<std::string> m_in_the_making;
+    unsigned m_depth{0}; // how many channels the one in the making is behind
+    std::map<const Poco::Channel*, std::size_t>
+        m_copies; // that a channel makes of a line, if that is not one
 };
 
 } // namespace zvlog

@@ -12,7 +12,8 @@ namespace zvlog {
 using Problems = std::vector<std::string>;
 
 /// The values of a properties file in Poco's syntax. "${key}" means the value of another key,
-/// "${system.env.NAME}" that of an environment variable.
+/// "${system.env.NAME}" that of an environment variable. Empty, and one problem, when that takes more than
+/// 10,000 references or a million characters.
 class Configuration {
 public:
     Configuration() = default;
@@ -24,10 +25,13 @@ public:
     std::vector<std::string> children(const std::string& key) const;
 
 private:
-    std::string expanded(const std::string& text, int depth) const;
-    std::optional<std::string> referenced(const std::string& key, int depth) const;
+    struct Work;
+    using Values = std::map<std::string, std::string>;
 
-    std::map<std::string, std::string> m_values;
+    static std::string expanded(const Values& values, const std::string& text, Work& work);
+    static std::optional<std::string> referenced(const Values& values, const std::string& key, Work& work);
+
+    Values m_values;
 };
 
 } // namespace zvlog

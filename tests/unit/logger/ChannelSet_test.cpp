@@ -194,7 +194,7 @@ TEST_F(Channel, SystemLogTakesItsProperties)
 }
 
 struct Fault {
-    const char* properties;
+    std::string properties;
     const char* warning;
 };
 
@@ -205,6 +205,47 @@ TEST_P(FaultyChannel, IsReplacedByTheDefaultLogWithOneWarning)
     configure(std::string("logging.loggers.root.channel = c\n") + GetParam().properties);
     write("A.cpp", "text");
     EXPECT_THAT(lines_of(default_log()), ElementsAre(HasSubstr(GetParam().warning), HasSubstr("text")));
+}
+
+/// The channel "c", which splits lines to "c1" so many times, and that to "c2", and so on to the last one, a
+/// file.
+std::string splitters(int depth, int times)
+{
+    std::string text;
+    std::string name = "c";
+    for (int level = 1; level <= depth; ++level) {
+        const std::string next = "c" + std::to_string(level);
+        text += "logging.channels." + name + ".class = SplitterChannel\nlogging.channels." + name +
+                ".channels = ";
+        for (int time = 0; time < times; ++time)
+            text += next + ",";
+        text += "\n";
+        name = next;
+    }
+    return text + "logging.channels." + name + ".class = FileChannel\nlogging.channels." + name +
+           ".path = d.log\n";
+}
+
+/// The channel "c", behind which are so many others that add a text.
+std::string formatters(int depth)
+{
+    std::string text;
+    std::string name = "c";
+    for (int level = 1; level <= depth; ++level) {
+        const std::string next = "c" + std::to_string(level);
+        text += "logging.channels." + name + ".class = FormattingChannel\nlogging.channels." + name +
+                ".pattern = %t%t%t%t%t%t%t%t%t%t\nlogging.channels." + name + ".channel = " + next + "\n";
+        name = next;
+    }
+    return text + "logging.channels." + name + ".class = FileChannel\nlogging.channels." + name +
+           ".path = d.log\n";
+}
+
+TEST_F(ConfiguredLoggers, ALineThatPatternsRepeatIsCutOff)
+{
+    configure("logging.loggers.root.channel = c\n" + formatters(6));
+    write("A.cpp", "text");
+    EXPECT_EQ(65536u + 1, content_of(m_folder / "logs/d.log").size());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -219,6 +260,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Fault{"logging.channels.c.class = FormattingChannel\nlogging.channels.c.channel = c\n",
                             "refers to itself"},
                       Fault{"logging.channels.c.class = FormattingChannel\n", "has no channel"},
+                      Fault{splitters(2, 5), "writes each line more than 16 times"},
+                      Fault{formatters(9), "behind more than 8 other channels"},
                       Fault{"logging.channels.c.class = AsyncChannel\nlogging.channels.c.channel = d\n"
                             "logging.channels.d.class = FileChannel\nlogging.channels.d.path = d.log\n",
                             "AsyncChannel"}));
@@ -246,6 +289,7 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"logging.channels.c.rotation = 1\nlogging.channels.c.compress = true\n", "not compressed"},
         Fault{"logging.channels.c.rotation = daily\nlogging.channels.c.compress = true\n", "not compressed"},
         Fault{"logging.channels.c.formatter = f\n", "logging.formatters.f does not exist"},
+        Fault{"logging.channels.c.pattern = " + std::string(501, 'x') + "\n", "more than 500 characters"},
         Fault{"logging.channels.c.formatter = f\nlogging.formatters.f.class = Typewriter\n",
               "unknown class 'Typewriter'"},
         Fault{"logging.channels.c.formatter = f\nlogging.formatters.f.class = PatternFormatter\n"

@@ -7,6 +7,7 @@
 #include "unit/logger/Sandbox.h"
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using zvlog::Configuration;
 using zvlog::Problems;
@@ -56,6 +57,45 @@ TEST(Configuration, ReportsLinesThatAreNotProperties)
     Problems problems;
     const Configuration configuration("a = 1\nnonsense\n", problems);
     EXPECT_THAT(problems, ElementsAre("'nonsense' is not a property"));
+}
+
+/// Keys of which each refers to the next one so many times.
+std::string chain_of(int keys, int references)
+{
+    std::string text;
+    for (int key = 0; key < keys; ++key) {
+        text += "a" + std::to_string(key) + " = ";
+        for (int reference = 0; reference < references; ++reference)
+            text += "${a" + std::to_string(key + 1) + "}";
+        text += "\n";
+    }
+    return text + "a" + std::to_string(keys) + " = text\n";
+}
+
+TEST(Configuration, WhoseReferencesMultiplyIsNotUsedAtAll)
+{
+    Problems problems;
+    const Configuration configuration(chain_of(8, 10), problems);
+    EXPECT_THAT(problems, ElementsAre(HasSubstr("more than 10000")));
+    EXPECT_EQ(std::nullopt, configuration.value("a8"));
+    EXPECT_EQ(std::nullopt, configuration.value("a0"));
+}
+
+TEST(Configuration, WhoseTextGrowsBeyondMeasureIsNotUsedAtAll)
+{
+    Problems problems;
+    std::string text = "long = " + std::string(30000, 'x') + "\nlonger = ";
+    for (int reference = 0; reference < 40; ++reference)
+        text += "${long}";
+    EXPECT_EQ(std::nullopt, Configuration(text, problems).value("long"));
+    EXPECT_THAT(problems, ElementsAre(HasSubstr("a million characters")));
+}
+
+TEST(Configuration, MayReferOftenToWhatIsShort)
+{
+    Problems problems;
+    EXPECT_EQ(1000u * 4, Configuration(chain_of(3, 10), problems).value("a0").value_or("").size());
+    EXPECT_THAT(problems, IsEmpty());
 }
 
 } // namespace
