@@ -79,8 +79,6 @@ std::string joined(const Problems& problems)
     std::string text;
     for (const std::string& problem : problems)
         text += (text.empty() ? "" : "; ") + problem;
-    std::replace_if(
-        text.begin(), text.end(), [](char letter) { return static_cast<unsigned char>(letter) < ' '; }, ' ');
     if (text.size() > longest_notice)
         text = text.substr(0, longest_notice) + "...";
     return text;

@@ -6,14 +6,35 @@
 #include <Poco/Exception.h>
 #include <Poco/Message.h>
 
+#include "platform/visible_text.h"
+
 namespace zvlog {
+
+namespace {
+
+bool is_plain(const Poco::Message& message)
+{
+    return platform::is_plain(message.getText()) && platform::is_plain(message.getSource()) &&
+           platform::is_plain(message.getThread());
+}
+
+Poco::Message made_visible(const Poco::Message& message)
+{
+    Poco::Message copy(message);
+    copy.setText(platform::visible(message.getText()));
+    copy.setSource(platform::visible(message.getSource()));
+    copy.setThread(platform::visible(message.getThread()));
+    return copy;
+}
+
+} // namespace
 
 Notices::Notices(Poco::AutoPtr<Poco::Channel> log) : m_log(std::move(log)) {}
 
 void Notices::post(const std::string& text)
 {
     const std::lock_guard lock(m_mutex);
-    m_texts.push_back("ZVLogger::" + text);
+    m_texts.push_back("ZVLogger::" + platform::visible(text));
     m_is_waiting.store(true, std::memory_order_relaxed);
 }
 
@@ -41,7 +62,10 @@ GuardedChannel::GuardedChannel(std::string logger, Poco::AutoPtr<Poco::Channel> 
 void GuardedChannel::log(const Poco::Message& message)
 try {
     m_notices.deliver();
-    m_target->log(message);
+    if (is_plain(message))
+        m_target->log(message);
+    else
+        m_target->log(made_visible(message));
 } catch (const Poco::Exception& failure) {
     report(failure.displayText());
 } catch (const std::exception& failure) {

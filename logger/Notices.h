@@ -27,7 +27,8 @@ private:
 };
 
 /// Passes lines on, and keeps every failure from the application that logs: a channel that fails is reported
-/// once, as a notice. `notices` must outlive the channel. For any thread.
+/// once, as a notice. Control characters in a line become visible, so that a text in it can neither pretend
+/// to be the next line nor command a terminal. `notices` must outlive the channel. For any thread.
 class GuardedChannel final : public Poco::Channel {
 public:
     GuardedChannel(std::string logger, Poco::AutoPtr<Poco::Channel> target, Notices& notices);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "platform/visible_text.h"
+
 namespace zvgentl::tool {
 
 using namespace GenTL;
@@ -44,7 +46,7 @@ std::string describe(GC_ERROR code, const std::string& function, const std::stri
 {
     const std::string what =
         function + " failed with " + error_name(code) + " (" + std::to_string(code) + ")";
-    return text.empty() ? what : what + ": " + text;
+    return text.empty() ? what : what + ": " + platform::visible(text);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "gentl/Error.h"
 #include "platform/environment.h"
 #include "platform/paths.h"
+#include "platform/visible_text.h"
 
 namespace zvgentl::tool {
 
@@ -62,7 +63,7 @@ std::vector<fs::path> producers_of_list(const std::string& list)
                 found.push_back(file);
     if (found.empty())
         throw std::runtime_error(
-            std::string("the folders of ") + producer_path_variable + " (" + list +
+            std::string("the folders of ") + producer_path_variable + " (" + platform::visible(list) +
             ") contain no .cti file; correct the variable, or name a producer with --cti");
     return found;
 }
@@ -73,7 +74,7 @@ void load(std::optional<platform::DynamicLibrary>& library, const fs::path& file
         library.emplace(file);
     } catch (const std::runtime_error& reason) {
         throw std::runtime_error(
-            "cannot load " + file.u8string() + ": " + reason.what() +
+            "cannot load " + platform::visible(file.u8string()) + ": " + platform::visible(reason.what()) +
             "\nThe libraries that a producer needs must be next to it or on the library path.");
     }
 }

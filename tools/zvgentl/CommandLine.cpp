@@ -5,12 +5,14 @@
 #include <exception>
 #include <iostream>
 #include <map>
+#include <sstream>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
 #include "gentl/texts.h"
+#include "platform/visible_text.h"
 #include "zvgentl/Commands.h"
 
 namespace zvgentl::tool {
@@ -52,7 +54,7 @@ int run_command(const std::string& name, const Command& command)
         return command.run();
     } catch (const std::exception& reason) {
         std::cout.flush();
-        fmt::print(stderr, "zvgentl {}: {}\n", name, reason.what());
+        fmt::print(stderr, "zvgentl {}: {}\n", name, platform::visible_lines(reason.what()));
         return exit_failure;
     }
 }
@@ -154,7 +156,10 @@ int run_program(int argc, const char* const* argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& reason) {
-        return app.exit(reason) == 0 ? exit_success : exit_usage;
+        std::ostringstream errors;
+        const int code = app.exit(reason, std::cout, errors);
+        std::cerr << platform::visible_lines(errors.str());
+        return code == 0 ? exit_success : exit_usage;
     }
     const CLI::App& chosen = *app.get_subcommands().front();
     return run_command(chosen.get_name(), *commands.at(&chosen));

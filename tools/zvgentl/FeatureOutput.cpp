@@ -5,34 +5,28 @@
 #include <fmt/core.h>
 
 #include "gentl/texts.h"
+#include "platform/visible_text.h"
 
 namespace zvgentl::tool {
 
-namespace {
+using platform::visible;
 
-/// Values come from devices: what would disturb a terminal is written as a dot.
-std::string printable(std::string text)
-{
-    for (char& letter : text)
-        if (static_cast<unsigned char>(letter) < ' ' || letter == 0x7F)
-            letter = '.';
-    return text;
-}
+namespace {
 
 std::string value_text(const Feature& feature)
 {
     if (std::holds_alternative<std::monostate>(feature.value))
         return {};
-    const std::string text = printable(to_text(feature.value, feature.notation));
+    const std::string text = visible(to_text(feature.value, feature.notation));
     if (feature.kind == FeatureKind::string)
         return "\"" + text + "\"";
-    return feature.unit.empty() ? text : text + " " + printable(feature.unit);
+    return feature.unit.empty() ? text : text + " " + visible(feature.unit);
 }
 
 std::string limits_text(const Feature& feature)
 {
     if (feature.kind == FeatureKind::enumeration)
-        return feature.entries.empty() ? "" : "(" + printable(joined(feature.entries, ", ")) + ")";
+        return feature.entries.empty() ? "" : "(" + visible(joined(feature.entries, ", ")) + ")";
     const std::string low = to_text(feature.minimum, feature.notation);
     const std::string high = to_text(feature.maximum, feature.notation);
     const std::string step = to_text(feature.increment, feature.notation);
@@ -47,7 +41,7 @@ std::string detail_text(const FeatureLine& line)
 {
     const Feature& feature = line.feature;
     if (!feature.problem.empty())
-        return "! " + printable(feature.problem);
+        return "! " + visible(feature.problem);
     if (line.entry.is_repeated)
         return "(see above)";
     std::string text = value_text(feature);
@@ -55,7 +49,7 @@ std::string detail_text(const FeatureLine& line)
     const std::string limits = feature.access.is_writable ? limits_text(feature) : std::string();
     for (const auto& part :
          {limits,
-          feature.selects.empty() ? std::string() : "selects " + printable(joined(feature.selects, ", "))})
+          feature.selects.empty() ? std::string() : "selects " + visible(joined(feature.selects, ", "))})
         if (!part.empty())
             text += (text.empty() ? "" : "  ") + part;
     return text;
@@ -63,7 +57,7 @@ std::string detail_text(const FeatureLine& line)
 
 std::string name_text(const TreeEntry& entry)
 {
-    return std::string(2U * static_cast<std::size_t>(std::max(entry.level, 0)), ' ') + printable(entry.name);
+    return std::string(2U * static_cast<std::size_t>(std::max(entry.level, 0)), ' ') + visible(entry.name);
 }
 
 } // namespace
@@ -80,7 +74,7 @@ std::string to_text(const FeatureTable& table)
         kind = std::max(kind, std::string(kind_name(line.feature.kind)).size());
         access = std::max(access, access_name(line.feature.access).size());
     }
-    std::string text = table.port + ": " + table.category + "\n";
+    std::string text = visible(table.port) + ": " + visible(table.category) + "\n";
     for (const auto& line : table.lines) {
         const bool is_category = line.feature.kind == FeatureKind::category;
         std::string row =

@@ -4,9 +4,12 @@
 
 #include "pictures/PixelFormat.h"
 #include "platform/Interrupt.h"
+#include "platform/visible_text.h"
 #include "zvgentl/Commands.h"
 
 namespace zvgentl::tool {
+
+using platform::visible;
 
 namespace {
 
@@ -92,8 +95,9 @@ int GrabResult::exit_code() const
 
 std::string to_text(const GrabResult& result)
 {
-    std::string text = fmt::format("Device     {}/{}  {} {}  {}\n", result.interface_id, result.device_id,
-                                   result.vendor, result.model, result.serial_number);
+    std::string text =
+        fmt::format("Device     {}/{}  {} {}  {}\n", visible(result.interface_id), visible(result.device_id),
+                    visible(result.vendor), visible(result.model), visible(result.serial_number));
     text += fmt::format("Stream     {}, {} buffers of {} bytes\n", mode_name(result.options.mode),
                         result.options.buffers, result.buffer_size);
     if (result.picture)
@@ -104,7 +108,8 @@ std::string to_text(const GrabResult& result)
     text += fmt::format("Verified   {}\n", checked_text(result.count));
     if (!result.options.output.empty())
         text += fmt::format("Saved      {} {} files in {}\n", result.saved,
-                            result.options.format == FileFormat::png ? "PNG" : "TIFF", result.options.output);
+                            result.options.format == FileFormat::png ? "PNG" : "TIFF",
+                            visible(result.options.output));
     return text + ending_text(result);
 }
 

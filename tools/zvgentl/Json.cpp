@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include "pictures/PixelFormat.h"
@@ -17,9 +18,24 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+/// The library escapes only the control characters below the blank.
 std::string text_of(const Json& json)
 {
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    const std::string text = json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    std::string escaped;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto code = static_cast<unsigned char>(text[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
+        if (code == 0x7F) {
+            escaped += "\\u007f";
+        } else if (code == 0xC2 && next >= 0x80 && next < 0xA0) {
+            escaped += fmt::format("\\u{:04x}", next);
+            ++i;
+        } else {
+            escaped += text[i];
+        }
+    }
+    return escaped;
 }
 
 template <class Number>

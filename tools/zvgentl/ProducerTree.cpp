@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <initializer_list>
 
 #include <fmt/core.h>
 
@@ -9,6 +10,7 @@
 
 #include "gentl/System.h"
 #include "gentl/texts.h"
+#include "platform/visible_text.h"
 
 namespace zvgentl::tool {
 
@@ -146,6 +148,33 @@ std::string interface_text(const InterfaceEntry& iface, const std::vector<std::s
     return text;
 }
 
+/// With texts that may be shown on a terminal.
+ProducerEntry made_visible(ProducerEntry producer)
+{
+    const auto make_visible = [](std::initializer_list<std::string*> texts) {
+        for (std::string* const text : texts)
+            *text = platform::visible(*text);
+    };
+    // These are ours and may have several lines; what is from outside in them is visible already.
+    const auto make_lines_visible = [](std::string& problem) { problem = platform::visible_lines(problem); };
+    make_lines_visible(producer.problem);
+    make_visible({&producer.file, &producer.display_name, &producer.vendor, &producer.model,
+                  &producer.version, &producer.transport, &producer.gentl_version});
+    for (InterfaceEntry& iface : producer.interfaces) {
+        make_visible({&iface.id, &iface.display_name, &iface.transport});
+        make_lines_visible(iface.problem);
+        for (DeviceEntry& device : iface.devices) {
+            make_visible({&device.id, &device.vendor, &device.model, &device.display_name,
+                          &device.user_defined_name, &device.serial_number, &device.version,
+                          &device.transport, &device.access});
+            make_lines_visible(device.problem);
+            for (std::string& stream : device.streams)
+                make_visible({&stream});
+        }
+    }
+    return producer;
+}
+
 } // namespace
 
 ProducerEntry read_producer(const std::filesystem::path& file, Streams streams)
@@ -169,8 +198,9 @@ ProducerEntry read_producer(const std::filesystem::path& file, Streams streams)
     return entry;
 }
 
-std::string to_text(const ProducerEntry& producer)
+std::string to_text(const ProducerEntry& entry)
 {
+    const ProducerEntry producer = made_visible(entry);
     std::string text;
     if (!producer.display_name.empty())
         text += fmt::format("{} {}, by {}, GenTL {}\n", producer.display_name, producer.version,

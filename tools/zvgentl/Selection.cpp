@@ -11,6 +11,7 @@
 
 #include "gentl/Error.h"
 #include "gentl/texts.h"
+#include "platform/visible_text.h"
 
 namespace zvgentl::tool {
 
@@ -56,7 +57,7 @@ void search_interface(const System& system, const std::string& interface_id, con
                 break;
         }
     } catch (const Error& reason) {
-        search.problems.push_back(fmt::format("{}: {}", interface_id, reason.what()));
+        search.problems.push_back(fmt::format("{}: {}", platform::visible(interface_id), reason.what()));
     }
 }
 
@@ -65,7 +66,7 @@ std::string not_found(const Search& search, const std::string& interface_id, con
     const std::string place = interface_id.empty() ? std::string() : " on interface " + interface_id;
     std::string text = wanted.empty() ? "no device found" + place : "no device " + wanted + place;
     if (!search.seen.empty())
-        text += fmt::format("; there are {}", joined(search.seen, ", "));
+        text += fmt::format("; there are {}", platform::visible(joined(search.seen, ", ")));
     for (const auto& problem : search.problems)
         text += "\n" + problem;
     return text + "\nRun `zvgentl list` to see what is connected.";
@@ -76,8 +77,8 @@ std::string ambiguous(const Search& search, const std::string& wanted)
     std::vector<std::string> names;
     for (const auto& hit : search.hits)
         names.push_back(hit.interface_id + "/" + hit.id);
-    return fmt::format("more than one device is called {}: {}; choose one with --interface", wanted,
-                       joined(names, ", "));
+    return fmt::format("more than one device is called {}: {}; choose one with --interface",
+                       platform::visible(wanted), platform::visible(joined(names, ", ")));
 }
 
 } // namespace
@@ -93,7 +94,7 @@ std::filesystem::path select_producer(const std::vector<std::filesystem::path>& 
         return own.front();
     std::string text = "there is more than one producer; choose one with --cti:";
     for (const auto& file : files)
-        text += "\n  " + file.u8string();
+        text += "\n  " + platform::visible(file.u8string());
     throw std::runtime_error(text);
 }
 

@@ -184,6 +184,34 @@ TEST_F(Registry, AWarningIsOneLineOfBoundedLength)
     EXPECT_LT(content_of(default_log()).size(), 2500u);
 }
 
+TEST_F(Registry, ATextCannotForgeALineNorCommandATerminal)
+{
+    configure("");
+    write("A\n.cpp", "name: x\n2026-11-21T02:30:15.123Z 1 Error forged \x1B[2J\xC2\x9B"
+                     "2J");
+    EXPECT_THAT(lines_of(default_log()),
+                ElementsAre(EndsWith("name: x\\n2026-11-21T02:30:15.123Z 1 Error forged \\x1B[2J\\x9B"
+                                     "2J")));
+}
+
+TEST_F(Registry, ANameInAPatternCannotForgeALine)
+{
+    configure("logging.loggers.root.channel = c\nlogging.channels.c.class = FileChannel\n"
+              "logging.channels.c.path = c.log\nlogging.channels.c.pattern = %s %T\n");
+    Poco::Message message("A\nB", "text", Poco::Message::PRIO_ERROR);
+    message.setThread("C\nD");
+    logger("A").getChannel()->log(message);
+    EXPECT_EQ("A\\nB C\\nD\n", content_of(m_folder / "logs/c.log"));
+}
+
+TEST_F(Registry, AWarningCannotForgeALine)
+{
+    configure("logging.loggers.root.level = a\\nb\xC2\x85"
+              "c\n");
+    m_registry.reset();
+    EXPECT_THAT(lines_of(default_log()), ElementsAre(HasSubstr("'a\\nb\\x85c'")));
+}
+
 TEST_F(Registry, AnUnusableFileIsReportedAndTheNextOneCounts)
 {
     m_places.user = m_folder / "user";

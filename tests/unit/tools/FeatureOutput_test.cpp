@@ -15,7 +15,7 @@ TEST(FeatureOutput, ShowsATreeInColumns)
               "  PixelFormat  Enumeration  RW  Mono8  (Mono8, Mono12)  selects PixelSize\n"
               "  Model        String       RO  \"A \"B\"\"\n"
               "  Start        Command      WO\n"
-              "  Gain         Float        RW  ! the cable.is out\n"
+              "  Gain         Float        RW  ! the cable\\nis out\n"
               "Image                           (see above)\n",
               to_text(example_features()));
 }
@@ -24,7 +24,7 @@ TEST(FeatureOutput, KeepsControlCharactersFromTheTerminal)
 {
     const std::string text =
         to_text(FeatureTable{"A", "B", {line_of("A", FeatureKind::string, std::string("\x1B[2J\n\t\x7F"))}});
-    EXPECT_EQ("A: B\n  A  String  RW  \".[2J...\"\n", text);
+    EXPECT_EQ("A: B\n  A  String  RW  \"\\x1B[2J\\n\\t\\x7F\"\n", text);
 }
 
 TEST(Assignments, AreANameAndAValue)

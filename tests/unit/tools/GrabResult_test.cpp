@@ -65,6 +65,15 @@ TEST(GrabResult, HasAnExitCodeAndAnEnding)
     }
 }
 
+TEST(GrabResultText, HasNoControlCharactersOfTheDevice)
+{
+    GrabResult result = grabbed({}, 1);
+    result.vendor = "A\nSaved";
+    result.model = "\xC2\x9B"
+                   "2J";
+    EXPECT_THAT(to_text(result), HasSubstr("A\\nSaved \\x9B2J"));
+}
+
 TEST(GrabResultText, SaysWhereTheLossIsReadFromAndHasNoGoalWithoutEnd)
 {
     GrabOptions options;

@@ -98,6 +98,12 @@ TEST(ValueJson, KeepsTypesAndOrderAndReplacesWhatIsNotUtf8)
               json_text(values));
 }
 
+TEST(ValueJson, EscapesAllControlCharacters)
+{
+    EXPECT_EQ(u8"{\n  \"Name\": \"\\u001b\\n\\u007f\\u009b\\u0085\u00f6\"\n}\n",
+              json_text(NamedValues{{"Name", std::string(u8"\x1B\n\x7F\u009B\u0085\u00F6")}}));
+}
+
 TEST(GrabJson, HasAllNumbers)
 {
     GrabOptions options;

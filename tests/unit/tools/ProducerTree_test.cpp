@@ -1,7 +1,7 @@
 #include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "examples.h"
 
@@ -56,6 +56,22 @@ TEST(ProducerText, ShowsStreamsWhenTheyWereRead)
               "  Device    Vendor  Model  Serial  Version  Transport  Access      Streams\n"
               "  Device00  Maker   A      123     1.0      CXP        read/write  Stream000 Stream001\n",
               to_text(producer_with({{"FG0", "Grabber", "CXP", {device}, ""}})));
+}
+
+TEST(ProducerText, HasNoControlCharactersOfAnybodyElse)
+{
+    ProducerEntry producer = producer_with({{"FG0\n", "Grab\x1B[2Jber", "CXP", {DeviceEntry()}, ""}});
+    producer.vendor = "Ma\xC2\x9B"
+                      "ker";
+    producer.file = "/opt/a\nb.cti";
+    DeviceEntry& device = producer.interfaces[0].devices[0];
+    device.id = "Device00\nDevice01";
+    device.streams = {"A\rB"};
+    device.problem = "in use\nby another program";
+    const std::string text = to_text(producer);
+    for (const char* const shown : {"FG0\\n ", "Grab\\x1B[2Jber", "Ma\\x9Bker", "/opt/a\\nb.cti\n",
+                                    "Device00\\nDevice01", "A\\rB", "in use\nby another"})
+        EXPECT_THAT(text, testing::HasSubstr(shown));
 }
 
 TEST(ProducerText, SaysWhyThereIsNothing)

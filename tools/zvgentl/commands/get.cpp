@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include "platform/visible_text.h"
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/Json.h"
@@ -44,7 +45,8 @@ int run(const GetOptions& options)
     for (const auto& name : options.names) {
         values.emplace_back(name, features.map().get(name));
         if (!options.json)
-            text += (options.names.size() > 1 ? name + "=" : "") + features.map().get_text(name) + "\n";
+            text += (options.names.size() > 1 ? name + "=" : "") +
+                    platform::visible(features.map().get_text(name)) + "\n";
     }
     fmt::print("{}", options.json ? json_text(values) : text);
     return exit_success;

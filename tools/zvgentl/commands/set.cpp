@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include "platform/visible_text.h"
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/OpenPort.h"
@@ -48,7 +49,8 @@ int run(const SetOptions& options)
     for (const auto& assignment : *assignments) {
         features.map().set(assignment.name, assignment.value);
         if (features.map().describe(assignment.name).access.is_readable)
-            fmt::print("{}={}\n", assignment.name, features.map().get_text(assignment.name));
+            fmt::print("{}={}\n", assignment.name,
+                       platform::visible(features.map().get_text(assignment.name)));
     }
     return exit_success;
 }

@@ -2,8 +2,10 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <string>
 
 #include "platform/terminal.h"
+#include "platform/visible_text.h"
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/OpenPort.h"
@@ -35,8 +37,10 @@ const CommandRegistration
 void save(const std::string& data, const std::string& output)
 {
     if (output.empty()) {
+        const bool is_shown = platform::is_terminal(stdout);
+        const std::string shown = is_shown ? platform::visible_lines(data) : data;
         platform::keep_bytes(stdout);
-        if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size() || std::fflush(stdout) != 0)
+        if (std::fwrite(shown.data(), 1, shown.size(), stdout) != shown.size() || std::fflush(stdout) != 0)
             throw std::runtime_error("the description cannot be written");
         return;
     }
