@@ -1,6 +1,10 @@
 #include "logger/SettingsStore.h"
 
+#include <filesystem>
+#include <utility>
+
 #include "platform/FileLock.h"
+#include "platform/leftovers.h"
 #include "platform/paths.h"
 
 namespace zvlog {
@@ -15,6 +19,14 @@ constexpr std::size_t most_reported = 10000; // limits the memory for what has b
 const std::string& target_of(const SettingsPlaces& places)
 {
     return places.chosen.empty() ? places.user : places.chosen;
+}
+
+/// What processes have left behind that were killed while they replaced the file.
+void remove_leftovers(const std::string& target)
+{
+    const auto file = std::filesystem::u8path(platform::resolve_links(target));
+    if (!target.empty())
+        platform::remove_leftovers(file.parent_path(), file.filename().u8string() + ".", ".new");
 }
 
 } // namespace
@@ -94,6 +106,8 @@ void SettingsStore::read_again(Warnings& warnings)
 {
     m_copy.places = checked_places(warnings);
     ActiveFile file = read_active_file(m_copy.places, warnings);
+    if (!std::exchange(m_leftovers_are_removed, true))
+        remove_leftovers(target_of(m_copy.places));
     if (file.content.text != m_copy.file.content.text)
         m_copy.entries.clear();
     m_copy.file = std::move(file);

@@ -87,6 +87,7 @@ private:
     const SettingsFiles m_files;
     std::mutex m_mutex;
     Copy m_copy;
+    bool m_leftovers_are_removed{false};
     /// What this process has put into a file that did not exist: nothing but defaults.
     std::string m_own_text;
     /// By file and key.

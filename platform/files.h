@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -39,7 +40,8 @@ enum class Replacement {
 enum class Flush { first, later };
 
 /// Puts `text` in place of the file that was read as `seen` (or makes it, when that is missing), all or
-/// nothing. Permissions and owner stay. Not for symbolic links: see `resolve_links`.
+/// nothing. Permissions and owner stay; a new file is for its owner alone. Not for symbolic links: see
+/// `resolve_links`.
 Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
                          Flush flush, std::string& reason);
 
@@ -51,6 +53,18 @@ void rename_file(const std::string& from, const std::string& to);
 
 /// True when there is something of that name.
 bool exists(const std::string& path);
+
+/// Who may read a new file: everybody whom the process' usual rights for files allow, or only this user.
+enum class Readers { usual, owner };
+
+/// Creates a file for reading and writing as it is. Null, with the reason in errno, when there is anything of
+/// that name already, even a link to nowhere. The caller closes it.
+std::FILE* create_file(const std::filesystem::path& file, Readers readers);
+
+/// Moves to a place in a file, as std::fseek does, also beyond 2 GiB. False when that fails.
+bool seek(std::FILE* file, std::int64_t offset, int origin) noexcept;
+/// The place in a file; -1 when it has none.
+std::int64_t place_in(std::FILE* file) noexcept;
 
 /// Opens a file of any name for reading as it is, for libraries in C; null when it cannot be opened. The
 /// caller closes it.

@@ -41,7 +41,8 @@ std::filesystem::path user_state_folder();
 /// The folder that holds the running program.
 std::filesystem::path program_folder();
 
-/// Creates a new folder that only this user can enter, below the system's folder for temporary files.
+/// Creates a new folder that only this user can enter, below the system's folder for temporary files. Its
+/// name is one for `remove_leftovers`.
 std::filesystem::path make_private_folder(const std::string& prefix);
 
 } // namespace platform

@@ -11,6 +11,12 @@ namespace platform {
 /// The operating system's id of the calling thread, as log lines print it.
 uint32_t thread_id() noexcept;
 
+/// The operating system's number of this process.
+uint32_t process_id() noexcept;
+
+/// Whether there is a process of that number, of whatever user.
+bool is_running(uint32_t process) noexcept;
+
 /// Whole milliseconds of a clock that never goes back. Only differences mean something.
 uint64_t monotonic_milliseconds() noexcept;
 

@@ -1,7 +1,6 @@
 #include "platform/files.h"
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -12,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/leftovers.h"
 #include "platform/paths.h"
 #include "platform/posix/file_stamp.h"
 
@@ -19,6 +19,7 @@ namespace platform {
 
 namespace {
 
+constexpr mode_t for_the_owner = 0600;
 constexpr off_t largest_file = off_t{64} * 1024 * 1024;
 
 std::string describe(int error) { return std::generic_category().message(error); }
@@ -66,12 +67,6 @@ bool write_all(int descriptor, const std::string& text)
     return true;
 }
 
-std::string temporary_name(const std::string& path)
-{
-    static std::atomic<unsigned> serial{0};
-    return path + "." + std::to_string(getpid()) + "." + std::to_string(serial++) + ".new";
-}
-
 // The owner matters as well: root must not take a user's file away by editing it.
 void keep_permissions(int descriptor, const std::string& path)
 {
@@ -86,10 +81,8 @@ void keep_permissions(int descriptor, const std::string& path)
 bool write_new_file(const std::string& name, const std::string& path, const FileContent& seen,
                     const std::string& text, Flush flush)
 {
-    // A leftover of a killed process that had the same number.
-    unlink(name.c_str());
-    const Descriptor file{open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)};
-    if (file.number() == -1)
+    const Descriptor file{open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, for_the_owner)};
+    if (file.number() == -1 || fchmod(file.number(), for_the_owner) != 0) // whatever the process masks
         return false;
     if (seen.state == FileState::present)
         keep_permissions(file.number(), path);
@@ -173,7 +166,7 @@ FileContent read_file(const std::string& path)
 Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
                          Flush flush, std::string& reason)
 {
-    const std::string name = temporary_name(path);
+    const std::string name = working_name(path + ".", ".new");
     const bool written = write_new_file(name, path, seen, text, flush);
     const Replacement outcome = written ? swap_in(name, path, seen) : Replacement::failed;
     if (outcome == Replacement::failed)
@@ -206,6 +199,27 @@ bool exists(const std::string& path)
     struct stat state = {};
     return lstat(path.c_str(), &state) == 0;
 }
+
+std::FILE* create_file(const std::filesystem::path& file, Readers readers)
+{
+    const bool is_private = readers == Readers::owner;
+    const int descriptor =
+        open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, is_private ? for_the_owner : mode_t{0666});
+    if (descriptor == -1)
+        return nullptr;
+    std::FILE* const stream =
+        is_private && fchmod(descriptor, for_the_owner) != 0 ? nullptr : fdopen(descriptor, "w+b");
+    if (stream == nullptr)
+        ::close(descriptor);
+    return stream;
+}
+
+bool seek(std::FILE* file, std::int64_t offset, int origin) noexcept
+{
+    return fseeko(file, offset, origin) == 0;
+}
+
+std::int64_t place_in(std::FILE* file) noexcept { return ftello(file); }
 
 std::FILE* open_file(const std::filesystem::path& file) { return std::fopen(file.c_str(), "rb"); }
 

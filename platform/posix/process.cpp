@@ -1,6 +1,8 @@
 #include "platform/process.h"
 
+#include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -56,6 +58,16 @@ uint32_t thread_id() noexcept
     if (own_thread_id == 0 || forgets_at_fork != 0)
         own_thread_id = static_cast<uint32_t>(::syscall(SYS_gettid));
     return own_thread_id;
+}
+
+uint32_t process_id() noexcept { return static_cast<uint32_t>(getpid()); }
+
+bool is_running(uint32_t process) noexcept
+{
+    // Zero and negative numbers would mean groups of processes.
+    if (process == 0 || process > INT_MAX)
+        return false;
+    return kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM;
 }
 
 uint64_t monotonic_milliseconds() noexcept

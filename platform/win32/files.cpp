@@ -1,10 +1,13 @@
 #include "platform/files.h"
 
 #include <array>
-#include <atomic>
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
 #include <tuple>
 #include <vector>
 
+#include "platform/leftovers.h"
 #include "platform/win32/OpenFile.h"
 #include "platform/win32/file_stamp.h"
 #include "platform/win32/wide.h"
@@ -48,12 +51,6 @@ bool write_all(HANDLE file, const std::string& text)
     return true;
 }
 
-std::string temporary_name(const std::string& path)
-{
-    static std::atomic<unsigned> serial{0};
-    return path + "." + std::to_string(GetCurrentProcessId()) + "." + std::to_string(serial++) + ".new";
-}
-
 // Rights that somebody restricted stay so; a file without rights of its own has those of its folder anyway.
 void keep_permissions(const std::string& name, const std::string& path)
 {
@@ -67,8 +64,7 @@ void keep_permissions(const std::string& name, const std::string& path)
 
 bool write_new_file(const std::string& name, const std::string& text, Flush flush)
 {
-    // Over a leftover of a killed process that had the same number.
-    const OpenFile file(name, GENERIC_WRITE, CREATE_ALWAYS);
+    const OpenFile file(name, GENERIC_WRITE, CREATE_NEW);
     return file.is_open() && write_all(file.handle(), text) &&
            (flush == Flush::later || FlushFileBuffers(file.handle()) != 0);
 }
@@ -141,7 +137,7 @@ FileContent read_file(const std::string& path)
 Replacement replace_file(const std::string& path, const FileContent& seen, const std::string& text,
                          Flush flush, std::string& reason)
 {
-    const std::string name = temporary_name(path);
+    const std::string name = working_name(path + ".", ".new");
     const bool written = write_new_file(name, text, flush);
     if (written && seen.state == FileState::present)
         keep_permissions(name, path);
@@ -179,6 +175,26 @@ bool exists(const std::string& path)
 {
     return GetFileAttributesW(wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
+
+// A file has the rights of its folder: those of private folders are the user's alone.
+std::FILE* create_file(const std::filesystem::path& file, Readers /*readers*/)
+{
+    const int descriptor =
+        _wopen(file.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+    if (descriptor == -1)
+        return nullptr;
+    std::FILE* const stream = _fdopen(descriptor, "w+b");
+    if (stream == nullptr)
+        _close(descriptor);
+    return stream;
+}
+
+bool seek(std::FILE* file, std::int64_t offset, int origin) noexcept
+{
+    return _fseeki64(file, offset, origin) == 0;
+}
+
+std::int64_t place_in(std::FILE* file) noexcept { return _ftelli64(file); }
 
 std::FILE* open_file(const std::filesystem::path& file) { return _wfopen(file.c_str(), L"rb"); }
 

@@ -8,6 +8,18 @@ namespace platform {
 
 uint32_t thread_id() noexcept { return GetCurrentThreadId(); }
 
+uint32_t process_id() noexcept { return GetCurrentProcessId(); }
+
+bool is_running(uint32_t process) noexcept
+{
+    const HANDLE handle = OpenProcess(SYNCHRONIZE, FALSE, process);
+    if (handle == nullptr)
+        return GetLastError() == ERROR_ACCESS_DENIED;
+    const bool has_ended = WaitForSingleObject(handle, 0) == WAIT_OBJECT_0;
+    CloseHandle(handle);
+    return !has_ended;
+}
+
 uint64_t monotonic_milliseconds() noexcept
 {
     LARGE_INTEGER frequency{};

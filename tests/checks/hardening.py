@@ -128,7 +128,7 @@ def command_problems(commands, root):
     for entry in commands:
         path = Path(entry["file"])
         name = path.relative_to(root).as_posix() if path.is_relative_to(root) else ""
-        if not name or name.startswith(NOT_SHIPPED):
+        if not name or name.startswith(NOT_SHIPPED) or path.suffix == ".rc":
             continue
         arguments = entry["command"].split()
         is_windows = any("mingw" in argument for argument in arguments)

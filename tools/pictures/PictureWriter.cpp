@@ -1,23 +1,52 @@
 #include "pictures/PictureWriter.h"
 
+#include <cerrno>
 #include <stdexcept>
 #include <system_error>
 
+#include "platform/files.h"
+#include "platform/leftovers.h"
+
 namespace zvgentl::tool {
+
+namespace {
+
+constexpr const char* part_prefix = "frame-";
+constexpr const char* part_suffix = ".part";
+
+struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+[[noreturn]] void fail() { throw std::system_error(errno, std::generic_category()); }
+
+} // namespace
 
 void PictureWriter::write(const std::filesystem::path& file, const Picture& picture) const
 {
-    // Under another name until it is complete, so that no reader and no full disk ever leaves half a picture.
-    std::filesystem::path part = file;
-    part += ".part";
+    const std::filesystem::path part = file.parent_path() / platform::working_name(part_prefix, part_suffix);
+    bool is_ours = false;
     try {
-        write_to(part, picture);
+        File stream(platform::create_file(part, platform::Readers::usual));
+        if (!stream)
+            fail();
+        is_ours = true;
+        write_to(stream.get(), picture);
+        if (std::fclose(stream.release()) != 0) // the last bytes may find the disk full
+            fail();
         std::filesystem::rename(part, file);
     } catch (const std::exception& reason) {
         std::error_code ignored;
-        std::filesystem::remove(part, ignored);
+        if (is_ours)
+            std::filesystem::remove(part, ignored);
         throw std::runtime_error("cannot write " + file.u8string() + ": " + reason.what());
     }
+}
+
+void remove_unfinished_pictures(const std::filesystem::path& folder) noexcept
+{
+    platform::remove_leftovers(folder, part_prefix, part_suffix);
 }
 
 std::unique_ptr<PictureWriter> make_writer(FileFormat format)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 
@@ -18,11 +19,11 @@ public:
     virtual const char* extension() const noexcept = 0;
 
     /// Writes the file, in place of one of that name. Throws std::runtime_error, and leaves no part of a file
-    /// behind.
+    /// behind: until the picture is complete it has another name, which nobody can foresee.
     void write(const std::filesystem::path& file, const Picture& picture) const;
 
 protected:
-    virtual void write_to(const std::filesystem::path& file, const Picture& picture) const = 0;
+    virtual void write_to(std::FILE* file, const Picture& picture) const = 0;
 };
 
 /// PNG, compressed lightly: keeping up with the camera matters more than the last percent of size.
@@ -31,7 +32,7 @@ public:
     const char* extension() const noexcept override { return ".png"; }
 
 protected:
-    void write_to(const std::filesystem::path& file, const Picture& picture) const override;
+    void write_to(std::FILE* file, const Picture& picture) const override;
 };
 
 /// TIFF without compression.
@@ -40,8 +41,11 @@ public:
     const char* extension() const noexcept override { return ".tiff"; }
 
 protected:
-    void write_to(const std::filesystem::path& file, const Picture& picture) const override;
+    void write_to(std::FILE* file, const Picture& picture) const override;
 };
+
+/// Removes what writers that were killed have left in the folder.
+void remove_unfinished_pictures(const std::filesystem::path& folder) noexcept;
 
 std::unique_ptr<PictureWriter> make_writer(FileFormat format);
 

@@ -1,11 +1,9 @@
 #include "pictures/PictureWriter.h"
 
-#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <png.h>
@@ -15,10 +13,6 @@ namespace zvgentl::tool {
 namespace {
 
 constexpr int light_compression = 1;
-
-struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
 
 /// libpng's writer with its two records; messages of the library end up in m_message.
 class PngStruct {
@@ -78,11 +72,8 @@ bool encode(png_structp png, png_infop info, std::FILE* file, const Picture& pic
 
 } // namespace
 
-void PngWriter::write_to(const std::filesystem::path& file, const Picture& picture) const
+void PngWriter::write_to(std::FILE* file, const Picture& picture) const
 {
-    std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.u8string().c_str(), "wb"));
-    if (!stream)
-        throw std::system_error(errno, std::generic_category());
     const PngStruct png;
     if (!png.is_ready())
         throw std::runtime_error("libpng cannot be used");
@@ -90,10 +81,8 @@ void PngWriter::write_to(const std::filesystem::path& file, const Picture& pictu
     std::vector<png_bytep> rows(picture.height);
     for (std::size_t y = 0; y < rows.size(); ++y)
         rows[y] = const_cast<png_bytep>(picture.samples.data() + y * picture.row_size()); // only read
-    if (!encode(png.png(), png.info(), stream.get(), picture, rows.data()))
+    if (!encode(png.png(), png.info(), file, picture, rows.data()))
         throw std::runtime_error(png.message());
-    if (std::fclose(stream.release()) != 0) // the last bytes may find the disk full
-        throw std::system_error(errno, std::generic_category());
 }
 
 } // namespace zvgentl::tool

@@ -5,9 +5,10 @@
 #include <cstdio>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 #include <tiffio.h>
+
+#include "platform/files.h"
 
 namespace zvgentl::tool {
 
@@ -31,6 +32,34 @@ struct FreeOptions {
 struct CloseTiff {
     void operator()(TIFF* tiff) const noexcept { TIFFClose(tiff); }
 };
+
+// The file as libtiff sees it: it is open already, and stays so.
+std::FILE* file_of(thandle_t handle) noexcept { return static_cast<std::FILE*>(handle); }
+
+tmsize_t read_bytes(thandle_t handle, void* data, tmsize_t size)
+{
+    return static_cast<tmsize_t>(std::fread(data, 1, static_cast<std::size_t>(size), file_of(handle)));
+}
+
+tmsize_t write_bytes(thandle_t handle, void* data, tmsize_t size)
+{
+    return static_cast<tmsize_t>(std::fwrite(data, 1, static_cast<std::size_t>(size), file_of(handle)));
+}
+
+toff_t move_to(thandle_t handle, toff_t offset, int origin)
+{
+    const bool moved = platform::seek(file_of(handle), static_cast<std::int64_t>(offset), origin);
+    return static_cast<toff_t>(moved ? platform::place_in(file_of(handle)) : -1);
+}
+
+int leave_open(thandle_t /*handle*/) { return 0; }
+
+toff_t size_of(thandle_t handle)
+{
+    const std::int64_t place = platform::place_in(file_of(handle));
+    const toff_t size = move_to(handle, 0, SEEK_END);
+    return platform::seek(file_of(handle), place, SEEK_SET) ? size : 0;
+}
 
 bool set_fields(TIFF* tiff, const Picture& picture)
 {
@@ -64,7 +93,7 @@ bool write_rows(TIFF* tiff, const Picture& picture)
 
 } // namespace
 
-void TiffWriter::write_to(const std::filesystem::path& file, const Picture& picture) const
+void TiffWriter::write_to(std::FILE* file, const Picture& picture) const
 {
     std::string message;
     const std::unique_ptr<TIFFOpenOptions, FreeOptions> options(TIFFOpenOptionsAlloc());
@@ -72,7 +101,9 @@ void TiffWriter::write_to(const std::filesystem::path& file, const Picture& pict
         throw std::runtime_error("libtiff cannot be used");
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep_message, &message);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignore_warning, nullptr);
-    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpenExt(file.u8string().c_str(), "w", options.get()));
+    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFClientOpenExt("picture", "w", file, read_bytes,
+                                                                  write_bytes, move_to, leave_open, size_of,
+                                                                  nullptr, nullptr, options.get()));
     if (!tiff || !set_fields(tiff.get(), picture) || !write_rows(tiff.get(), picture))
         throw std::runtime_error(message.empty() ? "libtiff gave no reason" : message);
 }

@@ -14,6 +14,7 @@
 #include "gentl/texts.h"
 #include "platform/visible_text.h"
 #include "zvgentl/Commands.h"
+#include "zvgentl/TemporarySettings.h"
 
 namespace zvgentl::tool {
 
@@ -50,6 +51,7 @@ std::map<std::string, Registered>& registered_commands()
 
 int run_command(const std::string& name, const Command& command)
 {
+    TemporarySettings::remove_leftovers();
     try {
         return command.run();
     } catch (const std::exception& reason) {

@@ -32,6 +32,7 @@ PictureSaver::PictureSaver(std::filesystem::path folder, FileFormat format, std:
     : m_folder(std::move(folder)), m_writer(make_writer(format)), m_max_waiting(max_waiting)
 {
     create_folder(m_folder);
+    remove_unfinished_pictures(m_folder);
     for (unsigned i = 0; i < thread_count(); ++i)
         m_threads.emplace_back([this] { work(); });
 }

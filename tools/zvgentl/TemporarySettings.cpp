@@ -1,5 +1,6 @@
 #include "zvgentl/TemporarySettings.h"
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -7,6 +8,8 @@
 #include <system_error>
 
 #include "platform/environment.h"
+#include "platform/files.h"
+#include "platform/leftovers.h"
 #include "platform/paths.h"
 
 namespace zvgentl::tool {
@@ -16,6 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* settings_variable = "ZV_SETTINGS_FILE";
+constexpr const char* folder_prefix = "zvgentl-";
 constexpr const char* settings_name = "settings.properties";
 constexpr const char* mode_key = "GenTL.Stream.QueuedBufferMode-Overwrite";
 
@@ -38,10 +42,11 @@ std::string read_file(const fs::path& file)
 
 void write_file(const fs::path& file, const std::string& text)
 {
-    std::ofstream stream(file, std::ios::binary);
-    stream << text;
-    stream.close();
-    if (!stream)
+    std::FILE* const stream = platform::create_file(file, platform::Readers::owner);
+    bool is_written = stream != nullptr && std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+    if (stream != nullptr)
+        is_written = std::fclose(stream) == 0 && is_written;
+    if (!is_written)
         throw std::runtime_error("cannot write the temporary settings file " + file.u8string());
 }
 
@@ -80,7 +85,7 @@ TemporarySettings::TemporarySettings(StreamMode mode)
 {
     const fs::path current = current_settings_file();
     const std::string text = current.empty() ? std::string() : read_file(current);
-    m_folder = platform::make_private_folder("zvgentl-");
+    m_folder = platform::make_private_folder(folder_prefix);
     try {
         const fs::path copy = m_folder / settings_name;
         write_file(copy, with_setting(text, mode_key, mode == StreamMode::queued ? "1" : "0"));
@@ -95,6 +100,14 @@ TemporarySettings::~TemporarySettings()
 {
     platform::set_environment(settings_variable, m_previous_variable);
     remove();
+}
+
+void TemporarySettings::remove_leftovers() noexcept
+{
+    std::error_code error;
+    const fs::path folder = fs::temp_directory_path(error);
+    if (!error)
+        platform::remove_leftovers(folder, folder_prefix, "");
 }
 
 void TemporarySettings::remove() const noexcept

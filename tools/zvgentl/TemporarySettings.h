@@ -24,6 +24,8 @@ public:
     TemporarySettings(const TemporarySettings&) = delete;
     TemporarySettings& operator=(const TemporarySettings&) = delete;
 
+    /// Removes the copies of processes that were killed.
+    static void remove_leftovers() noexcept;
     /// Removes the copy early, before the process ends without unwinding.
     void remove() const noexcept;
 

@@ -98,6 +98,15 @@ TEST_F(Settings, AddingAsRootLeavesTheFileToItsOwner)
 }
 #endif
 
+TEST_F(Settings, ReadingRemovesWhatAKilledProcessHasLeftBehind)
+{
+    write_file(file(), "a = 1\n");
+    const std::string left = file() + ".2000000011-1f.new"; // of a process that has ended
+    write_file(left, "a = 2\n");
+    EXPECT_THAT(m_store.value("a"), Optional(1u));
+    EXPECT_FALSE(is_there(left));
+}
+
 TEST_F(Settings, AddingFollowsLinksToAFileThatExistsOrNot)
 {
     fs::create_symlink("second", file());

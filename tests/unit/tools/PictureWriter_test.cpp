@@ -9,6 +9,7 @@
 #include "pictures/PictureWriter.h"
 #include "read_picture.h"
 #include "support.h"
+#include "zvgentl/PictureSaver.h"
 
 namespace zvgentl::test {
 
@@ -65,11 +66,15 @@ TEST_P(EitherFormat, LeavesNothingBehindWhenTheTargetCannotBeReplaced)
     EXPECT_EQ(1, std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()));
 }
 
-TEST_P(EitherFormat, FailsWhenTheDiskIsFull)
+TEST(UnfinishedPictures, AreRemovedWhenTheNextOnesAreSaved)
 {
-    fs::create_symlink("/dev/full", folder / "picture.part"); // where the writer keeps an unfinished file
-    EXPECT_THROW(writer->write(file, random_picture(500, 400, 1, 8)), std::runtime_error);
-    EXPECT_FALSE(fs::exists(file));
+    const TemporaryFolder folder;
+    const fs::path left = folder / "frame-2000000011-0123456789abcdef.part"; // of a process that has ended
+    write_text(left, "half a picture");
+    write_text(folder / "frame_000001.png", "a whole one");
+    const PictureSaver saver(folder.path(), FileFormat::png, 1);
+    EXPECT_FALSE(fs::exists(left));
+    EXPECT_TRUE(fs::exists(folder / "frame_000001.png"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, EitherFormat, testing::Values(FileFormat::png, FileFormat::tiff));

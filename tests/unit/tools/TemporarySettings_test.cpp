@@ -75,4 +75,15 @@ TEST_F(Settings, HoldOnlyTheModeWhenThereAreNoneAndAreForTheUserOnly)
     EXPECT_TRUE(is_for_its_owner_only(file.parent_path()));
 }
 
+TEST_F(Settings, OfAProcessThatWasKilledAreRemoved)
+{
+    const fs::path own = platform::make_private_folder("zvgentl-");
+    const fs::path left = own.parent_path() / "zvgentl-2000000011-abcdef"; // of a process that has ended
+    write_text(left / "settings.properties", "x = 1\n");
+    TemporarySettings::remove_leftovers();
+    EXPECT_FALSE(fs::exists(left));
+    EXPECT_TRUE(fs::exists(own));
+    fs::remove_all(own);
+}
+
 } // namespace zvgentl::test
