@@ -78,7 +78,8 @@ fs::path program_folder() { return fs::read_symlink("/proc/self/exe").parent_pat
 
 fs::path make_private_folder(const std::string& prefix)
 {
-    std::string name = (fs::temp_directory_path() / (prefix + std::to_string(process_id()) + "-XXXXXX")).string();
+    std::string name =
+        (fs::temp_directory_path() / (prefix + std::to_string(process_id()) + "-XXXXXX")).string();
     if (mkdtemp(name.data()) == nullptr)
         throw std::system_error(errno, std::generic_category(), "cannot create the folder " + name);
     return name;
