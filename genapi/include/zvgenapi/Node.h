@@ -83,6 +83,8 @@ public:
 
     /// What may be done with it at the moment.
     AccessMode access() const;
+    bool is_implemented() const { return access() != AccessMode::NI; }
+    bool is_available() const { return access() > AccessMode::NA; }
     bool is_readable() const { return zvgenapi::is_readable(access()); }
     bool is_writable() const { return zvgenapi::is_writable(access()); }
     /// Whether it could be written if pIsLocked, of it or of a node that stores its value, were not true.

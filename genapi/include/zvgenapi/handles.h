@@ -20,7 +20,8 @@ public:
     Integer() = default;
     explicit Integer(const Node& node) noexcept : Node(node) {}
 
-    std::int64_t value(UseCache use_cache = UseCache::yes) const;
+    /// With Verify::yes, throws range if what the device says is not within the limits.
+    std::int64_t value(UseCache use_cache = UseCache::yes, Verify verify = Verify::no) const;
     void set(std::int64_t value, Verify verify = Verify::yes);
     std::int64_t minimum() const;
     std::int64_t maximum() const;
@@ -43,7 +44,8 @@ public:
     Float() = default;
     explicit Float(const Node& node) noexcept : Node(node) {}
 
-    double value(UseCache use_cache = UseCache::yes) const;
+    /// With Verify::yes, throws range if what the device says is not within the limits.
+    double value(UseCache use_cache = UseCache::yes, Verify verify = Verify::no) const;
     /// Throws range for NaN, too. Increments are the device's to round to.
     void set(double value, Verify verify = Verify::yes);
     double minimum() const;

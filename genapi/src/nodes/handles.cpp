@@ -18,11 +18,14 @@ namespace {
 
 constexpr std::chrono::milliseconds longest_pause{50}; // between two looks at a command
 
-Number value_of(Core* core, std::uint32_t node, UseCache use_cache)
+Number value_of(Core* core, std::uint32_t node, UseCache use_cache, Verify verify = Verify::no)
 {
     return core->run(use_cache, [&] {
         require_readable(*core, node);
-        return read_number(*core, node);
+        const Number value = read_number(*core, node);
+        if (verify == Verify::yes)
+            check_limits(*core, node, value);
+        return value;
     });
 }
 
@@ -48,9 +51,9 @@ std::vector<Number> valid(Core* core, std::uint32_t node)
 
 bool Integer::fits(const Node& node) { return node.interface_type() == InterfaceType::integer; }
 
-std::int64_t Integer::value(UseCache use_cache) const
+std::int64_t Integer::value(UseCache use_cache, Verify verify) const
 {
-    return value_of(m_core, m_index, use_cache).to_integer();
+    return value_of(m_core, m_index, use_cache, verify).to_integer();
 }
 void Integer::set(std::int64_t value, Verify verify)
 {
@@ -96,7 +99,10 @@ void Integer::impose_maximum(std::int64_t value)
 
 bool Float::fits(const Node& node) { return node.interface_type() == InterfaceType::float_; }
 
-double Float::value(UseCache use_cache) const { return value_of(m_core, m_index, use_cache).to_floating(); }
+double Float::value(UseCache use_cache, Verify verify) const
+{
+    return value_of(m_core, m_index, use_cache, verify).to_floating();
+}
 void Float::set(double value, Verify verify) { set_value(m_core, m_index, Number::floating(value), verify); }
 double Float::minimum() const { return limit(m_core, m_index, Limit::minimum).to_floating(); }
 double Float::maximum() const { return limit(m_core, m_index, Limit::maximum).to_floating(); }

@@ -91,7 +91,14 @@ class AccessModes : public testing::TestWithParam<Row> {};
 
 TEST_P(AccessModes, AreCombined)
 {
-    EXPECT_EQ(GetParam().mode, Device(switches + GetParam().nodes).access("A"));
+    const Device device(switches + GetParam().nodes);
+    const std::string mode = device.access("A");
+    EXPECT_EQ(GetParam().mode, mode);
+    const Node a = device.map.get("A");
+    EXPECT_EQ(mode != "NI", a.is_implemented());
+    EXPECT_EQ(mode != "NI" && mode != "NA", a.is_available());
+    EXPECT_EQ(mode == "RO" || mode == "RW", a.is_readable());
+    EXPECT_EQ(mode == "WO" || mode == "RW", a.is_writable());
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, AccessModes, testing::ValuesIn(rows));

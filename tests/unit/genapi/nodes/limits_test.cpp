@@ -135,6 +135,19 @@ TEST(Limits, AreCheckedBeforeAnythingIsWritten)
     EXPECT_EQ(11, a.value());
 }
 
+TEST(Limits, AreCheckedWhenReadingOnRequest)
+{
+    Device device(reg("R", "0") + integer("A", "<pValue>R</pValue><Max>10</Max>") +
+                  node("Float", "F", "<pValue>R</pValue><Max>10</Max>"));
+    device.memory.put(0, {11});
+    EXPECT_EQ(11, device.number("A"));
+    EXPECT_EQ("range", kind_of_error([&] { device.integer("A").value(UseCache::yes, Verify::yes); }));
+    EXPECT_EQ("range", kind_of_error([&] { device.floating("F").value(UseCache::yes, Verify::yes); }));
+    device.memory.put(0, {10});
+    EXPECT_EQ(10, device.integer("A").value(UseCache::yes, Verify::yes));
+    EXPECT_EQ(10.0, device.floating("F").value(UseCache::yes, Verify::yes));
+}
+
 TEST(Limits, CountStepsOverTheWholeRange)
 {
     Device device(integer("A", "<Value>0</Value><Min>-9223372036854775808</Min><Inc>5</Inc>"));
