@@ -7,7 +7,9 @@
 
 namespace platform {
 
-/// The value of a variable; empty when it is not set.
+/// The value of a variable; empty when it is not set. On systems where a program can have more rights than
+/// the user who starts it (set-uid), it has no variables then: they would name files that the user may not
+/// write.
 std::string environment(const char* name);
 
 /// What some variables were at one moment, to notice later that one has changed.

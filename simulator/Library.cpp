@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/process.h"
 #include "platform/unloading.h"
 #include "simulator/CyclicStream.h"
 #include "simulator/Log.h"
@@ -23,7 +24,7 @@ struct ShutDown {
     ShutDown& operator=(const ShutDown&) = delete;
     ~ShutDown()
     {
-        if (!platform::other_threads_were_stopped())
+        if (!platform::other_threads_were_stopped() && !Library::instance().is_of_parent())
             Library::instance().shut_down();
     }
 };
@@ -126,6 +127,7 @@ uint32_t Library::open_grabber(uint32_t index)
     }
     if (m_last_handle == ZV_NO_HANDLE - 1)
         return ZV_NO_HANDLE;
+    m_process = platform::process_id();
     watch_plugs();
     m_grabbers.emplace(handle, std::move(grabber));
     m_cameras.merge(cameras);
@@ -385,6 +387,12 @@ void Library::follow_presence()
         if (owner != m_cameras.end() && owner->second.has_been_lost)
             entry.second->run_out();
     }
+}
+
+bool Library::is_of_parent() const noexcept
+{
+    const uint32_t process = m_process;
+    return process != 0 && process != platform::process_id();
 }
 
 void Library::shut_down()

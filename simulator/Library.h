@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -127,6 +128,8 @@ public:
     /// Ends everything, for good. A callback that does not return within five seconds is left behind: a
     /// process that ends does not wait forever.
     void shut_down();
+    /// Whether grabbers were opened by the process that this one was forked from: their threads are not here.
+    bool is_of_parent() const noexcept;
 
 private:
     uint32_t new_handle();
@@ -147,6 +150,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_is_shut_down{false};
+    std::atomic<uint32_t> m_process{0}; // that has opened a grabber last
     uint32_t m_last_handle{0x1000};
     std::unique_ptr<const Configuration> m_configuration;
     /// What the configuration describes.

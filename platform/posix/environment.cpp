@@ -12,7 +12,7 @@ const char path_list_separator = ':';
 
 std::string environment(const char* name)
 {
-    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): set before threads start
+    const char* const value = secure_getenv(name);
     return value == nullptr ? std::string() : std::string(value);
 }
 
@@ -24,7 +24,7 @@ EnvironmentCopy::EnvironmentCopy(const std::vector<const char*>& names) : m_list
             break;
     }
     for (const char* const name : names) {
-        const char* const place = std::getenv(name); // NOLINT(concurrency-mt-unsafe): see above
+        const char* const place = secure_getenv(name);
         m_variables.push_back({name, place == nullptr ? "" : place, place});
     }
 }
@@ -45,9 +45,9 @@ bool EnvironmentCopy::is_current() const
 void set_environment(const char* name, const std::string& value)
 {
     if (value.empty())
-        unsetenv(name); // NOLINT(concurrency-mt-unsafe): see above
+        unsetenv(name); // NOLINT(concurrency-mt-unsafe): before threads start
     else
-        setenv(name, value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): see above
+        setenv(name, value.c_str(), 1); // NOLINT(concurrency-mt-unsafe): before threads start
 }
 
 } // namespace platform

@@ -1,10 +1,12 @@
 #include "api/ProcessState.h"
 
+#include <cstdint>
 #include <mutex>
 #include <tuple>
 #include <utility>
 
 #include "modules/SystemModule.h"
+#include "platform/process.h"
 
 namespace zvgentl {
 
@@ -12,6 +14,9 @@ std::atomic<bool> library_is_initialised{false};
 std::atomic<SystemModule*> system_module{nullptr};
 
 namespace {
+
+std::atomic<uint32_t> process_of_system{0};
+const SystemModule* forgotten_system = nullptr; // so that it does not count as lost memory
 
 std::mutex last_error_mutex; // a leaf, never held over a call
 std::string last_error_text = "No Error";
@@ -28,6 +33,7 @@ bool set_system(std::unique_ptr<SystemModule> system) noexcept
     if (!system_module.compare_exchange_strong(none, system.get()))
         return false;
     std::ignore = system.release(); // the pointer above holds it now
+    process_of_system = platform::process_id();
     return true;
 }
 
@@ -37,6 +43,12 @@ std::unique_ptr<SystemModule> take_system(const void* handle) noexcept
     if (current == nullptr || current != handle || !system_module.compare_exchange_strong(current, nullptr))
         return nullptr;
     return std::unique_ptr<SystemModule>(current);
+}
+
+void end_system(std::unique_ptr<SystemModule> system) noexcept
+{
+    if (process_of_system != platform::process_id())
+        forgotten_system = system.release();
 }
 
 std::string last_error()

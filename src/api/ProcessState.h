@@ -28,6 +28,9 @@ inline SystemModule* current_system() noexcept { return system_module.load(std::
 bool set_system(std::unique_ptr<SystemModule> system) noexcept;
 /// Takes the current system away if it is the given one: its owner then, else null.
 std::unique_ptr<SystemModule> take_system(const void* handle) noexcept;
+/// Destroys a system that was taken away. In a child process it is only forgotten: its grabbers are the
+/// parent's, and the threads that closing them waits for are not there.
+void end_system(std::unique_ptr<SystemModule> system) noexcept;
 
 /// The text of the error recorded last, by any thread. "No Error" until the first; it outlives GCCloseLib.
 std::string last_error();

@@ -72,7 +72,7 @@ try {
     std::unique_ptr<SystemModule> system = take_system(hSystem);
     if (!system) // without a log line
         return GC_ERR_INVALID_HANDLE;
-    system.reset();
+    end_system(std::move(system));
     return call.succeed(At{1547}, "Exit TLClose");
 } catch (...) {
     return after_exception("TLClose");

@@ -74,6 +74,7 @@ RULES = [
     Rule("tests/support/process", (), (SYSTEM,), knows_system=True),
     Rule("tests/support/win32", (), (SYSTEM,), knows_system=True),
     Rule("tests/unit", SRC + INTERFACES + ("tests/support",), (GTEST, POCO, COMPILER)),
+    Rule("tests/unit/platform/posix", ("platform",), (GTEST, SYSTEM), knows_system=True),
     Rule("tests/unit/support", SRC + INTERFACES + ("tests/support",), (GTEST, POCO)),
     Rule("tests/unit/resources", ("src/resources",), (GTEST, r"zip\.h")),
     Rule("tests/unit/logger", ("logger", "platform", "include/zvlog", "tests/support"), (GTEST, POCO, SYSTEM),

@@ -5,6 +5,11 @@
 #include <string>
 #include <thread>
 
+#ifndef _WIN32
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 #include "support/process/process_state.h"
 #include "system/consumer/Camera.h"
 #include "system/consumer/Library.h"
@@ -65,6 +70,20 @@ int end(const std::string& way)
         std::_Exit(EXIT_SUCCESS); // the same, without any handlers registered
 #else
         std::quick_exit(EXIT_SUCCESS);
+#endif
+#ifndef _WIN32
+    if (way ==
+        "exit_of_a_child") { // which closes what it has from its parent, and runs all that runs at an exit
+        const pid_t child = fork();
+        if (child == 0) {
+            application->producer.functions().GCCloseLib();
+            std::exit(EXIT_SUCCESS); // NOLINT(concurrency-mt-unsafe): as above
+        }
+        int status = 0;
+        const bool has_ended = waitpid(child, &status, 0) == child && WIFEXITED(status);
+        camera.queue(camera.next().buffer);
+        return has_ended ? WEXITSTATUS(status) : EXIT_FAILURE;
+    }
 #endif
     std::cerr << "unknown way to end: " << way << '\n';
     return EXIT_FAILURE;

@@ -22,8 +22,8 @@ std::string name_of(const testing::TestParamInfo<std::tuple<Mode, const char*>>&
 
 INSTANTIATE_TEST_SUITE_P(, ExitWhileAcquiring,
                          testing::Combine(both_modes,
-                                          testing::Values("return", "exit", "exit_on_another_thread",
-                                                          "quick_exit", "waiter")),
+                                          testing::Values("return", "exit_of_a_child", "exit",
+                                                          "exit_on_another_thread", "quick_exit", "waiter")),
                          name_of);
 
 TEST_P(ExitWhileAcquiring, IsClean)

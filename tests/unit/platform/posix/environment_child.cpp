@@ -1,0 +1,14 @@
+#include <iostream>
+
+#include "platform/environment.h"
+#include "platform/paths.h"
+
+// Prints what the platform library knows of a variable and of the folders that variables name.
+
+int main()
+{
+    const platform::EnvironmentCopy copy({"ZV_TEST"});
+    std::cout << "value=" << platform::environment("ZV_TEST")
+              << ", state=" << platform::user_state_folder().string() << ", current=" << copy.is_current()
+              << '\n';
+}
