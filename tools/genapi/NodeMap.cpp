@@ -174,15 +174,16 @@ private:
 
     bool is_referred_to(const Node& node)
     {
-        if (referred.empty())
+        if (m_referred.empty())
             for (std::size_t i = 0; i < map.size(); ++i)
                 for (const char* const element : value_references)
                     for (auto& name : map.at(i).properties(element))
-                        referred.insert(std::move(name));
-        return referred.count(node.name()) != 0 || referred.count(node.full_name()) != 0;
+                        m_referred.insert(std::move(name));
+        return m_referred.count(node.name()) != 0 || m_referred.count(node.full_name()) != 0;
     }
 
-    std::set<std::string> referred; // nodes that the value of another one depends on; found when first needed
+    std::set<std::string>
+        m_referred; // nodes that the value of another one depends on; found when first needed
 };
 
 NodeMap::NodeMap(const std::string& description, const Registers& registers)

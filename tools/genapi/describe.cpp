@@ -205,7 +205,7 @@ std::string reason_of(const Node& node, const std::exception& error)
     const auto* const known = dynamic_cast<const Error*>(&error);
     if (known == nullptr)
         return error.what();
-    const std::string text = known->node() == node.name() ? known->message() : known->what();
+    std::string text = known->node() == node.name() ? known->message() : known->what();
     switch (known->kind()) {
     case ErrorKind::description:
     case ErrorKind::cycle:
