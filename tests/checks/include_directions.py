@@ -94,6 +94,7 @@ RULES = [
     Rule("tests/system/tools", ("tools", "platform", "tests/unit/tools", "tests/system", "include/GenTL",
                                 "include/zvgr/FrameStamp.h"),
          (GTEST, PICTURES, SYSTEM, r"nlohmann/.*"), knows_system=True),
+    Rule("tests/hostile", ("tools", "simulator", "logger", "platform")),
     Rule("tests/packages", (), (SYSTEM,), knows_system=True),
     Rule("tests/checks", INTERFACES, (GTEST,)),
     Rule("benchmarks", ("include/GenTL", "include/zvgr", "genapi/include", "tests/system"), (SYSTEM,), knows_system=True),
