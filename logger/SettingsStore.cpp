@@ -1,5 +1,6 @@
 #include "logger/SettingsStore.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -12,6 +13,7 @@ namespace zvlog {
 namespace {
 
 constexpr const char* settings_variable = "ZV_SETTINGS_FILE";
+constexpr const char* fixed_variable = "ZV_SETTINGS_OVERRIDE";
 constexpr const char* settings_name = "/settings.properties";
 constexpr int most_attempts = 100;           // if somebody saves the file over and over
 constexpr std::size_t most_reported = 10000; // limits the memory for what has been reported
@@ -36,10 +38,13 @@ SettingsPlaces settings_places()
     SettingsPlaces places;
     std::vector<const char*> variables = platform::configuration_variables();
     variables.push_back(settings_variable);
+    variables.push_back(fixed_variable);
     places.environment = platform::EnvironmentCopy(variables);
     places.chosen = platform::environment(settings_variable);
     const std::string user = platform::user_configuration_folder().generic_u8string();
     places.user = user.empty() ? "" : user + settings_name;
+    places.fixed = platform::environment(fixed_variable);
+    std::replace(places.fixed.begin(), places.fixed.end(), ';', '\n');
     places.system = platform::machine_configuration_folder().generic_u8string() + settings_name;
     return places;
 }
@@ -60,7 +65,7 @@ std::uint32_t SettingsStore::value_or_add(std::string_view key, std::uint32_t de
             read_again(warnings);
         const SettingEntry& entry = entry_of(key);
         if (entry.is_present)
-            result = number_of(entry, key, m_copy.file.path, warnings);
+            result = number_of(entry, key, origin_of(key), warnings);
         else if (const auto in_memory = remembered(key))
             result = in_memory;
         else if (is_storable_key(key))
@@ -79,7 +84,7 @@ std::optional<std::uint32_t> SettingsStore::value(std::string_view key)
         if (!is_current())
             read_again(warnings);
         const SettingEntry& entry = entry_of(key);
-        result = entry.is_present ? number_of(entry, key, m_copy.file.path, warnings) : remembered(key);
+        result = entry.is_present ? number_of(entry, key, origin_of(key), warnings) : remembered(key);
     }
     report(warnings);
     return result;
@@ -104,12 +109,13 @@ bool SettingsStore::is_current() const
 
 void SettingsStore::read_again(Warnings& warnings)
 {
-    m_copy.places = checked_places(warnings);
-    ActiveFile file = read_active_file(m_copy.places, warnings);
+    SettingsPlaces places = checked_places(warnings);
+    ActiveFile file = read_active_file(places, warnings);
     if (!std::exchange(m_leftovers_are_removed, true))
-        remove_leftovers(target_of(m_copy.places));
-    if (file.content.text != m_copy.file.content.text)
+        remove_leftovers(target_of(places));
+    if (file.content.text != m_copy.file.content.text || places.fixed != m_copy.places.fixed)
         m_copy.entries.clear();
+    m_copy.places = std::move(places);
     m_copy.file = std::move(file);
 }
 
@@ -144,16 +150,23 @@ const SettingEntry& SettingsStore::entry_of(std::string_view key)
     const auto known = m_copy.entries.find(key);
     if (known != m_copy.entries.end())
         return known->second;
-    return m_copy.entries.emplace(std::string(key), find_setting(m_copy.file.content.text, key))
-        .first->second;
+    SettingEntry entry = find_setting(m_copy.places.fixed, key);
+    if (!entry.is_present)
+        entry = find_setting(m_copy.file.content.text, key);
+    return m_copy.entries.emplace(std::string(key), std::move(entry)).first->second;
+}
+
+std::string SettingsStore::origin_of(std::string_view key) const
+{
+    return find_setting(m_copy.places.fixed, key).is_present ? fixed_variable : m_copy.file.path;
 }
 
 std::optional<std::uint32_t> SettingsStore::number_of(const SettingEntry& entry, std::string_view key,
-                                                      const std::string& file, Warnings& warnings)
+                                                      const std::string& origin, Warnings& warnings)
 {
     if (!entry.number)
-        warnings.push_back("the setting " + std::string(key) + " in " + file + " is not a 32-bit number: '" +
-                           entry.text + "'; its default is used");
+        warnings.push_back("the setting " + std::string(key) + " in " + origin +
+                           " is not a 32-bit number: '" + entry.text + "'; its default is used");
     return entry.number;
 }
 

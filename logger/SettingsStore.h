@@ -17,15 +17,17 @@
 
 namespace zvlog {
 
-/// Where to look for settings: the first file that exists counts. New keys go into the chosen file, or else
-/// the user's. A text is empty if there is no such place.
+/// Where to look for settings: those that the environment fixes come first, then the first file that exists.
+/// New keys go into the chosen file, or else the user's. A text is empty if there is no such place.
 struct SettingsPlaces {
     /// Named by the environment.
     std::string chosen;
     std::string user;
     std::string system;
+    /// The text of settings that hold for this process whatever the files say.
+    std::string fixed{};
     /// The variables that these follow from.
-    platform::EnvironmentCopy environment;
+    platform::EnvironmentCopy environment{};
 };
 
 /// The places as the environment gives them now.
@@ -75,8 +77,10 @@ private:
     SettingsPlaces checked_places(Warnings& warnings) const;
     ActiveFile read_active_file(const SettingsPlaces& places, Warnings& warnings) const;
     const SettingEntry& entry_of(std::string_view key);
+    /// Where a value of the file or the environment comes from, for messages.
+    std::string origin_of(std::string_view key) const;
     static std::optional<std::uint32_t> number_of(const SettingEntry& entry, std::string_view key,
-                                                  const std::string& file, Warnings& warnings);
+                                                  const std::string& origin, Warnings& warnings);
     std::optional<std::uint32_t> remembered(std::string_view key) const;
     std::optional<std::uint32_t> add(std::string_view key, std::uint32_t default_value,
                                      const char* description, Warnings& warnings);

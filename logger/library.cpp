@@ -1,9 +1,13 @@
+#include <algorithm>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <string>
 
 #include <Poco/Message.h>
 
 #include "zvlog/ZVLogger.h"
+#include "zvlog/ZVReports.h"
 #include "zvlog/ZVSettings.h"
 
 #include "logger/LoggerRegistry.h"
@@ -16,8 +20,9 @@ void warn_about_settings(const std::string& text);
 // Lives as long as the library. What is linked to the library is initialised later and destroyed earlier, so
 // it has its loggers for the whole of its life.
 struct Library {
-    std::mutex mutex; // guards the making of `loggers`
+    std::mutex mutex; // guards the making of `loggers`, and `reports`
     std::unique_ptr<zvlog::LoggerRegistry> loggers;
+    std::map<std::string, std::string> reports; // by source
     zvlog::SettingsStore settings{zvlog::settings_places, warn_about_settings};
 };
 
@@ -77,4 +82,35 @@ try {
 } catch (...) {
     value = default_value;
     return false;
+}
+
+void ZVReport(const char* source, const char* text)
+try {
+    if (source == nullptr || *source == '\0')
+        return;
+    const std::lock_guard lock(library.mutex);
+    if (text == nullptr || *text == '\0')
+        library.reports.erase(source);
+    else
+        library.reports[source] = text;
+} catch (...) {
+    // Without memory there is no report.
+}
+
+uint64_t ZVReportedText(char* text, uint64_t size)
+try {
+    std::string all;
+    {
+        const std::lock_guard lock(library.mutex);
+        for (const auto& [source, report] : library.reports)
+            all += (all.empty() ? "" : "\n") + report;
+    }
+    const uint64_t needed = all.size() + 1;
+    if (text != nullptr && size > 0)
+        text[all.copy(text, std::min(all.size(), static_cast<size_t>(size) - 1))] = '\0';
+    return needed;
+} catch (...) {
+    if (text != nullptr && size > 0)
+        *text = '\0';
+    return 1;
 }

@@ -75,8 +75,8 @@ def loader_problems(library, sanitized):
         yield "is marked to stay loaded"
 
 
-LOGGER_SYMBOLS = r"InitLogger|ZVTimeElapsedUs|ZVSettings::.*|zvstring::.*|operator\+\(zvstring const&, char const\*\)|" \
-                 r"ZVPocoLogger::.*|(typeinfo|typeinfo name|vtable) for ZVPocoLogger"
+LOGGER_SYMBOLS = r"InitLogger|ZVTimeElapsedUs|ZVReport|ZVReportedText|ZVSettings::.*|zvstring::.*|" \
+                 r"operator\+\(zvstring const&, char const\*\)|"ZVPocoLogger::.*|(typeinfo|typeinfo name|vtable) for ZVPocoLogger"
 
 
 def grabber_functions(path):

@@ -63,6 +63,16 @@ TEST_F(Settings, ReadingAddsNothing)
     EXPECT_EQ("b = 1\n", content_of(file()));
 }
 
+TEST_F(Settings, ThatAreFixedComeFirstAndAreNamedWhenTheyAreWrong)
+{
+    write_file(file(), "a = 1\nb = 2\n");
+    EXPECT_EQ(1u, read_or_add("a", 4));
+    m_places.fixed = "a = 3\nb = many";
+    EXPECT_EQ(3u, read_or_add("a", 4));
+    EXPECT_EQ(4u, read_or_add("b", 4));
+    EXPECT_THAT(m_warnings, ElementsAre(HasSubstr("the setting b in ZV_SETTINGS_OVERRIDE is not")));
+}
+
 TEST_F(Settings, AnEditThatKeepsSizeAndTimeIsNoticed)
 {
     write_file(file(), "a = 1\n");

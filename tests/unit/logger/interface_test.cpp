@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "zvlog/ZVLogger.h"
+#include "zvlog/ZVReports.h"
 #include "zvlog/ZVSettings.h"
 
 #include "unit/logger/Sandbox.h"
@@ -107,6 +108,52 @@ TEST_F(StoredSettings, OfAnotherTypeOrScopeOrWithoutAKeyAreTheDefault)
         EXPECT_EQ(5u, value);
     }
     EXPECT_EQ("A = 1\n", content_of(file()));
+}
+
+TEST_F(StoredSettings, GiveWayToThoseOfTheEnvironment)
+{
+    write_file(file(), "A = 1\nB = 2\n");
+    EXPECT_EQ(1u, ZVSettings::InitInteger(3, "A", 4, nullptr));
+    m_home.environment.set("ZV_SETTINGS_OVERRIDE", "A = 7; C=0x10");
+    EXPECT_EQ(7u, ZVSettings::InitInteger(3, "A", 4, nullptr));
+    EXPECT_EQ(2u, ZVSettings::InitInteger(3, "B", 4, nullptr));
+    EXPECT_EQ(16u, ZVSettings::InitInteger(3, "C", 4, nullptr));
+    EXPECT_EQ("A = 1\nB = 2\n", content_of(file())) << "and are not written to the file";
+    m_home.environment.unset("ZV_SETTINGS_OVERRIDE");
+    EXPECT_EQ(1u, ZVSettings::InitInteger(3, "A", 4, nullptr));
+}
+
+TEST_F(StoredSettings, NeedNoFileWhenTheEnvironmentFixesThem)
+{
+    m_home.environment.set("ZV_SETTINGS_FILE", m_home.folder / "no/such/folder/file");
+    m_home.environment.set("ZV_SETTINGS_OVERRIDE", "A = 7");
+    EXPECT_EQ(7u, ZVSettings::InitInteger(3, "A", 4, nullptr));
+}
+
+std::string reports()
+{
+    std::string text(ZVReportedText(nullptr, 0), 'x');
+    EXPECT_EQ(text.size(), ZVReportedText(text.data(), text.size()));
+    text.pop_back();
+    return text;
+}
+
+TEST(Reports, AreKeptUntilTheirSourceHasAnother)
+{
+    EXPECT_EQ("", reports());
+    ZVReport("B", "one\ntwo");
+    ZVReport("A", "zero");
+    EXPECT_EQ("zero\none\ntwo", reports());
+    ZVReport("B", "three");
+    ZVReport(nullptr, "nobody");
+    ZVReport("", "nobody");
+    EXPECT_EQ("zero\nthree", reports());
+    char part[5] = {};
+    EXPECT_EQ(11u, ZVReportedText(part, sizeof part));
+    EXPECT_STREQ("zero", part);
+    ZVReport("A", "");
+    ZVReport("B", nullptr);
+    EXPECT_EQ("", reports());
 }
 
 } // namespace
