@@ -45,6 +45,20 @@ void log_outcome(const Configuration& configuration)
         log_warning(warning);
 }
 
+/// Whoever looks at the grabbers must not take them for what was configured.
+void report_outcome(const Configuration& configuration)
+{
+    std::string text;
+    if (!configuration.errors.empty())
+        text = "no software grabbers are offered: their configuration has errors";
+    else if (!configuration.warnings.empty())
+        text = "the software grabbers are not as they are configured";
+    for (const auto* const lines : {&configuration.errors, &configuration.warnings})
+        for (const std::string& line : *lines)
+            text += "\n" + line;
+    report(text);
+}
+
 } // namespace
 
 Library& Library::instance()
@@ -78,6 +92,7 @@ void Library::configure()
         return;
     m_devices.swap(devices);
     m_configuration.swap(configuration);
+    report_outcome(*m_configuration);
     scan();
     renew_faults();
 }

@@ -3,6 +3,9 @@
 #include <cstdint>
 
 #include "zvlog/ZVLogger.h"
+#include "zvlog/ZVReports.h"
+
+#include "platform/DynamicLibrary.h"
 
 namespace zvsim {
 
@@ -31,6 +34,15 @@ void log_warning(const std::string& text)
 {
     if (ZVPocoLogger* const target = logger())
         target->warning(text);
+}
+
+void report(const std::string& text)
+{
+    // Other logger libraries need not have it.
+    static const auto take =
+        reinterpret_cast<decltype(&ZVReport)>(platform::find_needed("ZVLogger", "ZVReport"));
+    if (take != nullptr)
+        take("ZVGRLib", text.c_str());
 }
 
 void log_failed_call(const char* function, const char* problem) noexcept

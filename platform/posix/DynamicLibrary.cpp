@@ -18,4 +18,14 @@ DynamicLibrary::~DynamicLibrary() { dlclose(m_library); }
 
 void* DynamicLibrary::find(const char* symbol) const noexcept { return dlsym(m_library, symbol); }
 
+void* DynamicLibrary::find_in(const char* /*needed*/, const char* symbol) const noexcept
+{
+    return find(symbol); // which searches those that it needs as well
+}
+
+void* find_needed(const char* /*library*/, const char* symbol) noexcept
+{
+    return dlsym(RTLD_DEFAULT, symbol);
+}
+
 } // namespace platform

@@ -1,6 +1,7 @@
 #include "platform/DynamicLibrary.h"
 
 #include <stdexcept>
+#include <string>
 
 #include <windows.h>
 
@@ -22,6 +23,19 @@ DynamicLibrary::~DynamicLibrary() { FreeLibrary(static_cast<HMODULE>(m_library))
 void* DynamicLibrary::find(const char* symbol) const noexcept
 {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(m_library), symbol));
+}
+
+void* DynamicLibrary::find_in(const char* needed, const char* symbol) const noexcept
+{
+    return find_needed(needed, symbol);
+}
+
+void* find_needed(const char* library, const char* symbol) noexcept
+try {
+    HMODULE const module = GetModuleHandleA((std::string(library) + ".dll").c_str());
+    return module == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(module, symbol));
+} catch (...) { // out of memory
+    return nullptr;
 }
 
 } // namespace platform

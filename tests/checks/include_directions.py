@@ -61,7 +61,7 @@ RULES = [
     Rule("src/api", SRC + ("include/GenTL",)),
     Rule("simulator", ("platform", "include/zvgr", "include/zvlog"), (PICTURES, r"yaml-cpp/.*")),
     Rule("logger", ("platform", "include/zvlog"), (POCO,)),
-    Rule("tools", ("platform", "include/GenTL", "include/zvgr/FrameStamp.h"),
+    Rule("tools", ("platform", "include/GenTL", "include/zvgr/FrameStamp.h", "include/zvlog/ZVReports.h"),
          (PICTURES, r"fmt/core\.h", r"zip\.h"),
          extra={"CommandLine.cpp": (r"CLI/.*",), "Json.cpp": (r"nlohmann/.*",)}),  # slow to compile: one source each
     Rule("tools/genapi", ("tools/gentl", "genapi/include")),

@@ -161,6 +161,11 @@ void Producer::start()
 
 Producer::~Producer() { m_functions.GCCloseLib(); }
 
+void* Producer::find_in(const char* library, const char* symbol) const noexcept
+{
+    return m_library ? m_library->find_in(library, symbol) : nullptr;
+}
+
 void Producer::check(GC_ERROR code, const char* function) const
 {
     if (code == GC_ERR_SUCCESS)

@@ -37,6 +37,10 @@ public:
     const std::filesystem::path& file() const noexcept { return m_file; }
     const Functions& functions() const noexcept { return m_functions; }
 
+    /// The address of a symbol of a library that the producer needs, by its name without "lib" and ending;
+    /// null when there is none.
+    void* find_in(const char* library, const char* symbol) const noexcept;
+
     /// Throws Error with the producer's own words unless the call succeeded.
     void check(GenTL::GC_ERROR code, const char* function) const;
 

@@ -14,6 +14,7 @@
 #include "gentl/texts.h"
 #include "platform/visible_text.h"
 #include "zvgentl/Commands.h"
+#include "zvgentl/LoggerLibrary.h"
 #include "zvgentl/TemporarySettings.h"
 
 namespace zvgentl::tool {
@@ -56,7 +57,7 @@ int run_command(const std::string& name, const Command& command)
         return command.run();
     } catch (const std::exception& reason) {
         std::cout.flush();
-        fmt::print(stderr, "zvgentl {}: {}\n", name, platform::visible_lines(reason.what()));
+        fmt::print(stderr, "zvgentl {}: {}\n{}", name, platform::visible_lines(reason.what()), log_hint());
         return exit_failure;
     }
 }

@@ -86,6 +86,8 @@ Json producer_json(const ProducerEntry& producer)
               {"transport", producer.transport}, {"interfaces", Json::array()}};
     for (const auto& iface : producer.interfaces)
         json["interfaces"].push_back(interface_json(iface));
+    if (!producer.report.empty())
+        json["report"] = producer.report;
     if (!producer.problem.empty())
         json["problem"] = producer.problem;
     return json;

@@ -13,29 +13,28 @@ constexpr std::size_t least_buffer = 4096; // for a stream that does not say how
 
 } // namespace
 
-OpenPort::OpenPort(const PortOptions& options)
-    : m_producer(select_producer(find_producers(std::filesystem::u8path(options.cti)))), m_system(m_producer)
+OpenPort::OpenPort(const PortOptions& options) : m_loaded(load_system(options))
 {
-    m_port.emplace(m_producer, open(options));
+    m_port.emplace(m_loaded->producer, open(options));
 }
 
 PORT_HANDLE OpenPort::open(const PortOptions& options)
 {
     if (options.port == PortKind::system) {
         m_title = "system";
-        return m_system.handle();
+        return m_loaded->system.handle();
     }
     if (options.port != PortKind::iface || !options.device.empty())
         return open_device(options);
-    m_title = select_interface(m_system, options.interface_id);
-    m_interface = std::make_unique<Interface>(m_system, m_title);
+    m_title = select_interface(m_loaded->system, options.interface_id);
+    m_interface = std::make_unique<Interface>(m_loaded->system, m_title);
     m_title += " (interface)";
     return m_interface->handle();
 }
 
 PORT_HANDLE OpenPort::open_device(const PortOptions& options)
 {
-    SelectedDevice selected = select_device(m_system, options.interface_id, options.device);
+    SelectedDevice selected = select_device(m_loaded->system, options.interface_id, options.device);
     m_interface = std::move(selected.iface);
     if (options.port == PortKind::iface) {
         m_title = selected.interface_id + " (interface)";

@@ -28,8 +28,7 @@ private:
     GenTL::PORT_HANDLE open_device(const PortOptions& options);
     GenTL::PORT_HANDLE open_stream(PortKind kind);
 
-    Producer m_producer;
-    System m_system;
+    std::unique_ptr<LoadedSystem> m_loaded;
     std::unique_ptr<Interface> m_interface;
     std::optional<Device> m_device;
     std::optional<Stream> m_stream;

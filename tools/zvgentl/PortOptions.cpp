@@ -39,7 +39,7 @@ void describe_device(OptionList& list, DeviceOptions& options)
     describe_producer(list, options.cti);
     list.text("-i,--interface", "ID", "Interface (frame grabber) of the device", options.interface_id);
     list.text("-d,--device", "ID",
-              "Device (camera), by ID or serial number as `zvgentl list` shows them [the first one found]",
+              "Device (camera), by ID, serial number or user-defined name [the first one found]",
               options.device);
 }
 

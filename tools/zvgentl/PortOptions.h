@@ -29,7 +29,7 @@ enum class PortKind { system, iface, device, stream, buffer, remote };
 struct DeviceOptions {
     std::string cti;
     std::string interface_id; // empty: any
-    std::string device;       // ID or serial number; empty: the first one found
+    std::string device;       // ID, serial number or user-defined name; empty: the first one found
 };
 
 /// Which port a command works on.

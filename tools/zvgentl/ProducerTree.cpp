@@ -11,6 +11,7 @@
 #include "gentl/System.h"
 #include "gentl/texts.h"
 #include "platform/visible_text.h"
+#include "zvgentl/LoggerLibrary.h"
 
 namespace zvgentl::tool {
 
@@ -189,7 +190,9 @@ ProducerEntry read_producer(const std::filesystem::path& file, Streams streams)
         entry.version = producer.text(TL_INFO_VERSION).value_or("");
         entry.transport = producer.text(TL_INFO_TLTYPE).value_or("");
         entry.gentl_version = gentl_version(producer);
+        remember_log_of(producer);
         const System system(producer);
+        entry.report = report_of(producer);
         for (const auto& iface : system.interface_ids())
             entry.interfaces.push_back(read_interface(system, iface, streams));
     } catch (const std::exception& reason) {
@@ -208,12 +211,19 @@ std::string to_text(const ProducerEntry& entry)
     text += producer.file + "\n";
     if (!producer.problem.empty())
         return text + fmt::format("  {}\n", producer.problem);
-    if (producer.interfaces.empty())
+    if (producer.interfaces.empty() && producer.report.empty())
         text += "  no interface found: no frame grabber is installed, or its driver is not running\n";
     const auto widths = column_widths(producer);
     for (const auto& iface : producer.interfaces)
         text += interface_text(iface, widths);
     return text;
+}
+
+std::string report_text(const ProducerEntry& producer)
+{
+    return producer.report.empty() ? std::string()
+                                   : fmt::format("{}:\n{}\n", platform::visible(producer.file),
+                                                 platform::visible_lines(producer.report));
 }
 
 } // namespace zvgentl::tool

@@ -42,6 +42,7 @@ struct ProducerEntry {
     std::string transport;
     std::vector<InterfaceEntry> interfaces;
     std::string problem;
+    std::string report{}; // what the producer's libraries have to say: lines without an end of the last one
 };
 
 enum class Streams { left_out, listed };
@@ -50,5 +51,8 @@ enum class Streams { left_out, listed };
 ProducerEntry read_producer(const std::filesystem::path& file, Streams streams);
 
 std::string to_text(const ProducerEntry& producer);
+
+/// The report of a producer for the error output; empty when it has none.
+std::string report_text(const ProducerEntry& producer);
 
 } // namespace zvgentl::tool

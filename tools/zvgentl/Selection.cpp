@@ -4,7 +4,6 @@
 #include <iterator>
 #include <map>
 #include <stdexcept>
-#include <tuple>
 #include <utility>
 
 #include <fmt/core.h>
@@ -12,21 +11,47 @@
 #include "gentl/Error.h"
 #include "gentl/texts.h"
 #include "platform/visible_text.h"
+#include "zvgentl/LoggerLibrary.h"
 
 namespace zvgentl::tool {
 
 using namespace GenTL;
+namespace fs = std::filesystem;
 
 namespace {
 
 constexpr const char* own_producer = "ZVGRLibGenTL.cti";
 
+/// How well a name fits the one that is looked for.
+enum class Fit { none, but_for_case, exact };
+
+Fit fit_of(const std::string& wanted, const std::string& name)
+{
+    if (wanted == name)
+        return Fit::exact;
+    return lower_case(wanted) == lower_case(name) ? Fit::but_for_case : Fit::none;
+}
+
+Fit fit_of(const std::string& wanted, const SelectedDevice& device)
+{
+    if (wanted.empty())
+        return Fit::exact;
+    return std::max({fit_of(wanted, device.id), fit_of(wanted, device.serial_number),
+                     fit_of(wanted, device.user_defined_name)});
+}
+
 /// What a search found, for the message when no device fits.
 struct Search {
     std::map<std::string, std::unique_ptr<Interface>> interfaces; // stay open until the choice is made
-    std::vector<SelectedDevice> hits;
+    std::map<Fit, std::vector<SelectedDevice>> found;
     std::vector<std::string> seen;
     std::vector<std::string> problems;
+
+    /// Those that fit best.
+    std::vector<SelectedDevice>& hits()
+    {
+        return found[found[Fit::exact].empty() ? Fit::but_for_case : Fit::exact];
+    }
 };
 
 SelectedDevice describe(const Interface& iface, const std::string& interface_id, const std::string& id)
@@ -37,6 +62,7 @@ SelectedDevice describe(const Interface& iface, const std::string& interface_id,
     device.vendor = iface.device_text(id, DEVICE_INFO_VENDOR).value_or("");
     device.model = iface.device_text(id, DEVICE_INFO_MODEL).value_or("");
     device.serial_number = iface.device_text(id, DEVICE_INFO_SERIAL_NUMBER).value_or("");
+    device.user_defined_name = iface.device_text(id, DEVICE_INFO_USER_DEFINED_NAME).value_or("");
     device.timestamp_frequency = iface.device_number(id, DEVICE_INFO_TIMESTAMP_FREQUENCY).value_or(0);
     return device;
 }
@@ -51,9 +77,8 @@ void search_interface(const System& system, const std::string& interface_id, con
         for (const auto& id : iface.device_ids()) {
             SelectedDevice device = describe(iface, interface_id, id);
             search.seen.push_back(fmt::format("{}/{}", interface_id, id));
-            if (wanted.empty() || wanted == id || wanted == device.serial_number)
-                search.hits.push_back(std::move(device));
-            if (wanted.empty() && !search.hits.empty())
+            search.found[fit_of(wanted, device)].push_back(std::move(device));
+            if (wanted.empty())
                 break;
         }
     } catch (const Error& reason) {
@@ -72,30 +97,94 @@ std::string not_found(const Search& search, const std::string& interface_id, con
     return text + "\nRun `zvgentl list` to see what is connected.";
 }
 
-std::string ambiguous(const Search& search, const std::string& wanted)
+std::string ambiguous(const std::vector<SelectedDevice>& hits, const std::string& wanted)
 {
     std::vector<std::string> names;
-    for (const auto& hit : search.hits)
+    bool share_an_interface = false;
+    for (const auto& hit : hits) {
         names.push_back(hit.interface_id + "/" + hit.id);
-    return fmt::format("more than one device is called {}: {}; choose one with --interface",
-                       platform::visible(wanted), platform::visible(joined(names, ", ")));
+        share_an_interface =
+            share_an_interface || (&hit != &hits.front() && hit.interface_id == hits.front().interface_id);
+    }
+    return fmt::format("more than one device is called {}: {}; choose one {}", platform::visible(wanted),
+                       platform::visible(joined(names, ", ")),
+                       share_an_interface ? "by its ID" : "with --interface");
+}
+
+std::string with_files(std::string text, const std::vector<fs::path>& files)
+{
+    for (const auto& file : files)
+        text += "\n  " + platform::visible(file.u8string());
+    return text;
+}
+
+System opened(const Producer& producer)
+{
+    remember_log_of(producer);
+    return System(producer);
+}
+
+/// A producer of a search, or why it cannot be used.
+std::unique_ptr<LoadedSystem> load_if_it_has(const fs::path& file, const DeviceOptions& options,
+                                             std::string& problems)
+{
+    try {
+        auto loaded = std::make_unique<LoadedSystem>(file);
+        if (options.device.empty())
+            select_interface(loaded->system, options.interface_id);
+        else
+            select_device(loaded->system, options.interface_id, options.device);
+        return loaded;
+    } catch (const std::exception& reason) {
+        problems += fmt::format("\n{}: {}", platform::visible(file.u8string()), reason.what());
+        return nullptr;
+    }
 }
 
 } // namespace
 
-std::filesystem::path select_producer(const std::vector<std::filesystem::path>& files)
+LoadedSystem::LoadedSystem(const fs::path& file) : producer(file), system(opened(producer))
+{
+    const std::string report = report_of(producer);
+    if (!report.empty())
+        throw std::runtime_error(report);
+}
+
+fs::path select_producer(const std::vector<fs::path>& files)
 {
     if (files.size() == 1)
         return files.front();
-    std::vector<std::filesystem::path> own;
+    std::vector<fs::path> own;
     std::copy_if(files.begin(), files.end(), std::back_inserter(own),
                  [](const auto& file) { return file.filename() == own_producer; });
     if (own.size() == 1)
         return own.front();
-    std::string text = "there is more than one producer; choose one with --cti:";
+    throw std::runtime_error(with_files(
+        "there is more than one producer; choose one with --cti, or a device with --device:", files));
+}
+
+std::unique_ptr<LoadedSystem> load_system(const DeviceOptions& options)
+{
+    const auto files = find_producers(fs::u8path(options.cti));
+    const std::string wanted = options.device.empty() ? options.interface_id : options.device;
+    if (files.size() == 1 || wanted.empty())
+        return std::make_unique<LoadedSystem>(select_producer(files));
+    std::vector<std::unique_ptr<LoadedSystem>> loaded;
+    std::vector<fs::path> having;
+    std::string problems;
     for (const auto& file : files)
-        text += "\n  " + platform::visible(file.u8string());
-    throw std::runtime_error(text);
+        if (auto one = load_if_it_has(file, options, problems)) {
+            loaded.push_back(std::move(one));
+            having.push_back(file);
+        }
+    if (loaded.empty())
+        throw std::runtime_error(
+            fmt::format("none of {} producers has {}:{}", files.size(), platform::visible(wanted), problems));
+    if (loaded.size() > 1)
+        throw std::runtime_error(with_files(
+            fmt::format("more than one producer has {}; choose one with --cti:", platform::visible(wanted)),
+            having));
+    return std::move(loaded.front());
 }
 
 std::string select_interface(const System& system, const std::string& interface_id)
@@ -105,28 +194,35 @@ std::string select_interface(const System& system, const std::string& interface_
         throw std::runtime_error(
             "the producer found no interface: no frame grabber is installed, or its driver is "
             "not running");
-    if (!interface_id.empty() &&
-        std::find(interfaces.begin(), interfaces.end(), interface_id) == interfaces.end())
-        throw std::runtime_error(
-            fmt::format("no interface {}; there are {}", interface_id, joined(interfaces, ", ")));
-    return interface_id.empty() ? interfaces.front() : interface_id;
+    if (interface_id.empty())
+        return interfaces.front();
+    for (const Fit fit : {Fit::exact, Fit::but_for_case}) {
+        std::vector<std::string> fitting;
+        std::copy_if(interfaces.begin(), interfaces.end(), std::back_inserter(fitting),
+                     [&](const auto& id) { return fit_of(interface_id, id) == fit; });
+        if (fitting.size() == 1)
+            return fitting.front();
+    }
+    throw std::runtime_error(
+        fmt::format("no interface {}; there are {}", interface_id, joined(interfaces, ", ")));
 }
 
 SelectedDevice select_device(const System& system, const std::string& interface_id, const std::string& device)
 {
-    std::ignore = select_interface(system, interface_id); // says so when there is none
+    const std::string first = select_interface(system, interface_id); // says so when there is none
+    const auto interfaces = interface_id.empty() ? system.interface_ids() : std::vector<std::string>{first};
     Search search;
-    for (const auto& candidate : system.interface_ids()) {
-        if (interface_id.empty() || candidate == interface_id)
-            search_interface(system, candidate, device, search);
-        if (device.empty() && !search.hits.empty())
+    for (const auto& candidate : interfaces) {
+        search_interface(system, candidate, device, search);
+        if (device.empty() && !search.hits().empty())
             break;
     }
-    if (search.hits.empty())
+    auto& hits = search.hits();
+    if (hits.empty())
         throw std::runtime_error(not_found(search, interface_id, device));
-    if (search.hits.size() > 1)
-        throw std::runtime_error(ambiguous(search, device));
-    SelectedDevice selected = std::move(search.hits.front());
+    if (hits.size() > 1)
+        throw std::runtime_error(ambiguous(hits, device));
+    SelectedDevice selected = std::move(hits.front());
     selected.iface = std::move(search.interfaces.at(selected.interface_id));
     return selected;
 }

@@ -87,4 +87,13 @@ TEST(ProducerText, SaysWhyThereIsNothing)
     EXPECT_EQ("/opt/some.cti\n  cannot load it\n", to_text(producer));
 }
 
+TEST(ProducerText, LeavesTheReasonToTheReport)
+{
+    ProducerEntry producer = producer_with({});
+    EXPECT_EQ("", report_text(producer));
+    producer.report = "no grabbers\nfile:1: wrong";
+    EXPECT_EQ("Some producer 1.2.3, by Maker, GenTL 1.5\n/opt/some.cti\n", to_text(producer));
+    EXPECT_EQ("/opt/some.cti:\nno grabbers\nfile:1: wrong\n", report_text(producer));
+}
+
 } // namespace zvgentl::test

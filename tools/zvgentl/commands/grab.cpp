@@ -193,10 +193,9 @@ GrabResult grab(const GrabOptions& options, platform::Interrupt& interrupt)
     if (!options.output.empty())
         saver.emplace(std::filesystem::u8path(options.output), options.format, most_waiting_pictures);
 
-    const Producer producer(select_producer(find_producers(std::filesystem::u8path(options.cti))));
-    result.producer = producer.file().u8string();
-    const System system(producer);
-    const SelectedDevice selected = select_device(system, options.interface_id, options.device);
+    const auto loaded = load_system(options);
+    result.producer = loaded->producer.file().u8string();
+    const SelectedDevice selected = select_device(loaded->system, options.interface_id, options.device);
     describe(selected, result);
     const Device device(*selected.iface, selected.id);
     set_features(device, options.settings);

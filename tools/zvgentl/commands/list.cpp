@@ -13,12 +13,14 @@ namespace zvgentl::tool {
 
 namespace {
 
-constexpr const char* footer = "Examples:\n"
-                               "  zvgentl list\n"
-                               "  zvgentl list --json | jq \".producers[].interfaces[].devices[].id\"\n"
-                               "  zvgentl list --cti build/release/bin/ZVGRLibGenTL.cti\n"
-                               "\n"
-                               "Exit codes: 0 listed, 1 a producer could not be used, 2 wrong command line.";
+constexpr const char* footer =
+    "Examples:\n"
+    "  zvgentl list\n"
+    "  zvgentl list --json | jq \".producers[].interfaces[].devices[].id\"\n"
+    "  zvgentl list --cti build/release/bin/ZVGRLibGenTL.cti\n"
+    "\n"
+    "Exit codes: 0 listed, 1 a producer could not be used, or its software grabbers are\n"
+    "not as they are configured, 2 wrong command line.";
 
 void describe(OptionList& list, ListOptions& options)
 {
@@ -38,6 +40,8 @@ void print_text(const std::vector<ProducerEntry>& producers)
         fmt::print("{}", separator);
         // Errors go to the error output, where scripts look for them.
         fmt::print(producer.problem.empty() ? stdout : stderr, "{}", to_text(producer));
+        std::fflush(stdout);
+        fmt::print(stderr, "{}", report_text(producer));
         separator = "\n";
     }
 }
@@ -54,9 +58,10 @@ int run(const ListOptions& options)
     else
         print_text(producers);
     // An interface that another program uses is not a failure of the list, which shows why it cannot be read.
-    const bool all_were_read = std::all_of(producers.begin(), producers.end(),
-                                           [](const auto& producer) { return producer.problem.empty(); });
-    return all_were_read ? exit_success : exit_failure;
+    const bool all_is_well = std::all_of(producers.begin(), producers.end(), [](const auto& producer) {
+        return producer.problem.empty() && producer.report.empty();
+    });
+    return all_is_well ? exit_success : exit_failure;
 }
 
 } // namespace zvgentl::tool
