@@ -66,6 +66,8 @@ std::uint32_t SettingsStore::value_or_add(std::string_view key, std::uint32_t de
         const SettingEntry& entry = entry_of(key);
         if (entry.is_present)
             result = number_of(entry, key, origin_of(key), warnings);
+        else if (!m_copy.places.fixed.empty()) // nothing of such a process stays behind
+            result = default_value;
         else if (const auto in_memory = remembered(key))
             result = in_memory;
         else if (is_storable_key(key))

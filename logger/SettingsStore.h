@@ -24,7 +24,7 @@ struct SettingsPlaces {
     std::string chosen;
     std::string user;
     std::string system;
-    /// The text of settings that hold for this process whatever the files say.
+    /// The text of settings that hold for this process whatever the files say. Keys are not added then.
     std::string fixed{};
     /// The variables that these follow from.
     platform::EnvironmentCopy environment{};

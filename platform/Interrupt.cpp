@@ -5,12 +5,11 @@
 
 namespace platform {
 
-void Interrupt::on_request()
+void Interrupt::on_request(int exit_code)
 {
-    if (m_requested.exchange(true)) {
-        m_give_up();
-        std::_Exit(exit_interrupted);
-    }
+    int none = 0;
+    if (!m_exit_code.compare_exchange_strong(none, exit_code))
+        std::_Exit(exit_code);
     const std::lock_guard lock(m_mutex);
     if (m_action)
         m_action();

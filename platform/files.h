@@ -70,4 +70,7 @@ std::int64_t place_in(std::FILE* file) noexcept;
 /// caller closes it.
 std::FILE* open_file(const std::filesystem::path& file);
 
+/// Opens what is there for writing bytes; null, with errno, when the system refuses. The caller closes it.
+std::FILE* open_for_writing(const std::filesystem::path& file);
+
 } // namespace platform

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <csignal>
 #include <system_error>
-#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -14,8 +13,8 @@ namespace platform {
 namespace {
 
 constexpr std::array<int, 3> signals{SIGINT, SIGTERM, SIGHUP};
-constexpr char stop_request = 's';
-constexpr char end_of_watch = 'e';
+constexpr char end_of_watch = 0; // every other character is the number of a signal
+constexpr int exit_by_signal = 128;
 
 // The handler may do no more than write to a pipe; the watcher reads its other end.
 std::array<int, 2> wake_pipe{-1, -1};
@@ -29,7 +28,7 @@ void send(char what) noexcept
     errno = saved_errno;
 }
 
-extern "C" void zvgentl_on_signal(int /*number*/) { send(stop_request); }
+extern "C" void zvgentl_on_signal(int number) { send(static_cast<char>(number)); }
 
 void install_handlers()
 {
@@ -52,7 +51,7 @@ void restore_handlers()
 
 } // namespace
 
-Interrupt::Interrupt(std::function<void()> give_up) : m_give_up(std::move(give_up))
+Interrupt::Interrupt()
 {
     if (pipe2(wake_pipe.data(), O_CLOEXEC) != 0)
         throw std::system_error(errno, std::generic_category(), "cannot create a pipe");
@@ -80,7 +79,7 @@ void Interrupt::watch()
             continue;
         if (count != 1 || what == end_of_watch)
             return;
-        on_request();
+        on_request(exit_by_signal + what);
     }
 }
 

@@ -223,4 +223,10 @@ std::int64_t place_in(std::FILE* file) noexcept { return ftello(file); }
 
 std::FILE* open_file(const std::filesystem::path& file) { return std::fopen(file.c_str(), "rb"); }
 
+std::FILE* open_for_writing(const std::filesystem::path& file)
+{
+    const int number = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    return number == -1 ? nullptr : fdopen(number, "w");
+}
+
 } // namespace platform

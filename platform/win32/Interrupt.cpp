@@ -15,20 +15,27 @@ namespace {
 // Handlers share the mutex, so that a second request gets through while the first is at work; the end of the
 // object waits for all of them.
 std::shared_mutex handler_mutex;
-std::function<void()> request_stop; // of the one object, while it lives
+std::function<void(int)> request_stop; // of the one object, while it lives
 
-bool pass_on()
+int exit_code_of(DWORD kind)
+{
+    if (kind == CTRL_CLOSE_EVENT)
+        return exit_hung_up;
+    return kind == CTRL_LOGOFF_EVENT || kind == CTRL_SHUTDOWN_EVENT ? exit_terminated : exit_interrupted;
+}
+
+bool pass_on(DWORD kind)
 {
     const std::shared_lock lock(handler_mutex);
     if (!request_stop)
         return false;
-    request_stop();
+    request_stop(exit_code_of(kind));
     return true;
 }
 
 BOOL WINAPI on_control(DWORD kind)
 {
-    if (!pass_on())
+    if (!pass_on(kind))
         return FALSE;
     // In these cases the process ends as soon as this returns: the orderly end gets the time that the system
     // allows.
@@ -37,7 +44,7 @@ BOOL WINAPI on_control(DWORD kind)
     return TRUE;
 }
 
-void set_request(std::function<void()> request)
+void set_request(std::function<void(int)> request)
 {
     const std::unique_lock lock(handler_mutex);
     request_stop = std::move(request);
@@ -57,10 +64,10 @@ void install_handler()
 
 } // namespace
 
-Interrupt::Interrupt(std::function<void()> give_up) : m_give_up(std::move(give_up))
+Interrupt::Interrupt()
 {
     install_handler();
-    set_request([this] { on_request(); });
+    set_request([this](int exit_code) { on_request(exit_code); });
 }
 
 Interrupt::~Interrupt() { set_request(nullptr); }

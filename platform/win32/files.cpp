@@ -198,4 +198,10 @@ std::int64_t place_in(std::FILE* file) noexcept { return _ftelli64(file); }
 
 std::FILE* open_file(const std::filesystem::path& file) { return _wfopen(file.c_str(), L"rb"); }
 
+std::FILE* open_for_writing(const std::filesystem::path& file)
+{
+    const int number = _wopen(file.c_str(), _O_WRONLY | _O_BINARY | _O_NOINHERIT);
+    return number == -1 ? nullptr : _fdopen(number, "wb");
+}
+
 } // namespace platform

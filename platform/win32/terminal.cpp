@@ -2,6 +2,8 @@
 
 #include <windows.h> // before the headers that need it
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <io.h>
 
@@ -18,5 +20,16 @@ bool is_terminal(std::FILE* stream) noexcept
 }
 
 void keep_bytes(std::FILE* stream) noexcept { _setmode(_fileno(stream), _O_BINARY); }
+
+void prepare_standard_streams() noexcept {} // neither happens on this system
+
+bool is_broken_pipe(std::FILE* stream, int error) noexcept
+{
+    if (error == EPIPE)
+        return true;
+    // The run-time library has no number of its own for a pipe whose reader is gone.
+    auto* const handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    return error == EINVAL && GetFileType(handle) == FILE_TYPE_PIPE;
+}
 
 } // namespace platform

@@ -63,6 +63,12 @@ Frame Stream::frame(BUFFER_HANDLE buffer) const
     frame.pixel_format_namespace = buffer_number(buffer, BUFFER_INFO_PIXELFORMAT_NAMESPACE);
     frame.id = buffer_number(buffer, BUFFER_INFO_FRAMEID);
     frame.timestamp = buffer_number(buffer, BUFFER_INFO_TIMESTAMP);
+    const auto incomplete =
+        find_number(m_producer, "DSGetBufferInfo", [&](INFO_DATATYPE* type, void* value, std::size_t* size) {
+            return m_producer.functions().DSGetBufferInfo(m_handle, buffer, BUFFER_INFO_IS_INCOMPLETE, type,
+                                                          value, size);
+        });
+    frame.is_incomplete = incomplete.value_or(0) != 0;
     return frame;
 }
 

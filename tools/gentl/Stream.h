@@ -24,6 +24,7 @@ struct Frame {
     std::uint64_t pixel_format_namespace{0};
     std::uint64_t id{0};
     std::uint64_t timestamp{0}; // in ticks of the device
+    bool is_incomplete{false};  // by what the producer says; false when it does not say
 };
 
 /// A data stream, open while the object lives; closing stops it and takes its buffers back.

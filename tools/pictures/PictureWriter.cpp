@@ -35,7 +35,10 @@ void PictureWriter::write(const std::filesystem::path& file, const Picture& pict
         write_to(stream.get(), picture);
         if (std::fclose(stream.release()) != 0) // the last bytes may find the disk full
             fail();
-        std::filesystem::rename(part, file);
+        std::error_code error;
+        std::filesystem::rename(part, file, error);
+        if (error)
+            throw std::system_error(error); // whose text is the system's reason alone
     } catch (const std::exception& reason) {
         std::error_code ignored;
         if (is_ours)

@@ -1,21 +1,23 @@
 #include "zvgentl/CommandLine.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
-#include <iostream>
 #include <map>
+#include <numeric>
+#include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
 #include "gentl/texts.h"
+#include "platform/terminal.h"
 #include "platform/visible_text.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/LoggerLibrary.h"
-#include "zvgentl/TemporarySettings.h"
+#include "zvgentl/Output.h"
 
 namespace zvgentl::tool {
 
@@ -36,7 +38,12 @@ constexpr const char* footer =
     "The producer that is loaded is the one given with --cti; otherwise those in the folders of\n"
     "the variable GENICAM_GENTL64_PATH; otherwise the .cti file next to this program.\n"
     "\n"
-    "Exit codes: 0 done, 1 failed, 2 wrong command line, 130 interrupted (Ctrl-C).";
+    "Options of a command may stand before it, and `zvgentl help grab` is `zvgentl grab --help`.\n"
+    "\n"
+    "Exit codes: 0 done, 1 failed, 2 wrong command line, 130 interrupted (Ctrl-C), 129 and 143 ended by\n"
+    "a closed terminal and by a request to end, 141 nobody reads the output any more.";
+
+constexpr const char* help_command = "help";
 
 struct Registered {
     CommandHelp help;
@@ -50,15 +57,111 @@ std::map<std::string, Registered>& registered_commands()
     return all;
 }
 
-int run_command(const std::string& name, const Command& command)
+/// Runs something that prints. What it throws is reported under its name, and gives the exit code.
+int run_reporting(const std::string& name, const std::function<int()>& work)
 {
-    TemporarySettings::remove_leftovers();
     try {
-        return command.run();
+        return work();
+    } catch (const OutputError& reason) {
+        if (reason.is_broken_pipe())
+            return exit_broken_pipe;
+        print_error(fmt::format("{}: {}\n", name, reason.what()));
     } catch (const std::exception& reason) {
-        std::cout.flush();
-        fmt::print(stderr, "zvgentl {}: {}\n{}", name, platform::visible_lines(reason.what()), log_hint());
-        return exit_failure;
+        print_error(fmt::format("{}: {}\n{}", name, platform::visible_lines(reason_of(reason)), log_hint()));
+    }
+    return exit_failure;
+}
+
+using Words = std::vector<std::string>;
+
+bool takes_value(const CLI::App& app, const std::string& word)
+{
+    const auto& parsers = app.get_subcommands(nullptr);
+    return std::any_of(parsers.begin(), parsers.end(), [&](const CLI::App* parser) {
+        const CLI::Option* const option = parser->get_option_no_throw(word);
+        return option != nullptr && option->get_items_expected_max() > 0;
+    });
+}
+
+/// The place of the command: the first word that is neither an option nor its value.
+std::size_t place_of_command(const CLI::App& app, const Words& words)
+{
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (words[i].empty() || words[i][0] != '-')
+            return i;
+        if (takes_value(app, words[i]))
+            ++i;
+    }
+    return words.size();
+}
+
+/// How many letters must be changed, added or left out to turn one word into the other.
+std::size_t distance(const std::string& left, const std::string& right)
+{
+    std::vector<std::size_t> row(right.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < right.size(); ++j) {
+            const std::size_t replaced = diagonal + (left[i] == right[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string unknown_command(const std::string& word)
+{
+    std::string closest = help_command;
+    for (const auto& [name, registered] : registered_commands())
+        if (distance(lower_case(word), name) < distance(lower_case(word), closest))
+            closest = name;
+    const bool is_close = distance(lower_case(word), closest) <= std::max<std::size_t>(2, word.size() / 2);
+    return fmt::format("there is no command \"{}\"; {}", platform::visible(word),
+                       is_close ? fmt::format("did you mean {}?", closest)
+                                : "`zvgentl --help` lists the commands");
+}
+
+/// The words with the command in front; `help` becomes the option of that name. Throws std::runtime_error
+/// when there is no such command, and when none is given.
+Words with_command_first(const CLI::App& app, Words words)
+{
+    const auto command = words.begin() + static_cast<std::ptrdiff_t>(place_of_command(app, words));
+    if (command == words.end()) {
+        for (const char* const option : {"--help", "-h", "--version"})
+            if (std::find(words.begin(), words.end(), option) != words.end())
+                return {option};
+        throw std::runtime_error("a command is missing; `zvgentl --help` lists the commands");
+    }
+    if (*command == help_command) {
+        words.erase(command);
+        return words.empty() ? Words{"--help"} : with_command_first(app, {words.front(), "--help"});
+    }
+    if (registered_commands().count(*command) == 0)
+        throw std::runtime_error(unknown_command(*command));
+    std::rotate(words.begin(), command, command + 1);
+    return words;
+}
+
+/// Reads the command line. Answers the exit code when there is nothing to run.
+std::optional<int> parse(CLI::App& app, Words words)
+{
+    try {
+        words = with_command_first(app, std::move(words));
+        std::reverse(words.begin(), words.end()); // as the parser takes them
+        app.parse(std::move(words));
+        return std::nullopt;
+    } catch (const CLI::ParseError& reason) {
+        std::ostringstream output;
+        std::ostringstream errors;
+        const bool is_answered = app.exit(reason, output, errors) == 0;
+        print_error(platform::visible_lines(errors.str()));
+        print_output(output.str());
+        return is_answered ? exit_success : exit_usage;
+    } catch (const std::runtime_error& reason) {
+        print_error(fmt::format("zvgentl: {}\n", platform::visible_lines(reason.what())));
+        return exit_usage;
     }
 }
 
@@ -137,6 +240,16 @@ void OptionList::needs(const char* name, const char* other)
     m_parser.get_option(name)->needs(m_parser.get_option(other));
 }
 
+void OptionList::excludes(const char* name, const char* other)
+{
+    m_parser.get_option(name)->excludes(m_parser.get_option(other));
+}
+
+void OptionList::note(const char* name, bool& given)
+{
+    m_parser.get_option(name)->each([&given](const std::string&) { given = true; });
+}
+
 CommandRegistration::CommandRegistration(const CommandHelp& help, Maker maker)
 {
     registered_commands()[help.name] = {help, std::move(maker)};
@@ -144,6 +257,7 @@ CommandRegistration::CommandRegistration(const CommandHelp& help, Maker maker)
 
 int run_program(int argc, const char* const* argv)
 {
+    platform::prepare_standard_streams();
     CLI::App app(description, "zvgentl");
     app.footer(footer);
     app.set_version_flag("--version", "zvgentl " ZV_VERSION);
@@ -156,16 +270,16 @@ int run_program(int argc, const char* const* argv)
         OptionList list(*parser);
         (commands[parser] = registered.make())->describe(list);
     }
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& reason) {
-        std::ostringstream errors;
-        const int code = app.exit(reason, std::cout, errors);
-        std::cerr << platform::visible_lines(errors.str());
-        return code == 0 ? exit_success : exit_usage;
-    }
+    app.add_subcommand(help_command, "Explain a command");
+    std::optional<int> code;
+    const int reported = run_reporting("zvgentl", [&] {
+        code = parse(app, Words(argv + 1, argv + argc));
+        return code.value_or(exit_success);
+    });
+    if (code || reported != exit_success)
+        return reported;
     const CLI::App& chosen = *app.get_subcommands().front();
-    return run_command(chosen.get_name(), *commands.at(&chosen));
+    return run_reporting("zvgentl " + chosen.get_name(), [&] { return commands.at(&chosen)->run(); });
 }
 
 } // namespace zvgentl::tool

@@ -60,6 +60,10 @@ public:
 
     /// The first option may only be given together with the second.
     void needs(const char* name, const char* other);
+    /// Only one of both may be given.
+    void excludes(const char* name, const char* other);
+    /// Sets `given` when the option, which takes a value, is given.
+    void note(const char* name, bool& given);
 
 private:
     void word_of(const char* names, const char* value, const char* help,

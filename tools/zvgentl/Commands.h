@@ -12,10 +12,11 @@
 
 namespace zvgentl::tool {
 
-/// The exit codes of the commands; platform/Interrupt.h has 130 (interrupted).
+/// The exit codes of the commands; platform/Interrupt.h has those of interrupted ones.
 constexpr int exit_success = 0;
-constexpr int exit_failure = 1; // something went wrong while running
-constexpr int exit_usage = 2;   // the command line is wrong
+constexpr int exit_failure = 1;       // something went wrong while running
+constexpr int exit_usage = 2;         // the command line is wrong
+constexpr int exit_broken_pipe = 141; // nobody reads the output any more; as if SIGPIPE had ended the program
 
 struct ListOptions {
     std::string cti;

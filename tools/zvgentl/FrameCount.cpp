@@ -48,21 +48,27 @@ void Sequence::add_late(std::uint64_t number)
     ++m_late;
 }
 
-void FrameCount::add(const Frame& frame)
+FrameState FrameCount::add(const Frame& frame)
 {
     ++m_delivered;
     m_ids.add(frame.id);
     m_highest_id = std::max(m_highest_id, frame.id);
+    if (frame.is_incomplete) {
+        ++m_incomplete;
+        return FrameState::damaged;
+    }
     if (m_stamps == Stamps::ignored)
-        return;
+        return FrameState::not_checked;
     const auto stamp = zvgr::read_stamp(frame.data, frame.size);
     if (!stamp)
-        return;
+        return m_stamped == 0 ? FrameState::not_checked : FrameState::damaged;
     ++m_stamped;
-    if (stamp->checksum_ok)
+    if (stamp->checksum_ok) {
         m_counters.add(stamp->counter);
-    else
-        ++m_wrong_checksums; // its counter cannot be trusted either, and so the frame counts as lost
+        return FrameState::intact;
+    }
+    ++m_wrong_checksums; // its counter cannot be trusted either, and so the frame counts as lost
+    return FrameState::damaged;
 }
 
 LossSource FrameCount::loss_source() const noexcept
@@ -107,7 +113,8 @@ std::uint64_t FrameCount::repeated() const noexcept
 
 std::uint64_t FrameCount::damaged() const noexcept
 {
-    return m_stamped == 0 ? 0 : m_wrong_checksums + (m_delivered - m_stamped);
+    const std::uint64_t unstamped = m_delivered - m_incomplete - m_stamped;
+    return m_incomplete + (m_stamped == 0 ? 0 : m_wrong_checksums + unstamped);
 }
 
 } // namespace zvgentl::tool

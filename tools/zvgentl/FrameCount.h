@@ -35,6 +35,9 @@ private:
 /// Where the number of lost frames is read from.
 enum class LossSource { unknown, frame_ids, frame_counter };
 
+/// What is known about the pixels of a frame.
+enum class FrameState { not_checked, intact, damaged };
+
 /// Counts delivered, lost and damaged frames of one grab.
 class FrameCount {
 public:
@@ -43,7 +46,7 @@ public:
     FrameCount(StreamMode mode, Stamps stamps) : m_mode(mode), m_stamps(stamps) {}
 
     /// Reads the frame's id and, when asked to, the counter and checksum in its pixels.
-    void add(const Frame& frame);
+    FrameState add(const Frame& frame);
 
     std::uint64_t delivered() const noexcept { return m_delivered; }
     LossSource loss_source() const noexcept;
@@ -55,7 +58,9 @@ public:
     bool stamps_checked() const noexcept { return m_stamps == Stamps::checked; }
     /// Frames with a counter and checksum in their pixels.
     std::uint64_t stamped() const noexcept { return m_stamped; }
-    /// Frames whose checksum is wrong, and frames without one from a camera that writes them.
+    /// Frames that the producer calls incomplete.
+    std::uint64_t incomplete() const noexcept { return m_incomplete; }
+    /// These, frames whose checksum is wrong, and frames without one from a camera that writes them.
     std::uint64_t damaged() const noexcept;
 
 private:
@@ -65,6 +70,7 @@ private:
     Stamps m_stamps;
     std::uint64_t m_delivered{0};
     std::uint64_t m_highest_id{0};
+    std::uint64_t m_incomplete{0};
     std::uint64_t m_stamped{0};
     std::uint64_t m_wrong_checksums{0};
     Sequence m_ids;

@@ -1,11 +1,13 @@
 #include "zvgentl/GrabResult.h"
 
+#include <algorithm>
+
 #include <fmt/core.h>
 
 #include "pictures/PixelFormat.h"
-#include "platform/Interrupt.h"
 #include "platform/visible_text.h"
 #include "zvgentl/Commands.h"
+#include "zvgentl/LoggerLibrary.h"
 
 namespace zvgentl::tool {
 
@@ -15,9 +17,9 @@ namespace {
 
 std::string delivered_text(const GrabResult& result)
 {
-    std::string text = result.options.frames == 0
-                           ? fmt::format("{} frames", result.count.delivered())
-                           : fmt::format("{} of {} frames", result.count.delivered(), result.options.frames);
+    std::string text = result.options.wanted() == 0 ? fmt::format("{} frames", result.count.delivered())
+                                                    : fmt::format("{} of {} frames", result.count.delivered(),
+                                                                  result.options.wanted());
     const auto rate = result.rate(result.seconds);
     if (!rate)
         return text;
@@ -47,6 +49,9 @@ std::string lost_text(const FrameCount& count)
 
 std::string checked_text(const FrameCount& count)
 {
+    if (count.incomplete() > 0)
+        return fmt::format("{} of {} FRAMES ARE DAMAGED: {} are incomplete", count.damaged(),
+                           count.delivered(), count.incomplete());
     if (!count.stamps_checked())
         return "no (--no-verify)";
     if (count.stamped() == 0)
@@ -57,15 +62,26 @@ std::string checked_text(const FrameCount& count)
                        count.delivered());
 }
 
+std::uint64_t longest_wait_ms(const GrabOptions& options)
+{
+    return options.duration_s > 0 ? std::min(options.timeout_ms, options.duration_s * 1000)
+                                  : options.timeout_ms;
+}
+
 std::string ending_text(const GrabResult& result)
 {
     switch (result.outcome) {
+    case Outcome::failed:
+        return "\nFailed: " + platform::visible_lines(result.problem) + "\n";
+    case Outcome::incomplete:
+        return fmt::format("\nIncomplete: {} frames were lost between the first and the last.\n",
+                           result.count.lost().value_or(0));
     case Outcome::interrupted:
         return "\nInterrupted: stopped cleanly.\n";
     case Outcome::timed_out:
         return fmt::format("\nNo frame arrived within {} ms. Does the camera wait for a trigger, or is it "
-                           "slower than that? --timeout sets how long to wait.\n",
-                           result.options.timeout_ms);
+                           "slower than that? --timeout sets how long to wait.\n{}",
+                           longest_wait_ms(result.options), log_hint());
     default:
         return {};
     }
@@ -86,11 +102,26 @@ std::optional<double> GrabResult::rate(double span) const
     return static_cast<double>(count.delivered() - 1) / span;
 }
 
+bool GrabResult::fails_on_loss() const noexcept
+{
+    return options.fail_on_loss && count.delivered() > 0 && count.lost().value_or(1) > 0;
+}
+
+void GrabResult::finish() noexcept
+{
+    if (outcome != Outcome::complete)
+        return;
+    if (count.delivered() == 0)
+        outcome = Outcome::timed_out;
+    else if (count.lost().value_or(0) > 0)
+        outcome = Outcome::incomplete;
+}
+
 int GrabResult::exit_code() const
 {
-    if (count.damaged() > 0 || outcome == Outcome::timed_out)
+    if (count.damaged() > 0 || outcome == Outcome::timed_out || outcome == Outcome::failed || fails_on_loss())
         return exit_failure;
-    return outcome == Outcome::interrupted ? platform::exit_interrupted : exit_success;
+    return outcome == Outcome::interrupted ? interrupted_code : exit_success;
 }
 
 std::string to_text(const GrabResult& result)
@@ -107,9 +138,10 @@ std::string to_text(const GrabResult& result)
     text += fmt::format("Lost       {}\n", lost_text(result.count));
     text += fmt::format("Verified   {}\n", checked_text(result.count));
     if (!result.options.output.empty())
-        text += fmt::format("Saved      {} {} files in {}\n", result.saved,
-                            result.options.format == FileFormat::png ? "PNG" : "TIFF",
-                            visible(result.options.output));
+        text += fmt::format("Saved      {} frames as {} in {}\n", result.saved,
+                            format_name(result.options.format), visible(result.options.output));
+    if (result.fails_on_loss() && !result.count.lost())
+        text += "\nFailed: whether frames were lost is not known (--fail-on-loss).\n";
     return text + ending_text(result);
 }
 

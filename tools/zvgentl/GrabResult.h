@@ -10,8 +10,8 @@
 
 namespace zvgentl::tool {
 
-/// How a grab ended.
-enum class Outcome { complete, interrupted, timed_out };
+/// How a grab ended. Incomplete: all that were asked for arrived, but others between them were lost.
+enum class Outcome { complete, incomplete, interrupted, timed_out, failed };
 
 /// What the pictures of a grab look like.
 struct PictureKind {
@@ -26,6 +26,8 @@ struct GrabResult {
 
     GrabOptions options;
     Outcome outcome{Outcome::complete};
+    std::string problem;     // why it failed
+    int interrupted_code{0}; // the exit code of an interruption
     std::string producer;
     std::string interface_id;
     std::string device_id;
@@ -41,6 +43,12 @@ struct GrabResult {
 
     /// Frames per second over a span that began with the first frame; nothing when it is unknown.
     std::optional<double> rate(double span) const;
+    /// Whether it came so far that there is something to tell beside the problem.
+    bool has_stream() const noexcept { return buffer_size > 0; }
+    /// Whether frames were lost; also when that is not known and must be.
+    bool fails_on_loss() const noexcept;
+    /// A complete grab that lost frames is incomplete, and one without frames has timed out.
+    void finish() noexcept;
     int exit_code() const;
 };
 

@@ -7,6 +7,7 @@
 
 #include "pictures/PixelFormat.h"
 #include "zvgentl/FeatureOutput.h"
+#include "zvgentl/FrameSink.h"
 #include "zvgentl/GrabResult.h"
 #include "zvgentl/ProducerTree.h"
 
@@ -142,8 +143,12 @@ const char* outcome_name(Outcome outcome) noexcept
     switch (outcome) {
     case Outcome::complete:
         return "complete";
+    case Outcome::incomplete:
+        return "incomplete";
     case Outcome::interrupted:
         return "interrupted";
+    case Outcome::failed:
+        return "failed";
     default:
         return "timed out";
     }
@@ -160,8 +165,6 @@ Json source_json(LossSource source)
         return nullptr;
     }
 }
-
-const char* format_name(FileFormat format) noexcept { return format == FileFormat::png ? "png" : "tiff"; }
 
 Json picture_json(const std::optional<PictureKind>& picture)
 {
@@ -208,11 +211,34 @@ std::string json_text(const NamedValues& values)
     return text_of(json);
 }
 
+std::string json_line(const RawHeader& header)
+{
+    const Frame& frame = header.frame;
+    const Json json{{"raw_frame", 1}, // the version of this layout
+                    {"number", header.number},
+                    {"size", frame.size},
+                    {"width", frame.width},
+                    {"height", frame.height},
+                    {"row_padding", frame.row_padding},
+                    {"pixel_format", pixel_format_name(frame.pixel_format)},
+                    {"pixel_format_code", frame.pixel_format},
+                    {"pixel_format_namespace", frame.pixel_format_namespace},
+                    {"bits_per_pixel", frame.pixel_format >> 16U & 0xFFU}, // PFNC keeps it there
+                    {"byte_order", "little"},
+                    {"id", frame.id},
+                    {"timestamp", frame.timestamp},
+                    {"timestamp_frequency", header.timestamp_frequency},
+                    {"incomplete", frame.is_incomplete}};
+    return json.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
+}
+
 std::string json_text(const GrabResult& result)
 {
     const FrameCount& count = result.count;
     return text_of(
         {{"outcome", outcome_name(result.outcome)},
+         {"exit_code", result.exit_code()},
+         {"problem", result.problem.empty() ? Json(nullptr) : Json(result.problem)},
          {"producer", result.producer},
          {"interface", result.interface_id},
          {"device", result.device_id},
@@ -223,7 +249,8 @@ std::string json_text(const GrabResult& result)
          {"buffers", result.options.buffers},
          {"buffer_size", result.buffer_size},
          {"picture", picture_json(result.picture)},
-         {"requested", result.options.frames},
+         {"requested", result.options.wanted()},
+         {"skipped", result.options.skip},
          {"delivered", count.delivered()},
          {"lost", or_null(count.lost())},
          {"lost_from", source_json(count.loss_source())},
@@ -234,6 +261,7 @@ std::string json_text(const GrabResult& result)
          {"device_frames_per_second", or_null(result.rate(result.device_seconds))},
          {"checksums",
           {{"checked", count.stamps_checked()}, {"found", count.stamped()}, {"damaged", count.damaged()}}},
+         {"incomplete_frames", count.incomplete()},
          {"saved", saved_json(result)}});
 }
 

@@ -11,6 +11,7 @@ namespace zvgentl::tool {
 struct FeatureTable;
 struct GrabResult;
 struct ProducerEntry;
+struct RawHeader;
 
 /// Names of features and their values.
 using NamedValues = std::vector<std::pair<std::string, Value>>;
@@ -21,5 +22,8 @@ std::string json_text(const std::vector<ProducerEntry>& producers);
 std::string json_text(const FeatureTable& table);
 std::string json_text(const NamedValues& values);
 std::string json_text(const GrabResult& result);
+
+/// The header of a raw frame: one line, in ASCII.
+std::string json_line(const RawHeader& header);
 
 } // namespace zvgentl::tool

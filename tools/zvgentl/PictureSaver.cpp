@@ -13,6 +13,8 @@ namespace {
 
 unsigned thread_count() noexcept { return std::clamp(std::thread::hardware_concurrency(), 1U, 4U); }
 
+} // namespace
+
 void create_folder(const std::filesystem::path& folder)
 {
     std::error_code error;
@@ -21,12 +23,11 @@ void create_folder(const std::filesystem::path& folder)
         throw std::runtime_error(
             fmt::format("cannot create the folder {}: there is no {}", folder.u8string(), root.u8string()));
     std::filesystem::create_directories(folder, error);
-    if (!std::filesystem::is_directory(folder))
+    std::error_code ignored; // the first reason counts
+    if (!std::filesystem::is_directory(folder, ignored))
         throw std::runtime_error(fmt::format("cannot create the folder {}: {}", folder.u8string(),
                                              error ? error.message() : "a file has that name"));
 }
-
-} // namespace
 
 PictureSaver::PictureSaver(std::filesystem::path folder, FileFormat format, std::size_t max_waiting)
     : m_folder(std::move(folder)), m_writer(make_writer(format)), m_max_waiting(max_waiting)

@@ -16,6 +16,10 @@
 
 namespace zvgentl::tool {
 
+/// Creates the folder and those above it that are missing. Throws std::runtime_error with its name and the
+/// reason.
+void create_folder(const std::filesystem::path& folder);
+
 /// Writes pictures to a folder on threads of its own, so that compressing and the disk do not hold up the
 /// camera. Called from one thread.
 class PictureSaver {

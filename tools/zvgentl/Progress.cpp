@@ -24,7 +24,7 @@ std::string bar(std::uint64_t done, std::uint64_t total)
 } // namespace
 
 Progress::Progress(std::FILE* stream, std::uint64_t total)
-    : m_stream(stream), m_total(total), m_visible(platform::is_terminal(stream))
+    : m_stream(stream), m_total(total), m_visible(stream != nullptr && platform::is_terminal(stream))
 {
 }
 

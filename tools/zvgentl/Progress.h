@@ -7,7 +7,7 @@
 
 namespace zvgentl::tool {
 
-/// A line on the terminal that follows a grab; silent when the stream is not a terminal.
+/// A line on the terminal that follows a grab; silent without a stream, and when it is not a terminal.
 class Progress {
 public:
     /// total 0: there is no end, only a count is shown.

@@ -9,9 +9,11 @@
 #include <fmt/core.h>
 
 #include "gentl/Error.h"
+#include "gentl/Port.h"
 #include "gentl/texts.h"
 #include "platform/visible_text.h"
 #include "zvgentl/LoggerLibrary.h"
+#include "zvgentl/OpenPort.h"
 
 namespace zvgentl::tool {
 
@@ -83,6 +85,30 @@ void search_interface(const System& system, const std::string& interface_id, con
         }
     } catch (const Error& reason) {
         search.problems.push_back(fmt::format("{}: {}", platform::visible(interface_id), reason.what()));
+    }
+}
+
+/// The name that the user gave a camera, as its own features know it; empty when that cannot be read.
+std::string name_in_camera(const Interface& iface, const std::string& id)
+{
+    try {
+        const Device device(iface, id);
+        const Port port(device.producer(), device.remote_port());
+        return make_node_map(port)->get_text("DeviceUserID");
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+/// Producers need not tell the names that users gave, and some tell others instead. Asking the cameras takes longer and opens them, so this
+/// comes last.
+void search_cameras(const std::string& wanted, Search& search)
+{
+    auto candidates = std::move(search.found[Fit::none]);
+    search.found.clear();
+    for (auto& device : candidates) {
+        device.user_defined_name = name_in_camera(*search.interfaces.at(device.interface_id), device.id);
+        search.found[fit_of(wanted, device)].push_back(std::move(device));
     }
 }
 
@@ -217,6 +243,8 @@ SelectedDevice select_device(const System& system, const std::string& interface_
         if (device.empty() && !search.hits().empty())
             break;
     }
+    if (search.hits().empty() && !device.empty())
+        search_cameras(device, search);
     auto& hits = search.hits();
     if (hits.empty())
         throw std::runtime_error(not_found(search, interface_id, device));

@@ -23,8 +23,9 @@ Program::Program(const Words& arguments, const Variables& variables)
     with("ZV_SETTINGS_FILE", (m_folder / "settings.properties").u8string());
     with("ZV_LOGGER_CONFIG", (m_folder / "logger.properties").u8string());
     with("GENICAM_GENTL64_PATH", "");
-    for (const char* const variable : {"ZV_GRABBER_CONFIG", "ZV_GRABBER_PICTURES", "ZV_GRABBER_RATE",
-                                       "ZV_GRABBER_PIXEL_FORMAT", "ZV_GRABBER_SIZE"})
+    for (const char* const variable :
+         {"ZV_GRABBER_CONFIG", "ZV_GRABBER_PICTURES", "ZV_GRABBER_RATE", "ZV_GRABBER_PIXEL_FORMAT",
+          "ZV_GRABBER_SIZE", "ZV_GRABBER_FAULTS", "ZV_SETTINGS_OVERRIDE"})
         with(variable, "");
     for (const auto& [variable, value] : variables)
         with(variable, value);
@@ -39,6 +40,13 @@ Program& Program::with(const std::string& variable, const std::string& value)
 Program& Program::on_terminal()
 {
     m_start.errors.clear();
+    return *this;
+}
+
+Program& Program::through_shell(const std::string& command)
+{
+    m_start.arguments.insert(m_start.arguments.begin(), {"-c", command, m_start.program.string()});
+    m_start.program = "/bin/sh";
     return *this;
 }
 

@@ -43,6 +43,8 @@ public:
     Program& with(const std::string& variable, const std::string& value);
     /// Shows its errors on a terminal instead of a file.
     Program& on_terminal();
+    /// Starts this command of a shell, in which $0 is `zvgentl` and $1 to $9 are the arguments.
+    Program& through_shell(const std::string& command);
 
     void start();
     void interrupt(const Interruption& way) const { m_process->interrupt(way); }

@@ -173,4 +173,22 @@ TEST(GrabWithFeatures, GrabsNothingWhenOneIsRefused)
     EXPECT_TRUE(program.left_nothing_temporary());
 }
 
+TEST(Names, MayBeThoseThatUsersGive)
+{
+    const TemporaryFolder folder;
+    write_text(folder / "grabbers.yaml",
+               "grabbers: [{cameras: [{user_id: Left}, {user_id: Right}, {user_id: right}]}]\n");
+    const Variables variables{{"ZV_GRABBER_CONFIG", (folder / "grabbers.yaml").generic_u8string()}};
+    for (const auto& [name, device] : std::map<std::string, std::string>{
+             {"left", "Device00"}, {"Right", "Device01"}, {"right", "Device02"}}) {
+        const Ended ended = Program({"grab", "--frames", "1", "--json", "--device", name}, variables).run();
+        EXPECT_EQ(device, ended.json()["device"]) << ended.errors;
+    }
+    const Ended ended = Program({"grab", "--device", "RIGHT"}, variables).run();
+    EXPECT_EQ(1, ended.code);
+    EXPECT_THAT(
+        ended.errors,
+        HasSubstr("more than one device is called RIGHT: FG0/Device01, FG0/Device02; choose one by its ID"));
+}
+
 } // namespace zvgentl::test

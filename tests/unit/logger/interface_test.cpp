@@ -118,6 +118,7 @@ TEST_F(StoredSettings, GiveWayToThoseOfTheEnvironment)
     EXPECT_EQ(7u, ZVSettings::InitInteger(3, "A", 4, nullptr));
     EXPECT_EQ(2u, ZVSettings::InitInteger(3, "B", 4, nullptr));
     EXPECT_EQ(16u, ZVSettings::InitInteger(3, "C", 4, nullptr));
+    EXPECT_EQ(5u, ZVSettings::InitInteger(3, "D", 5, nullptr));
     EXPECT_EQ("A = 1\nB = 2\n", content_of(file())) << "and are not written to the file";
     m_home.environment.unset("ZV_SETTINGS_OVERRIDE");
     EXPECT_EQ(1u, ZVSettings::InitInteger(3, "A", 4, nullptr));

@@ -53,7 +53,7 @@ TEST(GrabOptions, GrabTenFramesInQueuedModeFromTheFirstDevice)
     EXPECT_EQ(8U, options.buffers);
     EXPECT_EQ(StreamMode::queued, options.mode);
     EXPECT_EQ(5000U, options.timeout_ms);
-    EXPECT_EQ(FileFormat::png, options.format);
+    EXPECT_EQ(SaveFormat::png, options.format);
     EXPECT_FALSE(options.json);
     EXPECT_TRUE(options.verify);
 }
@@ -72,9 +72,16 @@ TEST(GrabOptions, AreAllTakenFromTheCommandLine)
     EXPECT_EQ(StreamMode::cyclic, options.mode);
     EXPECT_EQ(250U, options.timeout_ms);
     EXPECT_EQ("pictures", options.output);
-    EXPECT_EQ(FileFormat::tiff, options.format);
+    EXPECT_EQ(SaveFormat::tiff, options.format);
     EXPECT_TRUE(options.json);
     EXPECT_FALSE(options.verify);
+}
+
+TEST(GrabOptions, HaveNoEndByTheNumberOfFramesWhenTheyHaveADuration)
+{
+    EXPECT_EQ(10U, parsed({}).wanted());
+    EXPECT_EQ(0U, parsed({"--duration", "5"}).wanted());
+    EXPECT_EQ(10U, parsed({"--duration", "5", "--frames", "10"}).wanted());
 }
 
 TEST(GrabOptions, KeepTheOrderInWhichFeaturesAreSet)
@@ -91,9 +98,15 @@ TEST(GrabOptions, KeepTheOrderInWhichFeaturesAreSet)
 TEST(CommandLine, IsRefusedWithTheReason)
 {
     const std::pair<Words, const char*> cases[] = {
-        {{}, "A subcommand is required"},
-        {{"grap"}, "A subcommand is required"},
-        {{"--no-such-option"}, "A subcommand is required"},
+        {{}, "a command is missing; `zvgentl --help` lists"},
+        {{"grap"}, "there is no command \"grap\"; did you mean grab?"},
+        {{"Liste"}, "there is no command \"Liste\"; did you mean list?"},
+        {{"photograph"}, "there is no command \"photograph\"; `zvgentl --help` lists the commands"},
+        {{"help", "grap"}, "did you mean grab?"},
+        {{"--cti", "list"}, "a command is missing"},
+        {{"--no-such-option"}, "a command is missing"},
+        {{"grab", "--append", "--overwrite", "--output", "x"}, "--overwrite excludes --append"},
+        {{"grab", "--append"}, "--append requires --output"},
         {{"list", "--frames", "1"}, "not expected"},
         {{"list", "--no-such-option"}, "not expected: --no-such-option"},
         {{"grab", "--unknown"}, "not expected: --unknown"},
@@ -104,7 +117,7 @@ TEST(CommandLine, IsRefusedWithTheReason)
         {{"grab", "--buffers", "10001"}, "--buffers: Value 10001 not in range 1 to 10000"},
         {{"grab", "--timeout", "0"}, "--timeout: Value 0 not in range 1 to 86400000"},
         {{"grab", "--mode", "ring"}, "--mode: \"ring\" is not one of queued, cyclic"},
-        {{"grab", "--format", "jpeg", "--output", "x"}, "--format: \"jpeg\" is not one of png, tiff"},
+        {{"grab", "--format", "jpeg", "--output", "x"}, "--format: \"jpeg\" is not one of png, tiff, raw"},
         {{"grab", "--format", "png"}, "--format requires --output"},
         {{"grab", "--set", "Width"}, "--set: \"Width\" is not of the form NAME=VALUE"},
         {{"grab", "--set", "=1"}, "--set: \"=1\" is not of the form NAME=VALUE"},
@@ -136,6 +149,24 @@ TEST(CommandLine, IsExplainedOnRequest)
         EXPECT_EQ(0, ended.code);
         for (const char* const part : {"Examples:", "Exit codes:", "GENICAM_GENTL64_PATH"})
             EXPECT_THAT(ended.output, HasSubstr(part));
+    }
+}
+
+TEST(CommandLine, IsExplainedByTheCommandHelp)
+{
+    EXPECT_EQ(run_program_with({"--help"}).output, run_program_with({"help"}).output);
+    EXPECT_EQ(run_program_with({"list", "--help"}).output, run_program_with({"help", "list"}).output);
+    EXPECT_EQ(run_program_with({"list", "--help"}).output, run_program_with({"--help", "list"}).output);
+}
+
+TEST(CommandLine, MayBeginWithOptionsOfTheCommand)
+{
+    for (const Words& words :
+         {Words{"--frames", "5", "keep", "--device", "list"}, Words{"-n", "5", "--device", "list", "keep"},
+          Words{"--frames=5", "-d", "list", "keep"}}) {
+        EXPECT_EQ(0, run_program_with(words).code);
+        EXPECT_EQ(5U, kept.frames);
+        EXPECT_EQ("list", kept.device);
     }
 }
 

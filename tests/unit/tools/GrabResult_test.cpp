@@ -54,12 +54,15 @@ TEST(GrabResult, HasAnExitCodeAndAnEnding)
         {Outcome::complete, 0, 0, "all 10 checksums are right\n"},
         {Outcome::complete, 1, 1, "1 of 10 FRAMES ARE DAMAGED"},
         {Outcome::timed_out, 0, 1, "--timeout sets how long to wait.\n"},
-        {Outcome::interrupted, 0, 130, "Interrupted: stopped cleanly.\n"},
+        {Outcome::interrupted, 0, 143, "Interrupted: stopped cleanly.\n"},
+        {Outcome::failed, 0, 1, "Failed: the disk is full\n"},
         {Outcome::interrupted, 1, 1, "1 of 10 FRAMES ARE DAMAGED"},
     };
     for (const auto& row : cases) {
         GrabResult result = grabbed({}, 10, row.damaged);
         result.outcome = row.outcome;
+        result.interrupted_code = 143;
+        result.problem = "the disk is full";
         EXPECT_EQ(row.code, result.exit_code()) << row.text;
         EXPECT_THAT(to_text(result), HasSubstr(row.text));
     }
@@ -72,6 +75,58 @@ TEST(GrabResultText, HasNoControlCharactersOfTheDevice)
     result.model = "\xC2\x9B"
                    "2J";
     EXPECT_THAT(to_text(result), HasSubstr("A\\nSaved \\x9B2J"));
+}
+
+TEST(GrabResult, IsIncompleteWhenFramesAreLost)
+{
+    GrabOptions options;
+    for (const bool must_fail : {false, true}) {
+        options.fail_on_loss = must_fail;
+        GrabResult result = grabbed(options, 3);
+        result.finish();
+        EXPECT_EQ(Outcome::complete, result.outcome);
+        EXPECT_EQ(0, result.exit_code());
+        result.count.add(frame_with(7, stamped_pixels(7)));
+        result.finish();
+        EXPECT_EQ(Outcome::incomplete, result.outcome);
+        EXPECT_EQ(must_fail ? 1 : 0, result.exit_code());
+        EXPECT_THAT(to_text(result),
+                    HasSubstr("Incomplete: 4 frames were lost between the first and the last"));
+    }
+}
+
+TEST(GrabResult, FailsWhenLossMustBeKnownAndIsNot)
+{
+    GrabOptions options;
+    options.mode = StreamMode::cyclic;
+    GrabResult result(options);
+    result.count.add(frame_with(0, {}));
+    EXPECT_EQ(0, result.exit_code());
+    result.options.fail_on_loss = true;
+    EXPECT_EQ(1, result.exit_code());
+    EXPECT_THAT(to_text(result), HasSubstr("whether frames were lost is not known"));
+}
+
+TEST(GrabResult, HasTimedOutWithoutFrames)
+{
+    GrabOptions options;
+    options.duration_s = 2;
+    GrabResult result(options);
+    result.finish();
+    EXPECT_EQ(Outcome::timed_out, result.outcome);
+    EXPECT_THAT(to_text(result), HasSubstr("No frame arrived within 2000 ms"));
+}
+
+TEST(GrabResult, CountsFramesThatTheProducerCallsIncomplete)
+{
+    GrabResult result = grabbed({}, 3);
+    const auto pixels = stamped_pixels(3);
+    Frame frame = frame_with(3, pixels);
+    frame.is_incomplete = true;
+    EXPECT_EQ(FrameState::damaged, result.count.add(frame));
+    EXPECT_EQ(1U, result.count.damaged());
+    EXPECT_EQ(1, result.exit_code());
+    EXPECT_THAT(to_text(result), HasSubstr("1 of 4 FRAMES ARE DAMAGED: 1 are incomplete"));
 }
 
 TEST(GrabResultText, SaysWhereTheLossIsReadFromAndHasNoGoalWithoutEnd)

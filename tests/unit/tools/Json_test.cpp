@@ -125,14 +125,15 @@ TEST(GrabJson, HasAllNumbers)
         pixels.back() = static_cast<std::uint8_t>(pixels.back() ^ id);
         result.count.add(frame_with(id, pixels));
     }
-    EXPECT_EQ(R"({"outcome": "complete","producer": "/opt/some.cti","interface": "FG0",)"
-              R"("device": "Device00","vendor": "Maker","model": "A","serial_number": "123",)"
-              R"("mode": "queued","buffers": 8,"buffer_size": 1000,"picture": {"width": 100,"height": 10,)"
-              R"("pixel_format": "Mono8","pixel_format_code": 17301505},"requested": 10,"delivered": 2,)"
-              R"("lost": 2,"lost_from": "frame ids","out_of_order": 0,"repeated": 0,"seconds": 2.0,)"
-              R"("frames_per_second": 0.5,"device_frames_per_second": 1.0,"checksums": {"checked": true,)"
-              R"("found": 2,"damaged": 1},"saved": {"files": 2,"folder": "pictures","format": "png"}})",
-              on_one_line(json_text(result)));
+    EXPECT_EQ(
+        R"({"outcome": "complete","exit_code": 1,"problem": null,"producer": "/opt/some.cti","interface": "FG0",)"
+        R"("device": "Device00","vendor": "Maker","model": "A","serial_number": "123",)"
+        R"("mode": "queued","buffers": 8,"buffer_size": 1000,"picture": {"width": 100,"height": 10,)"
+        R"("pixel_format": "Mono8","pixel_format_code": 17301505},"requested": 10,"skipped": 0,"delivered": 2,)"
+        R"("lost": 2,"lost_from": "frame ids","out_of_order": 0,"repeated": 0,"seconds": 2.0,)"
+        R"("frames_per_second": 0.5,"device_frames_per_second": 1.0,"checksums": {"checked": true,)"
+        R"("found": 2,"damaged": 1},"incomplete_frames": 0,"saved": {"files": 2,"folder": "pictures","format": "png"}})",
+        on_one_line(json_text(result)));
 }
 
 TEST(GrabJson, HasNullForWhatIsNotKnownAndNamesTheOutcome)

@@ -1,13 +1,11 @@
 #include <algorithm>
-#include <cstdio>
-
-#include <fmt/core.h>
 
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/FeatureOutput.h"
 #include "zvgentl/Json.h"
 #include "zvgentl/OpenPort.h"
+#include "zvgentl/Output.h"
 
 namespace zvgentl::tool {
 
@@ -48,7 +46,7 @@ int run(const FeaturesOptions& options)
     FeatureTable table{features.title(), options.category, {}};
     for (const auto& entry : features.map().tree(options.category))
         table.lines.push_back({entry, features.map().describe(entry.name)});
-    fmt::print("{}", options.json ? json_text(table) : to_text(table));
+    print_output(options.json ? json_text(table) : to_text(table));
     const bool all_were_read = std::all_of(table.lines.begin(), table.lines.end(),
                                            [](const auto& line) { return line.feature.problem.empty(); });
     return all_were_read ? exit_success : exit_failure;

@@ -1,12 +1,9 @@
-#include <cstdio>
-
-#include <fmt/core.h>
-
 #include "platform/visible_text.h"
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/Json.h"
 #include "zvgentl/OpenPort.h"
+#include "zvgentl/Output.h"
 
 namespace zvgentl::tool {
 
@@ -48,7 +45,7 @@ int run(const GetOptions& options)
             text += (options.names.size() > 1 ? name + "=" : "") +
                     platform::visible(features.map().get_text(name)) + "\n";
     }
-    fmt::print("{}", options.json ? json_text(values) : text);
+    print_output(options.json ? json_text(values) : text);
     return exit_success;
 }
 

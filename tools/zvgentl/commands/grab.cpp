@@ -1,22 +1,27 @@
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <optional>
 #include <stdexcept>
+#include <string>
 
 #include <fmt/core.h>
 
 #include "gentl/Error.h"
 #include "gentl/Stream.h"
 #include "platform/Interrupt.h"
+#include "platform/visible_text.h"
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
+#include "zvgentl/FrameSink.h"
 #include "zvgentl/GrabResult.h"
 #include "zvgentl/Json.h"
 #include "zvgentl/OpenPort.h"
-#include "zvgentl/PictureSaver.h"
+#include "zvgentl/Output.h"
 #include "zvgentl/Progress.h"
 #include "zvgentl/Selection.h"
-#include "zvgentl/TemporarySettings.h"
+#include "zvgentl/StreamMode.h"
 
 namespace zvgentl::tool {
 
@@ -31,31 +36,38 @@ constexpr const char* footer =
     "  zvgentl grab --frames 20 --output pictures --format tiff\n"
     "  zvgentl grab --set Width=320 --set ExposureTime=2000\n"
     "  zvgentl grab --frames 0            # until Ctrl-C\n"
+    "  zvgentl grab --duration 60 --fail-on-loss --frames-csv frames.csv\n"
+    "  zvgentl grab --frames 5 --format raw --output - | consumer\n"
     "\n"
     "Modes: `queued` fills the buffers in place; `cyclic` copies each frame from a ring of the grabber\n"
-    "library. The mode applies to this run only: it is set in a temporary copy of your settings file.\n"
+    "library. The mode applies to this run only: your settings file is not changed.\n"
     "\n"
     "Lost frames are those missing between the first and the last frame that arrived. Queued mode\n"
     "counts them by the frame ids, cyclic mode by the frame counter in the pixels, if the camera writes\n"
     "one.\n"
     "\n"
-    "Pictures: each frame is copied, its buffer is queued again at once, and other threads write the\n"
-    "file (frame_000000.png and so on, replacing files of that name). 8-bit formats become 8-bit files,\n"
-    "all others 16-bit files with the values unchanged: a 12-bit picture looks dark until its contrast\n"
-    "is stretched. Bayer mosaics are saved in shades of grey.\n"
+    "Frames are saved as frame_000000.png and so on. Pictures: each frame is copied, its buffer is queued\n"
+    "again at once, and other threads write the file. 8-bit formats become 8-bit files, all others 16-bit\n"
+    "files with the values unchanged: a 12-bit picture looks dark until its contrast is stretched. Bayer\n"
+    "mosaics are saved in shades of grey. Raw: a line of JSON that describes the frame, then its bytes\n"
+    "unchanged (\"size\" of them); one frame after the other in a file named *.raw and on standard output,\n"
+    "where the summary goes to the error output.\n"
     "\n"
     "Ctrl-C stops cleanly: the frames that have arrived are saved, and the summary is printed. A second\n"
     "Ctrl-C ends the program at once.\n"
     "\n"
-    "Exit codes: 0 all frames arrived, 1 failed (no frame in time, a damaged frame, any other error), 2\n"
-    "wrong command line, 130 interrupted.";
+    "Outcomes: complete; incomplete (all frames that were asked for arrived, but others between them were\n"
+    "lost); interrupted; timed out (no frame in time); failed.\n"
+    "\n"
+    "Exit codes: 0 all frames that were asked for arrived and are intact as far as they can be verified,\n"
+    "but others may be lost; with --fail-on-loss, none is lost. 1 failed (no frame in time, a damaged\n"
+    "frame, output that cannot be written, any other error). 2 wrong command line. 130, 129, 143\n"
+    "interrupted by Ctrl-C, a closed terminal, a request to end. 141 nobody reads the output any more.";
 
 const CommandRegistration
     registration({"grab", "Grab frames from a device and save them as pictures", footer}, describe_grab, run);
 
 using Clock = std::chrono::steady_clock;
-
-constexpr std::size_t most_waiting_pictures = 256U << 20U; // bytes
 
 /// Follows the time between the first frame and the last.
 class Span {
@@ -117,19 +129,40 @@ void give_buffers(Stream& stream, const GrabOptions& options, GrabResult& result
     stream.add_buffers(options.buffers, result.buffer_size);
 }
 
-PixelSource pixels_of(const Frame& frame)
-{
-    return {frame.data, frame.size, frame.width, frame.height, frame.row_padding, frame.pixel_format};
-}
+/// How long to wait for the next frame: as long as a frame may take, but not beyond the end of the grab.
+class Patience {
+public:
+    explicit Patience(const GrabOptions& options)
+        : m_for_a_frame(options.timeout_ms), m_has_end(options.duration_s > 0),
+          m_end(Clock::now() + std::chrono::seconds(options.duration_s))
+    {
+    }
 
-/// Nothing when an interruption ended the wait.
+    bool is_over() const { return m_has_end && Clock::now() >= m_end; }
+    std::chrono::milliseconds left() const
+    {
+        if (!m_has_end)
+            return m_for_a_frame;
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now());
+        return std::clamp(rest, std::chrono::milliseconds(0), m_for_a_frame);
+    }
+
+private:
+    std::chrono::milliseconds m_for_a_frame;
+    bool m_has_end;
+    Clock::time_point m_end;
+};
+
+/// Nothing when an interruption, the end of the time or a time-out ended the wait.
 std::optional<BUFFER_HANDLE> next_buffer(const NewBufferEvent& event, const platform::Interrupt& interrupt,
-                                         GrabResult& result)
+                                         const Patience& patience, GrabResult& result)
 {
     try {
-        const auto buffer = event.wait(std::chrono::milliseconds(result.options.timeout_ms));
-        if (!buffer)
-            result.outcome = interrupt.requested() ? Outcome::interrupted : Outcome::timed_out;
+        const auto buffer = event.wait(patience.left());
+        if (!buffer && interrupt.requested())
+            result.outcome = Outcome::interrupted;
+        else if (!buffer && !patience.is_over())
+            result.outcome = Outcome::timed_out;
         return buffer;
     } catch (const Error& reason) {
         if (reason.code() != GC_ERR_ABORT || !interrupt.requested())
@@ -139,38 +172,40 @@ std::optional<BUFFER_HANDLE> next_buffer(const NewBufferEvent& event, const plat
     }
 }
 
-/// Counts a frame, copies it when it is to be saved, and hands its buffer back before anything slow happens.
-void take_frame(const Stream& stream, BUFFER_HANDLE buffer, PictureSaver* saver, Span& span,
-                GrabResult& result)
+/// Counts a frame, takes what is to be saved, and hands its buffer back before anything slow happens.
+void take_frame(const Stream& stream, BUFFER_HANDLE buffer, FrameSink& sink, Span& span, GrabResult& result)
 {
     const Frame frame = stream.frame(buffer);
     span.add(frame.timestamp);
-    const std::uint64_t number = result.count.delivered();
-    result.count.add(frame);
+    const FrameState state = result.count.add(frame);
     if (!result.picture)
         result.picture = PictureKind{frame.width, frame.height, frame.pixel_format};
-    std::optional<Picture> picture;
-    if (saver != nullptr)
-        picture = make_picture(pixels_of(frame));
+    sink.take(frame, state);
     stream.queue(buffer);
-    if (picture)
-        saver->save(number, std::move(*picture));
+    sink.pass_on();
 }
 
-void run_stream(const Stream& stream, const NewBufferEvent& event, PictureSaver* saver,
+void run_stream(const Stream& stream, const NewBufferEvent& event, FrameSink& sink,
                 const platform::Interrupt& interrupt, Span& span, GrabResult& result)
 {
-    const std::uint64_t wanted = result.options.frames;
-    Progress progress(stderr, wanted);
-    while (wanted == 0 || result.count.delivered() < wanted) {
+    const std::uint64_t wanted = result.options.wanted();
+    std::uint64_t to_skip = result.options.skip;
+    Progress progress(result.options.quiet ? nullptr : stderr, wanted);
+    const Patience patience(result.options);
+    while ((wanted == 0 || result.count.delivered() < wanted) && !patience.is_over()) {
         if (interrupt.requested()) {
             result.outcome = Outcome::interrupted;
             return;
         }
-        const auto buffer = next_buffer(event, interrupt, result);
+        const auto buffer = next_buffer(event, interrupt, patience, result);
         if (!buffer)
             return;
-        take_frame(stream, *buffer, saver, span, result);
+        if (to_skip > 0) {
+            --to_skip;
+            stream.queue(*buffer);
+            continue;
+        }
+        take_frame(stream, *buffer, sink, span, result);
         progress.show(result.count.delivered(), result.count.lost());
     }
 }
@@ -184,14 +219,42 @@ void describe(const SelectedDevice& device, GrabResult& result)
     result.serial_number = device.serial_number;
 }
 
+/// From the start to the end of the acquisition. What arrived and was saved counts, however it ends.
+void acquire(Stream& stream, const NewBufferEvent& event, FrameSink& sink, platform::Interrupt& interrupt,
+             std::uint64_t timestamp_frequency, GrabResult& result)
+{
+    Span span;
+    std::exception_ptr failure;
+    try {
+        sink.begin(timestamp_frequency);
+        stream.start();
+        {
+            const platform::Interrupt::Action wake(interrupt, [&event] { event.kill(); });
+            run_stream(stream, event, sink, interrupt, span, result);
+        }
+        stream.stop();
+        sink.finish();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    result.seconds = span.seconds();
+    result.device_seconds = span.device_seconds(timestamp_frequency);
+    result.saved = sink.saved();
+    result.interrupted_code = interrupt.exit_code();
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
 /// Loads the producer, grabs as the options say and shuts everything down again. A time-out and an
 /// interruption are outcomes; everything else that goes wrong throws.
-GrabResult grab(const GrabOptions& options, platform::Interrupt& interrupt)
+void grab(const GrabOptions& options, GrabResult& result)
 {
-    GrabResult result(options);
-    std::optional<PictureSaver> saver;
-    if (!options.output.empty())
-        saver.emplace(std::filesystem::u8path(options.output), options.format, most_waiting_pictures);
+    const std::string problem = settings_problem();
+    if (!problem.empty())
+        print_error(fmt::format("zvgentl grab: note: {}\n", platform::visible_lines(problem)));
+    const ChosenStreamMode mode(options.mode); // before the producer is loaded
+    platform::Interrupt interrupt;
+    FrameSink sink(options);
 
     const auto loaded = load_system(options);
     result.producer = loaded->producer.file().u8string();
@@ -202,37 +265,50 @@ GrabResult grab(const GrabOptions& options, platform::Interrupt& interrupt)
     Stream stream(device, first_stream(device));
     const NewBufferEvent event(stream);
     give_buffers(stream, options, result);
-
-    Span span;
-    stream.start();
-    {
-        const platform::Interrupt::Action wake(interrupt, [&event] { event.kill(); });
-        run_stream(stream, event, saver ? &*saver : nullptr, interrupt, span, result);
-    }
-    stream.stop();
-    result.seconds = span.seconds();
-    result.device_seconds = span.device_seconds(selected.timestamp_frequency);
-    if (saver) {
-        saver->finish();
-        result.saved = saver->saved();
-    }
-    return result;
+    acquire(stream, event, sink, interrupt, selected.timestamp_frequency, result);
 }
 
-/// Everything is shut down and the temporary settings are gone when it returns or throws.
-GrabResult grab_with_mode(const GrabOptions& options)
+std::string summary(const GrabResult& result)
 {
-    const TemporarySettings settings(options.mode); // before the producer is loaded, which reads them
-    platform::Interrupt interrupt([&settings] { settings.remove(); });
-    return grab(options, interrupt);
+    if (result.options.json)
+        return json_text(result);
+    return result.options.quiet || !result.has_stream() ? std::string() : to_text(result);
+}
+
+/// Where frames do not go. When that cannot be written, the summary still reaches the user.
+void print_summary(const GrabResult& result)
+{
+    if (result.options.saves_to_output()) {
+        print_error(summary(result));
+        return;
+    }
+    try {
+        print_output(summary(result));
+    } catch (const OutputError& reason) {
+        if (!reason.is_broken_pipe())
+            print_error(summary(result));
+        throw;
+    }
 }
 
 } // namespace
 
 int run(const GrabOptions& options)
 {
-    const GrabResult result = grab_with_mode(options);
-    fmt::print("{}", options.json ? json_text(result) : to_text(result));
+    GrabResult result(options);
+    try {
+        grab(options, result);
+        result.finish();
+    } catch (const std::exception& reason) {
+        const auto* const output = dynamic_cast<const OutputError*>(&reason);
+        if (output != nullptr && output->is_broken_pipe())
+            throw;
+        result.outcome = Outcome::failed;
+        result.problem = reason_of(reason);
+        print_summary(result);
+        throw;
+    }
+    print_summary(result);
     return result.exit_code();
 }
 

@@ -1,12 +1,10 @@
 #include <algorithm>
-#include <cstdio>
-
-#include <fmt/core.h>
 
 #include "gentl/Producer.h"
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/Json.h"
+#include "zvgentl/Output.h"
 #include "zvgentl/ProducerTree.h"
 
 namespace zvgentl::tool {
@@ -37,11 +35,13 @@ void print_text(const std::vector<ProducerEntry>& producers)
 {
     const char* separator = "";
     for (const auto& producer : producers) {
-        fmt::print("{}", separator);
+        print_output(separator);
         // Errors go to the error output, where scripts look for them.
-        fmt::print(producer.problem.empty() ? stdout : stderr, "{}", to_text(producer));
-        std::fflush(stdout);
-        fmt::print(stderr, "{}", report_text(producer));
+        if (producer.problem.empty())
+            print_output(to_text(producer));
+        else
+            print_error(to_text(producer));
+        print_error(report_text(producer));
         separator = "\n";
     }
 }
@@ -54,7 +54,7 @@ int run(const ListOptions& options)
     for (const auto& file : find_producers(std::filesystem::u8path(options.cti)))
         producers.push_back(read_producer(file, options.streams ? Streams::listed : Streams::left_out));
     if (options.json)
-        fmt::print("{}", json_text(producers));
+        print_output(json_text(producers));
     else
         print_text(producers);
     // An interface that another program uses is not a failure of the list, which shows why it cannot be read.

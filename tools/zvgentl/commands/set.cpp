@@ -1,11 +1,8 @@
-#include <cstdio>
-
-#include <fmt/core.h>
-
 #include "platform/visible_text.h"
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/OpenPort.h"
+#include "zvgentl/Output.h"
 
 namespace zvgentl::tool {
 
@@ -41,16 +38,16 @@ int run(const SetOptions& options)
 {
     const auto assignments = parse_assignments(options.words);
     if (!assignments) {
-        fmt::print(stderr, "zvgentl set: expected NAME=VALUE for every feature, or one name and one value; "
-                           "see `zvgentl set --help`\n");
+        print_error("zvgentl set: expected NAME=VALUE for every feature, or one name and one value; "
+                    "see `zvgentl set --help`\n");
         return exit_usage;
     }
     const PortFeatures features(options.port);
     for (const auto& assignment : *assignments) {
         features.map().set(assignment.name, assignment.value);
         if (features.map().describe(assignment.name).access.is_readable)
-            fmt::print("{}={}\n", assignment.name,
-                       platform::visible(features.map().get_text(assignment.name)));
+            print_output(assignment.name + "=" +
+                         platform::visible(features.map().get_text(assignment.name)) + "\n");
     }
     return exit_success;
 }

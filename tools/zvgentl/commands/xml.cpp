@@ -1,7 +1,5 @@
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <stdexcept>
 #include <string>
 
 #include "platform/terminal.h"
@@ -9,6 +7,8 @@
 #include "zvgentl/CommandLine.h"
 #include "zvgentl/Commands.h"
 #include "zvgentl/OpenPort.h"
+#include "zvgentl/Output.h"
+#include "zvgentl/OutputFile.h"
 
 namespace zvgentl::tool {
 
@@ -40,15 +40,12 @@ void save(const std::string& data, const std::string& output)
         const bool is_shown = platform::is_terminal(stdout);
         const std::string shown = is_shown ? platform::visible_lines(data) : data;
         platform::keep_bytes(stdout);
-        if (std::fwrite(shown.data(), 1, shown.size(), stdout) != shown.size() || std::fflush(stdout) != 0)
-            throw std::runtime_error("the description cannot be written");
+        print_output(shown);
         return;
     }
-    std::ofstream stream(std::filesystem::u8path(output), std::ios::binary);
-    stream << data;
-    stream.close();
-    if (!stream)
-        throw std::runtime_error("cannot write " + output);
+    OutputFile file(std::filesystem::u8path(output));
+    file.write(data);
+    file.finish();
 }
 
 } // namespace

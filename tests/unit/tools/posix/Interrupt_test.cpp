@@ -10,26 +10,21 @@ namespace zvgentl::test {
 
 using platform::Interrupt;
 
-namespace {
-
-void nothing() {}
-
-} // namespace
-
 TEST(Interrupt, RunsTheActionOnEachKindOfRequest)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        Interrupt interrupt(nothing);
+        Interrupt interrupt;
         std::promise<bool> seen;
         const Interrupt::Action action(interrupt, [&] { seen.set_value(interrupt.requested()); });
         std::raise(signal);
         EXPECT_TRUE(seen.get_future().get()) << signal;
+        EXPECT_EQ(128 + signal, interrupt.exit_code());
     }
 }
 
 TEST(Interrupt, RunsALateActionAtOnce)
 {
-    Interrupt interrupt(nothing);
+    Interrupt interrupt;
     std::promise<void> requested;
     {
         const Interrupt::Action action(interrupt, [&] { requested.set_value(); });
@@ -45,7 +40,7 @@ TEST(Interrupt, LeavesASignalAloneThatIsIgnored)
 {
     auto* const previous = std::signal(SIGHUP, SIG_IGN);
     {
-        Interrupt interrupt(nothing);
+        Interrupt interrupt;
         std::promise<void> requested;
         const Interrupt::Action action(interrupt, [&] { requested.set_value(); });
         std::raise(SIGHUP);
@@ -60,24 +55,24 @@ TEST(Interrupt, PutsTheHandlersBack)
 {
     auto* const previous = std::signal(SIGTERM, SIG_DFL);
     {
-        const Interrupt interrupt(nothing);
+        const Interrupt interrupt;
         EXPECT_FALSE(interrupt.requested()) << "by itself";
     }
     EXPECT_EQ(SIG_DFL, std::signal(SIGTERM, previous));
 }
 
-TEST(InterruptDeathTest, GivesUpOnTheSecondRequest)
+TEST(InterruptDeathTest, EndsAtTheSecondRequest)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(
         {
-            Interrupt interrupt([] { std::fputs("given up", stderr); });
+            Interrupt interrupt;
             std::raise(SIGINT);
-            std::raise(SIGINT);
+            std::raise(SIGTERM);
             for (;;)
                 std::promise<void>().get_future().wait(); // only the watcher can end this
         },
-        testing::ExitedWithCode(130), "given up");
+        testing::ExitedWithCode(143), "");
 }
 
 } // namespace zvgentl::test

@@ -19,9 +19,8 @@ namespace {
 struct Event {
     const char* name;
     DWORD number;
+    int exit_code;
 };
-
-void nothing() {}
 
 /// What the console does when a key is pressed or its window closed: it starts a thread of the process in
 /// this function of the system. Through the console itself an event would reach all programs that share it.
@@ -46,23 +45,22 @@ class InterruptDeathTest : public testing::TestWithParam<Event> {};
 /// An orderly end: what runs when the window is closed, as the program does it.
 [[noreturn]] void end_in_order_after(DWORD event)
 {
+    int code = 0;
     {
-        Interrupt interrupt(nothing);
+        Interrupt interrupt;
         std::promise<void> requested;
         const Interrupt::Action action(interrupt, [&requested] { requested.set_value(); });
         send(event);
         requested.get_future().get();
+        code = interrupt.exit_code();
     }
     std::fputs("in order", stderr);
-    std::exit(Interrupt(nothing).requested() ? 1 : platform::exit_interrupted);
+    std::exit(Interrupt().requested() ? 1 : code);
 }
 
 [[noreturn]] void press_twice()
 {
-    Interrupt interrupt([] {
-        std::fputs("given up", stderr);
-        std::fflush(stderr);
-    });
+    Interrupt interrupt;
     send(CTRL_BREAK_EVENT);
     send(CTRL_BREAK_EVENT);
     wait_to_be_ended();
@@ -74,7 +72,7 @@ bool is_code_of_the_system(int code) { return code == static_cast<int>(STATUS_CO
 [[noreturn]] void press_afterwards()
 {
     {
-        const Interrupt interrupt(nothing);
+        const Interrupt interrupt;
     }
     send(CTRL_BREAK_EVENT);
     wait_to_be_ended();
@@ -86,12 +84,12 @@ std::string name_of(const testing::TestParamInfo<Event>& event) { return event.p
 
 } // namespace
 
-TEST(Interrupt, IsNotRequestedByItself) { EXPECT_FALSE(Interrupt(nothing).requested()); }
+TEST(Interrupt, IsNotRequestedByItself) { EXPECT_FALSE(Interrupt().requested()); }
 
 TEST_P(InterruptByKey, RunsTheAction)
 {
     for (int object = 0; object < 2; ++object) {
-        Interrupt interrupt(nothing);
+        Interrupt interrupt;
         std::promise<bool> seen;
         const Interrupt::Action action(interrupt, [&] { seen.set_value(interrupt.requested()); });
         send(GetParam().number);
@@ -101,7 +99,7 @@ TEST_P(InterruptByKey, RunsTheAction)
 
 TEST_P(InterruptByKey, RunsALateActionAtOnce)
 {
-    Interrupt interrupt(nothing);
+    Interrupt interrupt;
     std::promise<void> requested;
     {
         const Interrupt::Action action(interrupt, [&] { requested.set_value(); });
@@ -114,23 +112,25 @@ TEST_P(InterruptByKey, RunsALateActionAtOnce)
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, InterruptByKey,
-                         testing::Values(Event{"CtrlC", CTRL_C_EVENT}, Event{"CtrlBreak", CTRL_BREAK_EVENT}),
+                         testing::Values(Event{"CtrlC", CTRL_C_EVENT, 130},
+                                         Event{"CtrlBreak", CTRL_BREAK_EVENT, 130}),
                          name_of);
 
 TEST_P(InterruptDeathTest, LeavesTimeForAnOrderlyEnd)
 {
-    EXPECT_EXIT(end_in_order_after(GetParam().number), testing::ExitedWithCode(platform::exit_interrupted),
+    EXPECT_EXIT(end_in_order_after(GetParam().number), testing::ExitedWithCode(GetParam().exit_code),
                 "in order");
 }
 
 INSTANTIATE_TEST_SUITE_P(Ends, InterruptDeathTest,
-                         testing::Values(Event{"Close", CTRL_CLOSE_EVENT}, Event{"LogOff", CTRL_LOGOFF_EVENT},
-                                         Event{"ShutDown", CTRL_SHUTDOWN_EVENT}),
+                         testing::Values(Event{"Close", CTRL_CLOSE_EVENT, 129},
+                                         Event{"LogOff", CTRL_LOGOFF_EVENT, 143},
+                                         Event{"ShutDown", CTRL_SHUTDOWN_EVENT, 143}),
                          name_of);
 
-TEST(InterruptTwiceDeathTest, GivesUp)
+TEST(InterruptTwiceDeathTest, EndsAtOnce)
 {
-    EXPECT_EXIT(press_twice(), testing::ExitedWithCode(platform::exit_interrupted), "given up");
+    EXPECT_EXIT(press_twice(), testing::ExitedWithCode(platform::exit_interrupted), "");
 }
 
 TEST(InterruptEndedDeathTest, LeavesTheSystemToItsWays)

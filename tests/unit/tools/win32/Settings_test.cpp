@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "unit/tools/TemporaryFolder.h"
-#include "zvgentl/TemporarySettings.h"
+#include "zvgentl/StreamMode.h"
 
 namespace zvgentl::test {
 
