@@ -7,7 +7,7 @@ namespace platform {
 /// A dynamic library, loaded for as long as the object lives.
 class DynamicLibrary {
 public:
-    /// Throws std::runtime_error with the system's own reason when the file cannot be loaded.
+    /// Throws std::runtime_error with the reason, in words, when the file cannot be loaded.
     explicit DynamicLibrary(const std::filesystem::path& file);
     ~DynamicLibrary();
     DynamicLibrary(const DynamicLibrary&) = delete;

@@ -1,84 +1,114 @@
 #include "gentl/Functions.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "gentl/texts.h"
 #include "platform/DynamicLibrary.h"
 
 namespace zvgentl::tool {
 
 namespace {
 
-template <class Function>
-void bind(const platform::DynamicLibrary& library, const char* name, Function& function)
-{
-    function = reinterpret_cast<Function>(library.find(name));
-    if (function == nullptr)
-        throw std::runtime_error(std::string("it does not export ") + name);
-}
+constexpr std::size_t most_named = 5;
+
+/// Finds functions and remembers those that are missing.
+class Binder {
+public:
+    explicit Binder(const platform::DynamicLibrary& library) : m_library(library) {}
+
+    template <class Function>
+    void bind(const char* name, Function& function)
+    {
+        function = reinterpret_cast<Function>(m_library.find(name));
+        if (function == nullptr)
+            m_missing.emplace_back(name);
+    }
+    /// Throws when one is missing.
+    void check() const
+    {
+        if (m_missing.empty())
+            return;
+        const auto named = std::min(m_missing.size(), most_named);
+        std::string text =
+            joined({m_missing.begin(), m_missing.begin() + static_cast<std::ptrdiff_t>(named)}, ", ");
+        if (named < m_missing.size())
+            text += " and " + std::to_string(m_missing.size() - named) + " more functions";
+        throw std::runtime_error("it does not export " + text);
+    }
+
+private:
+    const platform::DynamicLibrary& m_library;
+    std::vector<std::string> m_missing;
+};
 
 } // namespace
 
 Functions find_functions(const platform::DynamicLibrary& library)
 {
     Functions functions;
-    bind(library, "GCInitLib", functions.GCInitLib);
-    bind(library, "GCCloseLib", functions.GCCloseLib);
-    bind(library, "GCGetInfo", functions.GCGetInfo);
-    bind(library, "GCGetLastError", functions.GCGetLastError);
-    bind(library, "GCReadPort", functions.GCReadPort);
-    bind(library, "GCWritePort", functions.GCWritePort);
-    bind(library, "GCReadPortStacked", functions.GCReadPortStacked);
-    bind(library, "GCWritePortStacked", functions.GCWritePortStacked);
-    bind(library, "GCGetPortURL", functions.GCGetPortURL);
-    bind(library, "GCGetNumPortURLs", functions.GCGetNumPortURLs);
-    bind(library, "GCGetPortURLInfo", functions.GCGetPortURLInfo);
-    bind(library, "GCGetPortInfo", functions.GCGetPortInfo);
-    bind(library, "GCRegisterEvent", functions.GCRegisterEvent);
-    bind(library, "GCUnregisterEvent", functions.GCUnregisterEvent);
-    bind(library, "EventGetData", functions.EventGetData);
-    bind(library, "EventGetDataInfo", functions.EventGetDataInfo);
-    bind(library, "EventGetInfo", functions.EventGetInfo);
-    bind(library, "EventFlush", functions.EventFlush);
-    bind(library, "EventKill", functions.EventKill);
-    bind(library, "TLOpen", functions.TLOpen);
-    bind(library, "TLClose", functions.TLClose);
-    bind(library, "TLGetInfo", functions.TLGetInfo);
-    bind(library, "TLGetNumInterfaces", functions.TLGetNumInterfaces);
-    bind(library, "TLGetInterfaceID", functions.TLGetInterfaceID);
-    bind(library, "TLGetInterfaceInfo", functions.TLGetInterfaceInfo);
-    bind(library, "TLOpenInterface", functions.TLOpenInterface);
-    bind(library, "TLUpdateInterfaceList", functions.TLUpdateInterfaceList);
-    bind(library, "IFClose", functions.IFClose);
-    bind(library, "IFGetInfo", functions.IFGetInfo);
-    bind(library, "IFGetNumDevices", functions.IFGetNumDevices);
-    bind(library, "IFGetDeviceID", functions.IFGetDeviceID);
-    bind(library, "IFUpdateDeviceList", functions.IFUpdateDeviceList);
-    bind(library, "IFGetDeviceInfo", functions.IFGetDeviceInfo);
-    bind(library, "IFOpenDevice", functions.IFOpenDevice);
-    bind(library, "IFGetParentTL", functions.IFGetParentTL);
-    bind(library, "DevGetPort", functions.DevGetPort);
-    bind(library, "DevGetNumDataStreams", functions.DevGetNumDataStreams);
-    bind(library, "DevGetDataStreamID", functions.DevGetDataStreamID);
-    bind(library, "DevOpenDataStream", functions.DevOpenDataStream);
-    bind(library, "DevGetInfo", functions.DevGetInfo);
-    bind(library, "DevClose", functions.DevClose);
-    bind(library, "DevGetParentIF", functions.DevGetParentIF);
-    bind(library, "DSAnnounceBuffer", functions.DSAnnounceBuffer);
-    bind(library, "DSAllocAndAnnounceBuffer", functions.DSAllocAndAnnounceBuffer);
-    bind(library, "DSFlushQueue", functions.DSFlushQueue);
-    bind(library, "DSStartAcquisition", functions.DSStartAcquisition);
-    bind(library, "DSStopAcquisition", functions.DSStopAcquisition);
-    bind(library, "DSGetInfo", functions.DSGetInfo);
-    bind(library, "DSGetBufferID", functions.DSGetBufferID);
-    bind(library, "DSClose", functions.DSClose);
-    bind(library, "DSRevokeBuffer", functions.DSRevokeBuffer);
-    bind(library, "DSQueueBuffer", functions.DSQueueBuffer);
-    bind(library, "DSGetBufferInfo", functions.DSGetBufferInfo);
-    bind(library, "DSGetBufferChunkData", functions.DSGetBufferChunkData);
-    bind(library, "DSGetParentDev", functions.DSGetParentDev);
-    bind(library, "DSGetNumBufferParts", functions.DSGetNumBufferParts);
-    bind(library, "DSGetBufferPartInfo", functions.DSGetBufferPartInfo);
+    Binder binder(library);
+    binder.bind("GCInitLib", functions.GCInitLib);
+    binder.bind("GCCloseLib", functions.GCCloseLib);
+    binder.bind("GCGetInfo", functions.GCGetInfo);
+    binder.bind("GCGetLastError", functions.GCGetLastError);
+    binder.bind("GCReadPort", functions.GCReadPort);
+    binder.bind("GCWritePort", functions.GCWritePort);
+    binder.bind("GCReadPortStacked", functions.GCReadPortStacked);
+    binder.bind("GCWritePortStacked", functions.GCWritePortStacked);
+    binder.bind("GCGetPortURL", functions.GCGetPortURL);
+    binder.bind("GCGetNumPortURLs", functions.GCGetNumPortURLs);
+    binder.bind("GCGetPortURLInfo", functions.GCGetPortURLInfo);
+    binder.bind("GCGetPortInfo", functions.GCGetPortInfo);
+    binder.bind("GCRegisterEvent", functions.GCRegisterEvent);
+    binder.bind("GCUnregisterEvent", functions.GCUnregisterEvent);
+    binder.bind("EventGetData", functions.EventGetData);
+    binder.bind("EventGetDataInfo", functions.EventGetDataInfo);
+    binder.bind("EventGetInfo", functions.EventGetInfo);
+    binder.bind("EventFlush", functions.EventFlush);
+    binder.bind("EventKill", functions.EventKill);
+    binder.bind("TLOpen", functions.TLOpen);
+    binder.bind("TLClose", functions.TLClose);
+    binder.bind("TLGetInfo", functions.TLGetInfo);
+    binder.bind("TLGetNumInterfaces", functions.TLGetNumInterfaces);
+    binder.bind("TLGetInterfaceID", functions.TLGetInterfaceID);
+    binder.bind("TLGetInterfaceInfo", functions.TLGetInterfaceInfo);
+    binder.bind("TLOpenInterface", functions.TLOpenInterface);
+    binder.bind("TLUpdateInterfaceList", functions.TLUpdateInterfaceList);
+    binder.bind("IFClose", functions.IFClose);
+    binder.bind("IFGetInfo", functions.IFGetInfo);
+    binder.bind("IFGetNumDevices", functions.IFGetNumDevices);
+    binder.bind("IFGetDeviceID", functions.IFGetDeviceID);
+    binder.bind("IFUpdateDeviceList", functions.IFUpdateDeviceList);
+    binder.bind("IFGetDeviceInfo", functions.IFGetDeviceInfo);
+    binder.bind("IFOpenDevice", functions.IFOpenDevice);
+    binder.bind("IFGetParentTL", functions.IFGetParentTL);
+    binder.bind("DevGetPort", functions.DevGetPort);
+    binder.bind("DevGetNumDataStreams", functions.DevGetNumDataStreams);
+    binder.bind("DevGetDataStreamID", functions.DevGetDataStreamID);
+    binder.bind("DevOpenDataStream", functions.DevOpenDataStream);
+    binder.bind("DevGetInfo", functions.DevGetInfo);
+    binder.bind("DevClose", functions.DevClose);
+    binder.bind("DevGetParentIF", functions.DevGetParentIF);
+    binder.bind("DSAnnounceBuffer", functions.DSAnnounceBuffer);
+    binder.bind("DSAllocAndAnnounceBuffer", functions.DSAllocAndAnnounceBuffer);
+    binder.bind("DSFlushQueue", functions.DSFlushQueue);
+    binder.bind("DSStartAcquisition", functions.DSStartAcquisition);
+    binder.bind("DSStopAcquisition", functions.DSStopAcquisition);
+    binder.bind("DSGetInfo", functions.DSGetInfo);
+    binder.bind("DSGetBufferID", functions.DSGetBufferID);
+    binder.bind("DSClose", functions.DSClose);
+    binder.bind("DSRevokeBuffer", functions.DSRevokeBuffer);
+    binder.bind("DSQueueBuffer", functions.DSQueueBuffer);
+    binder.bind("DSGetBufferInfo", functions.DSGetBufferInfo);
+    binder.bind("DSGetBufferChunkData", functions.DSGetBufferChunkData);
+    binder.bind("DSGetParentDev", functions.DSGetParentDev);
+    binder.bind("DSGetNumBufferParts", functions.DSGetNumBufferParts);
+    binder.bind("DSGetBufferPartInfo", functions.DSGetBufferPartInfo);
+    binder.check();
     return functions;
 }
 

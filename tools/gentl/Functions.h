@@ -69,7 +69,7 @@ struct Functions {
     GenTL::PDSGetBufferPartInfo DSGetBufferPartInfo{nullptr};
 };
 
-/// Finds all of them. Throws std::runtime_error that names the first function that is missing.
+/// Finds all of them. Throws std::runtime_error that names the functions that are missing.
 Functions find_functions(const platform::DynamicLibrary& library);
 
 } // namespace zvgentl::tool

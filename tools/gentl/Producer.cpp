@@ -73,9 +73,13 @@ void load(std::optional<platform::DynamicLibrary>& library, const fs::path& file
     try {
         library.emplace(file);
     } catch (const std::runtime_error& reason) {
+        const std::string text = platform::visible(reason.what());
+        const bool is_about_another = text.find("needs") != std::string::npos;
         throw std::runtime_error(
-            "cannot load " + platform::visible(file.u8string()) + ": " + platform::visible(reason.what()) +
-            "\nThe libraries that a producer needs must be next to it or on the library path.");
+            "cannot load " + platform::visible(file.u8string()) + ": " + text +
+            (is_about_another
+                 ? "\nThe libraries that a producer needs must be next to it or on the library path."
+                 : ""));
     }
 }
 

@@ -18,6 +18,7 @@
 #include "zvgentl/Commands.h"
 #include "zvgentl/LoggerLibrary.h"
 #include "zvgentl/Output.h"
+#include "zvgentl/OutputFile.h"
 
 namespace zvgentl::tool {
 
@@ -66,6 +67,8 @@ int run_reporting(const std::string& name, const std::function<int()>& work)
         if (reason.is_broken_pipe())
             return exit_broken_pipe;
         print_error(fmt::format("{}: {}\n", name, reason.what()));
+    } catch (const FileError& reason) { // of which no log knows more
+        print_error(fmt::format("{}: {}\n", name, platform::visible_lines(reason.what())));
     } catch (const std::exception& reason) {
         print_error(fmt::format("{}: {}\n{}", name, platform::visible_lines(reason_of(reason)), log_hint()));
     }

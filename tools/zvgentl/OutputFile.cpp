@@ -1,7 +1,6 @@
 #include "zvgentl/OutputFile.h"
 
 #include <cerrno>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -73,7 +72,7 @@ void OutputFile::finish()
 
 void OutputFile::fail(int error) const
 {
-    throw std::runtime_error(
+    throw FileError(
         fmt::format("cannot write {}: {}", m_file.u8string(), std::generic_category().message(error)));
 }
 

@@ -3,13 +3,19 @@
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 namespace zvgentl::tool {
 
+/// A file that cannot be written, with its name and the system's reason.
+class FileError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// A file that gets its name when it is complete, so that no failure leaves half of it under that name. What
-/// is not a regular file (a device, a pipe) is written to as it is. All functions throw std::runtime_error
-/// with the name and the system's reason.
+/// is not a regular file (a device, a pipe) is written to as it is. All functions throw FileError.
 class OutputFile {
 public:
     explicit OutputFile(std::filesystem::path file);

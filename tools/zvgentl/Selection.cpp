@@ -100,8 +100,8 @@ std::string name_in_camera(const Interface& iface, const std::string& id)
     }
 }
 
-/// Producers need not tell the names that users gave, and some tell others instead. Asking the cameras takes longer and opens them, so this
-/// comes last.
+/// Producers need not tell the names that users gave, and some tell others instead. Asking the cameras takes
+/// longer and opens them, so this comes last.
 void search_cameras(const std::string& wanted, Search& search)
 {
     auto candidates = std::move(search.found[Fit::none]);

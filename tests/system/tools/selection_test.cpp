@@ -74,4 +74,17 @@ TEST(SeveralProducers, AreAskedForWhenMoreThanOneHasTheDevice)
     EXPECT_THAT(ended.errors, HasSubstr("more than one producer has Device10; choose one with --cti:"));
 }
 
+TEST(AProducer, IsNamedWithTheLibraryThatItMisses)
+{
+    const TemporaryFolder folder;
+    fs::copy_file(PRODUCER_FILE, folder / "alone.cti");
+    const Ended ended = Program({"list", "--cti", (folder / "alone.cti").u8string()}).run();
+    EXPECT_EQ(1, ended.code);
+    EXPECT_THAT(ended.errors, testing::ContainsRegex("needs.* is missing"));
+#ifndef _WIN32 // which does not tell the name
+    EXPECT_THAT(ended.errors,
+                testing::ContainsRegex("the library libZV[A-Za-z]*.so, which it needs, is missing"));
+#endif
+}
+
 } // namespace zvgentl::test

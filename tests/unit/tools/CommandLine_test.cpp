@@ -196,7 +196,8 @@ TEST_P(AnyCommand, NamesTheProducerThatItCannotUse)
     const std::pair<std::string, std::string> cases[] = {
         {"/no/such.cti", std::string("zvgentl ") + GetParam()[0] + ": there is no file /no/such.cti"},
         {text, "cannot load " + text},
-        {ZV_GRABBER_LIBRARY, "is not a GenTL producer: it does not export GCInitLib"},
+        {ZV_GRABBER_LIBRARY, "is not a GenTL producer: it does not export GCInitLib, GCCloseLib, GCGetInfo, "
+                             "GCGetLastError, GCReadPort and 52 more"},
     };
     const std::string settings = platform::environment("ZV_SETTINGS_FILE");
     for (const auto& [file, reason] : cases) {

@@ -46,8 +46,8 @@ int run(const SetOptions& options)
     for (const auto& assignment : *assignments) {
         features.map().set(assignment.name, assignment.value);
         if (features.map().describe(assignment.name).access.is_readable)
-            print_output(assignment.name + "=" +
-                         platform::visible(features.map().get_text(assignment.name)) + "\n");
+            print_output(assignment.name + "=" + platform::visible(features.map().get_text(assignment.name)) +
+                         "\n");
     }
     return exit_success;
 }

@@ -8,7 +8,6 @@
 #include "pictures/PictureWriter.h"
 #include "platform/files.h"
 #include "unit/tools/TemporaryFolder.h"
-#include "zvgentl/TemporarySettings.h"
 
 namespace zvgentl::test {
 
@@ -104,9 +103,6 @@ TEST(SettingsFile, IsForItsOwnerAloneWhateverTheMask)
     EXPECT_EQ(platform::Replacement::done, platform::replace_file(file, platform::FileContent(), "a = 1\n",
                                                                   platform::Flush::later, reason));
     EXPECT_EQ(owner_only, fs::status(file).permissions());
-    const ScopedVariable named("ZV_SETTINGS_FILE", file);
-    const TemporarySettings settings(StreamMode::cyclic);
-    EXPECT_EQ(owner_only, fs::status(platform::environment("ZV_SETTINGS_FILE")).permissions());
 }
 
 } // namespace zvgentl::test
