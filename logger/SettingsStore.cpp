@@ -65,7 +65,7 @@ std::uint32_t SettingsStore::value_or_add(std::string_view key, std::uint32_t de
             read_again(warnings);
         const SettingEntry& entry = entry_of(key);
         if (entry.is_present)
-            result = number_of(entry, key, origin_of(key), warnings);
+            result = number_of(entry, key, warnings);
         else if (!m_copy.places.fixed.empty()) // nothing of such a process stays behind
             result = default_value;
         else if (const auto in_memory = remembered(key))
@@ -86,7 +86,7 @@ std::optional<std::uint32_t> SettingsStore::value(std::string_view key)
         if (!is_current())
             read_again(warnings);
         const SettingEntry& entry = entry_of(key);
-        result = entry.is_present ? number_of(entry, key, origin_of(key), warnings) : remembered(key);
+        result = entry.is_present ? number_of(entry, key, warnings) : remembered(key);
     }
     report(warnings);
     return result;
@@ -161,6 +161,12 @@ const SettingEntry& SettingsStore::entry_of(std::string_view key)
 std::string SettingsStore::origin_of(std::string_view key) const
 {
     return find_setting(m_copy.places.fixed, key).is_present ? fixed_variable : m_copy.file.path;
+}
+
+std::optional<std::uint32_t> SettingsStore::number_of(const SettingEntry& entry, std::string_view key,
+                                                      Warnings& warnings) const
+{
+    return entry.number ? entry.number : number_of(entry, key, origin_of(key), warnings);
 }
 
 std::optional<std::uint32_t> SettingsStore::number_of(const SettingEntry& entry, std::string_view key,

@@ -79,6 +79,8 @@ private:
     const SettingEntry& entry_of(std::string_view key);
     /// Where a value of the file or the environment comes from, for messages.
     std::string origin_of(std::string_view key) const;
+    std::optional<std::uint32_t> number_of(const SettingEntry& entry, std::string_view key,
+                                           Warnings& warnings) const;
     static std::optional<std::uint32_t> number_of(const SettingEntry& entry, std::string_view key,
                                                   const std::string& origin, Warnings& warnings);
     std::optional<std::uint32_t> remembered(std::string_view key) const;

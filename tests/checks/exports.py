@@ -76,7 +76,8 @@ def loader_problems(library, sanitized):
 
 
 LOGGER_SYMBOLS = r"InitLogger|ZVTimeElapsedUs|ZVReport|ZVReportedText|ZVSettings::.*|zvstring::.*|" \
-                 r"operator\+\(zvstring const&, char const\*\)|"ZVPocoLogger::.*|(typeinfo|typeinfo name|vtable) for ZVPocoLogger"
+                 r"operator\+\(zvstring const&, char const\*\)|ZVPocoLogger::.*|" \
+                 r"(typeinfo|typeinfo name|vtable) for ZVPocoLogger"
 
 
 def grabber_functions(path):
