@@ -63,7 +63,7 @@ protected:
 
 TEST_P(EitherFile, FailsWhenTheDiskIsFullAndLeavesNothingBehind)
 {
-    for (const rlim_t room : {0, 100}) {
+    for (const rlim_t room : {rlim_t{0}, rlim_t{100}}) {
         const FullDisk disk(room);
         EXPECT_THROW(writer->write(file, picture), std::runtime_error);
         EXPECT_TRUE(fs::is_empty(folder.path()));
