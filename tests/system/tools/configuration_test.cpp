@@ -89,7 +89,7 @@ TEST(Log, IsNamedUnderAFailure)
     const Ended ended = program.run();
     EXPECT_EQ(1, ended.code);
     EXPECT_THAT(ended.errors, HasSubstr(log));
-    EXPECT_THAT(ended.errors, HasSubstr("zvgentl.log\n"));
+    EXPECT_THAT(ended.errors, HasSubstr("zvgentl.log"));
 }
 
 TEST(Log, IsWhereItsConfigurationSays)
