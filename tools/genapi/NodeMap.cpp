@@ -241,6 +241,14 @@ Feature NodeMap::describe(const std::string& name) const
     return feature;
 }
 
+FeatureDetails NodeMap::details(const std::string& name) const
+{
+    const Node node = m_impl->find(name);
+    FeatureDetails details = details_of(m_impl->map, node);
+    details.feature = m_impl->describe(node);
+    return details;
+}
+
 Value NodeMap::get(const std::string& name) const
 {
     const Node node = m_impl->find(name);

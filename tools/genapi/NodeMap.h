@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "genapi/Feature.h"
+#include "genapi/details.h"
 #include "gentl/Registers.h"
 
 namespace zvgentl::tool {
@@ -26,6 +27,9 @@ public:
 
     /// Everything about a feature. What cannot be read is left out, and Feature::problem says why.
     Feature describe(const std::string& name) const;
+
+    /// The same, with what only a description of one feature shows. Throws if there is no such feature.
+    FeatureDetails details(const std::string& name) const;
 
     Value get(const std::string& name) const;
     /// The same as `zvgentl` writes it.

@@ -15,6 +15,8 @@ class Port final : public Registers {
 public:
     Port(const Producer& producer, GenTL::PORT_HANDLE handle) : m_producer(producer), m_handle(handle) {}
 
+    GenTL::PORT_HANDLE handle() const noexcept { return m_handle; }
+
     /// A producer may move fewer bytes than asked for: both ask again for the rest. Throw Error with the
     /// producer's own words.
     void read(std::uint64_t address, void* data, std::size_t size) const override;

@@ -238,6 +238,11 @@ void OptionList::positional(const char* name, const char* help, std::vector<std:
     m_parser.add_option(name, target, help)->required()->type_name("");
 }
 
+void OptionList::optional_words(const char* name, const char* help, std::vector<std::string>& target)
+{
+    m_parser.add_option(name, target, help)->type_name("");
+}
+
 void OptionList::needs(const char* name, const char* other)
 {
     m_parser.get_option(name)->needs(m_parser.get_option(other));

@@ -57,6 +57,8 @@ public:
     /// Words without an option in front of them: exactly one, or at least one.
     void positional(const char* name, const char* help, std::string& target);
     void positional(const char* name, const char* help, std::vector<std::string>& target);
+    /// The same, or none at all.
+    void optional_words(const char* name, const char* help, std::vector<std::string>& target);
 
     /// The first option may only be given together with the second.
     void needs(const char* name, const char* other);

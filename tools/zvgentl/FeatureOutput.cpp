@@ -4,8 +4,10 @@
 
 #include <fmt/core.h>
 
+#include "genapi/values.h"
 #include "gentl/texts.h"
 #include "platform/visible_text.h"
+#include "zvgentl/TextTable.h"
 
 namespace zvgentl::tool {
 
@@ -85,6 +87,46 @@ std::string to_text(const FeatureTable& table)
         text += row + "\n";
     }
     return text;
+}
+
+std::string to_text(const std::string& port, const FeatureDetails& details)
+{
+    const Feature& feature = details.feature;
+    std::vector<std::vector<std::string>> rows;
+    const auto add = [&rows](const char* fact, const std::string& text) {
+        if (!text.empty())
+            rows.push_back({fact, text});
+    };
+    add("Display name", feature.display_name);
+    add("Type", std::string(kind_name(feature.kind)) + " (" + details.element + ")");
+    add("Access", access_name(feature.access));
+    add("Visibility", feature.visibility);
+    add("Value", value_text(feature));
+    if (feature.kind == FeatureKind::enumeration)
+        add("Entries", joined(feature.entries, ", "));
+    else if (feature.kind == FeatureKind::string)
+        add("Longest", to_text(feature.maximum));
+    else
+        add("Range", range_text(feature));
+    add("Unit", feature.unit);
+    add("Selected by", joined(details.selectors, ", "));
+    add("Selects", joined(feature.selects, ", "));
+    add("Stored", details.is_streamable ? "yes" : "no");
+    add("Deprecated", details.is_deprecated ? "yes" : "");
+    add("Tool tip", feature.description);
+    add("Description", details.long_description);
+    add("More", details.docu_url);
+    add("Problem", feature.problem);
+    std::string text = visible(port) + ": " + visible(feature.name) + "\n" + table_text(rows, "  ");
+    std::vector<std::vector<std::string>> places;
+    for (const RegisterPlace& place : details.registers)
+        if (place.problem.empty())
+            places.push_back({place.name, fmt::format("{:#x}", place.address),
+                              fmt::format("{} bytes", place.length), place.access, place.caching,
+                              "port " + place.port});
+        else
+            places.push_back({place.name, "! " + place.problem});
+    return places.empty() ? text : text + "  Registers\n" + table_text(places, "    ");
 }
 
 } // namespace zvgentl::tool

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "genapi/Feature.h"
+#include "genapi/details.h"
 
 namespace zvgentl::tool {
 
@@ -22,5 +23,8 @@ struct FeatureTable {
 
 /// A heading, then one line per feature, indented like the tree, in columns.
 std::string to_text(const FeatureTable& table);
+
+/// Everything about one feature, a line for each fact.
+std::string to_text(const std::string& port, const FeatureDetails& details);
 
 } // namespace zvgentl::tool

@@ -107,6 +107,14 @@ Json value_json(const Value& value)
     return nullptr;
 }
 
+Json values_json(const NamedValues& values)
+{
+    Json json = Json::object();
+    for (const auto& [name, value] : values)
+        json[name] = value_json(value);
+    return json;
+}
+
 Json line_json(const FeatureLine& line)
 {
     const Feature& feature = line.feature;
@@ -135,6 +143,15 @@ Json line_json(const FeatureLine& line)
         json["repeated"] = true;
     if (!feature.problem.empty())
         json["problem"] = feature.problem;
+    return json;
+}
+
+Json register_json(const RegisterPlace& place)
+{
+    Json json{{"name", place.name},     {"port", place.port},     {"address", place.address},
+              {"length", place.length}, {"access", place.access}, {"caching", place.caching}};
+    if (!place.problem.empty())
+        json["problem"] = place.problem;
     return json;
 }
 
@@ -203,11 +220,30 @@ std::string json_text(const FeatureTable& table)
     return text_of(json);
 }
 
-std::string json_text(const NamedValues& values)
+std::string json_text(const std::string& port, const FeatureDetails& details)
 {
-    Json json = Json::object();
-    for (const auto& [name, value] : values)
-        json[name] = value_json(value);
+    Json json{{"port", port}};
+    json.update(line_json({{details.feature.name, 0, false}, details.feature}));
+    json.erase("level");
+    json["element"] = details.element;
+    json["selected_by"] = details.selectors;
+    json["stored"] = details.is_streamable;
+    json["deprecated"] = details.is_deprecated;
+    json["long_description"] = details.long_description;
+    json["docu_url"] = details.docu_url;
+    json["registers"] = Json::array();
+    for (const RegisterPlace& place : details.registers)
+        json["registers"].push_back(register_json(place));
+    return text_of(json);
+}
+
+std::string json_text(const NamedValues& values) { return text_of(values_json(values)); }
+
+std::string json_text(const char* list, const std::vector<NamedValues>& rows)
+{
+    Json json{{list, Json::array()}};
+    for (const auto& row : rows)
+        json[list].push_back(values_json(row));
     return text_of(json);
 }
 

@@ -19,6 +19,11 @@ public:
     explicit OpenPort(const PortOptions& options);
 
     const Port& port() const noexcept { return *m_port; }
+    const System& system() const noexcept { return m_loaded->system; }
+    /// The modules that had to be opened; null for those that are not.
+    const Interface* iface() const noexcept { return m_interface.get(); }
+    const Device* device() const noexcept { return m_device ? &*m_device : nullptr; }
+    const Stream* stream() const noexcept { return m_stream ? &*m_stream : nullptr; }
     /// "Device00 (remote)": which port was chosen.
     const std::string& title() const noexcept { return m_title; }
     DescriptionFile description() const { return read_description(*m_port, m_port->urls()); }

@@ -133,6 +133,15 @@ TEST(CommandLine, IsRefusedWithTheReason)
         {{"exec", "A", "B"}, "not expected: B"},
         {{"exec", "A", "--timeout", "0"}, "--timeout: Value 0 not in range 1 to 86400000"},
         {{"xml", "stray"}, "not expected: stray"},
+        {{"explain"}, "TEXT is required"},
+        {{"describe"}, "NAME is required"},
+        {{"load"}, "FILE is required"},
+        {{"read"}, "ADDRESS is required"},
+        {{"read", "0", "--as", "word"}, "--as: \"word\" is not one of bytes, unsigned, signed, float, text"},
+        {{"read", "0", "--length", "0"}, "--length: Value 0 not in range 1 to 16777216"},
+        {{"write", "0"}, "VALUE is required"},
+        {{"trigger", "--rate", "0"}, "--rate: Value 0 not in range 1 to 100000"},
+        {{"info", "--down-to", "remote"}, "--down-to: \"remote\" is not one of system, interface"},
     };
     for (const auto& [words, reason] : cases) {
         const Ended ended = run_program_with(words);
@@ -144,7 +153,9 @@ TEST(CommandLine, IsRefusedWithTheReason)
 
 TEST(CommandLine, IsExplainedOnRequest)
 {
-    for (const char* const command : {"", "list", "grab", "features", "get", "set", "exec", "xml"}) {
+    for (const char* const command :
+         {"", "describe", "exec", "explain", "features", "get", "grab", "info", "list", "load", "log", "read",
+          "save", "set", "settings", "trigger", "write", "xml"}) {
         const Ended ended = run_program_with(*command == '\0' ? Words{"--help"} : Words{command, "--help"});
         EXPECT_EQ(0, ended.code);
         for (const char* const part : {"Examples:", "Exit codes:", "GENICAM_GENTL64_PATH"})
@@ -174,8 +185,10 @@ TEST(CommandLine, ListsTheCommandsByName)
 {
     const std::string help = run_program_with({"--help"}).output;
     std::size_t place = 0;
-    for (const char* const line : {"\n  exec  ", "\n  features  ", "\n  get  ", "\n  grab  ", "\n  keep  ",
-                                   "\n  list  ", "\n  set  ", "\n  xml  "}) {
+    for (const char* const name :
+         {"describe", "exec", "explain", "features", "get", "grab", "info", "keep", "list", "load", "log",
+          "read", "save", "set", "settings", "trigger", "write", "xml"}) {
+        const std::string line = std::string("\n  ") + name + "  ";
         place = help.find(line, place);
         ASSERT_NE(std::string::npos, place) << line << " is missing from\n" << help;
     }
@@ -214,7 +227,9 @@ TEST_P(AnyCommand, NamesTheProducerThatItCannotUse)
 INSTANTIATE_TEST_SUITE_P(Commands, AnyCommand,
                          testing::Values(Words{"list"}, Words{"grab"}, Words{"xml"}, Words{"features"},
                                          Words{"get", "Width"}, Words{"set", "Width=16"},
-                                         Words{"exec", "AcquisitionStart"}),
+                                         Words{"exec", "AcquisitionStart"}, Words{"describe", "Width"},
+                                         Words{"info"}, Words{"read", "0"}, Words{"write", "0", "00"},
+                                         Words{"save"}, Words{"trigger"}),
                          [](const auto& words) { return std::string(words.param.front()); });
 
 } // namespace zvgentl::test
