@@ -66,4 +66,12 @@ Ended Program::wait()
 
 bool Program::left_nothing_temporary() const { return fs::is_empty(m_folder.path() / temporary_folder); }
 
+Ended with_plain_lines(Ended ended)
+{
+    for (std::string* const text : {&ended.output, &ended.errors})
+        for (std::size_t at = text->find("\r\n"); at != std::string::npos; at = text->find("\r\n", at))
+            text->erase(at, 1);
+    return ended;
+}
+
 } // namespace zvgentl::test

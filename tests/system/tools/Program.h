@@ -34,6 +34,9 @@ struct Ended {
     nlohmann::json json() const { return nlohmann::json::parse(output); }
 };
 
+/// What the program wrote, with its line ends as \n: texts end lines as the system does.
+Ended with_plain_lines(Ended ended);
+
 /// `zvgentl` as a process of its own, with settings, log and temporary files in a folder of its own.
 class Program {
 public:

@@ -23,15 +23,6 @@ struct Row {
 
 std::ostream& operator<<(std::ostream& stream, const Row& row) { return stream << row.line; }
 
-/// What the program wrote, with its line ends as \n: texts end lines as the system does.
-Ended with_plain_lines(Ended ended)
-{
-    for (std::string* const text : {&ended.output, &ended.errors})
-        for (std::size_t at = text->find("\r\n"); at != std::string::npos; at = text->find("\r\n", at))
-            text->erase(at, 1);
-    return ended;
-}
-
 Words words_of(const std::string& line)
 {
     std::istringstream stream(line);
