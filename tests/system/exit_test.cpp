@@ -22,9 +22,13 @@ std::string name_of(const testing::TestParamInfo<std::tuple<Mode, const char*>>&
 
 INSTANTIATE_TEST_SUITE_P(, ExitWhileAcquiring,
                          testing::Combine(both_modes,
-                                          testing::Values("return", "exit_of_a_child", "exit",
-                                                          "exit_on_another_thread", "quick_exit", "waiter")),
+                                          testing::Values("return", "exit", "exit_on_another_thread",
+                                                          "quick_exit", "waiter")),
                          name_of);
+#ifndef ZV_SANITIZED // a child lacks the threads that hold some of the memory, which then counts as lost
+INSTANTIATE_TEST_SUITE_P(InAChild, ExitWhileAcquiring,
+                         testing::Combine(both_modes, testing::Values("exit_of_a_child")), name_of);
+#endif
 
 TEST_P(ExitWhileAcquiring, IsClean)
 {
