@@ -26,12 +26,9 @@ InterfaceModule* find_interface(const void* handle)
 
 /// Calls `visit` with each device of the tree in order, until it answers true.
 template <class Visit>
-bool visit_devices(Visit visit)
+bool visit_devices(const SystemModule& system, Visit visit)
 {
-    const SystemModule* const system = current_system();
-    if (system == nullptr)
-        return false;
-    for (const auto& iface : system->get_Interfaces()) {
+    for (const auto& iface : system.get_Interfaces()) {
         for (DeviceModule* device : iface->get_Devices()) {
             if (visit(*device))
                 return true;
@@ -40,20 +37,20 @@ bool visit_devices(Visit visit)
     return false;
 }
 
-DeviceModule* find_device(const void* handle)
+DeviceModule* find_device(const SystemModule& system, const void* handle)
 {
     DeviceModule* found = nullptr;
-    visit_devices([&](DeviceModule& device) {
+    visit_devices(system, [&](DeviceModule& device) {
         found = &device == handle ? &device : nullptr;
         return found != nullptr;
     });
     return found;
 }
 
-CameraModule* find_camera(const void* handle)
+CameraModule* find_camera(const SystemModule& system, const void* handle)
 {
     CameraModule* found = nullptr;
-    visit_devices([&](const DeviceModule& device) {
+    visit_devices(system, [&](const DeviceModule& device) {
         found = device.get_Camera() == handle ? device.get_Camera() : nullptr;
         return found != nullptr;
     });
@@ -107,11 +104,12 @@ Checked<InterfaceModule*> check_interface_handle(IF_HANDLE handle, const ApiCall
 
 Checked<DeviceModule*> check_device_handle(DEV_HANDLE handle, const ApiCall& call, Open open)
 {
-    if (current_system() == nullptr || handle == nullptr) {
+    const SystemModule* const system = current_system();
+    if (system == nullptr || handle == nullptr) {
         call.log_info(At{322}, "%s [GC_ERR_INVALID_HANDLE]: NULL parameters value", call.function());
         return GC_ERR_INVALID_HANDLE;
     }
-    DeviceModule* const device = find_device(handle);
+    DeviceModule* const device = find_device(*system, handle);
     if (device == nullptr) {
         call.log_info(At{327}, "%s [GC_ERR_INVALID_HANDLE]", call.function());
         return GC_ERR_INVALID_HANDLE;
@@ -188,9 +186,9 @@ Port find_port(const void* handle)
         return Port(*system);
     if (const InterfaceModule* const iface = find_interface(handle))
         return port_if_open(*iface);
-    if (const DeviceModule* const device = find_device(handle))
+    if (const DeviceModule* const device = find_device(*system, handle))
         return port_if_open(*device);
-    if (const CameraModule* const camera = find_camera(handle))
+    if (const CameraModule* const camera = find_camera(*system, handle))
         return port_if_open(*camera);
     if (const StreamModule* const stream = find_stream(handle))
         return port_if_open(*stream);
