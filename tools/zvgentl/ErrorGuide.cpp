@@ -279,6 +279,7 @@ std::vector<ErrorGuide> explain(const std::string& text)
     if (codes.empty())
         refuse(text);
     std::vector<ErrorGuide> guides;
+    guides.reserve(codes.size());
     for (const GC_ERROR code : codes)
         guides.push_back(guide_of(code, functions));
     return guides;

@@ -395,6 +395,7 @@ std::vector<LoadedFeature> apply_features(const SavedFeatures& features, const N
     }
     apply_until_nothing_changes(last, map);
     std::vector<LoadedFeature> result;
+    result.reserve(all.size());
     for (Pending& pending : all)
         result.push_back(std::move(pending.loaded));
     return result;

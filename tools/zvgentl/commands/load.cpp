@@ -76,6 +76,7 @@ const char* result_name(LoadResult result) noexcept
 std::vector<NamedValues> rows_of(const std::vector<LoadedFeature>& features)
 {
     std::vector<NamedValues> rows;
+    rows.reserve(features.size());
     for (const auto& [feature, result, problem] : features)
         rows.push_back({{"feature", feature.title()},
                         {"name", feature.name},

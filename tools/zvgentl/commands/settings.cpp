@@ -166,8 +166,8 @@ int set(const std::vector<std::string>& words, const std::vector<Row>& rows)
     for (const auto& [key, value] : *assignments) {
         std::ignore = find(rows, key);
         if (!parse_setting(value))
-            throw std::runtime_error(key + " cannot be \"" + value +
-                                     "\"; allowed: 0 to 4294967295, decimal or hexadecimal (0x)");
+            throw std::runtime_error(fmt::format(
+                "{} cannot be \"{}\"; allowed: 0 to 4294967295, decimal or hexadecimal (0x)", key, value));
         lines.push_back({key, value});
     }
     change_settings(settings_file, change, lines);
@@ -177,6 +177,7 @@ int set(const std::vector<std::string>& words, const std::vector<Row>& rows)
 int unset(const std::vector<std::string>& keys, const std::vector<Row>& rows)
 {
     std::vector<SettingLine> lines;
+    lines.reserve(keys.size());
     for (const std::string& key : keys)
         lines.push_back({find(rows, key).key, {}});
     change_settings(settings_file, remove, lines);
@@ -186,6 +187,7 @@ int unset(const std::vector<std::string>& keys, const std::vector<Row>& rows)
 int get(const std::vector<std::string>& keys, const std::vector<Row>& rows, const SettingsOptions& options)
 {
     std::vector<Row> found;
+    found.reserve(keys.size());
     for (const std::string& key : keys)
         found.push_back(find(rows, key));
     std::string text;
