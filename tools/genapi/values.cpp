@@ -44,23 +44,6 @@ std::optional<std::int64_t> address(const std::string& text, char separator, std
 constexpr std::size_t most_names = 3;
 constexpr std::size_t longest_name = 100; // of those that are compared
 
-/// How many letters must be inserted, removed or replaced to get from one to the other.
-std::size_t distance(const std::string& from, const std::string& to)
-{
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i + 1;
-        for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
-
 } // namespace
 
 std::optional<std::int64_t> parse_integer(const std::string& text, Notation notation)
@@ -167,6 +150,22 @@ bool is_allowed(const Feature& feature, double number)
     return (low == nullptr || number >= *low) && (high == nullptr || number <= *high);
 }
 
+std::size_t letter_distance(const std::string& from, const std::string& to)
+{
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
 std::vector<std::string> near_names(const std::string& wanted, const std::vector<std::string>& names)
 {
     if (wanted.empty() || wanted.size() > longest_name)
@@ -178,7 +177,7 @@ std::vector<std::string> near_names(const std::string& wanted, const std::vector
             continue;
         const std::string candidate = lower_case(name);
         const bool is_part = written.size() > 2 && candidate.find(written) != std::string::npos;
-        const std::size_t letters = distance(written, candidate);
+        const std::size_t letters = letter_distance(written, candidate);
         if (letters <= std::max<std::size_t>(2, written.size() / 3))
             near.emplace_back(letters, name);
         else if (is_part)

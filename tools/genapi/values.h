@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -27,6 +28,8 @@ bool is_allowed(const Feature& feature, std::int64_t number);
 /// Whether a number lies within the feature's limits. Steps are the device's to round to.
 bool is_allowed(const Feature& feature, double number);
 
+/// How many letters must be inserted, removed or replaced to get from one to the other.
+std::size_t letter_distance(const std::string& from, const std::string& to);
 /// Those of the names that somebody who wrote `wanted` may have meant, the nearest first; at most three.
 std::vector<std::string> near_names(const std::string& wanted, const std::vector<std::string>& names);
 

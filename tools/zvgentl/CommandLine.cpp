@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <exception>
 #include <map>
-#include <numeric>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -12,6 +11,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include "genapi/values.h"
 #include "gentl/texts.h"
 #include "platform/terminal.h"
 #include "platform/visible_text.h"
@@ -98,29 +98,14 @@ std::size_t place_of_command(const CLI::App& app, const Words& words)
     return words.size();
 }
 
-/// How many letters must be changed, added or left out to turn one word into the other.
-std::size_t distance(const std::string& left, const std::string& right)
-{
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < right.size(); ++j) {
-            const std::size_t replaced = diagonal + (left[i] == right[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
 std::string unknown_command(const std::string& word)
 {
     std::string closest = help_command;
     for (const auto& [name, registered] : registered_commands())
-        if (distance(lower_case(word), name) < distance(lower_case(word), closest))
+        if (letter_distance(lower_case(word), name) < letter_distance(lower_case(word), closest))
             closest = name;
-    const bool is_close = distance(lower_case(word), closest) <= std::max<std::size_t>(2, word.size() / 2);
+    const bool is_close =
+        letter_distance(lower_case(word), closest) <= std::max<std::size_t>(2, word.size() / 2);
     return fmt::format("there is no command \"{}\"; {}", platform::visible(word),
                        is_close ? fmt::format("did you mean {}?", closest)
                                 : "`zvgentl --help` lists the commands");
